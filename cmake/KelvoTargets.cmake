@@ -1,0 +1,72 @@
+# What every target of the house shares.
+add_library(kelvo_options INTERFACE)
+target_compile_options(kelvo_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
+if(KELVO_WERROR)
+  target_compile_options(kelvo_options INTERFACE -Werror)
+endif()
+if(KELVO_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+  add_compile_definitions(KELVO_SANITIZED=1)
+endif()
+if(KELVO_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# kelvo_floor(<folder below src/> [FLOORS target...] [LIBRARIES target...])
+#
+# One folder of src/ as a static library kelvo_<last part of the folder>. Its headers are reachable as
+# "<folder>/Name.h", and only by targets that name it in FLOORS: each floor's include path holds nothing but a link
+# to its own folder, so that an arrow that the link line does not state does not compile.
+function(kelvo_floor folder)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FLOORS;LIBRARIES")
+  get_filename_component(stem ${folder} NAME)
+  set(target kelvo_${stem})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.cpp)
+  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.h)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+
+  set(stage ${CMAKE_BINARY_DIR}/floors/${stem})
+  get_filename_component(parent ${stage}/${folder} DIRECTORY)
+  file(MAKE_DIRECTORY ${parent})
+  file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${folder} ${stage}/${folder} SYMBOLIC)
+
+  add_library(${target} STATIC ${sources} ${headers})
+  target_include_directories(${target} PUBLIC ${stage})
+  target_link_libraries(${target} PUBLIC ${arg_FLOORS} PRIVATE kelvo_options ${arg_LIBRARIES})
+endfunction()
+
+# kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...])
+#
+# One test program per folder, its cases found by ctest one by one.
+function(kelvo_tests folder)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;ENVIRONMENT")
+  string(REPLACE "/" "_" name ${folder})
+  set(target ${name}_tests)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*Test.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${target} ${sources})
+  target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_link_libraries(${target} PRIVATE kelvo_options ${arg_LINK} GTest::gtest GTest::gtest_main)
+  include(GoogleTest)
+  gtest_discover_tests(${target} TEST_PREFIX "${folder}: " DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "${arg_ENVIRONMENT}")
+endfunction()
+
+# kelvo_bench(<stem> LINK target...): bench/<stem>.cpp becomes bin/bench_<stem>.
+function(kelvo_bench stem)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  add_executable(bench_${stem} ${CMAKE_SOURCE_DIR}/bench/${stem}.cpp)
+  target_link_libraries(bench_${stem} PRIVATE kelvo_options ${arg_LINK} benchmark::benchmark)
+endfunction()
+
+# kelvo_fuzz(<Stem> LINK target...): fuzz/<Stem>Fuzzer.cpp becomes bin/fuzz_<Stem>.
+function(kelvo_fuzz stem)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  add_executable(fuzz_${stem} ${CMAKE_SOURCE_DIR}/fuzz/${stem}Fuzzer.cpp)
+  target_link_libraries(fuzz_${stem} PRIVATE kelvo_options ${arg_LINK})
+  target_link_options(fuzz_${stem} PRIVATE -fsanitize=fuzzer)
+endfunction()

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+/// Immutable bytes, shared by reference. Default-constructed it is nil; nil is not empty data, but both have
+/// length 0. Data past maximumSizeInBytes is refused with NSException (NSMallocException).
+class NSData {
+public:
+    NSData() noexcept = default;
+    NSData(std::nullptr_t) noexcept {}
+
+    static NSData data();
+    /// A copy of the bytes.
+    static NSData dataWithBytes(const void* bytes, std::size_t lengthInBytes);
+    static NSData dataWithBytes(std::string_view bytes) { return dataWithBytes(bytes.data(), bytes.size()); }
+    /// Takes the container over; nothing is copied.
+    static NSData dataWithBytesNoCopy(std::vector<std::uint8_t> bytes);
+    static NSData dataWithBytesNoCopy(std::string bytes);
+    /// Bytes that `owner` keeps alive and unchanged.
+    static NSData dataWithBytesNoCopy(std::span<const std::uint8_t> bytes, std::shared_ptr<const void> owner);
+    /// The whole file, nil when it cannot be read, is not a regular file or is too large.
+    static NSData dataWithContentsOfFile(const NSString& path);
+
+    bool isNil() const noexcept { return !rep_; }
+    std::size_t length() const noexcept { return rep_ ? rep_->bytes.size() : 0; }
+    bool isEmpty() const noexcept { return length() == 0; }
+    /// Valid as long as any handle on this data.
+    std::span<const std::uint8_t> bytes() const noexcept {
+        return rep_ ? rep_->bytes : std::span<const std::uint8_t>();
+    }
+    std::string_view characters() const noexcept;
+    bool isIdenticalTo(const NSData& other) const noexcept { return rep_ == other.rep_; }
+    /// Shares the receiver's bytes. Throws NSException (NSRangeException) when the range passes the end.
+    NSData subdataWithRange(NSRange range) const;
+    /// False when the file could not be written whole. Atomically: through a new file beside it, which takes
+    /// its place at the end and is removed on failure.
+    bool writeToFile_atomically(const NSString& path, bool atomically) const;
+
+    friend bool operator==(const NSData& left, const NSData& right) noexcept;
+
+private:
+    struct Rep {
+        std::span<const std::uint8_t> bytes;
+        std::shared_ptr<const void> owner;
+    };
+    std::shared_ptr<const Rep> rep_;
+};
+
+} // namespace kelvo

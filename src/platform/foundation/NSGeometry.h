@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace kelvo {
+
+/// Points for an image's size, pixels for its pixel size.
+struct NSSize {
+    float width = 0;
+    float height = 0;
+
+    friend bool operator==(const NSSize&, const NSSize&) = default;
+};
+
+/// sRGB components and opacity, each 0 to 1.
+struct NSColor {
+    float red = 0;
+    float green = 0;
+    float blue = 0;
+    float alpha = 1;
+
+    friend bool operator==(const NSColor&, const NSColor&) = default;
+};
+
+/// "{612, 792}": each number in the shortest decimal form that reads back to the same 32-bit float.
+/// Infinities and not-a-number are written "inf", "-inf" and "nan".
+NSString NSStringFromSize(NSSize size);
+
+} // namespace kelvo

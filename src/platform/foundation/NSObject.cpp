@@ -1,0 +1,33 @@
+#include "platform/foundation/NSObject.h"
+
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/Value.h"
+
+namespace kelvo {
+
+NSObject::~NSObject() = default;
+
+NSString NSObject::className() const {
+    return u"NSObject";
+}
+
+NSString NSObject::description() const {
+    return className();
+}
+
+Value NSObject::valueForKey(const NSString& key) const {
+    throwUndefinedKey(key);
+}
+
+void NSObject::setValue_forKey(const Value&, const NSString& key) {
+    throwUndefinedKey(key);
+}
+
+void NSObject::throwUndefinedKey(const NSString& key) const {
+    throw NSException(NSUndefinedKeyException, className()
+                                                   .stringByAppendingString(u" has no property named ")
+                                                   .stringByAppendingString(key)
+                                                   .stringByAppendingString(u"."));
+}
+
+} // namespace kelvo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <memory>
+
+namespace kelvo {
+
+class Value;
+
+/// The small polymorphic base of what needs key-value access, a class name, or to be the target of a run
+/// loop's delayed perform. Held by std::shared_ptr and never copied.
+class NSObject : public std::enable_shared_from_this<NSObject> {
+public:
+    NSObject() = default;
+    NSObject(const NSObject&) = delete;
+    NSObject& operator=(const NSObject&) = delete;
+    virtual ~NSObject();
+
+    virtual NSString className() const;
+    /// The class name, unless a class says more.
+    virtual NSString description() const;
+
+    /// The named property. The base knows none and throws NSException (NSUndefinedKeyException).
+    virtual Value valueForKey(const NSString& key) const;
+    /// Changes the named property. The base knows none and throws NSException (NSUndefinedKeyException).
+    virtual void setValue_forKey(const Value& value, const NSString& key);
+
+protected:
+    /// For overriders, on a key they do not know.
+    [[noreturn]] void throwUndefinedKey(const NSString& key) const;
+};
+
+} // namespace kelvo
