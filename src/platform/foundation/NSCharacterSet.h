@@ -10,9 +10,10 @@ class NSCharacterSet {
 public:
     /// Unicode's White_Space property.
     static const NSCharacterSet& whitespaceAndNewlineCharacterSet();
-    /// General category Zs, and U+0009.
+    /// The horizontal members of White_Space but the no-break space: general category Zs without U+00A0, and
+    /// U+0009.
     static const NSCharacterSet& whitespaceCharacterSet();
-    /// General categories Lu and Lt.
+    /// General category Lu.
     static const NSCharacterSet& uppercaseLetterCharacterSet();
     /// General category Ll.
     static const NSCharacterSet& lowercaseLetterCharacterSet();
