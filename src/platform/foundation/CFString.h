@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/CFStringNormalization.h"
 #include "platform/foundation/NSMutableString.h"
 
 #include <cstdint>
@@ -7,27 +8,23 @@
 
 namespace kelvo {
 
-/// The four normalisation forms of Unicode.
-enum class CFStringNormalizationForm : std::uint8_t { D = 0, KD = 1, C = 2, KC = 3 };
-
 /// Fold and compare options; may be combined with |.
 inline constexpr std::uint32_t kCFCompareCaseInsensitive = 1;
 inline constexpr std::uint32_t kCFCompareDiacriticInsensitive = 128;
 
-// All of these work without a locale, change the string in place, and leave nil alone.
+// All of these work without a locale, change the string in place, leave nil and unpaired surrogates alone and
+// take linear time.
 
 /// Full case mappings: a letter may become several (U+00DF becomes "SS").
 void CFStringUppercase(NSMutableString& string);
+/// Full case mappings; a capital sigma at the end of a word becomes U+03C2.
 void CFStringLowercase(NSMutableString& string);
 /// The first letter of each word in title case, the others in lower case. A word is a run of letters, marks
-/// and apostrophes.
+/// and apostrophes (U+0027 and U+2019).
 void CFStringCapitalize(NSMutableString& string);
-/// Diacritic-insensitive: canonical decomposition with the combining marks (general category Mn) removed,
-/// recomposed where nothing was removed. Case-insensitive: full case folding.
+/// Diacritic-insensitive: canonical decomposition with the combining marks (general category Mn) removed, and
+/// what then remains in form C. Case-insensitive: full case folding. With both, diacritics go first.
 void CFStringFold(NSMutableString& string, std::uint32_t options);
-void CFStringNormalize(NSMutableString& string, CFStringNormalizationForm form);
-/// Whether the text is in that form already (never a guess: an exact yes or no).
-bool CFStringIsNormalized(std::u16string_view units, CFStringNormalizationForm form);
 /// Removes leading and trailing units with the White_Space property.
 void CFStringTrimWhitespace(NSMutableString& string);
 
