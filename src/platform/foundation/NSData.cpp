@@ -1,11 +1,75 @@
 #include "platform/foundation/NSData.h"
 
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileManager.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
 #include <utility>
 
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
 namespace kelvo {
+namespace {
+
+// A new file in the folder of `path`, with the rights that the umask gives every new file; `temporaryPath` is
+// set to its name. The name is short and does not grow with that of `path`, which may be as long as names can
+// be.
+FileDescriptor createFileBeside(const std::string& path, std::string& temporaryPath) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        std::array<unsigned char, 10> random;
+        if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size()))
+            return FileDescriptor();
+        temporaryPath = folder + ".tmp-";
+        for (const unsigned char byte : random)
+            temporaryPath += static_cast<char>('a' + byte % 26);
+        FileDescriptor file(::open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (file || errno != EEXIST)
+            return file;
+    }
+    return FileDescriptor();
+}
+
+bool writeBeside(const std::string& path, std::string_view contents) {
+    struct stat status = {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode))
+        return false;
+    std::string temporaryPath;
+    FileDescriptor file = createFileBeside(path, temporaryPath);
+    if (!file)
+        return false;
+    bool written = writeAll(file.get(), contents.data(), contents.size());
+    if (exists)
+        written = ::fchmod(file.get(), status.st_mode & 0777) == 0 && written;
+    // Else a crash soon after could leave the new name with nothing in it.
+    written = written && ::fsync(file.get()) == 0;
+    written = file.close() && written;
+    if (written && ::rename(temporaryPath.c_str(), path.c_str()) == 0)
+        return true;
+    ::unlink(temporaryPath.c_str());
+    return false;
+}
+
+bool writeInPlace(const std::string& path, std::string_view contents) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+        return false;
+    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        ::ftruncate(file.get(), 0) != 0)
+        return false;
+    const bool written = writeAll(file.get(), contents.data(), contents.size());
+    return file.close() && written;
+}
+
+} // namespace
 
 NSData NSData::dataWithBytesNoCopy(std::span<const std::uint8_t> bytes, std::shared_ptr<const void> owner) {
     checkedSizeInBytes(bytes.size(), 1);
@@ -36,6 +100,50 @@ NSData NSData::dataWithBytesNoCopy(std::string bytes) {
     const std::span<const std::uint8_t> view(reinterpret_cast<const std::uint8_t*>(owner->data()),
                                              owner->size());
     return dataWithBytesNoCopy(view, std::move(owner));
+}
+
+NSData NSData::dataWithContentsOfFile(const NSString& path) {
+    const auto bytes = NSFileManager::defaultManager().fileSystemRepresentationWithPath(path);
+    const FileDescriptor file = bytes ? openRegularFile(*bytes) : FileDescriptor();
+    struct stat status = {};
+    if (!file || ::fstat(file.get(), &status) != 0 || status.st_size < 0 ||
+        static_cast<std::uint64_t>(status.st_size) > maximumSizeInBytes)
+        return nullptr;
+    // The size is a hint: the file may be growing, and the kernel's own files say 0. One byte more shows the
+    // end without growing the buffer. Not mapped: a file cut short by someone else would end this process.
+    std::size_t capacity = static_cast<std::size_t>(status.st_size) + 1;
+    std::size_t length = 0;
+    std::unique_ptr<std::uint8_t, decltype(&std::free)> buffer(nullptr, &std::free);
+    for (bool grow = true;;) {
+        if (grow) {
+            void* grown = std::realloc(buffer.get(), capacity);
+            if (!grown)
+                return nullptr;
+            static_cast<void>(buffer.release());
+            buffer.reset(static_cast<std::uint8_t*>(grown));
+        }
+        const ssize_t count = readSome(file.get(), buffer.get() + length, capacity - length);
+        if (count < 0)
+            return nullptr;
+        if (count == 0)
+            break;
+        length += static_cast<std::size_t>(count);
+        if (length > maximumSizeInBytes)
+            return nullptr;
+        grow = length == capacity;
+        if (grow)
+            capacity = std::min(std::max<std::size_t>(capacity * 2, 16384), maximumSizeInBytes + 1);
+    }
+    std::shared_ptr<const std::uint8_t> owner(buffer.release(), &std::free);
+    const std::span<const std::uint8_t> view(owner.get(), length);
+    return dataWithBytesNoCopy(view, std::move(owner));
+}
+
+bool NSData::writeToFile_atomically(const NSString& path, bool atomically) const {
+    const auto bytes = NSFileManager::defaultManager().fileSystemRepresentationWithPath(path);
+    if (isNil() || !bytes)
+        return false;
+    return atomically ? writeBeside(*bytes, characters()) : writeInPlace(*bytes, characters());
 }
 
 std::string_view NSData::characters() const noexcept {

@@ -42,8 +42,10 @@ public:
     bool isIdenticalTo(const NSData& other) const noexcept { return rep_ == other.rep_; }
     /// Shares the receiver's bytes. Throws NSException (NSRangeException) when the range passes the end.
     NSData subdataWithRange(NSRange range) const;
-    /// False when the file could not be written whole. Atomically: through a new file beside it, which takes
-    /// its place at the end and is removed on failure.
+    /// False when the file could not be written whole, and for nil. Only regular files are written: a pipe or
+    /// device under that name is left alone. Atomically: through a new file beside it with the rights of the
+    /// old one, which takes its place at the end (also that of a link) and is removed on failure; otherwise a
+    /// failure may leave part of the data.
     bool writeToFile_atomically(const NSString& path, bool atomically) const;
 
     friend bool operator==(const NSData& left, const NSData& right) noexcept;

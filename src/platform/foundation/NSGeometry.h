@@ -22,8 +22,9 @@ struct NSColor {
     friend bool operator==(const NSColor&, const NSColor&) = default;
 };
 
-/// "{612, 792}": each number in the shortest decimal form that reads back to the same 32-bit float.
-/// Infinities and not-a-number are written "inf", "-inf" and "nan".
+/// "{612, 792}": each number in the shortest decimal form without an exponent that reads back to the same
+/// 32-bit float ("0.1", "100000", "0.00001"; the largest float takes 39 digits). Infinities and not-a-number
+/// are written "inf", "-inf" and "nan".
 NSString NSStringFromSize(NSSize size);
 
 } // namespace kelvo

@@ -19,11 +19,13 @@ public:
     /// that does not match its grammar (blanks, non-ASCII units, broken percent escapes, brackets outside an
     /// IP literal, a port that is no number, …). Nothing is escaped or repaired.
     static NSURL URLWithString(const NSString& string);
-    /// The same, kept relative to `base` (which may be nil): see absoluteURL.
+    /// The same, kept relative to `base` (which may be nil): see absoluteURL. With a base the empty string is
+    /// a reference to the base itself.
     static NSURL URLWithString_relativeToURL(const NSString& string, const NSURL& base);
     /// Tolerant, for addresses found in documents: white space around is dropped, line ends and tabs inside
-    /// are dropped, and every unit that RFC 3986 does not allow where it stands is percent-escaped as UTF-8.
-    /// Nil only for nil, for nothing but white space, and where even that gives no URL.
+    /// are dropped, and every unit that RFC 3986 does not allow where it stands is percent-escaped as UTF-8
+    /// (unpaired surrogates as U+FFFD). Nil only for nil, for nothing but white space, and where escaping
+    /// cannot help: a port that is no number, brackets in place of the host that hold no IP address.
     static NSURL URLWithTolerantString(const NSString& string);
     /// A file URL; the path is made absolute against the working folder. Names that are not UTF-8 keep their
     /// bytes. Nil for nil and for the empty string. A path that is a folder on the disk gets a slash at its
@@ -37,6 +39,7 @@ public:
     NSString absoluteString() const;
     /// The string as it was given, not resolved.
     NSString relativeString() const;
+    /// Always absolute itself; nil when there is none.
     NSURL baseURL() const;
     /// The receiver itself when it has no base.
     NSURL absoluteURL() const;
@@ -44,7 +47,7 @@ public:
     // Of the absolute URL. Nil when absent; a component that is there but empty is the empty string.
     /// Without the colon, in the letters it was written in.
     NSString scheme() const;
-    /// Everything after the first colon.
+    /// Everything after the scheme's colon.
     NSString resourceSpecifier() const;
     NSString user() const;
     NSString password() const;
@@ -55,8 +58,8 @@ public:
     /// The raw path, percent escapes left as they are; query and fragment are not part of it. Empty, not nil,
     /// for a hierarchical URL without a path; nil for an opaque one ("mailto:x").
     NSString rawPath() const;
-    /// The path with percent escapes decoded (for a file URL as file-system bytes) and without a slash at the
-    /// end.
+    /// The path with percent escapes decoded (for a file URL as file-system bytes, see NSFileManager; else as
+    /// UTF-8, repaired with U+FFFD) and without slashes at the end. Nil for an opaque URL.
     NSString path() const;
     NSString query() const;
     NSString fragment() const;
@@ -66,7 +69,8 @@ public:
     /// The last component of the raw path, decoded; "/" for the root; empty for an empty path; nil for an
     /// opaque URL.
     NSString lastPathComponent() const;
-    /// The text after the last dot of the last component; nil when there is none.
+    /// The text after the last dot of the last component; nil when there is none, which is also so for a dot
+    /// at the start (it hides a file) and at the end.
     NSString pathExtension() const;
 
     /// The same strings and equal bases.
@@ -74,7 +78,7 @@ public:
 
 private:
     struct Parts;
-    static NSURL make(std::u16string_view string, const NSURL& base);
+    static NSURL make(const NSString& string, const NSURL& base);
     explicit NSURL(std::shared_ptr<const Parts> parts)
         : parts_(static_cast<std::shared_ptr<const Parts>&&>(parts)) {}
 

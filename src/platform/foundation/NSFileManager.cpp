@@ -1,0 +1,132 @@
+#include "platform/foundation/NSFileManager.h"
+
+#include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/Value.h"
+
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kelvo {
+namespace {
+
+constexpr char16_t firstByteUnit = 0xDC80;
+constexpr char16_t lastByteUnit = 0xDCFF;
+
+void appendUTF8(std::string& bytes, UChar32 character) {
+    char sequence[U8_MAX_LENGTH];
+    std::size_t length = 0;
+    U8_APPEND_UNSAFE(sequence, length, character);
+    bytes.append(sequence, length);
+}
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+} // namespace
+
+const NSFileManager& NSFileManager::defaultManager() {
+    static const NSFileManager manager;
+    return manager;
+}
+
+std::optional<std::string> NSFileManager::fileSystemRepresentationWithPath(const NSString& path) const {
+    if (path.isNil())
+        return std::nullopt;
+    const std::u16string_view units = path.characters();
+    std::string bytes;
+    bytes.reserve(units.size());
+    bool hasRawBytes = false;
+    for (std::size_t i = 0; i < units.size();) {
+        UChar32 character = 0;
+        U16_NEXT(units.data(), i, units.size(), character);
+        if (character >= firstByteUnit && character <= lastByteUnit) {
+            bytes.push_back(static_cast<char>(character & 0xFF));
+            hasRawBytes = true;
+        } else if (character == 0 || U_IS_SURROGATE(character)) {
+            return std::nullopt;
+        } else {
+            appendUTF8(bytes, character);
+        }
+    }
+    if (hasRawBytes && stringWithFileSystemRepresentation(bytes) != path)
+        return std::nullopt;
+    return bytes;
+}
+
+NSString NSFileManager::stringWithFileSystemRepresentation(std::string_view bytes) const {
+    NSString wellFormed = NSString::stringWithUTF8String(bytes);
+    if (!wellFormed.isNil())
+        return wellFormed;
+    NSMutableString units = NSMutableString::stringWithCapacity(bytes.size());
+    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    for (std::size_t i = 0; i < bytes.size();) {
+        const std::size_t start = i;
+        UChar32 character = 0;
+        U8_NEXT(data, i, bytes.size(), character);
+        if (character < 0) {
+            i = start + 1;
+            units.appendCharacter(static_cast<char16_t>(0xDC00 + data[start]));
+        } else if (U_IS_BMP(character)) {
+            units.appendCharacter(static_cast<char16_t>(character));
+        } else {
+            units.appendCharacter(U16_LEAD(character));
+            units.appendCharacter(U16_TRAIL(character));
+        }
+    }
+    return units.takeString();
+}
+
+bool NSFileManager::fileExistsAtPath(const NSString& path) const {
+    bool isDirectory = false;
+    return fileExistsAtPath_isDirectory(path, &isDirectory);
+}
+
+bool NSFileManager::fileExistsAtPath_isDirectory(const NSString& path, bool* isDirectory) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    struct stat status = {};
+    const bool exists = bytes && ::stat(bytes->c_str(), &status) == 0;
+    if (isDirectory)
+        *isDirectory = exists && S_ISDIR(status.st_mode);
+    return exists;
+}
+
+NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    const std::unique_ptr<DIR, FolderCloser> folder(bytes ? ::opendir(bytes->c_str()) : nullptr);
+    if (!folder)
+        return nullptr;
+    std::vector<std::string> names;
+    errno = 0;
+    while (const dirent* entry = ::readdir(folder.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+        errno = 0;
+    }
+    if (errno != 0)
+        return nullptr;
+    std::ranges::sort(names);
+    std::vector<Value> values;
+    values.reserve(names.size());
+    for (const std::string& name : names)
+        values.emplace_back(stringWithFileSystemRepresentation(name));
+    return NSArray::arrayWithValues(std::move(values));
+}
+
+NSString NSFileManager::currentDirectoryPath() const {
+    const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
+    // The kernel writes "(unreachable)" before a folder outside the process's root.
+    return path && *path == '/' ? stringWithFileSystemRepresentation(path.get()) : NSString();
+}
+
+} // namespace kelvo

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSString.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+/// Files and folders by path. Path strings are UTF-16; what the kernel gets are their bytes, see
+/// fileSystemRepresentationWithPath. A path without a representation is answered like that of a file that
+/// does not exist. Relative paths start at the process's working folder; a tilde has no meaning here.
+///
+/// Nothing throws for what the disk holds: failure is false or nil.
+class NSFileManager {
+public:
+    static const NSFileManager& defaultManager();
+
+    /// The bytes of a path string: UTF-8, in which each unpaired surrogate U+DC80 to U+DCFF stands for the
+    /// one byte 0x80 to 0xFF. Strings and bytes correspond one to one, so that names that are not UTF-8
+    /// survive. Absent for nil, for a string with U+0000 or any other unpaired surrogate, and for one whose
+    /// surrogates would form well-formed UTF-8 (which has its own string).
+    std::optional<std::string> fileSystemRepresentationWithPath(const NSString& path) const;
+    /// The other way: each byte that is not part of a well-formed UTF-8 sequence becomes U+DC00 plus the
+    /// byte.
+    NSString stringWithFileSystemRepresentation(std::string_view bytes) const;
+
+    /// Links are followed: a link to nothing does not exist.
+    bool fileExistsAtPath(const NSString& path) const;
+    /// `isDirectory` is set to false as well when nothing exists.
+    bool fileExistsAtPath_isDirectory(const NSString& path, bool* isDirectory) const;
+
+    /// The names of the entries without "." and "..", hidden ones included, sorted by their bytes so that a
+    /// listing is the same on every file system; nil when the folder cannot be read.
+    NSArray directoryContentsAtPath(const NSString& path) const;
+
+    /// Nil when it is not known (for instance because it was removed).
+    NSString currentDirectoryPath() const;
+
+private:
+    NSFileManager() = default;
+};
+
+} // namespace kelvo

@@ -1,0 +1,32 @@
+#include "platform/foundation/NSGeometry.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace kelvo {
+namespace {
+
+void appendNumber(std::string& text, float number) {
+    // The longest is minus the smallest normal number: a sign, "0.", and digits down to the 46th place.
+    std::array<char, 80> digits;
+    if (std::isnan(number))
+        number = std::fabs(number);
+    const auto written =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed);
+    text.append(digits.data(), written.ptr);
+}
+
+} // namespace
+
+NSString NSStringFromSize(NSSize size) {
+    std::string text = "{";
+    appendNumber(text, size.width);
+    text += ", ";
+    appendNumber(text, size.height);
+    text += '}';
+    return NSString::stringWithLatin1Bytes(text);
+}
+
+} // namespace kelvo
