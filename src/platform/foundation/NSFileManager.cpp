@@ -7,8 +7,13 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include <dirent.h>
@@ -121,6 +126,38 @@ NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
     for (const std::string& name : names)
         values.emplace_back(stringWithFileSystemRepresentation(name));
     return NSArray::arrayWithValues(std::move(values));
+}
+
+NSString NSFileManager::pathContentOfSymbolicLinkAtPath(const NSString& path) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    std::array<char, PATH_MAX> target;
+    const ssize_t length = bytes ? ::readlink(bytes->c_str(), target.data(), target.size()) : -1;
+    return length < 0 ? NSString()
+                      : stringWithFileSystemRepresentation({target.data(), static_cast<std::size_t>(length)});
+}
+
+bool NSFileManager::createDirectoryAtPath_attributes(const NSString& path,
+                                                     const NSDictionary& attributes) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    const NSNumber* permissions = attributes.objectForKey(NSFilePosixPermissions).numberIfAny();
+    const mode_t mode = permissions ? permissions->unsignedIntValue() & 07777 : 0777;
+    if (!bytes || ::mkdir(bytes->c_str(), mode) != 0)
+        return false;
+    return !permissions || ::chmod(bytes->c_str(), mode) == 0;
+}
+
+bool NSFileManager::removeFileAtPath(const NSString& path) const {
+    auto bytes = fileSystemRepresentationWithPath(path);
+    if (!bytes)
+        return false;
+    // With a slash behind it, a link would be followed.
+    bytes->resize(bytes->find_last_not_of('/') + 1);
+    const std::string_view name = std::string_view(*bytes).substr(bytes->rfind('/') + 1);
+    if (name.empty() || name == "." || name == "..")
+        return false;
+    std::error_code error;
+    const std::uintmax_t count = std::filesystem::remove_all(*bytes, error);
+    return !error && count > 0;
 }
 
 NSString NSFileManager::currentDirectoryPath() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
 
 #include <optional>
@@ -8,6 +9,9 @@
 #include <string_view>
 
 namespace kelvo {
+
+/// Key of a file attribute: the permission bits as a number.
+inline constexpr const char16_t* NSFilePosixPermissions = u"NSFilePosixPermissions";
 
 /// Files and folders by path. Path strings are UTF-16; what the kernel gets are their bytes, see
 /// fileSystemRepresentationWithPath. A path without a representation is answered like that of a file that
@@ -35,6 +39,17 @@ public:
     /// The names of the entries without "." and "..", hidden ones included, sorted by their bytes so that a
     /// listing is the same on every file system; nil when the folder cannot be read.
     NSArray directoryContentsAtPath(const NSString& path) const;
+
+    /// What a symbolic link holds, not resolved; nil when the path is not one.
+    NSString pathContentOfSymbolicLinkAtPath(const NSString& path) const;
+
+    /// One folder; false when it cannot be made, also because something has that name or the folder above is
+    /// missing. Of the attributes (may be nil) the number under NSFilePosixPermissions counts, which the
+    /// umask does not reduce; without it the umask decides.
+    bool createDirectoryAtPath_attributes(const NSString& path, const NSDictionary& attributes) const;
+    /// A file, a link (not what it points at), or a folder with everything in it. False when nothing has that
+    /// name and when part of it could not be removed. The root and paths that end in "." or ".." are refused.
+    bool removeFileAtPath(const NSString& path) const;
 
     /// Nil when it is not known (for instance because it was removed).
     NSString currentDirectoryPath() const;

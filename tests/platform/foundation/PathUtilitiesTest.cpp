@@ -1,0 +1,162 @@
+#include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/Value.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <unistd.h>
+
+namespace kelvo {
+namespace {
+
+std::string text(const NSString& string) {
+    return string.isNil() ? "(nil)" : string.UTF8String();
+}
+
+NSString string(std::string_view bytes) {
+    return NSString::stringWithUTF8String(bytes);
+}
+
+// Sets a variable for the scope, or takes it away.
+class Environment {
+public:
+    Environment(const char* name, const char* value) : name_(name) {
+        if (const char* old = std::getenv(name))
+            old_ = old;
+        set(value);
+    }
+    ~Environment() { set(hadOld() ? old_.c_str() : nullptr); }
+
+private:
+    bool hadOld() const { return !old_.empty(); }
+    void set(const char* value) {
+        if (value)
+            ::setenv(name_, value, 1);
+        else
+            ::unsetenv(name_);
+    }
+
+    const char* name_;
+    std::string old_;
+};
+
+TEST(PathUtilities, TakesPathsApart) {
+    struct Row {
+        const char *path, *components, *last, *extension, *withoutLast, *withoutExtension;
+    } const rows[] = {
+        {"/tmp/scratch.tiff", "/|tmp|scratch.tiff|", "scratch.tiff", "tiff", "/tmp", "/tmp/scratch"},
+        {"/tmp/lock/", "/|tmp|lock|/|", "lock", "", "/tmp", "/tmp/lock"},
+        {"/tmp", "/|tmp|", "tmp", "", "/", "/tmp"},
+        {"/", "/|", "/", "", "/", "/"},
+        {"//", "/|", "/", "", "/", "/"},
+        {"", "", "", "", "", ""},
+        {"scratch..tiff", "scratch..tiff|", "scratch..tiff", "tiff", "", "scratch."},
+        {"a//b.app//", "a|b.app|/|", "b.app", "app", "a", "a//b"},
+        {"//a", "/|a|", "a", "", "/", "//a"},
+        {".profile", ".profile|", ".profile", "", "", ".profile"},
+        {"/x.d/.b.c", "/|x.d|.b.c|", ".b.c", "c", "/x.d", "/x.d/.b"},
+        {"/x.d/b", "/|x.d|b|", "b", "", "/x.d", "/x.d/b"},
+        {"a.", "a.|", "a.", "", "", "a."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        const NSString path = string(row.path);
+        std::string components;
+        for (const Value& component : pathComponents(path))
+            components += component.string().UTF8String() + '|';
+        EXPECT_EQ(components, row.components);
+        EXPECT_EQ(text(lastPathComponent(path)), row.last);
+        EXPECT_EQ(text(pathExtension(path)), row.extension);
+        EXPECT_EQ(text(stringByDeletingLastPathComponent(path)), row.withoutLast);
+        EXPECT_EQ(text(stringByDeletingPathExtension(path)), row.withoutExtension);
+    }
+    const NSString plain = u"plain";
+    EXPECT_TRUE(lastPathComponent(plain).isIdenticalTo(plain));
+    EXPECT_TRUE(stringByDeletingPathExtension(plain).isIdenticalTo(plain));
+    EXPECT_TRUE(pathComponents(nullptr).isNil() && lastPathComponent(nullptr).isNil() &&
+                pathExtension(nullptr).isNil() && stringByDeletingLastPathComponent(nullptr).isNil());
+}
+
+TEST(PathUtilities, PutsPathsTogether) {
+    struct Row {
+        const char *path, *tail, *withComponent, *withExtension;
+    } const rows[] = {
+        {"/tmp", "x", "/tmp/x", "/tmp.x"},
+        {"/tmp/", "x", "/tmp/x", "/tmp.x"},
+        {"/", "x", "/x", "/"},
+        {"", "x", "x", ""},
+        {"", "/x/", "/x", ""},
+        {"/tmp", "//x//", "/tmp/x", "/tmp"},
+        {"/tmp/", "", "/tmp", "/tmp/"},
+        {"/", "/", "/", "/"},
+        {"a.", "b/c", "a./b/c", "a."},
+        {"a.b", "c.d", "a.b/c.d", "a.b.c.d"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(text(stringByAppendingPathComponent(string(row.path), string(row.tail))), row.withComponent)
+            << row.path;
+        EXPECT_EQ(text(stringByAppendingPathExtension(string(row.path), string(row.tail))), row.withExtension)
+            << row.path;
+    }
+    EXPECT_EQ(text(stringByAppendingPathComponent(u"/a", nullptr)), "/a");
+    EXPECT_TRUE(stringByAppendingPathComponent(nullptr, u"a").isNil());
+}
+
+TEST(PathUtilities, HomeAndTilde) {
+    const Environment home("HOME", "/home/me//");
+    const Environment temporary("TMPDIR", "/scratch");
+    EXPECT_EQ(text(NSHomeDirectory()), "/home/me");
+    EXPECT_EQ(text(NSTemporaryDirectory()), "/scratch/");
+    EXPECT_EQ(text(stringByExpandingTildeInPath(u"~")), "/home/me");
+    EXPECT_EQ(text(stringByExpandingTildeInPath(u"~/a/")), "/home/me/a");
+    EXPECT_EQ(text(stringByExpandingTildeInPath(u"~no such user/a")), "~no such user/a");
+    EXPECT_EQ(text(stringByExpandingTildeInPath(u"a/~")), "a/~");
+    EXPECT_EQ(text(stringByExpandingTildeInPath(u"~root")), text(NSHomeDirectoryForUser(u"root")));
+    EXPECT_EQ(text(stringByAbbreviatingWithTildeInPath(u"/home/me")), "~");
+    EXPECT_EQ(text(stringByAbbreviatingWithTildeInPath(u"/home/me/a")), "~/a");
+    EXPECT_EQ(text(stringByAbbreviatingWithTildeInPath(u"/home/men")), "/home/men");
+    EXPECT_TRUE(stringByAbbreviatingWithTildeInPath(nullptr).isNil());
+    EXPECT_TRUE(isAbsolutePath(u"/a") && isAbsolutePath(u"~a"));
+    EXPECT_FALSE(isAbsolutePath(u"a/") || isAbsolutePath(u"") || isAbsolutePath(nullptr));
+    {
+        const Environment rootHome("HOME", "/");
+        const Environment relative("TMPDIR", "relative");
+        EXPECT_EQ(text(stringByAbbreviatingWithTildeInPath(u"/a")), "/a");
+        EXPECT_EQ(text(stringByExpandingTildeInPath(u"~/a")), "/a");
+        EXPECT_EQ(text(NSTemporaryDirectory()), "/tmp/");
+    }
+    const Environment none("HOME", nullptr);
+    EXPECT_TRUE(NSHomeDirectory().characters().starts_with(u'/'));
+}
+
+TEST(PathUtilities, Standardizes) {
+    const tests::TemporaryFolder folder;
+    const std::string root = std::filesystem::canonical(folder.path()).string();
+    folder.write("real/deep/file", "x");
+    ASSERT_EQ(::symlink("real/deep", folder.path("link").c_str()), 0);
+    struct Row {
+        std::string path, standardized, resolved;
+    } const rows[] = {
+        {"/no such/./a//b/", "/no such/a/b", "/no such/a/b"},
+        {"/no such/a/../../../b", "/b", "/b"},
+        {"/..", "/", "/"},
+        {"//", "/", "/"},
+        {"a/./../b/", "a/../b", "a/../b"},
+        {"./", ".", "."},
+        {"", "", ""},
+        // The link leads to real/deep, so its parent is real.
+        {root + "/link/../x", root + "/real/x", root + "/real/x"},
+        {root + "/link/./file", root + "/link/file", root + "/real/deep/file"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(text(stringByStandardizingPath(string(row.path))), row.standardized) << row.path;
+        EXPECT_EQ(text(stringByResolvingSymlinksInPath(string(row.path))), row.resolved) << row.path;
+    }
+    const NSString standard = u"/a/b";
+    EXPECT_TRUE(stringByStandardizingPath(standard).isIdenticalTo(standard));
+}
+
+} // namespace
+} // namespace kelvo
