@@ -1,5 +1,7 @@
 #include "platform/foundation/Value.h"
 
+#include "platform/foundation/OldStylePropertyListWriter.h"
+
 #include <cmath>
 
 namespace kelvo {
@@ -28,6 +30,10 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
     default:
         return *this == other;
     }
+}
+
+NSString Value::description() const {
+    return descriptionOfValue(*this);
 }
 
 bool operator==(const Value& left, const Value& right) {
