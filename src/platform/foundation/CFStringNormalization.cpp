@@ -1,6 +1,7 @@
 #include "platform/foundation/CFStringNormalization.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/VectorScan.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,16 +19,28 @@ namespace kelvo {
 
 namespace {
 
-// No unit below these takes part in any decomposition or composition of the form, except as the base of a
-// mark that follows: such a text is in the form already.
-char16_t firstUnitToLookAt(CFStringNormalizationForm form) {
+// Units that stand in text of the form as they are and do not act on what follows but as the base of a mark;
+// most text holds nothing else, and a vector scan passes over it. Not all such units: a range costs time.
+std::span<const UnitRange> inertUnits(CFStringNormalizationForm form) {
+    static constexpr UnitRange composed[] = {
+        {0x0000, 0x0300},          // Latin
+        {0x0388, 0x0483 - 0x0388}, // Greek, Cyrillic
+        {0x2010, 0x20D0 - 0x2010}, // punctuation, currency
+        {0x3000, 0x302A - 0x3000}, // East Asian punctuation
+        {0x3041, 0x3099 - 0x3041}, // Hiragana
+        {0x309B, 0xA66F - 0x309B}, // Katakana, ideographs, Yi, Vai
+        {0xAC00, 0xD7A4 - 0xAC00}, // Hangul syllables
+        {0xFF00, 0xFFFF - 0xFF00}, // half-width and full-width forms
+    };
+    static constexpr UnitRange decomposed[] = {{0x0000, 0x00C0}};
+    static constexpr UnitRange compatible[] = {{0x0000, 0x00A0}};
     switch (form) {
     case CFStringNormalizationForm::C:
-        return 0x0300;
+        return composed;
     case CFStringNormalizationForm::D:
-        return 0x00C0;
+        return decomposed;
     default:
-        return 0x00A0;
+        return compatible;
     }
 }
 
@@ -50,27 +64,6 @@ const UNormalizer2* normalizerFor(CFStringNormalizationForm form) {
     if (U_FAILURE(status))
         throw NSException(NSGenericException, u"The normalisation data cannot be loaded.");
     return normalizer;
-}
-
-std::size_t lengthOfPrefixBelow(std::u16string_view units, char16_t limit) {
-    constexpr std::size_t block = 64;
-    std::size_t index = 0;
-    for (; index + block <= units.size(); index += block) {
-        char16_t largest = 0;
-        for (std::size_t offset = 0; offset < block; ++offset)
-            largest = std::max(largest, units[index + offset]);
-        if (largest >= limit)
-            break;
-    }
-    while (index < units.size() && units[index] < limit)
-        ++index;
-    return index;
-}
-
-// Where work has to start: the unit before the first remarkable one may be the base of a mark.
-std::size_t startOfWork(std::u16string_view units, CFStringNormalizationForm form) {
-    const std::size_t prefix = lengthOfPrefixBelow(units, firstUnitToLookAt(form));
-    return prefix == units.size() || prefix == 0 ? prefix : prefix - 1;
 }
 
 // A run of marks, and where it lies. ICU puts each mark at its place by walking back over the marks before
@@ -205,21 +198,40 @@ bool isBoundary(const UNormalizer2* normalizer, std::u16string_view units, std::
     return unorm2_hasBoundaryBefore(normalizer, character);
 }
 
-// The end of a beginning that stands as it is whatever is done to the rest.
+// The end of a beginning that stands as it is whatever is done to the rest. The library is asked about a
+// window around each unit that the scan does not pass over; then the scan goes on.
 std::size_t lengthOfNormalizedPrefix(const UNormalizer2* normalizer, std::u16string_view units,
                                      CFStringNormalizationForm form) {
-    const std::size_t start = startOfWork(units, form);
-    if (start == units.size())
-        return start;
-    UErrorCode status = U_ZERO_ERROR;
-    std::size_t end = start + static_cast<std::size_t>(unorm2_spanQuickCheckYes(
-                                  normalizer, units.data() + start,
-                                  static_cast<std::int32_t>(units.size() - start), &status));
-    if (U_FAILURE(status))
-        return 0;
-    while (end > 0 && end < units.size() && !isBoundary(normalizer, units, end))
-        --end;
-    return end;
+    const std::span<const UnitRange> inert = inertUnits(form);
+    std::size_t position = 0;
+    for (;;) {
+        position += lengthOfPrefixInRanges(units.substr(position), inert);
+        if (position == units.size())
+            return position;
+        // The unit before may be the base of a mark.
+        const std::size_t start = position > 0 ? position - 1 : 0;
+        std::size_t resume = 0;
+        for (std::size_t window = 256; resume <= start; window *= 2) {
+            const std::size_t end = start + std::min(window, units.size() - start);
+            UErrorCode status = U_ZERO_ERROR;
+            std::size_t span = start + static_cast<std::size_t>(unorm2_spanQuickCheckYes(
+                                           normalizer, units.data() + start,
+                                           static_cast<std::int32_t>(end - start), &status));
+            if (U_FAILURE(status))
+                return 0;
+            if (span < end) {
+                while (span > 0 && !isBoundary(normalizer, units, span))
+                    --span;
+                return span;
+            }
+            if (end == units.size())
+                return end;
+            resume = end - 1;
+            while (resume > start && lengthOfPrefixInRanges(units.substr(resume, 1), inert) == 0)
+                --resume;
+        }
+        position = resume;
+    }
 }
 
 } // namespace
