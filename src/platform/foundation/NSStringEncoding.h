@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/foundation/CFStringEncodings.h"
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSString.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace kelvo {
+
+/// The text of the data. Nil when the data is nil, when the encoding is not available and when the bytes are
+/// not valid in it from end to end. Empty data gives the empty string.
+///
+/// A byte-order mark at the beginning is taken off for UTF-8, UTF-16 and UTF-32 (not for the encodings that
+/// name an order); UTF-16 and UTF-32 without one are big-endian. Unpaired surrogates in UTF-16 are kept.
+NSString stringWithData_encoding(const NSData& data, NSStringEncoding encoding);
+
+/// The bytes of the text; nil when the string is nil, when the encoding is not available and when it cannot
+/// hold a character. UTF-16 and UTF-32 (not those that name an order) begin with a byte-order mark and have
+/// the order of this machine; UTF-8 has no mark.
+NSData dataUsingEncoding(const NSString& string, NSStringEncoding encoding);
+/// With lossy conversion a character that the encoding cannot hold loses its diacritics, if that helps, or
+/// becomes a question mark.
+NSData dataUsingEncoding_allowLossyConversion(const NSString& string, NSStringEncoding encoding,
+                                              bool allowsLossyConversion);
+
+} // namespace kelvo
