@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <map>
 #include <mutex>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -105,6 +107,11 @@ public:
             return decodeWithSequences(bytes, units, capacity);
         // Bytes looked up before ASCII is looked for again.
         constexpr std::size_t block = 32;
+        const auto areASCII = [](const std::uint8_t* eightBytes) {
+            std::uint64_t word;
+            std::memcpy(&word, eightBytes, sizeof(word));
+            return (word & 0x8080808080808080) == 0;
+        };
         Progress progress;
         const std::size_t length = std::min(bytes.size(), capacity);
         const std::uint8_t* source = bytes.data();
@@ -119,11 +126,13 @@ public:
                 index += widenASCIIPrefix(source + index, length - index, units + index);
                 continue;
             }
-            for (const std::size_t end = std::min(index + block, length); index < end; ++index) {
-                const char16_t unit = page_.units[source[index]];
-                undefined |= unit == replacement;
-                units[index] = unit;
-            }
+            do {
+                for (const std::size_t end = std::min(index + block, length); index < end; ++index) {
+                    const char16_t unit = page_.units[source[index]];
+                    undefined |= unit == replacement;
+                    units[index] = unit;
+                }
+            } while (length - index >= block && !areASCII(source + index));
         }
         progress.hadErrors = undefined != 0;
         progress.bytesRead = progress.unitsWritten = length;
@@ -131,7 +140,33 @@ public:
         return progress;
     }
 
-    std::size_t encode(std::u16string_view units, std::string& bytes, bool) override {
+    std::size_t encode(std::u16string_view units, std::string& bytes, bool isEnd) override {
+        if (!page_.hasSequences)
+            return encodeHere(units, bytes);
+        // The beginning of a sequence waits for the next call to see whether the sequence goes on.
+        if (heldUnit_ != 0) {
+            std::u16string joined(1, std::exchange(heldUnit_, u'\0'));
+            joined += units;
+            const std::size_t taken = encode(joined, bytes, isEnd);
+            if (taken > 0)
+                return taken - 1;
+            encodeHere(u"?", bytes);
+        }
+        const bool isHeld = !isEnd && !units.empty() && beginsSequence(units.back());
+        const std::size_t length = units.size() - (isHeld ? 1 : 0);
+        const std::size_t taken = encodeHere(units.substr(0, length), bytes);
+        if (!isHeld || taken < length)
+            return taken;
+        heldUnit_ = units.back();
+        return units.size();
+    }
+
+    void reset() override { heldUnit_ = 0; }
+
+    std::size_t mostUnitsPerByte() const override { return page_.hasSequences ? 2 : 1; }
+
+private:
+    std::size_t encodeHere(std::u16string_view units, std::string& bytes) const {
         const std::size_t start = bytes.size();
         bytes.resize(start + units.size());
         auto* target = reinterpret_cast<std::uint8_t*>(bytes.data()) + start;
@@ -162,9 +197,6 @@ public:
         return read;
     }
 
-    std::size_t mostUnitsPerByte() const override { return page_.hasSequences ? 2 : 1; }
-
-private:
     static bool isNoncharacter(char16_t unit) { return unit >= 0xFDD0 && unit <= 0xFDEF; }
 
     Progress decodeWithSequences(std::span<const std::uint8_t> bytes, char16_t* units,
@@ -201,7 +233,13 @@ private:
         return 0;
     }
 
+    bool beginsSequence(char16_t unit) const {
+        return std::any_of(page_.units.begin(), page_.units.end(),
+                           [unit](char16_t entry) { return encodingPageSequence(entry).starts_with(unit); });
+    }
+
     const Page& page_;
+    char16_t heldUnit_ = 0;
 };
 
 constexpr std::size_t rowLength = 94;

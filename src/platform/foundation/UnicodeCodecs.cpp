@@ -19,18 +19,36 @@ bool isContinuation(std::uint8_t byte) {
     return (byte & 0xC0) == 0x80;
 }
 
+// Widens eight bytes; returns how many of the first are ASCII.
+std::size_t widenEight(const std::uint8_t* bytes, char16_t* units) {
+    using Eight [[gnu::vector_size(8)]] = std::uint8_t;
+    using WideEight [[gnu::vector_size(16)]] = std::uint16_t;
+    Eight narrow;
+    std::memcpy(&narrow, bytes, sizeof(narrow));
+    const auto wide = __builtin_convertvector(narrow, WideEight);
+    std::memcpy(units, &wide, sizeof(wide));
+    std::uint64_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+    const std::uint64_t high = word & 0x8080808080808080;
+    if (high == 0)
+        return 8;
+    return static_cast<std::size_t>(std::endian::native == std::endian::little ? std::countr_zero(high)
+                                                                               : std::countl_zero(high)) /
+           8;
+}
+
 class UTF8Codec final : public TextCodec {
 public:
     // Every maximal part of an ill-formed sequence becomes one U+FFFD. A byte-order mark is a character.
     Progress decode(std::span<const std::uint8_t> bytes, char16_t* units, std::size_t capacity) override {
-        // Worth a vector scan once as many ASCII characters have followed each other.
-        constexpr std::size_t longRun = 8;
+        // Eights of ASCII in a row before a vector scan is worth its entry.
+        constexpr int longRun = 4;
         Progress progress;
         const std::uint8_t* source = bytes.data();
         const std::size_t length = bytes.size();
         std::size_t read = 0;
         std::size_t written = 0;
-        std::size_t run = longRun;
+        int run = longRun;
         while (read < length && written < capacity) {
             if (run >= longRun) {
                 const std::size_t ascii = widenASCIIPrefix(
@@ -42,9 +60,15 @@ public:
             }
             const std::uint8_t byte = source[read];
             if (byte < 0x80) {
-                units[written++] = byte;
-                ++read;
-                ++run;
+                if (length - read < 8 || capacity - written < 8 || source[read + 1] >= 0x80) {
+                    units[written++] = byte;
+                    ++read;
+                    continue;
+                }
+                const std::size_t ascii = widenEight(source + read, units + written);
+                read += ascii;
+                written += ascii;
+                run = ascii == 8 ? run + 1 : 0;
                 continue;
             }
             run = 0;
@@ -79,6 +103,8 @@ public:
     }
 
     std::size_t encode(std::u16string_view units, std::string& bytes, bool) override {
+        constexpr int longRun = 16;
+        int run = longRun;
         const std::size_t start = bytes.size();
         bytes.resize(start + units.size() * 3);
         auto* target = reinterpret_cast<std::uint8_t*>(bytes.data()) + start;
@@ -86,10 +112,22 @@ public:
         std::size_t written = 0;
         while (read < units.size()) {
             if (units[read] < 0x80) {
-                const std::size_t ascii =
-                    narrowASCIIPrefix(units.data() + read, units.size() - read, target + written);
-                read += ascii;
-                written += ascii;
+                if (run >= longRun) {
+                    const std::size_t ascii =
+                        narrowASCIIPrefix(units.data() + read, units.size() - read, target + written);
+                    read += ascii;
+                    written += ascii;
+                    run = 0;
+                } else {
+                    target[written++] = static_cast<std::uint8_t>(units[read++]);
+                    ++run;
+                }
+                continue;
+            }
+            run = 0;
+            if (units[read] < 0x800) {
+                target[written++] = static_cast<std::uint8_t>(0xC0 | units[read] >> 6);
+                target[written++] = static_cast<std::uint8_t>(0x80 | (units[read++] & 0x3F));
                 continue;
             }
             std::size_t next = read;

@@ -155,7 +155,7 @@ TEST(CFString, NormalizationAgreesWithTheLibrary) {
     std::mt19937 random(20070829);
     int normalizedCount = 0;
     for (int round = 0; round < 20000; ++round) {
-        std::u16string units(random() % 3 == 0 ? random() % 260 : random() % 12, u'x');
+        std::u16string units(random() % (round % 64 == 0 ? 1200 : round % 3 == 0 ? 260 : 12), u'x');
         const std::size_t density = 1 + random() % 40;
         for (char16_t& unit : units)
             if (random() % density == 0)

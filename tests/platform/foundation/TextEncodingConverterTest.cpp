@@ -124,6 +124,24 @@ TEST(TextEncodingConverter, OutputNeedNotBeAligned) {
     TECDisposeConverter(converter);
 }
 
+// One byte stands for two characters, which reached the encoder apart when the room was nearly used up.
+TEST(TextEncodingConverter, SequencesStayTogether) {
+    const std::string input = "\x81\xC0\xEC\x81\x9A\xC0\xC0";
+    Converter atOnce(kCFStringEncodingMacHebrew, kCFStringEncodingMacHebrew);
+    EXPECT_EQ(atOnce.convert(input, 256).bytes, input);
+    Converter piecewise(kCFStringEncodingMacHebrew, kCFStringEncodingMacHebrew);
+    std::string joined;
+    for (std::size_t position = 0, step = 0; step < 64 && joined.size() < input.size(); ++step) {
+        const Converted piece = piecewise.convert(std::string_view(input).substr(position), 1);
+        joined += piece.bytes;
+        position += piece.read;
+    }
+    EXPECT_EQ(joined, input);
+    // The beginning of a sequence alone, which the encoding does not have.
+    Converter alone(ucs2, kCFStringEncodingMacHebrew);
+    EXPECT_EQ(alone.convert(unitsAsBytes(u"\u05F2"), 8).bytes, "?");
+}
+
 // Piece by piece gives the same text as at once, whatever the encoding and the bytes.
 TEST(TextEncodingConverter, SmallOutputsLoseNothing) {
     constexpr std::string_view parts[] = {"\x1B$B"sv,
