@@ -23,6 +23,13 @@ void NSObject::setValue_forKey(const Value&, const NSString& key) {
     throwUndefinedKey(key);
 }
 
+Value NSObject::performSelector_withObject(const NSString& selector, const Value&) {
+    throw NSException(NSInvalidArgumentException, className()
+                                                      .stringByAppendingString(u" does not understand ")
+                                                      .stringByAppendingString(selector)
+                                                      .stringByAppendingString(u"."));
+}
+
 void NSObject::throwUndefinedKey(const NSString& key) const {
     throw NSException(NSUndefinedKeyException, className()
                                                    .stringByAppendingString(u" has no property named ")

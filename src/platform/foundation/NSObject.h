@@ -26,6 +26,10 @@ public:
     /// Changes the named property. The base knows none and throws NSException (NSUndefinedKeyException).
     virtual void setValue_forKey(const Value& value, const NSString& key);
 
+    /// Performs the named message; how a run loop reaches its target. The base knows none and throws
+    /// NSException (NSInvalidArgumentException).
+    virtual Value performSelector_withObject(const NSString& selector, const Value& argument);
+
 protected:
     /// For overriders, on a key they do not know.
     [[noreturn]] void throwUndefinedKey(const NSString& key) const;

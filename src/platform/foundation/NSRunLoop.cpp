@@ -1,0 +1,145 @@
+#include "platform/foundation/NSRunLoop.h"
+
+#include "platform/foundation/NSRunLoopInternals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace kelvo {
+namespace {
+
+using Clock = NSRunLoop::Internals::Clock;
+
+// Far enough for any service, near enough for the clock's arithmetic.
+constexpr double longestWaitSeconds = 100.0 * 365 * 86400;
+
+Clock::time_point fromNow(double seconds) {
+    const double bounded = std::isnan(seconds) ? 0 : std::clamp(seconds, 0.0, longestWaitSeconds);
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(bounded));
+}
+
+bool runsInMode(const NSRunLoop::Internals::Perform& perform, const NSString& mode) {
+    return std::ranges::find(perform.modes, mode) != perform.modes.end();
+}
+
+} // namespace
+
+NSRunLoopSource::~NSRunLoopSource() = default;
+
+NSRunLoop::NSRunLoop() : internals_(std::make_unique<Internals>()) {}
+
+NSRunLoop::~NSRunLoop() = default;
+
+NSRunLoop& NSRunLoop::currentRunLoop() {
+    static thread_local NSRunLoop loop;
+    return loop;
+}
+
+void NSRunLoop::run() {
+    while (
+        runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceReferenceDate(HUGE_VAL))) {
+    }
+}
+
+bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
+    Internals& own = *internals_;
+    const Clock::time_point limit = fromNow(limitDate.timeIntervalSinceDate(NSDate::date()));
+    for (;;) {
+        if (performOne(mode))
+            return true;
+        std::optional<Clock::time_point> nextDue;
+        for (const auto& [key, perform] : own.performs) {
+            if (runsInMode(perform, mode)) {
+                nextDue = key.first;
+                break;
+            }
+        }
+        if (own.sources.empty() && !nextDue)
+            return false;
+
+        const Clock::time_point until = std::min(limit, nextDue.value_or(limit));
+        const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now());
+        if (!own.woken && left.count() > 0) {
+            auto signal = kj::newPromiseAndFulfiller<void>();
+            own.wake = kj::mv(signal.fulfiller);
+            // The port's own notion of now is as old as its last wait.
+            auto& timer = own.io.provider->getTimer();
+            const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
+            signal.promise.exclusiveJoin(timer.atTime(deadline)).wait(own.io.waitScope);
+            own.wake = nullptr;
+        } else {
+            own.io.waitScope.poll();
+        }
+        own.woken = false;
+        if (performOne(mode))
+            return true;
+        if (Clock::now() >= limit)
+            return true;
+    }
+}
+
+bool NSRunLoop::performOne(const NSString& mode) {
+    Internals& own = *internals_;
+    const auto now = Clock::now();
+    for (auto each = own.performs.begin(); each != own.performs.end() && each->first.first <= now; ++each) {
+        if (!runsInMode(each->second, mode))
+            continue;
+        const Internals::Perform due = std::move(each->second);
+        own.performs.erase(each);
+        due.target->performSelector_withObject(due.selector, due.argument);
+        return true;
+    }
+    // A source may add or remove sources while it performs.
+    const std::vector<NSRunLoopSource*> sources = own.sources;
+    return std::ranges::any_of(sources, [&](NSRunLoopSource* source) {
+        return std::ranges::find(own.sources, source) != own.sources.end() && source->performPending();
+    });
+}
+
+void NSRunLoop::performSelector_target_argument_afterDelay_inModes(const NSString& selector,
+                                                                   std::shared_ptr<NSObject> target,
+                                                                   const Value& argument, double delaySeconds,
+                                                                   const std::vector<NSString>& modes) {
+    if (!target)
+        return;
+    Internals& own = *internals_;
+    own.performs.emplace(std::pair(fromNow(delaySeconds), own.performsMade++),
+                         Internals::Perform{selector, std::move(target), argument, modes});
+    wakeUp();
+}
+
+void NSRunLoop::performSelector_target_argument_afterDelay(const NSString& selector,
+                                                           std::shared_ptr<NSObject> target,
+                                                           const Value& argument, double delaySeconds) {
+    performSelector_target_argument_afterDelay_inModes(selector, std::move(target), argument, delaySeconds,
+                                                       {NSDefaultRunLoopMode});
+}
+
+void NSRunLoop::cancelPerformSelector_target_argument(const NSString& selector,
+                                                      const std::shared_ptr<NSObject>& target,
+                                                      const Value& argument) {
+    std::erase_if(internals_->performs, [&](const auto& entry) {
+        const Internals::Perform& perform = entry.second;
+        return perform.target == target && perform.selector == selector && perform.argument == argument;
+    });
+}
+
+void NSRunLoop::addSource(NSRunLoopSource& source) {
+    internals_->sources.push_back(&source);
+    wakeUp();
+}
+
+void NSRunLoop::removeSource(NSRunLoopSource& source) {
+    std::erase(internals_->sources, &source);
+    wakeUp();
+}
+
+void NSRunLoop::wakeUp() {
+    internals_->woken = true;
+    KJ_IF_MAYBE (signal, internals_->wake) {
+        (*signal)->fulfill();
+    }
+}
+
+} // namespace kelvo
