@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSObject.h"
+
+namespace kelvo {
+
+/// What the service knows of the installed metadata importers. Used on one thread.
+class MetaDataImporter : public NSObject {
+public:
+    /// Both tables are nil: nothing has been loaded.
+    MetaDataImporter() = default;
+
+    /// The process-wide instance, made at the first call. It lasts as long as somebody holds it; after that,
+    /// the next call makes another.
+    static std::shared_ptr<MetaDataImporter> sharedImporter();
+
+    NSString className() const override;
+
+    /// Full paths of the importer bundles, in order of priority: the first that claims a content type wins.
+    NSMutableArray MDImporterArray;
+    /// From the path of a bundle to an array of the content types it declares, in lower case. Nil as long as
+    /// nothing has been loaded; made once, before MDImporterArray, and kept even when loading found nothing.
+    NSMutableDictionary contentTypesForMDImporter;
+};
+
+} // namespace kelvo

@@ -1,0 +1,7 @@
+#include "protocol/KelvoImExport.h"
+
+namespace kelvo {
+
+KelvoImExport::~KelvoImExport() = default;
+
+} // namespace kelvo

@@ -1,0 +1,33 @@
+#include "protocol/Operations.h"
+
+#include "protocol/KelvoImExport.capnp.h"
+
+#include <capnp/schema.h>
+
+#include <array>
+
+namespace kelvo {
+namespace {
+
+/// The annotation's number in the schema.
+constexpr std::uint64_t selectorAnnotation = 0x82e1d822a292143a;
+
+/// In the order of Operation; set as each engine comes in.
+constexpr std::array<bool, operationCount> enginesInPlace{};
+
+} // namespace
+
+bool hasEngine(Operation operation) {
+    return enginesInPlace[static_cast<std::size_t>(operation)];
+}
+
+NSString selectorOfOperation(Operation operation) {
+    const auto methods = capnp::Schema::from<wire::KelvoImExport>().getMethods();
+    for (const auto annotation : methods[static_cast<unsigned>(operation)].getProto().getAnnotations()) {
+        if (annotation.getId() == selectorAnnotation)
+            return NSString::stringByRepairingUTF8String(annotation.getValue().getText().cStr());
+    }
+    return nullptr;
+}
+
+} // namespace kelvo

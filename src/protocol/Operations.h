@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kelvo {
+
+/// The operations of KelvoImExport, numbered in the order of their declaration.
+enum class Operation : std::uint8_t {
+    metaDataForFile,
+    RTFDWithHTML,
+    writeRTFDData,
+    searchableTextOfWebArchive,
+    attributedStringWithContentsOfFile,
+    posterImageForMovieWithFile,
+    stringWithPDF,
+    imageWithContentsOfFile,
+    PDFImageRepOfFile
+};
+
+inline constexpr std::size_t operationCount = 9;
+
+/// Whether the service's engine for the operation is in place. Until it is, the answer is nil (or false) for
+/// every file.
+bool hasEngine(Operation operation);
+
+/// The exact name of the operation, as logs and errors print it.
+NSString selectorOfOperation(Operation operation);
+
+} // namespace kelvo
