@@ -1,0 +1,313 @@
+#include <plumwick/Client.h>
+
+#include "platform/foundation/NSConnection.h"
+#include "support/ServiceSession.h"
+
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <future>
+#include <optional>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+using tests::ServiceSession;
+using Kind = ClientError::Kind;
+
+/// The error that the call ends with, if it does.
+template <typename Call>
+std::optional<ClientError> errorOf(Call call) {
+    try {
+        call();
+        return std::nullopt;
+    } catch (const ClientError& error) {
+        return error;
+    }
+}
+
+template <typename Call>
+std::optional<Kind> kindOfError(Call call) {
+    const auto error = errorOf(call);
+    return error ? std::optional(error->kind()) : std::nullopt;
+}
+
+/// A connected socket that speaks no protocol yet.
+int rawConnection(const std::string& path) {
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    EXPECT_EQ(connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0)
+        << std::strerror(errno);
+    return descriptor;
+}
+
+/// Whether the other side closes the connection (within two seconds).
+bool isClosed(int descriptor) {
+    timeval limit{2, 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    char byte;
+    ssize_t length;
+    while ((length = read(descriptor, &byte, 1)) > 0) {
+    }
+    return length == 0 || errno == ECONNRESET;
+}
+
+/// A client whose service does as the names of its files tell it.
+class ClientTest : public testing::Test {
+protected:
+    ServiceSession session{"RehearsalService"};
+    Client client{session.options()};
+
+    NSDictionary tell(const char16_t* what) { return client.metaDataForFile(what); }
+    void expectService() { EXPECT_EQ(tell(u"/still there").objectForKey(u"file").string(), u"/still there"); }
+};
+
+TEST_F(ClientTest, CarriesEveryKindOfValueThereAndBack) {
+    const NSDictionary all = tell(u"/every kind");
+    ASSERT_EQ(all.count(), 16u);
+    EXPECT_TRUE(all.objectForKey(u"null").isNull());
+    EXPECT_TRUE(all.objectForKey(u"true").numberIfAny()->isBoolean());
+    EXPECT_EQ(all.objectForKey(u"int32").numberIfAny()->kind(), NSNumber::Kind::int32);
+    EXPECT_EQ(all.objectForKey(u"int32").numberIfAny()->intValue(), INT32_MIN);
+    EXPECT_EQ(all.objectForKey(u"int64").numberIfAny()->longLongValue(), INT64_MAX);
+    EXPECT_EQ(all.objectForKey(u"float").numberIfAny()->kind(), NSNumber::Kind::float32);
+    EXPECT_EQ(all.objectForKey(u"float").numberIfAny()->floatValue(), 0.1f);
+    EXPECT_EQ(all.objectForKey(u"double").numberIfAny()->doubleValue(), -1e300);
+    EXPECT_TRUE(all.objectForKey(u"empty").isString());
+    EXPECT_EQ(all.objectForKey(u"units").string().characters(),
+              std::u16string_view(u"\0\xD800x\xDC80\xFFFF", 5));
+    EXPECT_EQ(all.objectForKey(u"data").data(), NSData::dataWithBytes("\0\1\377", 3));
+    EXPECT_TRUE(all.objectForKey(u"no data").isData());
+    EXPECT_EQ(all.objectForKey(u"date").dateIfAny()->timeIntervalSinceReferenceDate(), -0.25);
+    EXPECT_EQ(all.objectForKey(u"url").url().absoluteString(), u"http://example.org/a/b?c#d");
+    EXPECT_EQ(all.objectForKey(u"url").url().relativeString(), u"b?c#d");
+    EXPECT_EQ(all.objectForKey(u"array").array(),
+              NSArray::arrayWithObjects({NSArray::array(), NSNull(), u"x"}));
+    EXPECT_EQ(*all.objectForKey(u"size").sizeIfAny(), (NSSize{612, 0.5f}));
+    EXPECT_EQ(*all.objectForKey(u"color").colorIfAny(), (NSColor{0, 0.25f, 1, 0.5f}));
+    EXPECT_EQ(all.objectForKey(u"dictionary").dictionary().objectForKey(NSNumber::numberWithInt(7)).string(),
+              u"by number");
+    EXPECT_EQ((*all.begin()).first.string(), u"null") << "in its order";
+}
+
+TEST_F(ClientTest, PassesArgumentsWithNilDistinctFromEmpty) {
+    const auto html = [&](const NSData& data, const NSURL& base, bool allow) {
+        const NSData seen = client.RTFDWithHTML_baseURL_allowRemoteRequest(data, base, allow);
+        return std::string(seen.characters());
+    };
+    EXPECT_EQ(html(nullptr, nullptr, false), "nil  no");
+    EXPECT_EQ(html(NSData::data(), NSURL::URLWithString(u"http://h/%20?q"), true), "0 http://h/%20?q yes");
+    EXPECT_TRUE(client.metaDataForFile(nullptr).isNil());
+    EXPECT_TRUE(client.attributedStringWithContentsOfFile(u"/x").isNil());
+    EXPECT_FALSE(client.searchableTextOfWebArchive(u"/x").isNil());
+    const NSDictionary pdf = client.attributed_stringWithPDF(true, NSData::dataWithBytes("abc"));
+    EXPECT_TRUE(pdf.objectForKey(u"attributed").numberIfAny()->boolValue());
+    EXPECT_EQ(pdf.objectForKey(u"length").numberIfAny()->intValue(), 3);
+    const NSDictionary image =
+        client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/i", false, true);
+    EXPECT_FALSE(image.objectForKey(u"text").numberIfAny()->boolValue());
+    EXPECT_TRUE(image.objectForKey(u"importers").numberIfAny()->boolValue());
+    EXPECT_EQ(client.PDFImageRepOfFile(u"/70000000").length(), 70'000'000u);
+}
+
+TEST_F(ClientTest, SendsPathsAbsoluteAndByteForByte) {
+    const std::string here = std::filesystem::current_path().string();
+    const NSString odd(std::u16string_view(u"caf\xDCE9 \U0001F600"));
+    EXPECT_EQ(client.metaDataForFile(odd).objectForKey(u"file").string(),
+              NSString::stringWithUTF8String(here + "/").stringByAppendingString(odd));
+}
+
+TEST_F(ClientTest, ReportsWhatTheOperationThrew) {
+    const auto error = errorOf([&] { tell(u"/throw"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind(), Kind::failed);
+    EXPECT_STREQ(error->what(), "failed: NSRehearsalException: Thrown: as told.");
+    expectService();
+}
+
+TEST_F(ClientTest, RefusesWhatTheWireCannotCarryAndGoesOn) {
+    // Address space that is never touched: the length alone decides.
+    const std::size_t length = NSConnection::fieldLimitInBytes;
+    void* const pages = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    const std::span bytes(static_cast<const std::uint8_t*>(pages), length);
+    EXPECT_EQ(kindOfError([&] {
+                  client.attributed_stringWithPDF(false, NSData::dataWithBytesNoCopy(bytes, nullptr));
+              }),
+              Kind::failed);
+    EXPECT_EQ(kindOfError([&] { client.PDFImageRepOfFile(u"/536870912"); }), Kind::failed);
+    munmap(pages, length);
+    EXPECT_TRUE(tell(u"/deep 500").objectForKey(u"deep").isArray());
+    EXPECT_EQ(kindOfError([&] { tell(u"/deep 513"); }), Kind::failed);
+    expectService();
+}
+
+TEST_F(ClientTest, GivesUpInTimeAndIsAnsweredAgainAfterwards) {
+    expectService();
+    client.setTimeout(0.1);
+    EXPECT_EQ(kindOfError([&] { tell(u"/sleep 0.5"); }), Kind::timedOut);
+    client.setTimeout(10);
+    expectService();
+}
+
+TEST_F(ClientTest, AsksOnceMoreWhenTheServiceDiesInACallThatReads) {
+    const std::string marker = session.folder().path("marker");
+    EXPECT_EQ(client.metaDataForFile(NSString::stringWithUTF8String("/die unless " + marker))
+                  .objectForKey(u"outcome")
+                  .string(),
+              u"survived");
+    EXPECT_EQ(kindOfError([&] { tell(u"/die"); }), Kind::died);
+    expectService();
+}
+
+TEST_F(ClientTest, ReportsDeathInACallThatWrites) {
+    const pid_t first = (expectService(), client.status().processIdentifier);
+    auto killer = std::async(std::launch::async, [first] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        ServiceSession::end(first);
+    });
+    EXPECT_EQ(kindOfError([&] { client.writeRTFDData_toFile(NSData::data(), u"/sleep"); }), Kind::died);
+    killer.get();
+    expectService();
+    EXPECT_NE(client.status().processIdentifier, first);
+}
+
+TEST_F(ClientTest, AnswersConversationsOneAfterTheOther) {
+    expectService();
+    std::vector<std::future<std::pair<double, double>>> calls;
+    for (int index = 0; index < 3; ++index) {
+        calls.push_back(std::async(std::launch::async, [this] {
+            Client own(session.options(false));
+            const NSDictionary answer = own.metaDataForFile(u"/nest 0.15");
+            return std::pair(answer.objectForKey(u"begin").numberIfAny()->doubleValue(),
+                             answer.objectForKey(u"end").numberIfAny()->doubleValue());
+        }));
+    }
+    std::vector<std::pair<double, double>> spans;
+    for (auto& call : calls)
+        spans.push_back(call.get());
+    std::ranges::sort(spans);
+    EXPECT_LE(spans[0].second, spans[1].first);
+    EXPECT_LE(spans[1].second, spans[2].first);
+}
+
+TEST_F(ClientTest, ClosesOnlyTheConversationThatMisbehaves) {
+    expectService();
+    const int garbage = rawConnection(session.socketPath());
+    const std::string noise(5000, '\xA7');
+    EXPECT_GT(send(garbage, noise.data(), noise.size(), MSG_NOSIGNAL), 0);
+    EXPECT_TRUE(isClosed(garbage));
+    const int tooLarge = rawConnection(session.socketPath());
+    const std::uint32_t oneSegmentOfSixteenGibibytes[] = {0, 0x7FFFFFFF};
+    EXPECT_GT(send(tooLarge, oneSegmentOfSixteenGibibytes, 8, MSG_NOSIGNAL), 0);
+    EXPECT_TRUE(isClosed(tooLarge));
+    const int half = rawConnection(session.socketPath());
+    const std::uint32_t oneSegmentOfAMebibyte[] = {0, 0x20000, 7};
+    EXPECT_GT(send(half, oneSegmentOfAMebibyte, 12, MSG_NOSIGNAL), 0);
+    expectService();
+    close(half);
+    close(garbage);
+    close(tooLarge);
+    expectService();
+}
+
+TEST_F(ClientTest, ClientThatVanishesInACallHarmsNobody) {
+    expectService();
+    for (const char16_t* call : {u"/nest 0.3", u"/sleep 0.2"}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            // A new program, because an event loop does not survive a fork.
+            const std::string folder = session.folder().path();
+            setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+            const std::string file = NSString(call).UTF8String();
+            execl(tests::builtProgram("RehearsalClient").c_str(), "RehearsalClient", file.c_str(), nullptr);
+            _exit(127);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        ServiceSession::end(child);
+        expectService();
+    }
+}
+
+TEST_F(ClientTest, ManyClientsStartOneService) {
+    std::vector<std::future<pid_t>> clients;
+    for (int index = 0; index < 4; ++index) {
+        clients.push_back(std::async(std::launch::async, [this] {
+            Client own(session.options());
+            own.metaDataForFile(u"/x");
+            return own.status().processIdentifier;
+        }));
+    }
+    std::vector<pid_t> processes;
+    for (auto& each : clients)
+        processes.push_back(each.get());
+    EXPECT_EQ(std::ranges::count(processes, processes.front()), 4);
+}
+
+TEST_F(ClientTest, RefusesAnotherUser) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    expectService();
+    // Let the other user through to the socket, so that it is the service that refuses.
+    chmod(session.folder().path().c_str(), 0711);
+    chmod(session.socketPath().c_str(), 0666);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (setuid(65534) != 0)
+            _exit(2);
+        _exit(isClosed(rawConnection(session.socketPath())) ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    expectService();
+}
+
+TEST_F(ClientTest, SaysWhyNoServiceCanBeReached) {
+    const auto reasonWith = [&](const std::string& folder) {
+        setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+        const auto error = errorOf([&] { Client(session.options()).metaDataForFile(u"/x"); });
+        EXPECT_TRUE(error && error->kind() == Kind::notThere) << folder;
+        return error ? error->reason().UTF8String() : "";
+    };
+    const std::string& own = session.folder().path();
+    EXPECT_NE(reasonWith(own + "/missing").find("cannot be used"), std::string::npos);
+    EXPECT_NE(reasonWith(session.folder().write("file", "")).find("not a folder"), std::string::npos);
+    const auto folder = [&](const std::string& name, mode_t mode) {
+        std::filesystem::create_directories(own + "/" + name);
+        chmod((own + "/" + name).c_str(), mode);
+        return own + "/" + name;
+    };
+    EXPECT_NE(reasonWith(folder("unwritable", 0500)).find("cannot be written"), std::string::npos);
+    EXPECT_NE(reasonWith(folder("open", 0777)).find("written by other users"), std::string::npos);
+    EXPECT_NE(reasonWith(folder(std::string(90, 'l'), 0700)).find("the system allows 107"),
+              std::string::npos);
+    if (geteuid() == 0) {
+        const std::string foreign = folder("foreign", 0700);
+        ASSERT_EQ(chown(foreign.c_str(), 65534, 65534), 0);
+        EXPECT_NE(reasonWith(foreign).find("belongs to another user"), std::string::npos);
+    }
+    setenv("XDG_RUNTIME_DIR", own.c_str(), 1);
+    ClientOptions options = session.options(false);
+    EXPECT_STREQ(errorOf([&] { Client(options).metaDataForFile(u"/x"); })->what(),
+                 "not there: The service does not run.");
+    options.startsService = true;
+    options.servicePath = u"/nowhere/PlumwickHelper";
+    EXPECT_EQ(kindOfError([&] { Client(options).metaDataForFile(u"/x"); }), Kind::notThere);
+    options.servicePath = u"/bin/true";
+    EXPECT_NE(errorOf([&] { Client(options).metaDataForFile(u"/x"); })->reason().UTF8String().find("ended"),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace kelvo

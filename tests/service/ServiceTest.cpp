@@ -1,0 +1,120 @@
+#include "platform/foundation/NSTask.h"
+#include "protocol/Operations.h"
+#include "support/ServiceSession.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+
+#include <filesystem>
+
+namespace kelvo {
+namespace {
+
+using tests::ServiceSession;
+
+/// The service itself, as clients start it.
+class ServiceTest : public testing::Test {
+protected:
+    ServiceSession session{"PlumwickHelper"};
+    Client client{session.options()};
+
+    pid_t startedProcess() {
+        client.metaDataForFile(u"/x");
+        return client.status().processIdentifier;
+    }
+
+    static std::string linkTarget(pid_t process, const char* name) {
+        return std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/" + name).string();
+    }
+};
+
+TEST_F(ServiceTest, AnswersAllNineOperationsAsForUnreadableFiles) {
+    EXPECT_TRUE(client.metaDataForFile(u"/nonexistent").isNil());
+    EXPECT_TRUE(client.RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, false).isNil());
+    EXPECT_FALSE(client.writeRTFDData_toFile(NSData::dataWithBytes("no rtfd"), u"/nonexistent/x.rtfd"));
+    EXPECT_EQ(client.searchableTextOfWebArchive(u"/nonexistent").count(), 0u);
+    EXPECT_TRUE(client.attributedStringWithContentsOfFile(u"/nonexistent").isNil());
+    EXPECT_TRUE(client.posterImageForMovieWithFile(u"/nonexistent").isNil());
+    EXPECT_TRUE(client.attributed_stringWithPDF(true, NSData::dataWithBytes("no pdf")).isNil());
+    EXPECT_TRUE(
+        client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/nonexistent", true, true).isNil());
+    EXPECT_TRUE(client.PDFImageRepOfFile(u"/nonexistent").isNil());
+}
+
+TEST_F(ServiceTest, TellsItsStatusFromOutside) {
+    startedProcess();
+    const ServiceStatus status = client.status();
+    EXPECT_EQ(status.registeredName, u"PlumwickHelper_2.0pb8build4");
+    EXPECT_EQ(linkTarget(status.processIdentifier, "exe"), tests::builtProgram("PlumwickHelper"));
+    EXPECT_EQ(status.version, NSString::stringWithUTF8String(KELVO_VERSION));
+    EXPECT_GT(status.residentBytes, 1u << 20);
+    EXPECT_GE(status.uptimeSeconds, 0);
+    EXPECT_LT(status.uptimeSeconds, 60);
+}
+
+TEST_F(ServiceTest, SecondCopyRunsOnUnreachable) {
+    const pid_t first = startedProcess();
+    NSTask second;
+    second.setLaunchPath(NSString::stringWithUTF8String(tests::builtProgram("PlumwickHelper")));
+    second.launch();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(second.isRunning());
+    Client another(session.options(false));
+    another.metaDataForFile(u"/x");
+    EXPECT_EQ(another.status().processIdentifier, first);
+    ServiceSession::end(second.processIdentifier());
+}
+
+TEST_F(ServiceTest, TakesOverTheSocketOfAKilledCopy) {
+    const pid_t first = startedProcess();
+    ServiceSession::end(first);
+    EXPECT_TRUE(std::filesystem::exists(session.socketPath()));
+    EXPECT_NE(startedProcess(), first);
+}
+
+TEST_F(ServiceTest, KeepsNothingOfItsStarter) {
+    const int inherited = open("/dev/null", O_RDONLY);
+    const pid_t process = startedProcess();
+    EXPECT_EQ(linkTarget(process, "cwd"), "/");
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/fd")) {
+        const int number = std::stoi(entry.path().filename().string());
+        if (number > 2) {
+            EXPECT_NE(std::filesystem::read_symlink(entry.path()), "/dev/null") << number;
+        }
+    }
+    close(inherited);
+}
+
+TEST_F(ServiceTest, StoppedServiceTimesOutAndDiesWhenKilled) {
+    const pid_t process = startedProcess();
+    kill(process, SIGSTOP);
+    client.setTimeout(0.2);
+    const auto kindOf = [](auto call) {
+        try {
+            call();
+        } catch (const ClientError& error) {
+            return std::optional(error.kind());
+        }
+        return std::optional<ClientError::Kind>();
+    };
+    EXPECT_EQ(kindOf([&] { client.metaDataForFile(u"/x"); }), ClientError::Kind::timedOut);
+    client.setTimeout(10);
+    std::thread killer([process] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        ServiceSession::end(process);
+    });
+    EXPECT_EQ(kindOf([&] { client.writeRTFDData_toFile(NSData::data(), u"/x"); }), ClientError::Kind::died);
+    killer.join();
+    EXPECT_NE(startedProcess(), process);
+}
+
+TEST(OperationsTest, SelectorsStandInTheSchema) {
+    EXPECT_EQ(selectorOfOperation(Operation::metaDataForFile), u"metaDataForFile:");
+    EXPECT_EQ(selectorOfOperation(Operation::RTFDWithHTML), u"RTFDWithHTML:baseURL:allowRemoteRequest:");
+    EXPECT_EQ(selectorOfOperation(Operation::PDFImageRepOfFile), u"PDFImageRepOfFile:");
+}
+
+} // namespace
+} // namespace kelvo
