@@ -1,7 +1,7 @@
 # What every target of the house shares.
 add_library(kelvo_options INTERFACE)
 target_compile_options(kelvo_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
+  -Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
 if(KELVO_WERROR)
   target_compile_options(kelvo_options INTERFACE -Werror)
 endif()

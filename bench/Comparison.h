@@ -1,0 +1,47 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kelvo::bench {
+
+/// Shows the measurements as they come and keeps their medians, so that a program can print the ratios
+/// between its subject and its peers at the end of the same run.
+class Comparison : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            const bool isMedian = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (isMedian || (run.run_type == Run::RT_Iteration && run.repetitions <= 1))
+                seconds_[run.run_name.function_name +
+                         (run.run_name.args.empty() ? "" : "/" + run.run_name.args)] =
+                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+        }
+    }
+
+    /// The median time of one iteration, or 0 when that benchmark did not run.
+    double seconds(const std::string& name) const {
+        const auto found = seconds_.find(name);
+        return found == seconds_.end() ? 0 : found->second;
+    }
+
+    /// "label: 2.31" — how many times as long the subject takes as the peer; silent when either did not run.
+    void printTimeRatio(const char* label, const std::string& subject, const std::string& peer) const {
+        if (seconds(subject) > 0 && seconds(peer) > 0)
+            std::printf("%-60s %8.2f\n", label, seconds(subject) / seconds(peer));
+    }
+    /// How many times as fast the subject is.
+    void printSpeedRatio(const char* label, const std::string& subject, const std::string& peer) const {
+        printTimeRatio(label, peer, subject);
+    }
+
+private:
+    std::map<std::string, double> seconds_;
+};
+
+} // namespace kelvo::bench
