@@ -37,6 +37,30 @@ std::size_t widenEight(const std::uint8_t* bytes, char16_t* units) {
            8;
 }
 
+// Leading sequences of two bytes, up to `most` of them.
+std::size_t decodePairs(const std::uint8_t* bytes, std::size_t most, char16_t* units) {
+    std::size_t count = 0;
+    for (; count < most; ++count, bytes += 2) {
+        if (bytes[0] < 0xC2 || bytes[0] >= 0xE0 || !isContinuation(bytes[1]))
+            break;
+        units[count] = static_cast<char16_t>((bytes[0] & 0x1F) << 6 | (bytes[1] & 0x3F));
+    }
+    return count;
+}
+
+// The same with three bytes, but for those whose second byte needs another look.
+std::size_t decodeTriples(const std::uint8_t* bytes, std::size_t most, char16_t* units) {
+    std::size_t count = 0;
+    for (; count < most; ++count, bytes += 3) {
+        if (bytes[0] <= 0xE0 || bytes[0] >= 0xF0 || bytes[0] == 0xED || !isContinuation(bytes[1]) ||
+            !isContinuation(bytes[2]))
+            break;
+        units[count] =
+            static_cast<char16_t>((bytes[0] & 0x0F) << 12 | (bytes[1] & 0x3F) << 6 | (bytes[2] & 0x3F));
+    }
+    return count;
+}
+
 class UTF8Codec final : public TextCodec {
 public:
     // Every maximal part of an ill-formed sequence becomes one U+FFFD. A byte-order mark is a character.
@@ -72,16 +96,17 @@ public:
                 continue;
             }
             run = 0;
-            if (byte >= 0xC2 && byte < 0xE0 && length - read > 1 && isContinuation(source[read + 1])) {
-                units[written++] = static_cast<char16_t>((byte & 0x1F) << 6 | (source[read + 1] & 0x3F));
-                read += 2;
+            // Letters of one script follow each other: stay with sequences of the same length.
+            if (const std::size_t pairs = decodePairs(
+                    source + read, std::min((length - read) / 2, capacity - written), units + written)) {
+                read += pairs * 2;
+                written += pairs;
                 continue;
             }
-            if (byte > 0xE0 && byte < 0xF0 && byte != 0xED && length - read > 2 &&
-                isContinuation(source[read + 1]) && isContinuation(source[read + 2])) {
-                units[written++] = static_cast<char16_t>(
-                    (byte & 0x0F) << 12 | (source[read + 1] & 0x3F) << 6 | (source[read + 2] & 0x3F));
-                read += 3;
+            if (const std::size_t triples = decodeTriples(
+                    source + read, std::min((length - read) / 3, capacity - written), units + written)) {
+                read += triples * 3;
+                written += triples;
                 continue;
             }
             std::size_t next = read;

@@ -55,13 +55,13 @@ HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, co
         const auto right = hn::LoadU(tag, units + index + lanes);
         auto isLeftIn = isIn(left, ranges[0]);
         auto isRightIn = isIn(right, ranges[0]);
-        if (hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)))
-            continue;
-        for (std::size_t range = 1; range < rangeCount; ++range) {
+        std::size_t range = 1;
+        while (!hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)) && range < rangeCount) {
             isLeftIn = hn::Or(isLeftIn, isIn(left, ranges[range]));
             isRightIn = hn::Or(isRightIn, isIn(right, ranges[range]));
+            ++range;
         }
-        if (!hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)))
+        if (range == rangeCount && !hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)))
             break;
     }
     for (; index < length; ++index) {
