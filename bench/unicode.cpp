@@ -69,8 +69,8 @@ void decode(benchmark::State& state, CFStringEncoding encoding, std::u16string_v
     std::string bytes;
     std::string peerBytes;
     const auto codec = makeTextCodec(encoding);
-    encodeLossily(*codec, text, bytes);
-    encodeLossily(*makeTextCodec(kCFStringEncodingUTF8), text, peerBytes);
+    encodeLossily(*codec, text, bytes, true);
+    encodeLossily(*makeTextCodec(kCFStringEncodingUTF8), text, peerBytes, true);
     std::u16string units(text.size() + 64, u'\0');
     compare(
         state, bytes.size(),

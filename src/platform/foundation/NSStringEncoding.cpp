@@ -55,7 +55,7 @@ NSData dataUsingEncoding_allowLossyConversion(const NSString& string, NSStringEn
         return nullptr;
     std::string bytes(codec->preamble());
     if (allowsLossyConversion)
-        encodeLossily(*codec, string, bytes);
+        encodeLossily(*codec, string, bytes, true);
     else if (codec->encode(string, bytes, true) != string.length())
         return nullptr;
     return NSData::dataWithBytesNoCopy(std::move(bytes));

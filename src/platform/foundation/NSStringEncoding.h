@@ -22,7 +22,7 @@ NSString stringWithData_encoding(const NSData& data, NSStringEncoding encoding);
 /// the order of this machine; UTF-8 has no mark.
 NSData dataUsingEncoding(const NSString& string, NSStringEncoding encoding);
 /// With lossy conversion a character that the encoding cannot hold loses its diacritics, if that helps, or
-/// becomes a question mark.
+/// becomes a question mark (an unpaired surrogate U+FFFD, where the encoding has that).
 NSData dataUsingEncoding_allowLossyConversion(const NSString& string, NSStringEncoding encoding,
                                               bool allowsLossyConversion);
 

@@ -5,8 +5,6 @@
 
 #include <unicode/ucnv.h>
 
-#include <iconv.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -85,7 +83,7 @@ struct Page {
     ReverseTable bytes;
     bool isASCIICompatible = true;
     bool isLatin1 = true;
-    bool hasSequences = false;
+    std::vector<std::pair<std::uint8_t, std::u16string_view>> sequences;
 
     Page(const std::array<char16_t, 256>& table, bool prefersLast) : units(table), bytes(prefersLast) {
         for (std::size_t byte = 0; byte < units.size(); ++byte) {
@@ -93,7 +91,8 @@ struct Page {
                 bytes.add(units[byte], static_cast<std::uint16_t>(byte));
             isLatin1 = isLatin1 && units[byte] == byte;
             isASCIICompatible = isASCIICompatible && (byte >= 0x80 || units[byte] == byte);
-            hasSequences = hasSequences || !encodingPageSequence(units[byte]).empty();
+            if (const auto sequence = encodingPageSequence(units[byte]); !sequence.empty())
+                sequences.emplace_back(static_cast<std::uint8_t>(byte), sequence);
         }
     }
 };
@@ -103,7 +102,7 @@ public:
     explicit PageCodec(const Page& page) : page_(page) {}
 
     Progress decode(std::span<const std::uint8_t> bytes, char16_t* units, std::size_t capacity) override {
-        if (page_.hasSequences)
+        if (!page_.sequences.empty())
             return decodeWithSequences(bytes, units, capacity);
         // Bytes looked up before ASCII is looked for again.
         constexpr std::size_t block = 32;
@@ -141,7 +140,7 @@ public:
     }
 
     std::size_t encode(std::u16string_view units, std::string& bytes, bool isEnd) override {
-        if (!page_.hasSequences)
+        if (page_.sequences.empty())
             return encodeHere(units, bytes);
         // The beginning of a sequence waits for the next call to see whether the sequence goes on.
         if (heldUnit_ != 0) {
@@ -163,7 +162,7 @@ public:
 
     void reset() override { heldUnit_ = 0; }
 
-    std::size_t mostUnitsPerByte() const override { return page_.hasSequences ? 2 : 1; }
+    std::size_t mostUnitsPerByte() const override { return page_.sequences.empty() ? 1 : 2; }
 
 private:
     std::size_t encodeHere(std::u16string_view units, std::string& bytes) const {
@@ -180,8 +179,7 @@ private:
                 written += ascii;
                 continue;
             }
-            const std::size_t sequenceLength =
-                page_.hasSequences ? appendSequence(units.substr(read), target[written]) : 0;
+            const std::size_t sequenceLength = sequenceAt(units.substr(read), target[written]);
             if (sequenceLength > 0) {
                 read += sequenceLength;
                 ++written;
@@ -222,20 +220,18 @@ private:
     }
 
     // The length of the sequence at the beginning of the units that one byte stands for, or 0.
-    std::size_t appendSequence(std::u16string_view units, std::uint8_t& target) const {
-        for (std::size_t byte = 0x80; byte < page_.units.size(); ++byte) {
-            const std::u16string_view sequence = encodingPageSequence(page_.units[byte]);
-            if (sequence.empty() || !units.starts_with(sequence))
-                continue;
-            target = static_cast<std::uint8_t>(byte);
-            return sequence.size();
-        }
+    std::size_t sequenceAt(std::u16string_view units, std::uint8_t& target) const {
+        for (const auto& [byte, sequence] : page_.sequences)
+            if (units.starts_with(sequence)) {
+                target = byte;
+                return sequence.size();
+            }
         return 0;
     }
 
     bool beginsSequence(char16_t unit) const {
-        return std::any_of(page_.units.begin(), page_.units.end(),
-                           [unit](char16_t entry) { return encodingPageSequence(entry).starts_with(unit); });
+        return std::any_of(page_.sequences.begin(), page_.sequences.end(),
+                           [unit](const auto& pair) { return pair.second.starts_with(unit); });
     }
 
     const Page& page_;

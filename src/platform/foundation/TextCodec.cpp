@@ -17,8 +17,6 @@ bool isTrail(char16_t unit) {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-} // namespace
-
 void encodeSubstitute(TextCodec& codec, std::u16string_view character, std::string& bytes) {
     if (character.size() == 1 && (character[0] & 0xF800) == 0xD800 &&
         codec.encode(u"\uFFFD", bytes, false) == 1)
@@ -33,6 +31,8 @@ void encodeSubstitute(TextCodec& codec, std::u16string_view character, std::stri
     }
     codec.encode(u"?", bytes, false);
 }
+
+} // namespace
 
 std::unique_ptr<TextCodec> makeTextCodec(CFStringEncoding encoding) {
     using Kind = EncodingRow::Kind;
@@ -59,21 +59,34 @@ std::unique_ptr<TextCodec> makeTextCodec(CFStringEncoding encoding) {
     }
 }
 
-bool encodeLossily(TextCodec& codec, std::u16string_view units, std::string& bytes) {
+bool encodeLossily(TextCodec& codec, std::u16string_view units, std::string& bytes, bool isEnd) {
+    // Codecs make room for all that they are given, so that a text full of substitutes would take quadratic
+    // time were the whole rest given to them after each.
+    constexpr std::size_t shortPiece = 32;
+    constexpr std::size_t longPiece = 65536;
     bool isExact = true;
-    for (;;) {
-        units.remove_prefix(codec.encode(units, bytes, true));
-        if (units.empty())
-            return isExact;
+    std::size_t piece = shortPiece;
+    bool isClosed = !isEnd;
+    while (!units.empty()) {
+        std::size_t length = std::min(piece, units.size());
+        if (length < units.size() && isLead(units[length - 1]))
+            --length;
+        isClosed = !isEnd || length == units.size();
+        const std::size_t taken = codec.encode(units.substr(0, length), bytes, isEnd && isClosed);
+        units.remove_prefix(taken);
+        piece = std::min(piece * 2, longPiece);
+        if (taken == length)
+            continue;
         isExact = false;
-        const std::size_t length = units.size() > 1 && isLead(units[0]) && isTrail(units[1]) ? 2 : 1;
-        encodeSubstitute(codec, units.substr(0, length), bytes);
-        units.remove_prefix(length);
-        if (units.empty()) {
-            codec.encode({}, bytes, true);
-            return isExact;
-        }
+        isClosed = !isEnd;
+        piece = shortPiece;
+        const std::size_t characterLength = units.size() > 1 && isLead(units[0]) && isTrail(units[1]) ? 2 : 1;
+        encodeSubstitute(codec, units.substr(0, characterLength), bytes);
+        units.remove_prefix(characterLength);
     }
+    if (!isClosed)
+        codec.encode({}, bytes, true);
+    return isExact;
 }
 
 } // namespace kelvo

@@ -53,11 +53,9 @@ public:
 std::unique_ptr<TextCodec> makeTextCodec(CFStringEncoding encoding);
 
 /// Appends the bytes of all units. What the encoding cannot hold loses its diacritics, if that helps, or
-/// becomes a question mark. Returns whether nothing was lost.
-bool encodeLossily(TextCodec& codec, std::u16string_view units, std::string& bytes);
-
-/// The part of that for one character that the encoding cannot hold.
-void encodeSubstitute(TextCodec& codec, std::u16string_view character, std::string& bytes);
+/// becomes U+FFFD (an unpaired surrogate, if the encoding has that) or a question mark. `isEnd` as for
+/// encode. Returns whether nothing was lost.
+bool encodeLossily(TextCodec& codec, std::u16string_view units, std::string& bytes, bool isEnd);
 
 struct EncodingRow;
 

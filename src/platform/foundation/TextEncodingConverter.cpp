@@ -85,7 +85,7 @@ private:
                 std::u16string_view next(units_);
                 if (next.size() * mostBytesPerUnit > room())
                     next = next.substr(0, lengthOfFirstCharacter(next));
-                encode(next);
+                encodeLossily(*encoder_, next, bytes_, false);
                 units_.erase(0, next.size());
                 continue;
             }
@@ -108,17 +108,6 @@ private:
         }
         clear();
         return noErr;
-    }
-
-    void encode(std::u16string_view units) {
-        for (;;) {
-            units.remove_prefix(encoder_->encode(units, bytes_, false));
-            if (units.empty())
-                return;
-            const std::size_t length = lengthOfFirstCharacter(units);
-            encodeSubstitute(*encoder_, units.substr(0, length), bytes_);
-            units.remove_prefix(length);
-        }
     }
 
     std::unique_ptr<TextCodec> decoder_;

@@ -44,7 +44,8 @@ OSStatus TECClearConverterContextInfo(TECObjectRef converter);
 
 /// Converts as much as fits, whole characters only. The input reaches to the end of its text: a sequence that
 /// is cut off there is undecodable. What cannot be decoded becomes U+FFFD; what the destination cannot hold
-/// loses its diacritics or becomes a question mark. Neither is a failure.
+/// loses its diacritics or becomes a question mark (an unpaired surrogate U+FFFD, where there is one).
+/// Neither is a failure.
 ///
 /// When the output is full (kTECOutputBufferFullStatus) the call may be repeated with the input from
 /// `*inputRead` on and more room; the converter keeps what it has read and not written. All lengths are in

@@ -323,6 +323,14 @@ TEST(Encoding, CharactersThatDoNotFit) {
         EXPECT_EQ(dataUsingEncoding_allowLossyConversion(NSString(row.text), encoding, true).characters(),
                   row.lossy);
     }
+    // Minutes, were the whole rest looked at after each substitute.
+    std::u16string foreign;
+    for (int pair = 0; pair < 200000; ++pair)
+        foreign += u"\u00E9\U0001F600";
+    const NSData substitutes =
+        dataUsingEncoding_allowLossyConversion(NSString(foreign), NSASCIIStringEncoding, true);
+    EXPECT_EQ(substitutes.length(), 400000u);
+    EXPECT_EQ(substitutes.characters().substr(399996), "e?e?");
     EXPECT_TRUE(dataUsingEncoding(NSString(), NSUTF8StringEncoding).isNil());
     EXPECT_TRUE(dataUsingEncoding(u"a", 0x80000009).isNil());
     EXPECT_EQ(dataUsingEncoding(u"", NSUTF8StringEncoding).length(), 0u);
