@@ -1,0 +1,70 @@
+#include "markup/TagPredicates.h"
+
+#include "text/CharacterSetReps.h"
+
+namespace kelvo {
+
+namespace {
+
+std::u16string_view partOf(std::u16string_view string, NSRange range) {
+    return rangeFits(range, string.size()) ? string.substr(range.location, range.length)
+                                           : std::u16string_view();
+}
+
+} // namespace
+
+NSRange rangeOfTagName(const char16_t* characters, std::size_t location, std::size_t length) {
+    static const CharacterSetRep letters = alphaCharacterSetRep(), white = whiteCharacterSetRep();
+    const char16_t *end = characters + location + length, *name = characters + location;
+    while (name < end && !unitIsInBitmap(letters, *name))
+        ++name;
+    if (name == end)
+        return {NSNotFound, 0};
+    const char16_t* nameEnd = name + 1;
+    while (nameEnd < end && *nameEnd != u'/' && *nameEnd != u'>' && !unitIsInBitmap(white, *nameEnd))
+        ++nameEnd;
+    return {static_cast<std::size_t>(name - characters), static_cast<std::size_t>(nameEnd - name)};
+}
+
+NSString nameOfTag(std::u16string_view tag) {
+    const NSRange name = rangeOfTagName(tag.data(), 0, tag.size());
+    return name.length == 0 ? NSString() : NSString(tag.substr(name.location, name.length));
+}
+
+NSString nameOfTagInRange(std::u16string_view string, NSRange range) {
+    return nameOfTag(partOf(string, range));
+}
+
+bool isTagOpen(std::u16string_view tag) {
+    return tag.size() >= 2 && tag[1] != u'/';
+}
+
+bool isTagOpenInRange(std::u16string_view string, NSRange range) {
+    return isTagOpen(partOf(string, range));
+}
+
+bool isTagClosed(std::u16string_view tag) {
+    return tag.size() >= 2 && (tag[1] == u'/' || tag[tag.size() - 2] == u'/');
+}
+
+bool isTagClosedInRange(std::u16string_view string, NSRange range) {
+    return isTagClosed(partOf(string, range));
+}
+
+bool isRemarkTag(std::u16string_view tag) {
+    return tag.starts_with(u"<!-");
+}
+
+bool isRemarkTagInRange(std::u16string_view string, NSRange range) {
+    return isRemarkTag(partOf(string, range));
+}
+
+bool isMetaTag(std::u16string_view tag) {
+    return tag.starts_with(u"<![");
+}
+
+bool isMetaTagInRange(std::u16string_view string, NSRange range) {
+    return isMetaTag(partOf(string, range));
+}
+
+} // namespace kelvo
