@@ -160,10 +160,10 @@ kj::Promise<void> Conversation::answer(Context context, Decode decode, Operate o
                     return;
                 encode_(context_, result);
                 fulfiller->fulfill();
-            } catch (const std::exception& exception) {
-                fulfiller->reject(failureOfCall(exception.what()));
             } catch (const kj::Exception& exception) {
                 fulfiller->reject(failureOfCall(exception.getDescription().cStr()));
+            } catch (const std::exception& exception) {
+                fulfiller->reject(failureOfCall(exception.what()));
             }
         }
 

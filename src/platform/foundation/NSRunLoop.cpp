@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 namespace kelvo {
 namespace {
@@ -46,54 +45,57 @@ bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
     Internals& own = *internals_;
     const Clock::time_point limit = fromNow(limitDate.timeIntervalSinceDate(NSDate::date()));
     for (;;) {
-        if (performOne(mode))
-            return true;
-        std::optional<Clock::time_point> nextDue;
-        for (const auto& [key, perform] : own.performs) {
-            if (runsInMode(perform, mode)) {
-                nextDue = key.first;
-                break;
-            }
-        }
-        if (own.sources.empty() && !nextDue)
-            return false;
-
-        const Clock::time_point until = std::min(limit, nextDue.value_or(limit));
-        const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now());
-        if (!own.woken && left.count() > 0) {
-            auto signal = kj::newPromiseAndFulfiller<void>();
-            own.wake = kj::mv(signal.fulfiller);
-            // The port's own notion of now is as old as its last wait.
-            auto& timer = own.io.provider->getTimer();
-            const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
-            signal.promise.exclusiveJoin(timer.atTime(deadline)).wait(own.io.waitScope);
-            own.wake = nullptr;
-        } else {
-            own.io.waitScope.poll();
-        }
+        // Events come in even when there is always something to perform.
+        own.io.waitScope.poll();
         own.woken = false;
-        if (performOne(mode))
+        if (performTurn(mode))
             return true;
+        const auto nextDue = std::ranges::find_if(
+            own.performs, [&mode](const auto& entry) { return runsInMode(entry.second, mode); });
+        const bool isAnyDue = nextDue != own.performs.end();
+        if (own.sources.empty() && !isAnyDue)
+            return false;
         if (Clock::now() >= limit)
             return true;
+        if (own.woken)
+            continue;
+        const Clock::time_point until = isAnyDue ? std::min(limit, nextDue->first.first) : limit;
+        const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now());
+        auto signal = kj::newPromiseAndFulfiller<void>();
+        own.wake = kj::mv(signal.fulfiller);
+        // The timer's own notion of now is as old as its last wait.
+        const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
+        signal.promise.exclusiveJoin(own.io.provider->getTimer().atTime(deadline)).wait(own.io.waitScope);
+        own.wake = nullptr;
     }
 }
 
-bool NSRunLoop::performOne(const NSString& mode) {
-    Internals& own = *internals_;
+bool NSRunLoop::performTurn(const NSString& mode) {
+    // One of each, so that a perform that is always due does not hold up requests.
+    const bool hasPerformed = performDue(mode);
+    return performSource() || hasPerformed;
+}
+
+bool NSRunLoop::performDue(const NSString& mode) {
+    auto& performs = internals_->performs;
     const auto now = Clock::now();
-    for (auto each = own.performs.begin(); each != own.performs.end() && each->first.first <= now; ++each) {
+    for (auto each = performs.begin(); each != performs.end() && each->first.first <= now; ++each) {
         if (!runsInMode(each->second, mode))
             continue;
         const Internals::Perform due = std::move(each->second);
-        own.performs.erase(each);
+        performs.erase(each);
         due.target->performSelector_withObject(due.selector, due.argument);
         return true;
     }
+    return false;
+}
+
+bool NSRunLoop::performSource() {
     // A source may add or remove sources while it performs.
-    const std::vector<NSRunLoopSource*> sources = own.sources;
-    return std::ranges::any_of(sources, [&](NSRunLoopSource* source) {
-        return std::ranges::find(own.sources, source) != own.sources.end() && source->performPending();
+    const std::vector<NSRunLoopSource*>& present = internals_->sources;
+    const std::vector<NSRunLoopSource*> sources = present;
+    return std::ranges::any_of(sources, [&present](NSRunLoopSource* source) {
+        return std::ranges::find(present, source) != present.end() && source->performPending();
     });
 }
 

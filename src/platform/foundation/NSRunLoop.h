@@ -68,7 +68,9 @@ public:
 
 private:
     NSRunLoop();
-    bool performOne(const NSString& mode);
+    bool performTurn(const NSString& mode);
+    bool performDue(const NSString& mode);
+    bool performSource();
 
     std::unique_ptr<Internals> internals_;
 };

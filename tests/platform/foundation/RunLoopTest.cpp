@@ -18,6 +18,9 @@ public:
         heard += selector.UTF8String() + argument.string().UTF8String() + " ";
         if (selector == u"nest")
             NSRunLoop::currentRunLoop().runMode_beforeDate(NSDefaultRunLoopMode, soon());
+        if (selector == u"again")
+            NSRunLoop::currentRunLoop().performSelector_target_argument_afterDelay(
+                selector, shared_from_this(), nullptr, 0);
         if (selector == u"throw")
             throw NSException(NSGenericException, u"as told");
         return nullptr;
@@ -86,6 +89,21 @@ TEST_F(RunLoopTest, PerformThatThrowsIsSpentAndTheLoopGoesOn) {
     EXPECT_THROW(loop.run(), NSException);
     loop.run();
     EXPECT_EQ(listener->heard, "throw after ");
+}
+
+TEST_F(RunLoopTest, PerformThatIsAlwaysDueLeavesRoomForSources) {
+    struct Source final : NSRunLoopSource {
+        int turns = 0;
+        bool performPending() override { return ++turns <= 3; }
+    } source;
+    loop.addSource(source);
+    later(u"again", nullptr, 0);
+    for (int turn = 0; turn < 5; ++turn)
+        EXPECT_TRUE(loop.runMode_beforeDate(NSDefaultRunLoopMode, Listener::soon()));
+    EXPECT_EQ(source.turns, 5);
+    EXPECT_EQ(listener->heard, "again again again again again ");
+    loop.removeSource(source);
+    loop.cancelPerformSelector_target_argument(u"again", listener, nullptr);
 }
 
 TEST_F(RunLoopTest, HoldsTargetsUntilTheyAreDone) {
