@@ -1,0 +1,7 @@
+#pragma once
+
+// Everything that the category adds to mutable strings: the themes that change a string in place.
+
+#include "text/StringNormalization.h"
+#include "text/StringRemoval.h"
+#include "text/StringTrimming.h"

@@ -1,0 +1,15 @@
+#pragma once
+
+// Everything that the category adds to strings, by theme. The mutable strings' members stand beside their
+// copying forms.
+
+#include "text/CharacterSearch.h"
+#include "text/CharacterSetReps.h"
+#include "text/FoldingTables.h"
+#include "text/StringComparison.h"
+#include "text/StringEncodingSetting.h"
+#include "text/StringLines.h"
+#include "text/StringMatching.h"
+#include "text/StringNormalization.h"
+#include "text/StringRemoval.h"
+#include "text/StringTrimming.h"

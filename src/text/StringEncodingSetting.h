@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/foundation/CFStringEncodings.h"
+#include "platform/foundation/NSString.h"
+
+namespace kelvo::NSStringKelvoExtensions {
+
+/// The encoding of text files that are written without naming one; UTF-8 unless it is set. It belongs to the
+/// thread that serves.
+extern NSStringEncoding defaultEncodingSetting;
+inline NSStringEncoding defaultEncoding() {
+    return defaultEncodingSetting;
+}
+/// Any number is taken; one that is no available encoding makes the writers that use it fail.
+inline void setDefaultEncoding(NSStringEncoding encoding) {
+    defaultEncodingSetting = encoding;
+}
+
+/// The text of the bytes before the first zero byte. Nil for a null pointer, for an encoding that is not
+/// available, and for bytes that are not valid in it or too many.
+NSString initWithNullTerminatedCString_encoding(const char* bytes, NSStringEncoding encoding);
+inline NSString stringWithNullTerminatedCString_encoding(const char* bytes, NSStringEncoding encoding) {
+    return initWithNullTerminatedCString_encoding(bytes, encoding);
+}
+
+} // namespace kelvo::NSStringKelvoExtensions

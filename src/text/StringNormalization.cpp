@@ -1,0 +1,79 @@
+#include "text/StringNormalization.h"
+
+#include "platform/foundation/CFString.h"
+#include "platform/foundation/VectorScan.h"
+#include "text/CopyingForm.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+constexpr auto formC = CFStringNormalizationForm::C;
+
+bool needsFixing(char16_t unit) {
+    return (unit >= 0xD800 && unit <= 0xDFFF) || (unit >= 0xF400 && unit <= 0xF8FF);
+}
+
+std::size_t firstUnitToFix(std::u16string_view text) {
+    static constexpr UnitRange sound[] = {
+        {0x0000, 0xD800}, {0xE000, 0xF400 - 0xE000}, {0xF900, 0x10000 - 0xF900}};
+    return lengthOfPrefixInRanges(text, sound);
+}
+
+} // namespace
+
+void normalizeString(NSMutableString& string, CFStringNormalizationForm form) {
+    if (!string.isEmpty())
+        unlessTooLong([&] { CFStringNormalize(string, form); });
+}
+
+void normalizeString(NSMutableString& string) {
+    normalizeString(string, formC);
+}
+
+NSString normalizedString(const NSString& string, CFStringNormalizationForm form) {
+    if (CFStringIsNormalized(string, form))
+        return string;
+    return copyChangedBy(string, [&](NSMutableString& copy) { normalizeString(copy, form); });
+}
+
+NSString normalizedString(const NSString& string) {
+    return normalizedString(string, formC);
+}
+
+void normalizeLowercaseString(NSMutableString& string) {
+    normalizeString(string);
+    lowercase(string);
+}
+
+NSString normalizedLowercaseString(const NSString& string) {
+    return copyChangedBy(string, [](NSMutableString& copy) { normalizeLowercaseString(copy); });
+}
+
+void fixAndNormalizeString(NSMutableString& string) {
+    char16_t* units = string.mutableCharacters();
+    std::replace_if(units + firstUnitToFix(string), units + string.length(), needsFixing, u' ');
+    normalizeString(string);
+}
+
+NSString fixedAndNormalizedString(const NSString& string) {
+    if (firstUnitToFix(string) == string.length())
+        return normalizedString(string);
+    return copyChangedBy(string, [](NSMutableString& copy) { fixAndNormalizeString(copy); });
+}
+
+void lowercase(NSMutableString& string) {
+    unlessTooLong([&] { CFStringLowercase(string); });
+}
+
+void uppercase(NSMutableString& string) {
+    unlessTooLong([&] { CFStringUppercase(string); });
+}
+
+void capitalize(NSMutableString& string) {
+    unlessTooLong([&] { CFStringCapitalize(string); });
+}
+
+} // namespace kelvo
