@@ -11,7 +11,7 @@ extern NSStringEncoding defaultEncodingSetting;
 inline NSStringEncoding defaultEncoding() {
     return defaultEncodingSetting;
 }
-/// Any number is taken; one that is no available encoding makes the writers that use it fail.
+/// Any number is taken; writers treat one that is no available encoding like one that cannot hold the text.
 inline void setDefaultEncoding(NSStringEncoding encoding) {
     defaultEncodingSetting = encoding;
 }

@@ -4,8 +4,7 @@
 #include "text/CharacterSearch.h"
 #include "text/CharacterSetReps.h"
 #include "text/LineScan.h"
-
-#include <array>
+#include "text/UnitBitmap.h"
 
 namespace kelvo {
 
@@ -70,11 +69,9 @@ NSString lastWord(const NSString& text) {
 
 NSRange getSubstringRangeAtIndex_separators(std::u16string_view text, std::size_t index,
                                             std::u16string_view separators) {
-    std::array<std::uint8_t, characterSetRepSizeInBytes> bitmap{};
-    for (const char16_t unit : separators)
-        bitmap[unit >> 3] = static_cast<std::uint8_t>(bitmap[unit >> 3] | 1u << (unit & 7));
+    const UnitBitmap bitmap(separators);
     return runAround(text.size(), index,
-                     [&](std::size_t position) { return !unitIsInBitmap(bitmap.data(), text[position]); });
+                     [&](std::size_t position) { return !unitIsInBitmap(bitmap.rep(), text[position]); });
 }
 
 NSString getSubstringAtIndex_separators(const NSString& text, std::size_t index,
