@@ -1,7 +1,5 @@
 #include "text/ConfigurationText.h"
 
-#include "text/NSStringExtensions.h"
-
 #include <gtest/gtest.h>
 
 namespace kelvo {
@@ -84,18 +82,6 @@ TEST(ConfigurationTextTest, dumps) {
     EXPECT_TRUE(dump(u"") == u"");
     EXPECT_TRUE(dump(nullptr).isNil());
     EXPECT_TRUE(dumpAsArray(nullptr).isNil());
-}
-
-TEST(NSStringExtensionsTest, stringsInArrays) {
-    const NSArray array = NSArray::arrayWithObjects({NSNull(), u"Foo", u"foo", u"", u"stra\u00DFe"});
-    EXPECT_EQ(indexOfStringEqualTo(array, u"foo"), 2u);
-    EXPECT_EQ(indexOfStringEqualToNoCase(array, u"FOO"), 1u);
-    EXPECT_EQ(indexOfStringEqualTo(array, u""), 3u);
-    EXPECT_FALSE(containsStringNoCase(array, u"strasse"));
-    EXPECT_FALSE(containsString(array, u"bar"));
-    EXPECT_FALSE(containsString(array, nullptr));
-    EXPECT_FALSE(containsStringNoCase(array, nullptr));
-    EXPECT_EQ(indexOfStringEqualTo(nullptr, u"foo"), NSNotFound);
 }
 
 } // namespace

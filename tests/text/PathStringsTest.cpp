@@ -1,18 +1,13 @@
 #include "text/NSStringKelvoPathExtensions.h"
 
-#include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/NSHFSFileTypes.h"
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
-#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <optional>
 #include <string>
-
-#include <sys/xattr.h>
 
 namespace kelvo {
 namespace {
@@ -31,10 +26,6 @@ private:
     const char* name_;
     std::optional<std::string> old_;
 };
-
-NSString named(const std::string& path) {
-    return NSFileManager::defaultManager().stringWithFileSystemRepresentation(path);
-}
 
 TEST(PathStringsTest, standardDirectories) {
     const NSString home = NSHomeDirectory();
@@ -197,140 +188,6 @@ TEST(PathStringsTest, orderByLastComponent) {
     EXPECT_LT(nonUmlautedCaseInsensitiveCompareWithLastPathComponent(u"\u00E4", u"AB"), 0);
     EXPECT_LT(caseInsensitiveCompareWithLastPathComponent(nullptr, u"a"), 0);
     EXPECT_EQ(compareWithLastPathComponent(nullptr, u""), 0);
-}
-
-TEST(FileNamesTest, extensions) {
-    const NSArray list = NSArray::arrayWithObjects({u"JPEG", NSNull(), u"'PDF '"});
-    EXPECT_TRUE(pathMatchingExtensions(u"/a/b.jpeg", list));
-    EXPECT_FALSE(pathMatchingExtensions(u"/a/b.jpg", list));
-    EXPECT_FALSE(pathMatchingExtensions(u"/a/b.jpeg", nullptr));
-    EXPECT_FALSE(pathMatchingExtensions(nullptr, list));
-    for (const char16_t* valid : {u"a", u"jpeg", u"123456789012345", u"\u00E4"})
-        EXPECT_TRUE(isValidPathExtension(NSString(valid)));
-    for (const char16_t* invalid : {u"", u"1234567890123456", u"tar.gz", u"a b"})
-        EXPECT_FALSE(isValidPathExtension(NSString(invalid)));
-    EXPECT_TRUE(validPathExtension(u"a/b.c") == u"c");
-    EXPECT_TRUE(validPathExtension(u"a/b.c d") == u"");
-    EXPECT_TRUE(validPathExtension(nullptr).isNil());
-}
-
-TEST(FileNamesTest, typeCodes) {
-    const tests::TemporaryFolder folder;
-    const NSArray list = NSArray::arrayWithObjects({u"txt", u"'PDF '"});
-    const std::string plain = folder.write("plain", "x"), marked = folder.write("marked", "x");
-    EXPECT_TRUE(NSHFSTypeOfFile(named(plain)) == u"");
-    EXPECT_TRUE(NSHFSTypeOfFile(named(folder.path("missing"))).isNil());
-    EXPECT_FALSE(pathMatchingExtensionsOrTypes(named(plain), list));
-
-    using namespace std::string_literals;
-    const std::string header = "\0\5\x16\7\0\2\0\0"s + std::string(16, '\0');
-    const std::string entry = "\0\0\0\x09\0\0\0\x26\0\0\0\x20"s;
-    folder.write("._marked", header + "\0\1"s + entry + "PDF CARO" + std::string(24, '\0'));
-    EXPECT_TRUE(NSHFSTypeOfFile(named(marked)) == u"'PDF '");
-    EXPECT_TRUE(pathMatchingExtensionsOrTypes(named(marked), list));
-    EXPECT_FALSE(pathMatchingExtensionsOrTypes(named(marked), nullptr));
-    const std::string broken[] = {header, header + "\0\1"s + entry + "PDF", header + "\xFF\xFF"s,
-                                  header + "\0\1\0\0\0\x09\xFF\xFF\xFF\xFF\0\0\0\x20"s};
-    for (const std::string& bytes : broken) {
-        folder.write("._marked", bytes);
-        EXPECT_TRUE(NSHFSTypeOfFile(named(marked)) == u"");
-    }
-    const std::string info = "TEXTttxt" + std::string(24, '\0');
-    if (::setxattr(marked.c_str(), "user.com.apple.FinderInfo", info.data(), info.size(), 0) == 0) {
-        EXPECT_TRUE(NSHFSTypeOfFile(named(marked)) == u"'TEXT'");
-    }
-}
-
-TEST(FileNamesTest, namesFromText) {
-    struct Row {
-        const char16_t *text, *trimmed, *name;
-    };
-    const Row rows[] = {
-        {u"..a/b:c~", u"a/b:c", u"a-b-c"},
-        {u"~./:", u"", u""},
-        {u"e\u0301.txt", u"e\u0301.txt", u"\u00E9.txt"},
-        {u".a.", u"a", u"a"},
-        {u"", u"", u""},
-        {nullptr, nullptr, nullptr},
-    };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(stringByTrimmingInvalidFilenameCharacters(row.text) == row.trimmed);
-        EXPECT_TRUE(stringByCreatingFilename(row.text) == row.name);
-        NSMutableString name{NSString(row.text)};
-        createFilename(name);
-        EXPECT_TRUE(name == row.name);
-    }
-    const NSString plain = u"plain.txt";
-    EXPECT_TRUE(stringByCreatingFilename(plain).isIdenticalTo(plain));
-}
-
-TEST(FileNamesTest, namesThatFitOnDisk) {
-    const std::u16string ascii(300, u'a'), umlauts(200, u'\u00E4');
-    std::u16string pairs = u"x";
-    for (int pair = 0; pair < 100; ++pair)
-        pairs += u"\U0001F600";
-    struct Row {
-        const char* name;
-        std::u16string text, extension, result;
-    };
-    const Row rows[] = {
-        {"bytes", ascii, u"", ascii.substr(0, 255)},
-        {"two bytes a unit", umlauts, u"", umlauts.substr(0, 127)},
-        {"whole pairs", pairs, u"", pairs.substr(0, 1 + 2 * 63)},
-        {"fits", u"abc", u"", u"abc"},
-        {"U+0000", std::u16string(u"ab\0c", 4), u"", u"ab"},
-        {"unpaired surrogate", u"ab\xD800", u"", u"ab"},
-        {"with an extension", ascii, u"txt", ascii.substr(0, 251) + u".txt"},
-        {"extension after two bytes a unit", umlauts, u"\u00E4", umlauts.substr(0, 126) + u".\u00E4"},
-        {"short with an extension", u"a", u"b", u"a.b"},
-        {"extension too long", u"ab", ascii, u"ab"},
-        {"no room beside the extension", u"ab", ascii.substr(0, 254), u"ab"},
-        {"room for one unit", u"ab", ascii.substr(0, 253), u"a." + ascii.substr(0, 253)},
-        {"impossible extension", u"ab", u"\xD800", u"ab"},
-        {"empty name", u"", u"txt", u""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const NSString text(row.text);
-        EXPECT_EQ(stringByCreatingFileSystemRepresentationByAppendingExtension(text, row.extension),
-                  NSString(row.result));
-        if (row.extension.empty()) {
-            EXPECT_EQ(stringByCreatingFileSystemRepresentation(text), NSString(row.result));
-        }
-        NSMutableString name(text);
-        createFileSystemRepresentationAndAppendExtension(name, row.extension);
-        EXPECT_EQ(name.copy(), NSString(row.result));
-    }
-    EXPECT_TRUE(stringByCreatingFileSystemRepresentation(nullptr).isNil());
-    EXPECT_TRUE(stringByCreatingFileSystemRepresentationByAppendingExtension(nullptr, u"x").isNil());
-}
-
-TEST(Base64TextTest, encodesAndDecodes) {
-    struct Row {
-        const char16_t *text, *base64;
-    };
-    const Row rows[] = {
-        {u"", u""},
-        {u"f", u"Zg=="},
-        {u"fo", u"Zm8="},
-        {u"foo", u"Zm9v"},
-        {u"foobar", u"Zm9vYmFy"},
-        {u"\u00E4\u00FF", u"w6TDvw=="},
-        {u"~~~???", u"fn5+Pz8/"},
-    };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(encodebase64(row.text) == row.base64);
-        EXPECT_TRUE(decodebase64(row.base64) == row.text);
-    }
-    EXPECT_TRUE(decodebase64(u" Zm9\r\nvYg\t= =\n") == u"foob");
-    EXPECT_TRUE(decodebase64UsingEncoding(u"5A==", NSISOLatin1StringEncoding) == u"\u00E4");
-    for (const char16_t* broken : {u"Z", u"Zg", u"Zg=", u"Zg===", u"Zm8", u"Zm9v=", u"====", u"Zh==", u"Zm9=",
-                                   u"Zg==Zg==", u"Z=g=", u"Zm-_", u"Zm9v\u00E4", u"5A=="})
-        EXPECT_TRUE(decodebase64(broken).isNil()) << NSString(broken).UTF8String();
-    EXPECT_TRUE(decodebase64UsingEncoding(u"Zg==", kCFStringEncodingInvalidId).isNil());
-    EXPECT_TRUE(encodebase64(u"\xD800").isNil());
-    EXPECT_TRUE(encodebase64(nullptr).isNil());
-    EXPECT_TRUE(decodebase64(nullptr).isNil());
 }
 
 } // namespace
