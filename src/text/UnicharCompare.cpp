@@ -1,12 +1,10 @@
 #include "text/UnicharCompare.h"
 
-#include "platform/foundation/UnitScan.h"
 #include "text/FoldingTables.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 namespace kelvo {
 
@@ -17,12 +15,6 @@ char16_t unitOf(char16_t unit) {
 }
 char16_t unitOf(char byte) {
     return static_cast<char16_t>(static_cast<signed char>(byte));
-}
-
-int differenceOfCounts(std::size_t first, std::size_t second) {
-    constexpr std::size_t most = std::numeric_limits<int>::max();
-    return first < second ? -static_cast<int>(std::min(second - first, most))
-                          : static_cast<int>(std::min(first - second, most));
 }
 
 template <class First, class Second, class Map>
@@ -43,13 +35,6 @@ const char16_t* upperTableWithLowerBuilt() {
 constexpr auto unmapped = [](char16_t unit) -> int { return unit; };
 
 } // namespace
-
-int fastCompareUnicharsFromStart(const char16_t* first, std::size_t firstCount, const char16_t* second,
-                                 std::size_t secondCount) {
-    const std::size_t common = std::min(firstCount, secondCount);
-    const std::size_t index = firstDifference(first, second, common);
-    return index < common ? first[index] - second[index] : differenceOfCounts(firstCount, secondCount);
-}
 
 int fastCompareUnicharsWithChars(const char16_t* first, std::size_t firstCount, const char* second,
                                  std::size_t secondCount) {

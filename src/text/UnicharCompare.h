@@ -1,6 +1,9 @@
 #pragma once
 
+#include "platform/foundation/UnitScan.h"
+
 #include <cstddef>
+#include <limits>
 
 namespace kelvo {
 
@@ -12,15 +15,23 @@ namespace kelvo {
 // Bytes are meant to be ASCII. They are widened as signed values, so that 0x80 to 0xFF compare as the code
 // units 0xFF80 to 0xFFFF. The case-insensitive forms compare entries of the upper-case table.
 
-/// The general form behind fastCompareUnichars, which decides by the first unit where that differs.
-int fastCompareUnicharsFromStart(const char16_t* first, std::size_t firstCount, const char16_t* second,
-                                 std::size_t secondCount);
+/// What no unit decides: the difference of the counts.
+inline int differenceOfCounts(std::size_t firstCount, std::size_t secondCount) {
+    constexpr std::size_t most = std::numeric_limits<int>::max();
+    const bool isFirstShorter = firstCount < secondCount;
+    const std::size_t difference = isFirstShorter ? secondCount - firstCount : firstCount - secondCount;
+    const int held = static_cast<int>(difference < most ? difference : most);
+    return isFirstShorter ? -held : held;
+}
 
+// Inline, since most compares end within the first few units.
 inline int fastCompareUnichars(const char16_t* first, std::size_t firstCount, const char16_t* second,
                                std::size_t secondCount) {
-    if (firstCount != 0 && secondCount != 0 && *first != *second)
+    const std::size_t common = firstCount < secondCount ? firstCount : secondCount;
+    if (common != 0 && *first != *second)
         return *first - *second;
-    return fastCompareUnicharsFromStart(first, firstCount, second, secondCount);
+    const std::size_t index = firstDifference(first, second, common);
+    return index < common ? first[index] - second[index] : differenceOfCounts(firstCount, secondCount);
 }
 int fastCompareUnicharsWithChars(const char16_t* first, std::size_t firstCount, const char* second,
                                  std::size_t secondCount);

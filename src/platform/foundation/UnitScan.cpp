@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
 
 // One copy of the vector code per instruction set, chosen at run time. AVX-512 stays out: the scans are bound
 // by memory long before they would need it, and it costs build time and clock rate.
@@ -147,12 +149,25 @@ std::size_t FirstDifference(const char16_t* left, const char16_t* right, std::si
         d, count, [&](std::size_t i) HWY_ATTR { return hn::Ne(hn::LoadU(d, l + i), hn::LoadU(d, r + i)); });
 }
 
-/// Whether the first unit of a block for which membership is `member` may be among these eight.
+/// The membership of the unit in the lowest bit; the others are rubbish. On a little-endian machine four
+/// bytes of the bitmap are a word in which the unit's lowest five bits number the bit, which saves masking
+/// them.
+HWY_INLINE unsigned membership(const std::uint8_t* bitmap, char16_t unit) {
+    if constexpr (std::endian::native == std::endian::little) {
+        std::uint32_t word;
+        std::memcpy(&word, bitmap + (unit >> 5) * sizeof word, sizeof word);
+        return word >> (unit & 31);
+    } else {
+        return bitmap[unit >> 3] >> (unit & 7);
+    }
+}
+
+/// Whether one of these eight is a member, or with `member` false whether one is not.
 template <bool member>
 HWY_INLINE bool anyOfEight(const char16_t* units, const std::uint8_t* bitmap) {
     unsigned any = 0, all = 1;
     for (std::size_t k = 0; k < 8; ++k) {
-        const unsigned bit = bitmap[units[k] >> 3] >> (units[k] & 7);
+        const unsigned bit = membership(bitmap, units[k]);
         if constexpr (member)
             any |= bit;
         else

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace kelvo {
 
@@ -125,9 +127,30 @@ inline std::size_t firstNonAsciiByte(const std::uint8_t* bytes, std::size_t coun
                                       : unitScanVector::firstNonAsciiByte(bytes, count);
 }
 
+/// Texts that are compared are short or differ early, so this looks at a few machine words before it calls on
+/// the vectors.
 inline std::size_t firstDifference(const char16_t* left, const char16_t* right, std::size_t count) {
-    return count < unitScanShortCount ? unitScanPlain::firstDifference(left, right, count)
-                                      : unitScanVector::firstDifference(left, right, count);
+    constexpr std::size_t unitsInWord = sizeof(std::uint64_t) / sizeof(char16_t);
+    // Too little would be left for the vectors of a text of up to twice that length.
+    constexpr std::size_t looked = 8 * unitsInWord;
+    const std::size_t limit = count <= 2 * looked ? count : looked;
+    if (count < unitsInWord)
+        return unitScanPlain::firstDifference(left, right, count);
+    const std::size_t lastStart = count - unitsInWord;
+    for (std::size_t start = 0; start < limit; start += unitsInWord) {
+        start = start < lastStart ? start : lastStart;
+        std::uint64_t leftWord, rightWord;
+        std::memcpy(&leftWord, left + start, sizeof leftWord);
+        std::memcpy(&rightWord, right + start, sizeof rightWord);
+        if (const std::uint64_t differing = leftWord ^ rightWord) {
+            const int bitsBefore = std::endian::native == std::endian::little ? std::countr_zero(differing)
+                                                                              : std::countl_zero(differing);
+            return start + static_cast<std::size_t>(bitsBefore) / (8 * sizeof(char16_t));
+        }
+        if (start == lastStart)
+            return count;
+    }
+    return looked + unitScanVector::firstDifference(left + looked, right + looked, count - looked);
 }
 
 } // namespace kelvo

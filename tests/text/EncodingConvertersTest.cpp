@@ -1,0 +1,97 @@
+#include "text/EncodingConverters.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+namespace {
+
+const std::uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<const std::uint8_t*>(text.data());
+}
+
+TEST(EncodingConvertersTest, nothingConvertsBeforeTheConvertersAreMade) {
+    // A process of its own, in which no other case has made them.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            char16_t unit = u'#';
+            std::uint8_t byte = '#';
+            const bool bothFail = convertUTF8ToUnicode(bytesOf("a"), 1, &unit, 1) == paramErr &&
+                                  convertUnicodeToUTF8(u"a", 1, &byte, 1) == paramErr;
+            std::exit(bothFail && unit == u'#' && byte == '#' ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(EncodingConvertersTest, betweenUTF8AndUnicode) {
+    initUnicodeConverters();
+    initUnicodeConverters();
+    struct Row {
+        const char* name;
+        std::string_view utf8;
+        std::u16string_view units;
+    };
+    const Row rows[] = {
+        {"ASCII", "abc", u"abc"},
+        {"two bytes", "\xC3\xA4", u"\u00E4"},
+        {"three bytes", "\xE2\x82\xAC", u"\u20AC"},
+        {"four bytes, two units", "\xF0\x9F\x98\x80", u"\xD83D\xDE00"},
+        {"NUL", std::string_view("a\0b", 3), std::u16string_view(u"a\0b", 3)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::u16string units(row.units.size() + 1, u'#');
+        EXPECT_EQ(convertUTF8ToUnicode(bytesOf(row.utf8), row.utf8.size(), units.data(), row.units.size()),
+                  noErr);
+        EXPECT_EQ(units, std::u16string(row.units) + u'#');
+        std::string utf8(row.utf8.size() + 1, '#');
+        auto* bytes = reinterpret_cast<std::uint8_t*>(utf8.data());
+        EXPECT_EQ(convertUnicodeToUTF8(row.units.data(), row.units.size(), bytes, row.utf8.size()), noErr);
+        EXPECT_EQ(utf8, std::string(row.utf8) + '#');
+
+        EXPECT_EQ(
+            convertUTF8ToUnicode(bytesOf(row.utf8), row.utf8.size(), units.data(), row.units.size() - 1),
+            kTECOutputBufferFullStatus);
+        EXPECT_EQ(convertUnicodeToUTF8(row.units.data(), row.units.size(), bytes, row.utf8.size() - 1),
+                  kTECOutputBufferFullStatus);
+    }
+}
+
+TEST(EncodingConvertersTest, fromAnyEncoding) {
+    struct Row {
+        const char* name;
+        std::string_view source;
+        TextEncoding encoding;
+        std::size_t capacity;
+        std::int32_t result;
+        std::u16string_view units;
+    };
+    const Row rows[] = {
+        {"fits", "\x8A", kCFStringEncodingMacRoman, 8, 1, u"\u00E4"},
+        {"fits exactly", "ab", kCFStringEncodingISOLatin1, 2, 1, u"ab"},
+        {"no room for the last", "abc", kCFStringEncodingISOLatin1, 2, 0, u"ab"},
+        {"no room for half a character", "a\xF0\x9F\x98\x80", kCFStringEncodingUTF8, 2, 0, u"a"},
+        {"no room at all", "abc", kCFStringEncodingISOLatin1, 0, 0, u""},
+        {"cut off at the end", "a\xC3", kCFStringEncodingUTF8, 8, 1, u"a\uFFFD"},
+        {"empty", "", kCFStringEncodingUTF8, 8, 1, u""},
+        {"file in UTF-16 with its mark", std::string_view("\xFF\xFE\x61\x00", 4), kCFStringEncodingUTF16, 8,
+         1, u"a"},
+        {"no such encoding", "abc", kCFStringEncodingInvalidId, 8, kTextUnsupportedEncodingErr, u""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        char16_t units[8] = {};
+        std::size_t written = 77;
+        EXPECT_EQ(convertEncodingToUnicode(bytesOf(row.source), row.source.size(), row.encoding, units,
+                                           row.capacity, &written),
+                  row.result);
+        EXPECT_EQ(std::u16string_view(units, written), row.units);
+    }
+}
+
+} // namespace
+} // namespace kelvo
