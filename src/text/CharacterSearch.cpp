@@ -69,6 +69,11 @@ UnitsToFind unitsMatchingCharacter(char16_t unit, bool caseInsensitive) {
     return caseInsensitive ? unitsOfSameUppercase(unit) : onlyUnit(upper[unit]);
 }
 
+UnitsToFind unitsReplacedWithCharacter(char16_t unit, bool caseInsensitive) {
+    const bool hasCase = initUpperCharsTable()[unit] != initLowerCharsTable()[unit];
+    return caseInsensitive && !hasCase ? unitsOfSameUppercase(unit) : onlyUnit(unit);
+}
+
 std::size_t findCharacter(std::u16string_view string, char16_t unit, std::size_t startAt,
                           bool caseInsensitive) {
     if (startAt >= string.size())
@@ -136,10 +141,7 @@ NSString stringByReplacingCharacter(const NSString& string, char16_t oldUnit, ch
                                     bool caseInsensitive) {
     if (string.isEmpty() || oldUnit == newUnit)
         return string;
-    const char16_t *upper = initUpperCharsTable(), *lower = initLowerCharsTable();
-    const bool hasCase = upper[oldUnit] != lower[oldUnit];
-    const UnitsToFind wanted =
-        caseInsensitive && !hasCase ? unitsOfSameUppercase(oldUnit) : onlyUnit(oldUnit);
+    const UnitsToFind wanted = unitsReplacedWithCharacter(oldUnit, caseInsensitive);
     const std::u16string_view text = string;
     const std::size_t first = firstUnitEqualTo(text.data(), text.size(), wanted);
     if (first == text.size())

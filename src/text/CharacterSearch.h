@@ -19,6 +19,9 @@ namespace kelvo {
 UnitsToFind unitsOfSameUppercase(char16_t unit);
 /// The code units that match by the character rule, ready for the scans of UnitScan.h.
 UnitsToFind unitsMatchingCharacter(char16_t unit, bool caseInsensitive);
+/// The code units that a replacement of `unit` replaces: a letter that has both cases is itself alone,
+/// whatever the flag says.
+UnitsToFind unitsReplacedWithCharacter(char16_t unit, bool caseInsensitive);
 
 /// The first match by the character rule at or after `startAt`.
 std::size_t findCharacter(std::u16string_view string, char16_t unit, std::size_t startAt,
@@ -30,8 +33,7 @@ std::size_t countCharacter(std::u16string_view string, char16_t unit, std::size_
 /// same entry in the upper-case table as one of them. The character rule does not apply.
 std::size_t findOneOf(std::u16string_view string, std::u16string_view candidates, std::size_t startAt,
                       bool caseInsensitive);
-/// The string itself when nothing was replaced. A letter that has both cases is replaced with regard to case
-/// whatever the flag says.
+/// The string itself when nothing was replaced. See unitsReplacedWithCharacter.
 NSString stringByReplacingCharacter(const NSString& string, char16_t oldUnit, char16_t newUnit,
                                     bool caseInsensitive);
 

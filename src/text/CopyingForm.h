@@ -39,10 +39,10 @@ NSString copyMappedBy(const NSString& receiver, Map map) {
     return copy.takeString();
 }
 
-/// For changes that the platform's strings refuse with an exception, and then leave undone, when the result
-/// would be too long.
+/// For changes that the platform's strings refuse with an exception, and then leave undone: those that would
+/// make them too long, and those at a place that they do not have.
 template <class Change>
-void unlessTooLong(Change change) {
+void unlessRefused(Change change) {
     try {
         change();
     } catch (const NSException&) {

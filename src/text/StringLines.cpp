@@ -59,7 +59,7 @@ NSString reformattedStringByRemovingCharactersOfString(const NSString& string, c
     const std::u16string_view text = string;
     const UnitBitmap unwanted(characters);
     NSString result = string;
-    unlessTooLong([&] {
+    unlessRefused([&] {
         NSMutableString reformatted = NSMutableString::stringWithCapacity(text.size());
         NSMutableString line = NSMutableString::string();
         bool isTextPending = false;

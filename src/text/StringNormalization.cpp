@@ -26,7 +26,7 @@ std::size_t firstUnitToFix(std::u16string_view text) {
 
 void normalizeString(NSMutableString& string, CFStringNormalizationForm form) {
     if (!string.isEmpty())
-        unlessTooLong([&] { CFStringNormalize(string, form); });
+        unlessRefused([&] { CFStringNormalize(string, form); });
 }
 
 void normalizeString(NSMutableString& string) {
@@ -65,15 +65,15 @@ NSString fixedAndNormalizedString(const NSString& string) {
 }
 
 void lowercase(NSMutableString& string) {
-    unlessTooLong([&] { CFStringLowercase(string); });
+    unlessRefused([&] { CFStringLowercase(string); });
 }
 
 void uppercase(NSMutableString& string) {
-    unlessTooLong([&] { CFStringUppercase(string); });
+    unlessRefused([&] { CFStringUppercase(string); });
 }
 
 void capitalize(NSMutableString& string) {
-    unlessTooLong([&] { CFStringCapitalize(string); });
+    unlessRefused([&] { CFStringCapitalize(string); });
 }
 
 } // namespace kelvo

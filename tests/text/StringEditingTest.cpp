@@ -1,0 +1,195 @@
+#include "text/NSMutableStringKelvoExtensions.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace kelvo {
+namespace {
+
+const NSString nil;
+
+template <class Change>
+NSString changed(const NSString& text, Change change) {
+    NSMutableString copy(text);
+    change(copy);
+    return copy.takeString();
+}
+
+TEST(StringTrimmingTest, particularEnds) {
+    const struct {
+        const char* name;
+        NSString text, ellipsis, quotes;
+    } rows[] = {
+        {"ellipsis at both ends", u"\u2026a\u2026b...", u"a\u2026b", u"\u2026a\u2026b..."},
+        {"more than three", u"a.....\u2026....", u"a", u"a.....\u2026...."},
+        {"two full stops", u"..etc..", u"..etc..", u"..etc.."},
+        {"two full stops inside", u"a..\u2026", u"a..", u"a..\u2026"},
+        {"only ellipses", u"...\u2026", u"", u"...\u2026"},
+        {"one pair of quotes", u"''a''", u"''a''", u"'a'"},
+        {"no pair", u"'a", u"'a", u"'a"},
+        {"one unit is no pair", u"'", u"'", u"'"},
+        {"empty pair", u"''", u"''", u""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(stringByTrimmingEllipsis(row.text), row.ellipsis);
+        EXPECT_EQ(stringByTrimmingEnclosingCharacter(row.text, u'\''), row.quotes);
+    }
+    // White space is not what the white rep has.
+    EXPECT_EQ(stringByTrimmingWhiteSpaces(u"\u00A0\u0085\u2028a\uFEFF\u3000"), u"a\uFEFF");
+    EXPECT_EQ(stringByTrimmingSpacesAndFeeds(u"\u00A0 a\uFEFF\u3000", true), u"\u00A0 a");
+}
+
+TEST(StringTrimmingTest, ranges) {
+    const struct {
+        const char* name;
+        NSRange range;
+        NSString spaces, spacesAndFeeds, white;
+    } rows[] = {
+        {"inside", {1, 6}, u" \na \n", u" a", u" a"},
+        {"all white", {0, 3}, u"\na \n ", u"a \n ", u"a \n "},
+        {"nothing at the ends", {3, 1}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
+        {"nothing in it", {7, 0}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
+        {"past the end", {1, 7}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
+        {"begins past the end", {8, 0}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
+        {"wraps round", {2, ~std::size_t{0}}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
+    };
+    const NSString text = u"  \na \n ";
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, row.range, false), row.spaces);
+        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, row.range, true), row.spacesAndFeeds);
+        EXPECT_EQ(changed(text, [&](auto& copy) { trimWhiteSpacesInRange(copy, row.range); }), row.white);
+    }
+}
+
+TEST(StringRemovalTest, multiplesAndSinglePlaces) {
+    const struct {
+        const char* name;
+        NSString text, spaces, feeds, both;
+    } rows[] = {
+        {"the first remains", u"a \t b\t  c", u"a b\tc", u"a \t b\t  c", u"a b\tc"},
+        {"single ones stay", u" a\tb\n", u" a\tb\n", u" a\tb\n", u" a\tb\n"},
+        {"spaces leave feeds alone", u"a  \n\n  b", u"a \n\n b", u"a  \n  b", u"a \n b"},
+        {"CR LF is one end", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\nb\rc\nd",
+         u"a\r\nb\rc\nd"},
+        {"eight feeds", u"a\u2028\u2029\f\u0003\uFFFC\uFEFFb", u"a\u2028\u2029\f\u0003\uFFFC\uFEFFb",
+         u"a\u2028"
+         u"b",
+         u"a\u2028"
+         u"b"},
+        {"spaces between feeds", u"\n \n  \n", u"\n \n \n", u"\n \n  \n", u"\n \n \n"},
+        {"the no-break space is no space", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b",
+         u"a\u00A0\u00A0b"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(changed(row.text, removeMultipleSpaces), row.spaces);
+        EXPECT_EQ(stringByRemovingMultipleFeeds(row.text), row.feeds);
+        EXPECT_EQ(stringByRemovingMultipleSpacesAndFeeds(row.text, true), row.both);
+    }
+    EXPECT_EQ(changed(u"abc", [](auto& text) { removeCharacterAtIndex(text, 1); }), u"ac");
+    for (const std::size_t past : {std::size_t{3}, ~std::size_t{0}})
+        EXPECT_EQ(changed(u"abc", [&](auto& text) { removeCharacterAtIndex(text, past); }), u"abc");
+    EXPECT_EQ(uppercaseStringByRemovingDigits(u"1stra\u00DFe2"), u"STRASSE");
+    EXPECT_EQ(caseInsensitiveStringByRemovingNonAlphaNumericCharacters(u"Stra\u00DFe 1-a"), u"STRA\u00DFE1A");
+}
+
+TEST(StringReplacementTest, places) {
+    const struct {
+        const char* name;
+        NSString text, target, replacement, withCase, withoutCase;
+    } rows[] = {
+        {"do not overlap", u"aaaaa", u"aa", u"b", u"bba", u"bba"},
+        {"what is put in is not searched", u"abab", u"ab", u"abab", u"abababab", u"abababab"},
+        {"case", u"aAa", u"A", u"-", u"a-a", u"---"},
+        {"not normalised", u"\u00E9e\u0301", u"\u00C9", u"-", u"\u00E9e\u0301", u"-e\u0301"},
+        {"one length only", u"\u00DF", u"SS", u"-", u"\u00DF", u"\u00DF"},
+        {"half a pair", u"\U0001F600", u"\xD83D", u"", u"\xDE00", u"\xDE00"},
+        {"longer than the text", u"ab", u"abc", u"", u"ab", u"ab"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(stringByReplacingString_withString(row.text, row.target, row.replacement), row.withCase);
+        EXPECT_EQ(
+            stringByReplacingString_withString_caseSensitive(row.text, row.target, row.replacement, false),
+            row.withoutCase);
+    }
+    // Only characters without case heed the flag; U+01C5 has neither upper nor lower case in the tables.
+    const auto replaced = [](const NSString& text, char16_t unit, bool caseSensitive) {
+        return changed(text, [&](auto& copy) {
+            replaceCharacter_withCharacter_caseSensitive(copy, unit, u'-', caseSensitive);
+        });
+    };
+    EXPECT_EQ(replaced(u"Aha", u'a', false), u"Ah-");
+    EXPECT_EQ(replaced(u"a.b", u'.', false), u"a-b");
+}
+
+TEST(StringEditingTest, additions) {
+    const NSString text = u"abc";
+    EXPECT_EQ(changed(text, [](auto& copy) { appendTrimmedString(copy, u" \n d e\u00A0"); }), u"abcd e");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendCharacters_length(copy, u"de", 1); }), u"abcd");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendCharacters_length(copy, nullptr, 5); }), u"abc");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendCharacter(copy, u'\xD800'); }), u"abc\xD800");
+    EXPECT_EQ(changed(text, [](auto& copy) { insertCharacter_atIndex(copy, u'-', 0); }), u"-abc");
+    EXPECT_EQ(changed(text, [](auto& copy) { insertCharacter_atIndex(copy, u'-', 3); }), u"abc-");
+    EXPECT_EQ(changed(text, [](auto& copy) { insertCharacter_atIndex(copy, u'-', 4); }), u"abc");
+    EXPECT_EQ(changed(text, [](auto& copy) { insertCharacter_atIndex(copy, u'-', ~std::size_t{0}); }),
+              u"abc");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendSubstring_range(copy, u"defg", {1, 2}); }), u"abcef");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendSubstring_range(copy, u"defg", {3, 2}); }), u"abc");
+    EXPECT_EQ(changed(text, [](auto& copy) { appendSubstring_range(copy, nil, {0, 0}); }), u"abc");
+    EXPECT_TRUE(changed(nil, [](auto& copy) {
+                    appendTrimmedString(copy, u"a");
+                    appendCharacter(copy, u'a');
+                    insertCharacter_atIndex(copy, u'a', 0);
+                    appendSubstring_range(copy, u"a", {0, 1});
+                }).isNil());
+}
+
+TEST(StringEditingTest, tabs) {
+    const struct {
+        const char* name;
+        NSString text;
+        std::size_t width;
+        NSString decoded, encoded;
+    } rows[] = {
+        {"stops", u"\ta\tabc\tabcd\t", 4, u"    a   abc abcd    ", u"\ta\tabc\tabcd\t"},
+        {"runs", u"        a   b c", 4, u"        a   b c", u"\t\ta\tb c"},
+        {"a single space at a stop stays", u"abc d", 4, u"abc d", u"abc d"},
+        {"runs that pass a stop", u"ab    c", 4, u"ab    c", u"ab\t  c"},
+        {"columns begin anew with a line", u"a\r\n\tb\u2028  \tc", 2, u"a\r\n  b\u2028    c",
+         u"a\r\n\tb\u2028\t\tc"},
+        {"one column", u"a\t  b", 1, u"a   b", u"a\t  b"},
+        {"none", u"a\t    b", 0, u"a\t    b", u"a\t    b"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(changed(row.text, [&](auto& copy) { decodeTabs(copy, row.width); }), row.decoded);
+        EXPECT_EQ(changed(row.text, [&](auto& copy) { encodeTabs(copy, row.width); }), row.encoded);
+    }
+    std::mt19937 random(8);
+    for (int round = 0; round < 2000; ++round) {
+        const std::size_t width = 1 + random() % 9;
+        std::u16string text;
+        for (std::size_t length = random() % 60; text.size() < length;)
+            text.append(1 + random() % 5, u"  ab\t\n"[random() % 6]);
+        const NSString plain = NSString(std::u16string_view(text));
+        const NSString encoded = changed(plain, [&](auto& copy) { encodeTabs(copy, width); });
+        EXPECT_EQ(changed(encoded, [&](auto& copy) { decodeTabs(copy, width); }),
+                  changed(plain, [&](auto& copy) { decodeTabs(copy, width); }));
+    }
+}
+
+TEST(StringEditingTest, rotating) {
+    EXPECT_EQ(stringByRotating13(u"Hello, W\u00F6rld 1"), u"Uryyb, J\u00F6eyq 1");
+    EXPECT_EQ(stringByRotating(u"XYZxyz@[`{", 3), u"ABCabc@[`{");
+    EXPECT_EQ(stringByRotating(u"ABC", -2147483647 - 1), stringByRotating(u"ABC", -2147483648 % 26));
+    const NSString text = u"abc";
+    EXPECT_TRUE(stringByRotating(text, 52).isIdenticalTo(text));
+}
+
+} // namespace
+} // namespace kelvo

@@ -1,0 +1,113 @@
+#include "text/StringFolding.h"
+
+#include "text/StringMatching.h"
+#include "text/StringRemoval.h"
+
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+TEST(StringFoldingTest, folded) {
+    EXPECT_EQ(nonUmlautedString(u"\u00C4rger Stra\u00DFe"), u"Arger Stra\u00DFe");
+    EXPECT_EQ(uppercaseNonUmlautedString(u"\u00E4rger Stra\u00DFe"), u"ARGER STRA\u00DFE");
+    EXPECT_EQ(asciiString(u"\u00E9\u00DF\u4E2D\u00A0\U0001F600"), u"e     ");
+    // A mark of its own is no letter, so only its composition goes.
+    EXPECT_EQ(nonUmlautedString(u"e\u0301q\u0301"), u"e\u0301q\u0301");
+    EXPECT_EQ(nonUmlautedNormalizedString(u"e\u0301q\u0301"), u"eq\u0301");
+    EXPECT_EQ(uppercaseNonUmlautedNormalizedString(u"e\u0301"), u"E");
+    EXPECT_EQ(lowercaseNonUmlautedNormalizedString(u"E\u0301"), u"e");
+}
+
+TEST(StringFoldingTest, kindsOfText) {
+    const struct {
+        const char* name;
+        NSString text;
+        bool umlauted, upper, lower;
+    } rows[] = {
+        {"nil", nullptr, false, false, false},
+        {"empty", u"", false, false, false},
+        {"upper", u"ABC 1", false, true, false},
+        {"lower", u"abc-1", false, false, true},
+        {"both", u"Abc", false, false, false},
+        {"no letters", u"12 3", false, false, false},
+        {"umlaut", u"xy\u00E4", true, false, true},
+        {"sharp s is lower case and no umlaut", u"STRA\u00DFE", false, false, false},
+        {"title case is neither", u"\u01C5", false, false, false},
+        {"mark of its own", u"e\u0301", false, false, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(isUmlautedString(row.text), row.umlauted);
+        EXPECT_EQ(isUpperCaseString(row.text), row.upper);
+        EXPECT_EQ(isLowerCaseString(row.text), row.lower);
+    }
+}
+
+TEST(StringFoldingTest, equality) {
+    const NSString nil;
+    const struct {
+        const char* name;
+        NSString text, other;
+        bool nonUmlauted, ascii, noCase, exact;
+    } rows[] = {
+        {"nil and nil", nil, nil, false, false, false, false},
+        {"nil and empty", nil, u"", false, false, false, false},
+        {"empty and nil", u"", nil, false, false, false, false},
+        {"both empty", u"", u"", true, true, true, true},
+        {"same", u"ab", u"ab", true, true, true, true},
+        {"case", u"aB", u"Ab", true, true, true, false},
+        {"umlaut", u"\u00E4", u"A", true, true, false, false},
+        {"no ASCII counterpart", u"\u4E2D\u6587", u"\u00DF ", false, true, false, false},
+        {"never normalised", u"e\u0301", u"\u00E9", false, false, false, false},
+        {"lengths", u"ab", u"abc", false, false, false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(isNonUmlautedEqualToStringNoCase(row.text, row.other), row.nonUmlauted);
+        EXPECT_EQ(isAsciiEqualToStringNoCase(row.text, row.other), row.ascii);
+        const NSRange whole{0, row.text.length()};
+        EXPECT_EQ(range_isNonUmlautedEqualToNoCase(row.text, whole, row.other), row.nonUmlauted);
+        EXPECT_EQ(range_isAsciiEqualToNoCase(row.text, whole, row.other), row.ascii);
+        EXPECT_EQ(range_isEqualToNoCase(row.text, whole, row.other), row.noCase);
+        EXPECT_EQ(range_isEqualTo(row.text, whole, row.other), row.exact);
+        if (row.text.isNil())
+            continue;
+        const NSString longer =
+            NSString(u"x").stringByAppendingString(row.text).stringByAppendingString(u"y");
+        const NSRange inner{1, row.text.length()};
+        EXPECT_EQ(range_isNonUmlautedEqualToNoCase(longer, inner, row.other), row.nonUmlauted);
+        EXPECT_EQ(range_isAsciiEqualToNoCase(longer, inner, row.other), row.ascii);
+        EXPECT_EQ(range_isEqualToNoCase(longer, inner, row.other), row.noCase);
+        EXPECT_EQ(range_isEqualTo(longer, inner, row.other), row.exact);
+    }
+    for (const NSRange outside : {NSRange{2, 1}, NSRange{3, 0}, NSRange{1, ~std::size_t{0}}}) {
+        const NSString other = outside.length == 0 ? u"" : u"b";
+        EXPECT_FALSE(range_isNonUmlautedEqualToNoCase(u"ab", outside, other));
+        EXPECT_FALSE(range_isAsciiEqualToNoCase(u"ab", outside, other));
+        EXPECT_FALSE(range_isEqualToNoCase(u"ab", outside, other));
+        EXPECT_FALSE(range_isEqualTo(u"ab", outside, other));
+    }
+}
+
+TEST(StringFoldingTest, keysWithoutCaseAreEqualForEqualStrings) {
+    const NSString texts[] = {u"a-b c",   u"ABC", u"ab", u"\u00E4bc", u"\u00C4BC",
+                              u"a\u017F", u"AS",  u"",   u"-"};
+    for (const NSString& first : texts)
+        for (const NSString& second : texts)
+            EXPECT_EQ(caseInsensitiveStringByRemovingNonAlphaNumericCharacters(first) ==
+                          caseInsensitiveStringByRemovingNonAlphaNumericCharacters(second),
+                      equalStringsNoCaseUsingCharacterSetRep(first, second, alphaNumCharacterSetRep()));
+}
+
+TEST(StringFoldingTest, comparesOfTheClass) {
+    using namespace NSStringKelvoExtensions;
+    EXPECT_LT(compareCharacters_withCharacters(u"ab", 2, u"abc", 3), 0);
+    EXPECT_GT(compareCharacters_withCharacters(u"b", 1, u"B", 1), 0);
+    EXPECT_EQ(caseInsensitiveCompareCharacters_withCharacters(u"b\u00E4", 2, u"B\u00C4", 2), 0);
+    EXPECT_EQ(compareCharacters_withCharacters(nullptr, 5, nullptr, 7), 0);
+    EXPECT_LT(caseInsensitiveCompareCharacters_withCharacters(nullptr, 5, u"a", 1), 0);
+}
+
+} // namespace
+} // namespace kelvo
