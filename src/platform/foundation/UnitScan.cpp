@@ -79,6 +79,18 @@ std::size_t FirstUnitEqualTo(const char16_t* units, std::size_t count, const Uni
                       [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0, w1, w2, w3); });
 }
 
+std::size_t FirstPairOfUnits(const char16_t* units, std::size_t count, char16_t first, char16_t second) {
+    const Units d;
+    if (count <= hn::Lanes(d))
+        return unitScanPlain::firstPairOfUnits(units, count, first, second);
+    const std::uint16_t* p = raw(units);
+    const auto w0 = hn::Set(d, first), w1 = hn::Set(d, second);
+    const std::size_t found = firstWhere(d, count - 1, [&](std::size_t i) HWY_ATTR {
+        return hn::And(hn::Eq(hn::LoadU(d, p + i), w0), hn::Eq(hn::LoadU(d, p + i + 1), w1));
+    });
+    return found == count - 1 ? count : found;
+}
+
 /// `matches(v)` gives the mask of one loaded vector.
 template <class Matches>
 HWY_INLINE std::size_t countWhere(const std::uint16_t* p, std::size_t count, std::size_t* rest,
@@ -229,6 +241,7 @@ HWY_AFTER_NAMESPACE();
 namespace kelvo {
 namespace {
 HWY_EXPORT(FirstUnitEqualTo);
+HWY_EXPORT(FirstPairOfUnits);
 HWY_EXPORT(CountUnitsEqualTo);
 HWY_EXPORT(FirstUnitByMembership);
 HWY_EXPORT(FirstNonAsciiUnit);
@@ -240,6 +253,10 @@ namespace unitScanVector {
 
 std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
     return HWY_DYNAMIC_DISPATCH(FirstUnitEqualTo)(units, count, wanted);
+}
+
+std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first, char16_t second) {
+    return HWY_DYNAMIC_DISPATCH(FirstPairOfUnits)(units, count, first, second);
 }
 
 std::size_t countUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {

@@ -40,6 +40,16 @@ inline std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, co
     return index;
 }
 
+/// The first index at which `first` stands and `second` behind it.
+inline std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first,
+                                    char16_t second) {
+    for (std::size_t index = 0; index + 1 < count; ++index) {
+        if (units[index] == first && units[index + 1] == second)
+            return index;
+    }
+    return count;
+}
+
 inline std::size_t countUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
     std::size_t found = 0;
     for (std::size_t index = 0; index < count; ++index)
@@ -84,6 +94,7 @@ inline std::size_t firstDifference(const char16_t* left, const char16_t* right, 
 namespace unitScanVector {
 
 std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted);
+std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first, char16_t second);
 std::size_t countUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted);
 std::size_t firstUnitByMembership(const char16_t* units, std::size_t count, const std::uint8_t* bitmap,
                                   bool member);
@@ -99,6 +110,12 @@ inline constexpr std::size_t unitScanShortCount = 16;
 inline std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
     return count < unitScanShortCount ? unitScanPlain::firstUnitEqualTo(units, count, wanted)
                                       : unitScanVector::firstUnitEqualTo(units, count, wanted);
+}
+
+inline std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first,
+                                    char16_t second) {
+    return count < unitScanShortCount ? unitScanPlain::firstPairOfUnits(units, count, first, second)
+                                      : unitScanVector::firstPairOfUnits(units, count, first, second);
 }
 
 inline std::size_t countUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {

@@ -45,6 +45,9 @@ void expectAsPlain(const ExactText& text, const UnitsToFind& wanted, const std::
     const std::size_t count = text.size();
     ASSERT_EQ(unitScanVector::firstUnitEqualTo(units, count, wanted),
               unitScanPlain::firstUnitEqualTo(units, count, wanted));
+    const char16_t second = count > 0 ? units[count - 1] : u'x';
+    ASSERT_EQ(unitScanVector::firstPairOfUnits(units, count, wanted.units[0], second),
+              unitScanPlain::firstPairOfUnits(units, count, wanted.units[0], second));
     ASSERT_EQ(unitScanVector::countUnitsEqualTo(units, count, wanted),
               unitScanPlain::countUnitsEqualTo(units, count, wanted));
     ASSERT_EQ(unitScanVector::firstNonAsciiUnit(units, count),
