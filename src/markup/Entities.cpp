@@ -188,8 +188,11 @@ NSString converted(const NSString& string, Convert convertTo) {
     }
     if (isShort)
         return NSString(result);
-    if (auto* shrunk = static_cast<char16_t*>(std::realloc(units, std::max<std::size_t>(written, 1) * 2)))
-        units = shrunk;
+    // Giving a little back costs more than keeping it.
+    if (written < length - length / 4) {
+        if (auto* shrunk = static_cast<char16_t*>(std::realloc(units, std::max<std::size_t>(written, 1) * 2)))
+            units = shrunk;
+    }
     return NSString::stringWithCharactersNoCopy(units, written);
 }
 

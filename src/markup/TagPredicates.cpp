@@ -1,7 +1,5 @@
 #include "markup/TagPredicates.h"
 
-#include "text/CharacterSetReps.h"
-
 namespace kelvo {
 
 namespace {
@@ -14,16 +12,7 @@ std::u16string_view partOf(std::u16string_view string, NSRange range) {
 } // namespace
 
 NSRange rangeOfTagName(const char16_t* characters, std::size_t location, std::size_t length) {
-    static const CharacterSetRep letters = alphaCharacterSetRep(), white = whiteCharacterSetRep();
-    const char16_t *end = characters + location + length, *name = characters + location;
-    while (name < end && !unitIsInBitmap(letters, *name))
-        ++name;
-    if (name == end)
-        return {NSNotFound, 0};
-    const char16_t* nameEnd = name + 1;
-    while (nameEnd < end && *nameEnd != u'/' && *nameEnd != u'>' && !unitIsInBitmap(white, *nameEnd))
-        ++nameEnd;
-    return {static_cast<std::size_t>(name - characters), static_cast<std::size_t>(nameEnd - name)};
+    return rangeOfTagName(characters, location, length, alphaCharacterSetRep(), whiteCharacterSetRep());
 }
 
 NSString nameOfTag(std::u16string_view tag) {

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSRange.h"
 #include "platform/foundation/NSString.h"
+#include "text/CharacterSetReps.h"
 
 #include <string_view>
 
@@ -14,6 +15,19 @@ namespace kelvo {
 /// The name in the `length` characters of a tag: its first letter and what follows up to white space, "/",
 /// ">" or the end. Without a letter the location is NSNotFound and the length 0.
 NSRange rangeOfTagName(const char16_t* characters, std::size_t location, std::size_t length);
+/// The same for loops, with alphaCharacterSetRep and whiteCharacterSetRep at hand.
+inline NSRange rangeOfTagName(const char16_t* characters, std::size_t location, std::size_t length,
+                              CharacterSetRep letters, CharacterSetRep white) {
+    const char16_t *end = characters + location + length, *name = characters + location;
+    while (name < end && !unitIsInBitmap(letters, *name))
+        ++name;
+    if (name == end)
+        return {NSNotFound, 0};
+    const char16_t* nameEnd = name + 1;
+    while (nameEnd < end && *nameEnd != u'/' && *nameEnd != u'>' && !unitIsInBitmap(white, *nameEnd))
+        ++nameEnd;
+    return {static_cast<std::size_t>(name - characters), static_cast<std::size_t>(nameEnd - name)};
+}
 
 /// Nil when the tag has no name.
 NSString nameOfTag(std::u16string_view tag);

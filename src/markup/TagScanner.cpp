@@ -3,9 +3,14 @@
 #include "markup/TagPredicates.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/UnitMasks.h"
 #include "platform/foundation/UnitScan.h"
+#include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -17,14 +22,69 @@ namespace kelvo {
 
 namespace {
 
-constexpr UnitsToFind lessThan{{u'<', u'<', u'<', u'<'}, 1};
-constexpr UnitsToFind greaterThan{{u'>', u'>', u'>', u'>'}, 1};
-constexpr UnitsToFind equalsOrGreaterThan{{u'=', u'>', u'=', u'='}, 2};
-constexpr UnitsToFind quotesOrGreaterThan{{u'"', u'\'', u'>', u'"'}, 3};
-constexpr UnitsToFind doubleQuote{{u'"', u'"', u'"', u'"'}, 1};
-constexpr UnitsToFind singleQuote{{u'\'', u'\'', u'\'', u'\''}, 1};
-constexpr UnitsToFind doubleQuoteOrGreaterThan{{u'"', u'>', u'"', u'"'}, 2};
-constexpr UnitsToFind singleQuoteOrGreaterThan{{u'\'', u'>', u'\'', u'\''}, 2};
+/// Bit n is the parity of bits 0 to n.
+std::uint64_t prefixParity(std::uint64_t bits) {
+    for (unsigned shift = 1; shift < 64; shift *= 2)
+        bits ^= bits << shift;
+    return bits;
+}
+
+/// Tells where the five characters are that can change the scanner's state. Masks are made for a window of
+/// the text at a time, so that what a jump passes over costs nothing.
+class MarkupCharacters {
+public:
+    enum Kind { lessThan, greaterThan, equals, doubleQuote, singleQuote };
+
+    MarkupCharacters(const char16_t* characters, std::size_t length)
+        : characters_(characters), length_(length) {
+        load(0);
+    }
+
+    /// The first of the kinds at or after `start`, or the length.
+    template <Kind... kinds>
+    std::size_t next(std::size_t start) {
+        for (; start < length_; start += countOfBitsAt(start)) {
+            prepare(start);
+            if (const std::uint64_t bits = (bitsAt(kinds, start) | ...); bits != 0)
+                return start + static_cast<std::size_t>(std::countr_zero(bits));
+        }
+        return length_;
+    }
+
+    /// The bits of `kind` from `index` on, as many as countOfBitsAt says, once that index was prepared.
+    std::uint64_t bitsAt(Kind kind, std::size_t index) const {
+        std::uint64_t bits;
+        const std::size_t offset = index - windowStart_;
+        std::memcpy(&bits, reinterpret_cast<const char*>(window_[kind].data()) + offset / 8, sizeof bits);
+        return bits >> offset % 8;
+    }
+    static unsigned countOfBitsAt(std::size_t index) { return 64 - index % 8; }
+    void prepare(std::size_t index) {
+        if (index - windowStart_ >= usableUnits) [[unlikely]]
+            load(index);
+    }
+
+private:
+    void load(std::size_t index) {
+        windowStart_ = index / unitsPerMask * unitsPerMask;
+        const std::size_t rest = length_ - windowStart_;
+        if (rest < unitsPerWindow)
+            window_ = {};
+        makeUnitMasks(characters_ + windowStart_, std::min(rest, unitsPerWindow), {'<', '>', '=', '"', '\''},
+                      window_[0].data(), masksPerWindow);
+    }
+
+    // Bits are read from any byte on, as one word that must not pass the window.
+    static_assert(std::endian::native == std::endian::little);
+    static constexpr std::size_t masksPerWindow = 16;
+    static constexpr std::size_t unitsPerWindow = masksPerWindow * unitsPerMask;
+    static constexpr std::size_t usableUnits = unitsPerWindow - unitsPerMask;
+
+    const char16_t* characters_;
+    std::size_t length_;
+    std::size_t windowStart_ = 0;
+    std::array<std::array<std::uint64_t, masksPerWindow>, unitMaskKinds> window_;
+};
 
 /// Ignores the case of ASCII letters, which `text` has in lower case. Needs text.size() characters.
 bool matchesIgnoringCase(const char16_t* characters, std::u16string_view text) {
@@ -99,17 +159,20 @@ private:
 };
 
 class Scan {
+    using enum MarkupCharacters::Kind;
+
 public:
     Scan(const NSString& string, char16_t* characters, TagHandler handler, void* context)
         : string_(string),
           characters_(characters),
           length_(string.length()),
           handler_(handler),
-          context_(context) {}
+          context_(context),
+          markupCharacters_(characters, string.length()) {}
 
     void run() {
         std::size_t textStart = 0;
-        for (std::size_t tag = find(0, lessThan); tag < length_; tag = find(textStart, lessThan)) {
+        for (std::size_t tag = next<lessThan>(0); tag < length_; tag = next<lessThan>(textStart)) {
             const bool isDeclaration = tag + 2 < length_ && characters_[tag + 1] == u'!';
             std::size_t end;
             if (isDeclaration && characters_[tag + 2] == u'-') {
@@ -124,7 +187,7 @@ public:
                 end = endOfTag(tag + 1);
                 if (end == length_)
                     break;
-                const NSRange name = rangeOfTagName(characters_, tag + 1, end - tag - 1);
+                const NSRange name = rangeOfTagName(characters_, tag + 1, end - tag - 1, letters_, white_);
                 end = endOfElement(tag, end + 1, name);
                 if (call(name, tag, end, textStart, TagKind::tag))
                     return;
@@ -135,8 +198,9 @@ public:
     }
 
 private:
-    std::size_t find(std::size_t start, const UnitsToFind& wanted) const {
-        return start + firstUnitEqualTo(characters_ + start, length_ - start, wanted);
+    template <MarkupCharacters::Kind... kinds>
+    std::size_t next(std::size_t start) {
+        return markupCharacters_.next<kinds...>(start);
     }
 
     bool call(NSRange name, std::size_t tag, std::size_t end, std::size_t textStart, TagKind kind) const {
@@ -145,10 +209,10 @@ private:
     }
 
     /// The index behind the ">", or the length.
-    std::size_t endOfComment(std::size_t tag) const {
+    std::size_t endOfComment(std::size_t tag) {
         const bool isShort = tag + 3 < length_ && characters_[tag + 3] != u'-';
-        for (std::size_t index = find(tag + 3, greaterThan); index < length_;
-             index = find(index + 1, greaterThan)) {
+        for (std::size_t index = next<greaterThan>(tag + 3); index < length_;
+             index = next<greaterThan>(index + 1)) {
             const char16_t* at = characters_ + index;
             if (at[-1] == u'-' && (isShort || at[-2] == u'-'))
                 return index + 1;
@@ -159,9 +223,9 @@ private:
     }
 
     /// The index behind the ">", or the length.
-    std::size_t endOfSection(std::size_t tag) const {
-        for (std::size_t index = find(tag + 3, greaterThan); index < length_;
-             index = find(index + 1, greaterThan)) {
+    std::size_t endOfSection(std::size_t tag) {
+        for (std::size_t index = next<greaterThan>(tag + 3); index < length_;
+             index = next<greaterThan>(index + 1)) {
             const char16_t* at = characters_ + index;
             if (at[-1] == u']' || (at[-1] == u'-' && at[-2] == u'-' && at[-3] == u']'))
                 return index + 1;
@@ -173,14 +237,42 @@ private:
     std::size_t endOfTag(std::size_t start) {
         if (endsOfRuns_) [[unlikely]]
             return endOfTagRemembered(start);
+        // Most tags have all their values in double quotes that stand right behind "=". There every other
+        // double quote opens a value, and the ">" sought is the first that an even number of them precedes.
+        // What breaks that rule is a double quote that opens but does not follow "=", or an apostrophe
+        // outside values.
+        std::uint64_t openBefore = 0, equalsBefore = 0;
+        for (std::size_t index = start; index < length_;) {
+            markupCharacters_.prepare(index);
+            const std::uint64_t doubles = markupCharacters_.bitsAt(doubleQuote, index);
+            const std::uint64_t equalSigns = markupCharacters_.bitsAt(equals, index);
+            const std::uint64_t inValue = prefixParity(doubles) ^ openBefore;
+            const std::uint64_t exceptions = (doubles & inValue & ~(equalSigns << 1 | equalsBefore)) |
+                                             (markupCharacters_.bitsAt(singleQuote, index) & ~inValue);
+            const std::uint64_t ends = markupCharacters_.bitsAt(greaterThan, index) & ~inValue;
+            // All bits up to the first end, or all when there is none.
+            if ((exceptions & (ends ^ (ends - 1))) != 0)
+                return endOfTagStepwise(start);
+            if (ends != 0)
+                return index + static_cast<std::size_t>(std::countr_zero(ends));
+            const unsigned count = MarkupCharacters::countOfBitsAt(index);
+            openBefore = 0 - (inValue >> 63);
+            equalsBefore = equalSigns >> (count - 1) & 1;
+            index += count;
+        }
+        return length_;
+    }
+
+    /// endOfTag from one character that matters to the next.
+    std::size_t endOfTagStepwise(std::size_t start) {
         for (std::size_t index = start;;) {
-            index = find(index, equalsOrGreaterThan);
+            index = next<equals, greaterThan>(index);
             if (index == length_ || characters_[index] == u'>')
                 return index;
-            index = find(index + 1, quotesOrGreaterThan);
+            index = next<doubleQuote, singleQuote, greaterThan>(index + 1);
             if (index == length_ || characters_[index] == u'>')
                 return index;
-            index = find(index + 1, characters_[index] == u'"' ? doubleQuote : singleQuote);
+            index = characters_[index] == u'"' ? next<doubleQuote>(index + 1) : next<singleQuote>(index + 1);
             if (index == length_)
                 return index;
             ++index;
@@ -191,15 +283,16 @@ private:
     std::size_t endOfTagRemembered(std::size_t start) {
         endsOfRuns_->begin(start);
         for (std::size_t index = start;;) {
-            index = find(index, equalsOrGreaterThan);
+            index = next<equals, greaterThan>(index);
             if (index == length_ || characters_[index] == u'>')
                 return endsOfRuns_->finish(index);
-            index = find(index + 1, quotesOrGreaterThan);
+            index = next<doubleQuote, singleQuote, greaterThan>(index + 1);
             if (index == length_ || characters_[index] == u'>')
                 return endsOfRuns_->finish(index);
             const bool isDouble = characters_[index] == u'"';
-            const UnitsToFind& wanted = isDouble ? doubleQuoteOrGreaterThan : singleQuoteOrGreaterThan;
-            while ((index = find(index + 1, wanted)) < length_ && characters_[index] == u'>') {
+            while ((index = isDouble ? next<doubleQuote, greaterThan>(index + 1)
+                                     : next<singleQuote, greaterThan>(index + 1)) < length_ &&
+                   characters_[index] == u'>') {
                 const std::size_t end = endsOfRuns_->endOfRunPassing(index, isDouble);
                 if (end != EndsOfRuns::unknown)
                     return endsOfRuns_->finish(end);
@@ -236,19 +329,18 @@ private:
                     closing = later;
             }
         }
-        const std::size_t last = find(closing + endTag.size(), greaterThan);
+        const std::size_t last = next<greaterThan>(closing + endTag.size());
         const std::size_t elementEnd = last == length_ ? length_ : last + 1;
         if (elementEnd < end && !endsOfRuns_)
             endsOfRuns_ = std::make_unique<EndsOfRuns>(length_);
         return elementEnd;
     }
 
-    /// The first place of `text`, whose letters are in lower case, that lies wholly in [start, end); else
-    /// `end`.
+    /// The first place of `text`, whose letters are in lower case and whose first two characters are none,
+    /// that lies wholly in [start, end); else `end`.
     std::size_t findIgnoringCase(std::u16string_view text, std::size_t start, std::size_t end) const {
-        const UnitsToFind first{{text[0], text[0], text[0], text[0]}, 1};
         for (std::size_t index = start; index < end; ++index) {
-            index += firstUnitEqualTo(characters_ + index, end - index, first);
+            index += firstPairOfUnits(characters_ + index, end - index, text[0], text[1]);
             if (end - index < text.size())
                 break;
             if (matchesIgnoringCase(characters_ + index, text))
@@ -266,6 +358,9 @@ private:
     std::size_t length_;
     TagHandler handler_;
     void* context_;
+    CharacterSetRep letters_ = alphaCharacterSetRep();
+    CharacterSetRep white_ = whiteCharacterSetRep();
+    MarkupCharacters markupCharacters_;
     Searches styleSearches_, scriptSearches_;
     NextOccurrence commentEnds_;
     std::unique_ptr<EndsOfRuns> endsOfRuns_;
