@@ -73,18 +73,15 @@ NSString decodedAsAsked(const NSData& data, NSStringEncoding encoding) {
     return decoded(data, CFStringConvertNSStringEncodingToEncoding(encoding));
 }
 
-// What the document declares when it is read in the encoding that was asked for. Most say so at their
-// beginning, and then the rest need not be decoded to learn it; else `text` is the whole.
-NSStringEncoding declaredEncoding(const NSData& data, NSStringEncoding asked, NSString& text) {
-    constexpr std::size_t beginningLength = 4096;
-    if (data.length() > 4 * beginningLength) {
-        const NSString charset = markupCharsetOfBeginning(
-            decoded(data, CFStringConvertNSStringEncodingToEncoding(asked), beginningLength));
-        if (!charset.isNil())
-            return charset2NSStringEncoding(charset);
-    }
-    text = decodedAsAsked(data, asked);
-    return markupEncoding(text);
+// What a document declares when it is read in an encoding that nobody asked for. Such a text is of no use
+// when the document declares another, and most say so at their beginning: browsers look for it in the first
+// 1,024 bytes. Nil when the beginning cannot tell.
+NSString charsetOfBeginning(const NSData& data, NSStringEncoding encoding) {
+    constexpr std::size_t beginningLength = 1024;
+    if (data.length() < 4 * beginningLength)
+        return nullptr;
+    return markupCharsetOfBeginning(
+        decoded(data, CFStringConvertNSStringEncodingToEncoding(encoding), beginningLength));
 }
 
 NSString decodedAsDeclared(const NSData& data, NSStringEncoding encoding) {
@@ -111,8 +108,6 @@ std::size_t countOfReplacements(const NSString& text) {
 // counted before it matters, as the counts pass the whole text.
 NSString betterText(const NSString& asked, NSStringEncoding askedEncoding, const NSString& declared,
                     NSStringEncoding declaredEncoding) {
-    if (asked.isNil())
-        return declared;
     const std::size_t lost = isCzech(declaredEncoding) ? 0 : countOfReplacements(declared);
     if (lost > 0)
         return lost > countOfReplacements(asked) ? asked : declared;
@@ -146,8 +141,10 @@ NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& dat
         encodingName.isEmpty() ? kCFStringEncodingInvalidId : NSEncodingFromName(encodingName);
     const bool isExplicit = named != 0 && named != kCFStringEncodingInvalidId;
     NSStringEncoding asked = isExplicit ? named : defaultEncoding;
-    NSString first;
-    const NSStringEncoding declared = declaredEncoding(data, asked, first);
+    const NSString charset = isExplicit ? NSString() : charsetOfBeginning(data, asked);
+    NSString first = charset.isNil() ? decodedAsAsked(data, asked) : NSString();
+    const NSStringEncoding declared =
+        charset.isNil() ? markupEncoding(first) : charset2NSStringEncoding(charset);
     const auto firstText = [&] { return first.isNil() ? decodedAsAsked(data, asked) : first; };
     if (declared == asked || declared == NSASCIIStringEncoding || declared == kCFStringEncodingInvalidId)
         return firstText();
@@ -165,7 +162,7 @@ NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& dat
     if (!mayBeFirst || !isExplicit)
         first = nullptr;
     if (const NSString second = decodedAsDeclared(data, declared); !second.isNil())
-        return mayBeFirst && isExplicit ? betterText(firstText(), asked, second, declared) : second;
+        return first.isNil() ? second : betterText(first, asked, second, declared);
 
     NSString other;
     if (declared == NSShiftJISStringEncoding)
