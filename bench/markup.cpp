@@ -1,5 +1,6 @@
 #include "Comparison.h"
 #include "markup/Entities.h"
+#include "markup/MarkupDecoding.h"
 #include "markup/TagScanner.h"
 
 #include <benchmark/benchmark.h>
@@ -24,6 +25,7 @@ using namespace kelvo;
 
 struct Page {
     std::string bytes;
+    NSData data;
     NSString text;
 };
 
@@ -37,7 +39,8 @@ std::vector<Page> pagesInFolder(const std::filesystem::path& folder) {
         std::ifstream file(entry.path(), std::ios::binary);
         std::string bytes{std::istreambuf_iterator<char>(file), {}};
         const NSString text = NSString::stringByRepairingUTF8String(bytes);
-        found.push_back({std::move(bytes), text});
+        const NSData data = NSData::dataWithBytes(bytes);
+        found.push_back({std::move(bytes), data, text});
     }
     return found;
 }
@@ -53,6 +56,22 @@ void forEachPage(benchmark::State& state, Work work) {
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * size));
 }
+
+// As a web archive has them: with the label of the response, or without and so in Latin 1 first.
+void decodePages(benchmark::State& state, const NSString& label) {
+    forEachPage(state, [&](const Page& page) {
+        benchmark::DoNotOptimize(XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
+            page.data, label, NSISOLatin1StringEncoding, {}));
+    });
+}
+void decodeLabelled(benchmark::State& state) {
+    decodePages(state, u"utf-8");
+}
+BENCHMARK(decodeLabelled);
+void decodeUnlabelled(benchmark::State& state) {
+    decodePages(state, nullptr);
+}
+BENCHMARK(decodeUnlabelled);
 
 bool sumUp(const NSString&, char16_t*, std::size_t nameLocation, std::size_t nameLength,
            std::size_t tagLocation, std::size_t tagLength, std::size_t textLocation, TagKind, void* context) {
@@ -162,6 +181,9 @@ int main(int argc, char** argv) {
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\ntimes as fast as the peer\n");
+    comparison.printSpeedRatio("decoding with a label: libxml2's SAX parser", "decodeLabelled", "libxml2SAX");
+    comparison.printSpeedRatio("decoding without a label: libxml2's SAX parser", "decodeUnlabelled",
+                               "libxml2SAX");
     comparison.printSpeedRatio("scanning tags: libxml2's SAX parser", "scanTags", "libxml2SAX");
     comparison.printSpeedRatio("scanning tags: Gumbo and a walk over its tree", "scanTags", "gumboTextWalk");
     comparison.printSpeedRatio("scanning a copy: libxml2's SAX parser", "scanTagsOfCopy", "libxml2SAX");
