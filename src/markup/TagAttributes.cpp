@@ -111,17 +111,15 @@ std::u16string_view nestedQuotedValue(std::u16string_view rest, char16_t quote,
 
 } // namespace
 
-NSString _attributeOfTagCharactersWithName(const char16_t* characters, std::size_t tagLocation,
-                                           std::size_t tagLength, const char* name, bool nested) {
+std::u16string_view attributeValueOfTag(std::u16string_view tag, const char* name, bool nested) {
     const std::string_view attribute = name ? name : "";
-    if (attribute.empty() || tagLength <= attribute.size() + 5)
-        return nullptr;
+    if (attribute.empty() || tag.size() <= attribute.size() + 5)
+        return {};
     const CharacterClasses classes;
-    const std::u16string_view tag(characters + tagLocation, tagLength);
     const std::size_t start = indexOfValue(tag, attribute, u'=', true, classes,
                                            [&](char16_t unit) { return !classes.isAlphaNum(unit); });
     if (start == tag.size())
-        return nullptr;
+        return {};
     std::u16string_view value = tag.substr(start);
     if (!isQuote(value[0])) {
         std::size_t end = 0;
@@ -135,7 +133,12 @@ NSString _attributeOfTagCharactersWithName(const char16_t* characters, std::size
         value.remove_prefix(1);
         value = value.substr(0, value.find_first_of(ends, 0, 2));
     }
-    return stringOrNil(classes.withoutWhiteAtEnd(value));
+    return classes.withoutWhiteAtEnd(value);
+}
+
+NSString _attributeOfTagCharactersWithName(const char16_t* characters, std::size_t tagLocation,
+                                           std::size_t tagLength, const char* name, bool nested) {
+    return stringOrNil(attributeValueOfTag({characters + tagLocation, tagLength}, name, nested));
 }
 
 namespace XmlExtensions {

@@ -24,6 +24,10 @@ namespace kelvo {
 NSString _attributeOfTagCharactersWithName(const char16_t* characters, std::size_t tagLocation,
                                            std::size_t tagLength, const char* name, bool nested);
 
+/// The same value where it stands in the tag, for callers that read many tags and keep nothing: empty where
+/// the above is nil.
+std::u16string_view attributeValueOfTag(std::u16string_view tag, const char* name, bool nested);
+
 namespace XmlExtensions {
 /// The same with `nested` off.
 NSString attributeOfTagCharacters_range_withName(const char16_t* characters, NSRange range, const char* name);
