@@ -1,5 +1,6 @@
 #include "Comparison.h"
 #include "markup/Entities.h"
+#include "markup/Html2Text.h"
 #include "markup/MarkupDecoding.h"
 #include "markup/TagScanner.h"
 
@@ -72,6 +73,31 @@ void decodeUnlabelled(benchmark::State& state) {
     decodePages(state, nullptr);
 }
 BENCHMARK(decodeUnlabelled);
+
+void convertToText(benchmark::State& state) {
+    forEachPage(state, [](const Page& page) {
+        benchmark::DoNotOptimize(stringByConvertingHtml2PlainTextNonUmlauted_reformat_onlyBody_googleTags(
+            page.text, false, true, true, false));
+    });
+}
+BENCHMARK(convertToText);
+
+void convertBytes(benchmark::State& state, const NSString& label) {
+    forEachPage(state, [&](const Page& page) {
+        const NSString text = XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
+            page.data, label, NSISOLatin1StringEncoding, {});
+        benchmark::DoNotOptimize(stringByConvertingHtml2PlainTextNonUmlauted_reformat_onlyBody_googleTags(
+            text, false, true, true, false));
+    });
+}
+void wholeBytesToTextLabelled(benchmark::State& state) {
+    convertBytes(state, u"utf-8");
+}
+BENCHMARK(wholeBytesToTextLabelled);
+void wholeBytesToTextUnlabelled(benchmark::State& state) {
+    convertBytes(state, nullptr);
+}
+BENCHMARK(wholeBytesToTextUnlabelled);
 
 bool sumUp(const NSString&, char16_t*, std::size_t nameLocation, std::size_t nameLength,
            std::size_t tagLocation, std::size_t tagLength, std::size_t textLocation, TagKind, void* context) {
@@ -184,6 +210,13 @@ int main(int argc, char** argv) {
     comparison.printSpeedRatio("decoding with a label: libxml2's SAX parser", "decodeLabelled", "libxml2SAX");
     comparison.printSpeedRatio("decoding without a label: libxml2's SAX parser", "decodeUnlabelled",
                                "libxml2SAX");
+    comparison.printSpeedRatio("converting to text: libxml2's SAX parser", "convertToText", "libxml2SAX");
+    comparison.printSpeedRatio("whole bytes-to-text with a label: libxml2's SAX parser",
+                               "wholeBytesToTextLabelled", "libxml2SAX");
+    comparison.printSpeedRatio("whole bytes-to-text without a label: libxml2's SAX parser",
+                               "wholeBytesToTextUnlabelled", "libxml2SAX");
+    comparison.printSpeedRatio("whole bytes-to-text with a label: Gumbo and a walk over its tree",
+                               "wholeBytesToTextLabelled", "gumboTextWalk");
     comparison.printSpeedRatio("scanning tags: libxml2's SAX parser", "scanTags", "libxml2SAX");
     comparison.printSpeedRatio("scanning tags: Gumbo and a walk over its tree", "scanTags", "gumboTextWalk");
     comparison.printSpeedRatio("scanning a copy: libxml2's SAX parser", "scanTagsOfCopy", "libxml2SAX");
