@@ -6,6 +6,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # GCC 12 sees overlaps that are not there in the string concatenations of its own library (GCC bug 105651).
   target_compile_options(kelvo_options INTERFACE -Wno-restrict)
 endif()
+# Visible functions may be inlined and called directly within the house all the same: nobody replaces them from outside.
+target_compile_options(kelvo_options INTERFACE -fno-semantic-interposition)
 if(KELVO_WERROR)
   target_compile_options(kelvo_options INTERFACE -Werror)
 endif()
@@ -39,6 +41,28 @@ function(kelvo_floor folder)
   add_library(${target} STATIC ${sources} ${headers})
   target_include_directories(${target} PUBLIC ${stage})
   target_link_libraries(${target} PUBLIC ${arg_FLOORS} PRIVATE kelvo_options ${arg_LIBRARIES})
+endfunction()
+
+# kelvo_header_closure(<variable> <header>...)
+#
+# The headers and all headers of src/ that they include, directly or not, as absolute paths.
+function(kelvo_header_closure variable)
+  set(open ${ARGN})
+  set(closure)
+  while(open)
+    list(POP_FRONT open header)
+    if(header IN_LIST closure)
+      continue()
+    endif()
+    list(APPEND closure ${header})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+    file(STRINGS ${header} lines REGEX "^#include \"")
+    foreach(line IN LISTS lines)
+      string(REGEX REPLACE "^#include \"([^\"]*)\".*" "${CMAKE_SOURCE_DIR}/src/\\1" included "${line}")
+      list(APPEND open ${included})
+    endforeach()
+  endwhile()
+  set(${variable} ${closure} PARENT_SCOPE)
 endfunction()
 
 # kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...])

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/Visibility.h"
 #include "protocol/KelvoImExport.h"
 #include "protocol/ResultKeys.h"
 
@@ -20,12 +23,10 @@
 ///
 /// Programs compile with `pkg-config --cflags --libs plumwick`, or with CMake's find_package(plumwick) and
 /// target_link_libraries(… plumwick::plumwick).
-namespace kelvo {
-
-#define KELVO_PUBLIC [[gnu::visibility("default")]]
+namespace KELVO_PUBLIC kelvo {
 
 /// Why an operation has no answer at all. (An answer of nil is no error: it is what the service found.)
-class KELVO_PUBLIC ClientError final : public std::exception {
+class ClientError final : public std::exception {
 public:
     enum class Kind : std::uint8_t {
         notThere, ///< no service could be reached or started
@@ -82,7 +83,7 @@ struct ServiceStatus {
 ///
 /// A client is used on the thread that made it, and that thread must not run a KJ event loop of its own.
 /// Other threads may have their own clients.
-class KELVO_PUBLIC Client final : public KelvoImExport {
+class Client final : public KelvoImExport {
 public:
     /// Makes no contact yet.
     explicit Client(ClientOptions options = {});

@@ -6,6 +6,7 @@
 #include "platform/foundation/NSTask.h"
 #include "protocol/KelvoImExport.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -27,12 +28,23 @@ bool isProgram(const std::string& path) {
     return access(path.c_str(), X_OK) == 0;
 }
 
+std::string folderOf(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    return std::string(path.substr(0, slash == std::string_view::npos ? 0 : slash));
+}
+
 std::string folderOfCallingProgram() {
     char path[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string_view program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    const std::size_t slash = program.rfind('/');
-    return std::string(program.substr(0, slash == std::string_view::npos ? 0 : slash));
+    return folderOf(std::string_view(path, length > 0 ? static_cast<std::size_t>(length) : 0));
+}
+
+/// Empty when this code is no shared library: the program itself goes by the name that it was called by.
+std::string folderOfThisLibrary() {
+    Dl_info library;
+    if (dladdr(reinterpret_cast<void*>(&folderOfThisLibrary), &library) == 0 || library.dli_fname[0] != '/')
+        return "";
+    return folderOf(library.dli_fname);
 }
 
 std::string programOnSearchPath() {
@@ -58,7 +70,12 @@ std::unique_ptr<NSConnection> connectionIfAny() {
 NSString pathOfServiceProgram(const NSString& given) {
     if (!given.isNil())
         return given;
-    for (const std::string& folder : {folderOfCallingProgram(), std::string(KELVO_HELPER_FOLDER)}) {
+    const std::string programs = folderOfCallingProgram();
+    const std::string libraries = folderOfThisLibrary();
+    for (const std::string& folder :
+         {programs, programs + "/" KELVO_HELPER_FROM_COMMAND,
+          libraries.empty() ? programs : libraries + "/" KELVO_HELPER_FROM_LIBRARY,
+          std::string(KELVO_HELPER_FOLDER)}) {
         const std::string candidate = folder + "/" + std::string(programName);
         if (isProgram(candidate))
             return NSFileManager::defaultManager().stringWithFileSystemRepresentation(candidate);

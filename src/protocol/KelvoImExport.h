@@ -4,8 +4,9 @@
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/NSURL.h"
+#include "platform/foundation/Visibility.h"
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// The nine operations of the service, in the order of their declaration. The root object does the work; the
 /// proxy of a client sends it there and returns copies.

@@ -1,6 +1,8 @@
 #pragma once
 
-namespace kelvo {
+#include "platform/foundation/Visibility.h"
+
+namespace KELVO_PUBLIC kelvo {
 
 // The keys of the service result dictionary. An operation puts in only what it knows: a key whose value is
 // unknown is left out, never set to an empty value. The keys of a PDF's own document attributes (such as

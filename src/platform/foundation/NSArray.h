@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/foundation/NSRange.h"
+#include "platform/foundation/Visibility.h"
 
 #include <initializer_list>
 #include <memory>
 #include <vector>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 class Value;
 
@@ -34,7 +35,7 @@ public:
     bool isIdenticalTo(const NSArray& other) const noexcept { return values_ == other.values_; }
 
     /// Element by element, deep. Nil equals nil alone.
-    friend bool operator==(const NSArray& left, const NSArray& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSArray& left, const NSArray& right);
 
 private:
     friend class NSMutableArray;

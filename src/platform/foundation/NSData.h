@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// Immutable bytes, shared by reference. Default-constructed it is nil; nil is not empty data, but both have
 /// length 0. Data past maximumSizeInBytes is refused with NSException (NSMallocException).
@@ -48,7 +49,7 @@ public:
     /// failure may leave part of the data.
     bool writeToFile_atomically(const NSString& path, bool atomically) const;
 
-    friend bool operator==(const NSData& left, const NSData& right) noexcept;
+    KELVO_PUBLIC_FRIEND bool operator==(const NSData& left, const NSData& right) noexcept;
 
 private:
     struct Rep {

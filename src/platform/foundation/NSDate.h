@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// From the reference date of this class, 2001-01-01 00:00:00 UTC, back to 1970-01-01, in seconds.
 inline constexpr double NSTimeIntervalSince1970 = 978307200.0;

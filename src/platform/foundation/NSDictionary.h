@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <cstddef>
 #include <initializer_list>
@@ -10,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 class Value;
 struct DictionaryStorage;
@@ -41,7 +42,7 @@ public:
     bool isIdenticalTo(const NSDictionary& other) const noexcept { return storage_ == other.storage_; }
 
     /// The same keys with equal values, in whatever order. Nil equals nil alone.
-    friend bool operator==(const NSDictionary& left, const NSDictionary& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSDictionary& left, const NSDictionary& right);
 
 private:
     friend class NSMutableDictionary;

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <exception>
 #include <string>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 inline constexpr const char16_t* NSGenericException = u"NSGenericException";
 inline constexpr const char16_t* NSInvalidArgumentException = u"NSInvalidArgumentException";

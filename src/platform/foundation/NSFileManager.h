@@ -3,12 +3,13 @@
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// Key of a file attribute: the permission bits as a number.
 inline constexpr const char16_t* NSFilePosixPermissions = u"NSFilePosixPermissions";

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// Points for an image's size, pixels for its pixel size.
 struct NSSize {
@@ -25,6 +26,6 @@ struct NSColor {
 /// "{612, 792}": each number in the shortest decimal form without an exponent that reads back to the same
 /// 32-bit float ("0.1", "100000", "0.00001"; the largest float takes 39 digits). Infinities and not-a-number
 /// are written "inf", "-inf" and "nan".
-NSString NSStringFromSize(NSSize size);
+KELVO_PUBLIC NSString NSStringFromSize(NSSize size);
 
 } // namespace kelvo

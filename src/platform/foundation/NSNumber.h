@@ -1,11 +1,12 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <compare>
 #include <cstdint>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// The placeholder for "no value" inside collections, which cannot hold nil.
 struct NSNull {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 class Value;
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/foundation/Visibility.h"
+
 #include <cstddef>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// The absent location: the largest signed 32-bit integer, on every machine.
 inline constexpr std::size_t NSNotFound = 0x7FFFFFFF;

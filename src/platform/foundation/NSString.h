@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NSRange.h"
+#include "platform/foundation/Visibility.h"
 
 #include <atomic>
 #include <cstddef>
@@ -9,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// Immutable UTF-16 text, shared by reference; copying is one counted pointer.
 ///
@@ -118,11 +119,11 @@ private:
 };
 
 /// UTF-8 bytes of any units; each unpaired surrogate becomes U+FFFD.
-std::string UTF8StringOfCharacters(std::u16string_view units);
+KELVO_PUBLIC std::string UTF8StringOfCharacters(std::u16string_view units);
 
 /// `count` times `unitSizeInBytes`; throws NSException (NSMallocException) when that passes
 /// maximumSizeInBytes.
-std::size_t checkedSizeInBytes(std::size_t count, std::size_t unitSizeInBytes);
+KELVO_PUBLIC std::size_t checkedSizeInBytes(std::size_t count, std::size_t unitSizeInBytes);
 
 } // namespace kelvo
 

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// An immutable URL, shared by reference. Default-constructed it is nil, and every component of nil is nil.
 ///
@@ -74,7 +75,7 @@ public:
     NSString pathExtension() const;
 
     /// The same strings and equal bases.
-    friend bool operator==(const NSURL& left, const NSURL& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSURL& left, const NSURL& right);
 
 private:
     struct Parts;

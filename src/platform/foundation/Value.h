@@ -9,12 +9,13 @@
 #include "platform/foundation/NSObject.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/NSURL.h"
+#include "platform/foundation/Visibility.h"
 
 #include <cstdint>
 #include <memory>
 #include <variant>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// One node of a property-list tree: whatever can be an element of an array, a value of a dictionary, a
 /// format argument or a result. Default-constructed it is nil; made from a nil handle it is nil as well.
@@ -112,7 +113,7 @@ public:
     NSString description() const;
 
     /// Deep. Objects are equal when they are the same object.
-    friend bool operator==(const Value& left, const Value& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const Value& left, const Value& right);
     /// Equal values have equal hashes.
     std::size_t hash() const;
 
