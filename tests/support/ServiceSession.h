@@ -11,7 +11,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -59,9 +61,14 @@ public:
         kill(process, SIGKILL);
         waitUntil([process] { return hasEnded(process); });
     }
+    /// Also when nobody has waited for it yet, which for a service is up to the first process of the system.
     static bool hasEnded(pid_t process) {
-        // A child of this process stays as a zombie until it is waited for.
-        return waitpid(process, nullptr, WNOHANG) == process || kill(process, 0) != 0;
+        if (waitpid(process, nullptr, WNOHANG) == process || kill(process, 0) != 0)
+            return true;
+        std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+        const std::string stat{std::istreambuf_iterator<char>(file), {}};
+        const std::size_t nameEnd = stat.rfind(')');
+        return nameEnd == std::string::npos || stat.substr(nameEnd, 3) == ") Z";
     }
 
 private:

@@ -1,0 +1,211 @@
+#include "cli/Commands.h"
+
+#include "cli/Files.h"
+#include "cli/JSONView.h"
+#include "cli/Printable.h"
+#include "cli/Session.h"
+#include "cli/ShowCommand.h"
+#include "cli/TextView.h"
+#include "platform/foundation/FileIO.h"
+
+#include <fmt/format.h>
+
+#include <unistd.h>
+
+#include <optional>
+
+namespace kelvo::cli {
+namespace {
+
+std::string subjectOf(const std::string& file) {
+    return file == standardStream ? "standard input" : printableFileName(file);
+}
+
+Request requestForFile(const Options& options, Operation operation, const std::string& file) {
+    Request request;
+    request.operation = operation;
+    request.allowsRemoteRequest = options.allowsRemoteRequest;
+    request.wantsRichText = options.wantsRichText;
+    request.wantsPDFText = options.wantsPDFText;
+    request.mayUseImporters = options.mayUseImporters;
+    switch (operation) {
+    case Operation::RTFDWithHTML:
+        request.baseURL = options.baseURL;
+        if (request.baseURL.isNil() && file != standardStream)
+            request.baseURL = NSURL::fileURLWithPath(pathOfFile(file));
+        [[fallthrough]];
+    case Operation::writeRTFDData:
+    case Operation::stringWithPDF:
+        request.data = readInput(file);
+        break;
+    default:
+        requireReadable(file);
+        request.file = pathOfFile(file);
+    }
+    return request;
+}
+
+/// The service writes the package beside its place; true when it is there.
+bool writePackage(Session& session, const NSData& rtfd, const std::string& destination) {
+    PackageOutput package(destination);
+    Request request;
+    request.operation = Operation::writeRTFDData;
+    request.data = rtfd;
+    request.file = pathOfFile(package.path());
+    const Value isWritten = session.ask(request, FileKind::richText, printableFileName(destination));
+    if (isNoAnswer(isWritten))
+        return false;
+    package.commit();
+    return true;
+}
+
+void print(Session& session, const Value& result, const WrittenBytes& written) {
+    if (session.options().printsJSON)
+        session.output().write(lineOfJSON(result, written));
+    else
+        session.output().write(textOfResult(result, written, session.output()));
+}
+
+ExitStatus runWriteRTFD(Session& session, const std::string& dataFile, const std::string& destination) {
+    const bool isWritten = writePackage(session, readInput(dataFile), destination);
+    if (session.options().printsJSON)
+        print(session, NSNumber::numberWithBool(isWritten), {});
+    return isWritten ? ExitStatus::answered
+                     : session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(destination));
+}
+
+ExitStatus runOperation(Session& session, Operation operation, const std::string& file) {
+    const Options& options = session.options();
+    const std::string subject = subjectOf(file);
+    const bool wantsPackage = options.output && isPackageName(*options.output);
+    if (options.output == standardStream && session.output().isTerminal())
+        throw CommandError(ExitStatus::usage,
+                           "bytes are not written to a terminal; send them to a file or a pipe");
+    const Request request = requestForFile(options, operation, file);
+    // Whatever can be known to fail fails before the work.
+    std::optional<PackageOutput> probe;
+    if (wantsPackage)
+        probe.emplace(*options.output);
+    else if (options.output)
+        requireWritable(*options.output);
+    probe.reset();
+
+    const Value result = session.ask(request, kindOfFile(file), subject);
+    if (isNoAnswer(result)) {
+        if (options.printsJSON)
+            print(session, result, {});
+        return session.complainOfNoAnswer(operation, subject);
+    }
+    WrittenBytes written;
+    ExitStatus status = ExitStatus::answered;
+    if (options.output) {
+        const NSData bytes = bytesOfResult(operation, result);
+        if (bytes.isNil()) {
+            session.complain(fmt::format("{}: the answer has nothing to write, {} is left as it was", subject,
+                                         printableFileName(*options.output)));
+            status = ExitStatus::noAnswer;
+        } else if (wantsPackage && !writePackage(session, bytes, *options.output)) {
+            status = session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(*options.output));
+        } else {
+            if (!wantsPackage)
+                writeOutput(*options.output, bytes, session.output());
+            written = {bytes, *options.output};
+        }
+    }
+    if (options.output != standardStream)
+        print(session, result, written);
+    return status;
+}
+
+/// Every file is tried, so that one that is broken does not keep the others from being answered.
+ExitStatus runMetaData(Session& session, const std::vector<std::string>& files) {
+    ExitStatus status = ExitStatus::answered;
+    for (const std::string& file : files) {
+        const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
+        if (isHeaded)
+            session.output().write(session.output().styled(Style::strong, printableFileName(file)) + "\n");
+        try {
+            status = worse(status, runOperation(session, Operation::metaDataForFile, file));
+        } catch (const CommandError& error) {
+            if (session.options().printsJSON)
+                session.output().write("null\n");
+            session.complain(error.what());
+            status = worse(status, error.status());
+            if (!session.isReachable())
+                break;
+        }
+        if (isHeaded)
+            session.output().write("\n");
+    }
+    return status;
+}
+
+ExitStatus runStatus(Session& session) {
+    const ServiceStatus status = session.status();
+    if (session.options().printsJSON) {
+        NSMutableDictionary facts = NSMutableDictionary::dictionary();
+        facts.setObject_forKey(status.registeredName, u"registeredName");
+        facts.setObject_forKey(NSNumber::numberWithLongLong(status.processIdentifier), u"processIdentifier");
+        facts.setObject_forKey(NSNumber::numberWithDouble(status.uptimeSeconds), u"uptimeSeconds");
+        facts.setObject_forKey(NSNumber::numberWithLongLong(static_cast<std::int64_t>(status.residentBytes)),
+                               u"residentBytes");
+        facts.setObject_forKey(status.version.isNil() ? Value(NSNull()) : Value(status.version), u"version");
+        session.output().write(lineOfJSON(facts));
+        return ExitStatus::answered;
+    }
+    session.output().write(fmt::format("Name     {}\nProcess  {}\nUptime   {}\nMemory   {}\nVersion  {}\n",
+                                       printable(status.registeredName), status.processIdentifier,
+                                       printableUptime(status.uptimeSeconds),
+                                       printableByteCount(status.residentBytes),
+                                       status.version.isNil() ? "unknown" : printable(status.version)));
+    return ExitStatus::answered;
+}
+
+ExitStatus runSubject(Session& session) {
+    const Options& options = session.options();
+    if (std::holds_alternative<Status>(options.subject))
+        return runStatus(session);
+    if (std::holds_alternative<Show>(options.subject))
+        return runShow(session, options.files);
+    const Operation operation = std::get<Operation>(options.subject);
+    if (operation == Operation::metaDataForFile)
+        return runMetaData(session, options.files);
+    if (operation == Operation::writeRTFDData)
+        return runWriteRTFD(session, options.files.front(), *options.output);
+    return runOperation(session, operation, options.files.front());
+}
+
+} // namespace
+
+ExitStatus runCommand(int argumentCount, const char* const* arguments, Output& output, Output& errors) {
+    const auto parsed = parseOptions(argumentCount, arguments, output, errors);
+    ExitStatus status = ExitStatus::answered;
+    const Options* const options = std::get_if<Options>(&parsed);
+    try {
+        if (options) {
+            Session session(*options, output, errors);
+            try {
+                status = runSubject(session);
+            } catch (const CommandError& error) {
+                if (options->printsJSON && error.status() != ExitStatus::usage)
+                    output.write("null\n");
+                session.complain(error.what());
+                status = error.status();
+            }
+        } else {
+            status = std::get<ExitStatus>(parsed);
+        }
+        output.flush();
+        errors.flush();
+        return status;
+    } catch (const std::exception& error) {
+        // Above all a standard stream that failed. Where that is standard error, the status is all that can
+        // be said.
+        const std::string sentence =
+            "plumwick: " + printable(NSString::stringByRepairingUTF8String(error.what())) + "\n";
+        writeAll(STDERR_FILENO, sentence.data(), sentence.size());
+        return ExitStatus::file;
+    }
+}
+
+} // namespace kelvo::cli

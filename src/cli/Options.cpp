@@ -1,0 +1,311 @@
+#include "cli/Options.h"
+
+#include "cli/Files.h"
+#include "cli/Output.h"
+#include "cli/Printable.h"
+#include "cli/Request.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace kelvo::cli {
+namespace {
+
+constexpr const char* generalFooter = R"(Examples:
+  plumwick show notes.rtf page.html        what the service makes of some files
+  plumwick metadata --json *.pdf           one line of JSON a file
+  plumwick pdf-text report.pdf             the text of a PDF
+  plumwick html-to-rtfd page.html -o page.rtfd
+  plumwick status                          the running service
+  plumwick SUBCOMMAND --help               more on each, with examples
+
+The service PlumwickHelper is started when none answers. "-" is standard input or standard output where bytes are
+meant; a file of that name is "./-", and a file whose name begins with "-" comes behind "--".
+
+Exit status (with several files the largest):
+  0  answered
+  1  the service answered nil: it can make nothing of the file, or does not have that operation yet
+  2  the command line makes no sense
+  3  the service could not be reached, failed, died or took too long
+  4  a file could not be read or written)";
+
+/// Builds the parser; each add… function is one subcommand.
+class Parser {
+public:
+    Parser() {
+        app_.require_subcommand(1);
+        app_.footer(generalFooter);
+        app_.set_version_flag("--version", "plumwick " KELVO_VERSION);
+        app_.get_formatter()->column_width(26);
+
+        addShow();
+        addMetaData();
+        addHTMLToRTFD();
+        addWriteRTFD();
+        addWebArchive();
+        addReadDocument();
+        addMoviePoster();
+        addPDFText();
+        addImage();
+        addPDFOf();
+        addStatus();
+    }
+
+    std::variant<Options, ExitStatus> parse(int argumentCount, const char* const* arguments, Output& output,
+                                            Output& errors) {
+        // The parser takes its arguments from the end. It would read "[a,b]" as a list of two names.
+        std::vector<std::string> reversed;
+        for (int index = argumentCount; --index > 0;) {
+            const std::string_view argument(arguments[index]);
+            const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
+            reversed.push_back((looksLikeList ? "./" : "") + std::string(argument));
+        }
+        try {
+            if (reversed.empty()) {
+                errors.write(app_.help());
+                return ExitStatus::usage;
+            }
+            const auto all = app_.get_subcommands([](const CLI::App*) { return true; });
+            if (!reversed.back().starts_with('-') &&
+                std::ranges::count(all, reversed.back(), &CLI::App::get_name) == 0)
+                refuse(reversed.back() + ": there is no such subcommand");
+            app_.parse(reversed);
+            finish();
+            return options_;
+        } catch (const CLI::CallForHelp&) {
+            output.write(app_.help());
+        } catch (const CLI::CallForVersion& version) {
+            output.write(std::string(version.what()) + "\n");
+        } catch (const CLI::ParseError& error) {
+            const auto chosen = app_.get_subcommands();
+            errors.write(fmt::format("plumwick: {}\nTry: plumwick {}--help\n",
+                                     printableFileName(error.what()),
+                                     chosen.empty() ? "" : chosen.front()->get_name() + " "));
+            return ExitStatus::usage;
+        }
+        return ExitStatus::answered;
+    }
+
+private:
+    using Subject = decltype(Options::subject);
+
+    /// What is wrong beyond the parser's own grammar.
+    [[noreturn]] static void refuse(const std::string& reason) {
+        throw CLI::ValidationError(reason, CLI::ExitCodes::ValidationError);
+    }
+
+    CLI::App& add(const std::string& name, const std::string& description, Subject subject,
+                  const std::string& footer) {
+        CLI::App& subcommand = *app_.add_subcommand(name, description);
+        subcommand.footer(footer);
+        subcommand.get_formatter()->column_width(26);
+        subcommand.add_flag("--json", options_.printsJSON, "Print the answer as JSON, with nil as null");
+        subcommand.parse_complete_callback([this, subject] { options_.subject = subject; });
+        return subcommand;
+    }
+
+    CLI::App& add(Operation operation, const std::string& description, const std::string& footer) {
+        CLI::App& subcommand =
+            add(std::string(subcommandOfOperation(operation)), description, Subject(operation), footer);
+        addTimeout(subcommand);
+        return subcommand;
+    }
+
+    void addTimeout(CLI::App& subcommand) {
+        subcommand
+            .add_option("--timeout", options_.timeoutSeconds,
+                        "Wait so long for an answer (15, for HTML and PDF 75, unless given)")
+            ->type_name("SECONDS")
+            ->check(CLI::Range(0.001, 1e6).description(""));
+    }
+
+    void addFile(CLI::App& subcommand, const std::string& description) {
+        subcommand.add_option("FILE", file_, description)->required()->type_name("");
+    }
+
+    void addFiles(CLI::App& subcommand, const std::string& description) {
+        subcommand.add_option("FILE", options_.files, description)
+            ->required()
+            ->type_name("")
+            ->expected(1, -1);
+    }
+
+    CLI::Option* addOutput(CLI::App& subcommand, const std::string& description) {
+        return subcommand.add_option("-o,--output", options_.output, description)->type_name("OUT");
+    }
+
+    void addShow() {
+        CLI::App& subcommand = add(
+            "show", "Show what the service makes of files, with every operation that fits them", Show(),
+            R"(Each file is taken for what its first bytes, else its extension, say it is. Nothing is written. An answer of nil is
+shown and does not count as a failure; --json prints one line a file.
+
+Examples:
+  plumwick show examples/*
+  plumwick show --json picture.png | python3 -m json.tool)");
+        addFiles(subcommand, "Files of any kind");
+        addTimeout(subcommand);
+    }
+
+    void addMetaData() {
+        CLI::App& subcommand = add(
+            Operation::metaDataForFile, "Print the metadata that the importers find in files",
+            R"(With --json each file gives one line, in their order: a dictionary, or null when there is none.
+
+Examples:
+  plumwick metadata song.mp3
+  plumwick metadata --json *.pdf)");
+        addFiles(subcommand, "Files or folders of any kind");
+    }
+
+    void addHTMLToRTFD() {
+        CLI::App& subcommand = add(
+            Operation::RTFDWithHTML, "Turn an HTML page into rich text with its pictures (RTFD)",
+            R"(Relative addresses in the page start at --base-url, or else at the page's own place on the disk. Without
+--allow-remote only files, embedded data and hosts of the local network are loaded.
+An OUT that ends in ".rtfd" becomes a package (a folder); any other is written as one stream of bytes.
+
+Examples:
+  plumwick html-to-rtfd page.html -o page.rtfd
+  curl -s https://example.org/ | plumwick html-to-rtfd - --base-url https://example.org/ --allow-remote -o page.bin)");
+        addFile(subcommand, "The page; - reads standard input");
+        subcommand.add_option("--base-url", baseURL_, "Address at which relative addresses start")
+            ->type_name("URL");
+        subcommand.add_flag("--allow-remote", options_.allowsRemoteRequest,
+                            "Let the page load from the network");
+        addOutput(subcommand, "Where the RTFD goes; - writes standard output");
+    }
+
+    void addWriteRTFD() {
+        CLI::App& subcommand =
+            add(Operation::writeRTFDData, "Write RTFD bytes as a package that programs can open", R"(Examples:
+  plumwick html-to-rtfd page.html -o page.bin && plumwick write-rtfd page.bin page.rtfd)");
+        subcommand.add_option("DATAFILE", file_, "RTFD as one stream of bytes; - reads standard input")
+            ->required()
+            ->type_name("");
+        subcommand
+            .add_option("OUT.rtfd", options_.output, "The package, a folder; an older package is replaced")
+            ->required()
+            ->type_name("");
+    }
+
+    void addWebArchive() {
+        CLI::App& subcommand = add(Operation::searchableTextOfWebArchive,
+                                   "Print the text, source and address of a saved web archive", R"(Examples:
+  plumwick web-archive page.webarchive
+  plumwick web-archive --json page.webarchive)");
+        addFile(subcommand, "A web archive");
+    }
+
+    void addReadDocument() {
+        CLI::App& subcommand = add(
+            Operation::attributedStringWithContentsOfFile,
+            "Read a text document of any kind as rich text (RTFD)",
+            R"(An OUT that ends in ".rtfd" becomes a package (a folder); any other is written as one stream of bytes.
+
+Examples:
+  plumwick read-document letter.doc -o letter.rtfd
+  plumwick read-document --json letter.doc)");
+        addFile(subcommand, "Rich text, plain text, or an office document");
+        addOutput(subcommand, "Where the RTFD goes; - writes standard output");
+    }
+
+    void addMoviePoster() {
+        CLI::App& subcommand =
+            add(Operation::posterImageForMovieWithFile,
+                "Print the size and length of a movie, and take a picture from it", R"(Examples:
+  plumwick movie-poster holiday.mov -o holiday.tiff)");
+        addFile(subcommand, "A movie");
+        addOutput(subcommand, "Where the picture goes, as TIFF; - writes standard output");
+    }
+
+    void addPDFText() {
+        CLI::App& subcommand =
+            add(Operation::stringWithPDF, "Print the text of a PDF and what it says of itself", R"(Examples:
+  plumwick pdf-text report.pdf
+  curl -s https://example.org/report.pdf | plumwick pdf-text - --json)");
+        addFile(subcommand, "A PDF; - reads standard input");
+        subcommand.add_flag("--rich", options_.wantsRichText, "Ask for text with its fonts and styles");
+    }
+
+    void addImage() {
+        CLI::App& subcommand =
+            add(Operation::imageWithContentsOfFile,
+                "Print the size and properties of an image or PDF, with a thumbnail", R"(Examples:
+  plumwick image photo.jpg -o thumbnail.tiff
+  plumwick image report.pdf --pdf-text)");
+        addFile(subcommand, "An image, PDF, EPS or PostScript file");
+        subcommand.add_flag("--pdf-text", options_.wantsPDFText, "Ask for the text of a PDF, too");
+        subcommand.add_flag("--no-importers", refusesImporters_,
+                            "Do not take that text from the metadata importers");
+        addOutput(subcommand, "Where the thumbnail goes, as TIFF; - writes standard output");
+    }
+
+    void addPDFOf() {
+        CLI::App& subcommand =
+            add(Operation::PDFImageRepOfFile, "Turn a drawing (EPS, PostScript, PDF) into PDF", R"(Examples:
+  plumwick pdf-of logo.eps -o logo.pdf)");
+        addFile(subcommand, "An image file");
+        addOutput(subcommand, "Where the PDF goes; - writes standard output");
+    }
+
+    void addStatus() {
+        add("status", "Print the name, process, age, memory and version of the running service", Status(),
+            R"(Never starts a service; the exit status is 3 when none runs.
+
+Examples:
+  plumwick status
+  plumwick status --json)");
+    }
+
+    void finish() {
+        if (!file_.empty())
+            options_.files = {file_};
+        options_.mayUseImporters = !refusesImporters_;
+        if (std::ranges::count(options_.files, "") > 0)
+            refuse("FILE: a name is empty");
+        if (!baseURL_.empty()) {
+            options_.baseURL = NSURL::URLWithString(NSString::stringByRepairingUTF8String(baseURL_));
+            if (options_.baseURL.isNil() || options_.baseURL.scheme().isNil())
+                refuse("--base-url: " + baseURL_ + " is not an absolute URL");
+        }
+        const Operation* const operation = std::get_if<Operation>(&options_.subject);
+        const bool takesBytes =
+            operation && (*operation == Operation::RTFDWithHTML || *operation == Operation::writeRTFDData ||
+                          *operation == Operation::stringWithPDF);
+        if (!takesBytes && std::ranges::count(options_.files, standardStream) > 0)
+            refuse(
+                "FILE: the service reads this kind by name, not from standard input (./- is a file named -)");
+        if (!operation)
+            return;
+        if (*operation == Operation::writeRTFDData && options_.output == standardStream)
+            refuse("OUT.rtfd: a package is a folder and cannot go to standard output");
+        const bool givesOnlyBytes =
+            *operation == Operation::RTFDWithHTML || *operation == Operation::PDFImageRepOfFile;
+        if (givesOnlyBytes && !options_.output && !options_.printsJSON)
+            refuse("-o OUT is required (or --json)");
+        if (options_.output && options_.output->empty())
+            refuse("-o: the name is empty");
+        if (options_.output == standardStream && options_.printsJSON)
+            refuse("--json and -o - cannot both go to standard output");
+    }
+
+    CLI::App app_{
+        "Asks the conversion service on this machine what is in files: their metadata, text, pictures.",
+        "plumwick"};
+    Options options_;
+    std::string file_;
+    std::string baseURL_;
+    bool refusesImporters_ = false;
+};
+
+} // namespace
+
+std::variant<Options, ExitStatus> parseOptions(int argumentCount, const char* const* arguments,
+                                               Output& output, Output& errors) {
+    return Parser().parse(argumentCount, arguments, output, errors);
+}
+
+} // namespace kelvo::cli

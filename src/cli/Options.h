@@ -1,0 +1,42 @@
+#pragma once
+
+#include "cli/ExitStatus.h"
+#include "platform/foundation/NSURL.h"
+#include "protocol/Operations.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace kelvo::cli {
+
+class Output;
+
+struct Show {};
+struct Status {};
+
+/// What the command line asks for.
+struct Options {
+    /// An operation of the service, or one of the command's own subcommands.
+    std::variant<Operation, Show, Status> subject;
+    /// In file-system bytes, at least one except for Status. "-" stands for standard input where the
+    /// operation takes bytes; where it takes a name, "-" was refused.
+    std::vector<std::string> files;
+    /// In file-system bytes; "-" stands for standard output.
+    std::optional<std::string> output;
+    /// Nil when none was given.
+    NSURL baseURL;
+    bool allowsRemoteRequest = false;
+    bool wantsRichText = false;
+    bool wantsPDFText = false;
+    bool mayUseImporters = true;
+    bool printsJSON = false;
+    std::optional<double> timeoutSeconds;
+};
+
+/// Reads the command line. When it asks for help or makes no sense, says so and gives the status to end with.
+std::variant<Options, ExitStatus> parseOptions(int argumentCount, const char* const* arguments,
+                                               Output& output, Output& errors);
+
+} // namespace kelvo::cli

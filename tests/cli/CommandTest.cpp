@@ -1,0 +1,297 @@
+#include "cli/ExitStatus.h"
+#include "cli/Files.h"
+#include "support/ServiceSession.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelvo::cli {
+namespace {
+
+using namespace std::string_literals;
+using tests::ServiceSession;
+using tests::TemporaryFolder;
+
+struct Outcome {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+/// Runs a program as a child process within the folder.
+Outcome run(const std::string& program, const std::vector<std::string>& arguments,
+            const TemporaryFolder& folder, const std::string& input = "",
+            const char* standardOutput = nullptr) {
+    const TemporaryFolder streams;
+    const std::string in = streams.write("in", input);
+    const std::string out = standardOutput ? standardOutput : streams.write("out", "");
+    const std::string errors = streams.write("errors", "");
+    std::vector<char*> words{const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments)
+        words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (chdir(folder.path().c_str()) != 0 || dup2(open(in.c_str(), O_RDONLY), 0) < 0 ||
+            dup2(open(out.c_str(), O_WRONLY), 1) < 0 || dup2(open(errors.c_str(), O_WRONLY), 2) < 0)
+            _exit(126);
+        execv(program.c_str(), words.data());
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+            standardOutput ? "" : streams.read("out"), streams.read("errors")};
+}
+
+std::vector<std::string> entriesOf(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+/// The command on files in a folder of their own, against the service named by the fixture.
+class CommandTest : public testing::Test {
+protected:
+    explicit CommandTest(const char* service = "PlumwickHelper") : session(service) {
+        files.write("text.zzz", "words");
+        files.write("page.html", "<p>words");
+    }
+
+    Outcome plumwick(const std::vector<std::string>& arguments, const std::string& input = "",
+                     const char* standardOutput = nullptr) {
+        return run(tests::builtProgram("plumwick"), arguments, files, input, standardOutput);
+    }
+
+    ServiceSession session;
+    TemporaryFolder files;
+};
+
+TEST_F(CommandTest, StatusesOfTheProcess) {
+    ASSERT_EQ(mkfifo(files.path("pipe").c_str(), 0600), 0);
+    files.write("[a,b].zzz", "");
+    files.write("show", "");
+    files.write("-x", "");
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        int status;
+        const char* said;
+    } rows[] = {
+        {"help", {"--help"}, 0, ""},
+        {"help of a subcommand", {"image", "--help"}, 0, ""},
+        {"version", {"--version"}, 0, ""},
+        {"nothing", {}, 2, "Subcommands"},
+        {"unknown subcommand", {"melt", "text.zzz"}, 2, "melt: there is no such subcommand"},
+        {"unknown option", {"metadata", "--deep", "text.zzz"}, 2, "--deep"},
+        {"option of another subcommand", {"pdf-text", "--no-importers", "text.zzz"}, 2, "--no-importers"},
+        {"no file", {"metadata"}, 2, "FILE"},
+        {"two files for one", {"image", "text.zzz", "text.zzz"}, 2, "text.zzz"},
+        {"nowhere to write", {"html-to-rtfd", "page.html"}, 2, "-o"},
+        {"base that is no URL", {"html-to-rtfd", "page.html", "--base-url", "a b", "-o", "x"}, 2, "a b"},
+        {"base that is relative", {"html-to-rtfd", "page.html", "--base-url", "a/b", "-o", "x"}, 2, "a/b"},
+        {"bytes and JSON in one stream", {"pdf-of", "text.zzz", "--json", "-o", "-"}, 2, "--json"},
+        {"standard input for a name", {"metadata", "-"}, 2, "standard input"},
+        {"time-out of nothing", {"metadata", "--timeout", "0", "text.zzz"}, 2, "--timeout"},
+        {"missing file", {"metadata", "missing"}, 4, "missing: cannot be read: No such file"},
+        {"missing bytes", {"pdf-text", "missing"}, 4, "missing: cannot be read: No such file"},
+        {"folder for bytes", {"pdf-text", "."}, 4, "Is a directory"},
+        {"pipe by name", {"image", "pipe"}, 4, "neither a file nor a folder"},
+        {"output in no folder", {"pdf-of", "text.zzz", "-o", "none/out.pdf"}, 4, "folder is not there"},
+        {"output over a folder", {"pdf-of", "text.zzz", "-o", "."}, 4, "Is a directory"},
+        {"package over a file", {"write-rtfd", "text.zzz", "page.html"}, 4, "no RTFD package"},
+        {"nil", {"image", "text.zzz"}, 1, "text.zzz"},
+        {"nil of bytes", {"pdf-text", "text.zzz"}, 1, "text.zzz"},
+        {"false", {"write-rtfd", "text.zzz", "out.rtfd"}, 1, "out.rtfd"},
+        {"nil and missing", {"metadata", "missing", "text.zzz"}, 4, "text.zzz"},
+        {"missing and nil", {"metadata", "text.zzz", "missing"}, 4, "missing"},
+        {"name of a list", {"metadata", "[a,b].zzz"}, 1, "[a,b].zzz"},
+        {"name of a subcommand", {"image", "show"}, 1, "show"},
+        {"name like an option", {"image", "--", "-x"}, 1, "-x"},
+        {"shown", {"show", "text.zzz", "page.html"}, 0, ""},
+        {"shown and missing", {"show", "missing", "text.zzz"}, 4, "missing"},
+    };
+    for (const auto& row : rows) {
+        const Outcome outcome = plumwick(row.arguments);
+        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.errors;
+        EXPECT_NE(outcome.errors.find(row.said), std::string::npos) << row.name << ": " << outcome.errors;
+        EXPECT_EQ(outcome.errors.empty(), row.status == 0) << row.name << ": " << outcome.errors;
+    }
+    EXPECT_EQ(entriesOf(files.path()),
+              (std::vector<std::string>{"-x", "[a,b].zzz", "page.html", "pipe", "show", "text.zzz"}));
+}
+
+TEST_F(CommandTest, StatusNeverStartsTheService) {
+    EXPECT_EQ(plumwick({"status"}).status, 3);
+    EXPECT_EQ(plumwick({"status", "--json"}).output, "null\n");
+    EXPECT_EQ(entriesOf(session.folder().path()), std::vector<std::string>{});
+    plumwick({"metadata", "text.zzz"});
+    const pid_t process = Client(session.options(false)).status().processIdentifier;
+    const Outcome json = plumwick({"status", "--json"});
+    EXPECT_EQ(json.status, 0);
+    EXPECT_EQ(json.output.find("{\"registeredName\":\"PlumwickHelper_2.0pb8build4\",\"processIdentifier\":" +
+                               std::to_string(process) + ",\"uptimeSeconds\":"),
+              0u)
+        << json.output;
+    const std::string text = plumwick({"status"}).output;
+    EXPECT_NE(text.find("Process  " + std::to_string(process) + "\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("Version  " KELVO_VERSION "\n"), std::string::npos) << text;
+}
+
+TEST_F(CommandTest, GivesUpWhenNoServiceCanBeStarted) {
+    const TemporaryFolder alone;
+    std::filesystem::copy_file(tests::builtProgram("plumwick"), alone.path("plumwick"));
+    for (const char* subcommand : {"metadata", "show"}) {
+        const Outcome outcome = run(alone.path("plumwick"), {subcommand, "text.zzz", "page.html"}, files);
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
+    }
+}
+
+TEST_F(CommandTest, NilIsNullAndNothingIsWritten) {
+    files.write("kept.pdf", "kept");
+    for (const char* out : {"kept.pdf", "new.pdf"}) {
+        const Outcome outcome = plumwick({"pdf-of", "text.zzz", "--json", "-o", out});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.output, "null\n");
+    }
+    EXPECT_EQ(plumwick({"pdf-text", "-"}, "no PDF").status, 1);
+    EXPECT_EQ(plumwick({"metadata", "--json", "text.zzz", "missing", "text.zzz"}).output,
+              "null\nnull\nnull\n");
+    EXPECT_EQ(files.read("kept.pdf"), "kept");
+    EXPECT_EQ(entriesOf(files.path()), (std::vector<std::string>{"kept.pdf", "page.html", "text.zzz"}));
+}
+
+TEST_F(CommandTest, ShowsTheOperationsThatFit) {
+    const std::string text = plumwick({"show", "page.html"}).output;
+    EXPECT_EQ(text.find("page.html  HTML page, 8 bytes\n  metadata "), 0u) << text;
+    EXPECT_NE(text.find("\n  html-to-rtfd "), std::string::npos) << text;
+    EXPECT_NE(text.find("Answered by PlumwickHelper_2.0pb8build4, process "), std::string::npos) << text;
+    const std::string json = plumwick({"show", "--json", "text.zzz"}).output;
+    EXPECT_EQ(
+        json.find(
+            R"({"file":"text.zzz","kind":"plain text","bytes":5,"operations":[{"operation":"metadata",)"),
+        0u)
+        << json;
+}
+
+TEST_F(CommandTest, OddNamesReachNoTerminalRaw) {
+    const std::string odd = "caf\xE9 \x1B[31m\n.zzz";
+    files.write(odd, "words");
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"show", odd},
+          {"image", odd},
+          {"image", odd + "x"},
+          {"metadata", odd, odd},
+          {odd},
+          {"html-to-rtfd", odd, "--base-url", "\x1B", "-o", "x"}}) {
+        const Outcome outcome = plumwick(arguments);
+        EXPECT_EQ((outcome.output + outcome.errors).find('\x1B'), std::string::npos) << outcome.errors;
+        EXPECT_EQ((outcome.output + outcome.errors).find('\xE9'), std::string::npos) << outcome.errors;
+    }
+    EXPECT_NE(plumwick({"show", odd}).output.find("caf\\xE9 \\x1B[31m\\x0A.zzz  plain text"),
+              std::string::npos);
+}
+
+/// A service whose answers are known.
+class CommandAnswersTest : public CommandTest {
+protected:
+    CommandAnswersTest() : CommandTest("RehearsalService") {
+        Client(session.options()).PDFImageRepOfFile(u"/1");
+    }
+};
+
+TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
+    const std::string own = "file://" + files.path() + "/page.html";
+    const struct {
+        std::vector<std::string> arguments;
+        std::string output;
+    } rows[] = {
+        {{"pdf-text", "page.html"}, "attributed  no\nlength      8\n"},
+        {{"pdf-text", "-", "--rich", "--json"}, "{\"attributed\":true,\"length\":5}\n"},
+        {{"image", "text.zzz", "--json"},
+         "{\"file\":\"" + files.path() + "/text.zzz\",\"text\":false,\"importers\":true}\n"},
+        {{"image", "text.zzz", "--pdf-text", "--no-importers", "--json"},
+         "{\"file\":\"" + files.path() + "/text.zzz\",\"text\":true,\"importers\":false}\n"},
+        {{"web-archive", "text.zzz", "--json"}, "{}\n"},
+        {{"html-to-rtfd", "page.html", "-o", "-"}, "8 " + own + " no"},
+        {{"html-to-rtfd", "-", "--allow-remote", "-o", "-"}, "5  yes"},
+        {{"html-to-rtfd", "page.html", "--base-url", "http://h/", "-o", "-"}, "8 http://h/ no"},
+        {{"html-to-rtfd", "-", "--json"}, "{\"bytes\":5,\"base64\":\"NSAgbm8=\"}\n"},
+    };
+    for (const auto& row : rows) {
+        const Outcome outcome = plumwick(row.arguments, "input");
+        EXPECT_EQ(outcome.output, row.output) << outcome.errors;
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    }
+    const std::string odd = files.write("caf\xE9", "");
+    EXPECT_EQ(plumwick({"image", odd, "--json"}).output.find("{\"file\":\"" + files.path() + "/caf\uFFFD\""),
+              0u);
+}
+
+TEST_F(CommandAnswersTest, WritesBytesWhole) {
+    files.write("70000", "");
+    files.write("old.pdf", "old");
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "-o", "old.pdf"}).output, "70.0 KB, written to old.pdf\n");
+    EXPECT_EQ(files.read("old.pdf"), std::string(70000, '\0'));
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "--json", "-o", "new.pdf"}).output,
+              "{\"bytes\":70000,\"file\":\"new.pdf\"}\n");
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "-o", "-"}).output, std::string(70000, '\0'));
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "-o", "/dev/null"}).status, 0);
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "-o", "/dev/full"}).status, 4);
+    EXPECT_EQ(plumwick({"pdf-of", "70000", "-o", "-"}, "", "/dev/full").status, 4);
+    const Outcome full = plumwick({"metadata", "70000", "old.pdf"}, "", "/dev/full");
+    EXPECT_EQ(full.status, 4);
+    EXPECT_EQ(full.errors, "plumwick: standard output cannot be written: No space left on device\n");
+    EXPECT_EQ(plumwick({"image", "old.pdf", "-o", "thumbnail.tiff"}).status, 1)
+        << "the answer has no thumbnail";
+    EXPECT_EQ(entriesOf(files.path()),
+              (std::vector<std::string>{"70000", "new.pdf", "old.pdf", "page.html", "text.zzz"}));
+}
+
+TEST_F(CommandAnswersTest, TroubleLeavesThePackageAsItWas) {
+    files.write("old.rtfd/TXT.rtf", "old");
+    const Outcome nothingThere = plumwick({"write-rtfd", "text.zzz", "old.rtfd/"});
+    EXPECT_EQ(nothingThere.status, 4) << "the service says it has written, and has not";
+    const Outcome late = plumwick({"write-rtfd", "text.zzz", "sleep", "--timeout", "0.2"});
+    EXPECT_EQ(late.status, 3);
+    EXPECT_NE(late.errors.find("sleep: timed out"), std::string::npos) << late.errors;
+    EXPECT_EQ(files.read("old.rtfd/TXT.rtf"), "old");
+    EXPECT_EQ(entriesOf(files.path()), (std::vector<std::string>{"old.rtfd", "page.html", "text.zzz"}));
+}
+
+TEST(PackageOutputTest, TakesItsPlaceWholeOrNotAtAll) {
+    const TemporaryFolder folder;
+    const std::string place = folder.path("a.rtfd");
+    const auto write = [](const PackageOutput& package, const std::string& text) {
+        std::filesystem::create_directories(package.path());
+        std::ofstream(package.path() + "/TXT.rtf") << text;
+    };
+    for (const char* text : {"first", "second"}) {
+        PackageOutput package(place);
+        write(package, text);
+        package.commit();
+        EXPECT_EQ(folder.read("a.rtfd/TXT.rtf"), text);
+    }
+    {
+        PackageOutput abandoned(place + "/");
+        write(abandoned, "third");
+    }
+    EXPECT_EQ(folder.read("a.rtfd/TXT.rtf"), "second");
+    EXPECT_EQ(entriesOf(folder.path()), std::vector<std::string>{"a.rtfd"});
+    folder.write("thesis/chapter", "");
+    EXPECT_THROW(PackageOutput(folder.path("thesis")), CommandError)
+        << "no package, and not for us to replace";
+}
+
+} // namespace
+} // namespace kelvo::cli

@@ -1,0 +1,131 @@
+#include "cli/FileKind.h"
+#include "cli/JSONView.h"
+#include "cli/Printable.h"
+#include "cli/TextView.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace kelvo::cli {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Printable, LeavesNothingThatATerminalObeys) {
+    const NSString hostile(std::u16string_view(u"a\x1B[2Jb\x7F\x9B\tc\r\nd\re\x202E\xD800\0", 18));
+    EXPECT_EQ(printable(hostile), "a\\x1B[2Jb\\x7F\\x9B\\x09c\\x0D\\x0Ad\\x0De\\u{202E}\uFFFD\\x00");
+    EXPECT_EQ(printable(hostile, LineEnds::kept), "a\\x1B[2Jb\\x7F\\x9B\tc\nd\ne\\u{202E}\uFFFD\\x00");
+    EXPECT_EQ(printable(u"ł 帆 \U0001F600"), "ł 帆 \U0001F600");
+    EXPECT_EQ(printableFileName("caf\xE9 \xE5\xB8\x86\n"), "caf\\xE9 帆\\x0A");
+    for (unsigned unit = 0; unit < 0x10000; ++unit) {
+        const char16_t character = static_cast<char16_t>(unit);
+        for (const unsigned char byte : printable({&character, 1}, LineEnds::kept))
+            ASSERT_TRUE((byte >= 0x20 && byte != 0x7F) || byte == '\n' || byte == '\t') << unit;
+    }
+}
+
+TEST(Printable, Figures) {
+    const std::pair<std::uint64_t, const char*> counts[] = {
+        {0, "0 bytes"},        {1, "1 byte"},       {999, "999 bytes"},           {1000, "1.0 KB"},
+        {999'949, "999.9 KB"}, {999'950, "1.0 MB"}, {UINT64_MAX, "18446744.1 TB"}};
+    for (const auto& [count, text] : counts)
+        EXPECT_EQ(printableByteCount(count), text);
+    EXPECT_EQ(printableMilliseconds(0.416), "0.42 ms");
+    EXPECT_EQ(printableMilliseconds(12.34), "12.3 ms");
+    EXPECT_EQ(printableMilliseconds(15000), "15.00 s");
+    const std::pair<double, const char*> uptimes[] = {
+        {-1, "0 s"}, {59.9, "59 s"}, {60, "1 min 0 s"}, {7199, "1 h 59 min"}, {90000, "1 d 1 h"}};
+    for (const auto& [seconds, text] : uptimes)
+        EXPECT_EQ(printableUptime(seconds), text);
+}
+
+TEST(JSONView, Base64AsInTheStandardsExamples) {
+    const std::pair<std::string, const char16_t*> rows[] = {
+        {"", u""},        {"f", u"Zg=="},        {"fo", u"Zm8="},
+        {"foo", u"Zm9v"}, {"foob", u"Zm9vYg=="}, {"\xFF\xFE\xFD", u"//79"}};
+    for (const auto& [bytes, text] : rows)
+        EXPECT_EQ(base64(NSData::dataWithBytes(bytes)), text);
+}
+
+TEST(JSONView, EveryKindOfValue) {
+    const NSData written = NSData::dataWithBytes("written");
+    NSMutableDictionary all = NSMutableDictionary::dictionary();
+    all.setObject_forKey(NSNull(), u"null");
+    all.setObject_forKey(NSNumber::numberWithBool(true), u"bool");
+    all.setObject_forKey(NSData::dataWithBytes("\0\1", 2), u"data");
+    all.setObject_forKey(written, u"file");
+    all.setObject_forKey(NSDate::dateWithTimeIntervalSinceReferenceDate(0), u"date");
+    all.setObject_forKey(NSDate::dateWithTimeIntervalSinceReferenceDate(1e15), u"far date");
+    all.setObject_forKey(NSURL::URLWithString_relativeToURL(u"b", NSURL::URLWithString(u"http://h/a")),
+                         u"url");
+    all.setObject_forKey(NSSize{612, 0.5f}, u"size");
+    all.setObject_forKey(NSColor{0, 0.25f, 1, 0.5f}, u"color");
+    all.setObject_forKey(NSArray::arrayWithObjects({u"\x1B\"", NSData::data()}), u"array");
+    all.setObject_forKey(u"by number", NSNumber::numberWithInt(7));
+    EXPECT_EQ(
+        lineOfJSON(all, {written, "out"}),
+        R"({"null":null,"bool":true,"data":{"bytes":2,"base64":"AAE="},"file":{"bytes":7,"file":"out"},)"
+        R"("date":"2001-01-01T00:00:00Z","far date":"1e+15","url":"http://h/b","size":"{612, 0.5}",)"
+        R"("color":{"red":0.0,"green":0.25,"blue":1.0,"alpha":0.5},)"
+        R"("array":["\u001b\"",{"bytes":0,"base64":""}],"7":"by number"})"
+        "\n");
+    EXPECT_EQ(lineOfJSON(nullptr), "null\n");
+}
+
+TEST(TextView, LinesForPeople) {
+    NSMutableDictionary inner = NSMutableDictionary::dictionary();
+    inner.setObject_forKey(NSNumber::numberWithFloat(1.5f), u"Depth");
+    NSMutableDictionary all = NSMutableDictionary::dictionary();
+    all.setObject_forKey(u"one\r\n\ntwo \x1B[31m", u"String");
+    all.setObject_forKey(NSNumber::numberWithBool(false), u"Alpha");
+    all.setObject_forKey(inner, u"Properties");
+    all.setObject_forKey(NSArray::arrayWithObjects({u"x", u"y"}), u"Keywords");
+    all.setObject_forKey(NSData::dataWithBytes("12"), u"Thumbnail");
+    const Output nowhere(-1);
+    EXPECT_EQ(textOfResult(all, {all.objectForKey(u"Thumbnail").data(), "t\n.tiff"}, nowhere),
+              "String\n    one\n\n    two \\x1B[31m\nAlpha       no\nProperties\n    Depth  1.5\n"
+              "Keywords\n    -  x\n    -  y\nThumbnail   2 bytes, written to t\\x0A.tiff\n");
+    EXPECT_EQ(firstLines(u"\n  one\n\n \ttwo\fthree", 2, 40), (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(firstLines(u"ab\U0001F600c", 1, 3), std::vector<std::string>{"ab…"});
+}
+
+TEST(FileKind, ByContentsAndThenByName) {
+    const struct {
+        std::string contents;
+        const char* name;
+        FileKind kind;
+    } rows[] = {
+        {"junk %PDF-1.4", "a.txt", FileKind::pdf},
+        {"{\\rtf1", "a", FileKind::richText},
+        {"\xEF\xBB\xBF\n<!-- x -->\n<!DOCTYPE HTML>", "a.txt", FileKind::html},
+        {"<?xml version='1.0'?><html>", "a", FileKind::html},
+        {"<?xml?><plist><dict><key>WebMainResource</key>", "a.xml", FileKind::webArchive},
+        {"bplist00\xD1\1\2_\x10\x0FWebMainResource"s, "a", FileKind::webArchive},
+        {"bplist00", "a.webarchive", FileKind::webArchive},
+        {"<?xml?><w:wordDocument>", "a.xml", FileKind::officeDocument},
+        {"PK\3\4", "a.DOCX", FileKind::officeDocument},
+        {"PK\3\4\0"s, "a.zip", FileKind::other},
+        {"RIFF\0\0\0\0WEBP"s, "a", FileKind::image},
+        {"\0\0\0\x20"
+         "ftypM4A "s,
+         "a.mp4", FileKind::audio},
+        {"\0\0\0\x20"
+         "ftypqt  "s,
+         "a", FileKind::movie},
+        {"<svg>", "a", FileKind::image},
+        {"words about <html>", "a", FileKind::plainText},
+        {"", "a.eps", FileKind::postScript},
+        {"", "folder.pdf/.png", FileKind::other},
+        {"caf\xE9", "a", FileKind::other},
+        {std::string(4095, 'a') + "\xC3", "a", FileKind::plainText},
+        {std::string(100, 'a') + "\xC3", "a", FileKind::other},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(nameOfKind(kindOfContents(row.contents, row.name)), nameOfKind(row.kind))
+            << row.contents.substr(0, 40);
+}
+
+} // namespace
+} // namespace kelvo::cli
