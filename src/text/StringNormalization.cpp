@@ -59,8 +59,12 @@ void fixAndNormalizeString(NSMutableString& string) {
 }
 
 NSString fixedAndNormalizedString(const NSString& string) {
-    if (firstUnitToFix(string) == string.length())
-        return normalizedString(string);
+    // Most text is all plain, and one look at it is enough.
+    const std::size_t plain = CFStringLengthOfPlainPrefix(string, formC);
+    const std::u16string_view rest = string.characters().substr(plain > 0 ? plain - 1 : 0);
+    if (plain == string.length() ||
+        (firstUnitToFix(rest) == rest.size() && CFStringIsNormalized(rest, formC)))
+        return string;
     return copyChangedBy(string, [](NSMutableString& copy) { fixAndNormalizeString(copy); });
 }
 

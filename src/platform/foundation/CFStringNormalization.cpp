@@ -236,6 +236,10 @@ std::size_t lengthOfNormalizedPrefix(const UNormalizer2* normalizer, std::u16str
 
 } // namespace
 
+std::size_t CFStringLengthOfPlainPrefix(std::u16string_view units, CFStringNormalizationForm form) {
+    return lengthOfPrefixInRanges(units, inertUnits(form));
+}
+
 bool CFStringIsNormalized(std::u16string_view units, CFStringNormalizationForm form) {
     const UNormalizer2* normalizer = normalizerFor(form);
     const std::size_t start = lengthOfNormalizedPrefix(normalizer, units, form);

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSMutableString.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -16,5 +17,10 @@ void CFStringNormalize(NSMutableString& string, CFStringNormalizationForm form);
 
 /// Whether the text is in that form already (never a guess: an exact yes or no). Linear time.
 bool CFStringIsNormalized(std::u16string_view units, CFStringNormalizationForm form);
+
+/// A quick look: the length of a beginning that is in that form whatever follows, though a mark that follows
+/// may join its last unit. It holds no surrogates and no private use. May be shorter than it could be, as
+/// only the common scripts are known.
+std::size_t CFStringLengthOfPlainPrefix(std::u16string_view units, CFStringNormalizationForm form);
 
 } // namespace kelvo

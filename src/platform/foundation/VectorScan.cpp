@@ -46,22 +46,33 @@ HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, co
     const Units tag;
     const std::size_t lanes = hn::Lanes(tag);
     const auto* units = asNumbers(text);
-    const auto isIn = [&](auto vector, const UnitRange& range) HWY_ATTR {
-        return hn::Lt(hn::Sub(vector, hn::Set(tag, range.first)), hn::Set(tag, range.count));
-    };
+    const auto isIn = [&](auto vector, auto first, auto count)
+                          HWY_ATTR { return hn::Lt(hn::Sub(vector, first), count); };
+    // Most text stays within two ranges for long, such as letters and punctuation: those that were last
+    // needed are tried together, the others only where they do not suffice.
+    auto first = hn::Set(tag, ranges[0].first), count = hn::Set(tag, ranges[0].count);
+    auto otherFirst = first, otherCount = count;
     std::size_t index = 0;
     for (; index + 2 * lanes <= length; index += 2 * lanes) {
         const auto left = hn::LoadU(tag, units + index);
         const auto right = hn::LoadU(tag, units + index + lanes);
-        auto isLeftIn = isIn(left, ranges[0]);
-        auto isRightIn = isIn(right, ranges[0]);
-        std::size_t range = 1;
-        while (!hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)) && range < rangeCount) {
-            isLeftIn = hn::Or(isLeftIn, isIn(left, ranges[range]));
-            isRightIn = hn::Or(isRightIn, isIn(right, ranges[range]));
-            ++range;
+        auto isLeftIn = hn::Or(isIn(left, first, count), isIn(left, otherFirst, otherCount));
+        auto isRightIn = hn::Or(isIn(right, first, count), isIn(right, otherFirst, otherCount));
+        bool isWhollyIn = hn::AllTrue(tag, hn::And(isLeftIn, isRightIn));
+        for (std::size_t range = 0; HWY_UNLIKELY(!isWhollyIn) && range < rangeCount; ++range) {
+            const auto nextFirst = hn::Set(tag, ranges[range].first);
+            const auto nextCount = hn::Set(tag, ranges[range].count);
+            isLeftIn = hn::Or(isLeftIn, isIn(left, nextFirst, nextCount));
+            isRightIn = hn::Or(isRightIn, isIn(right, nextFirst, nextCount));
+            isWhollyIn = hn::AllTrue(tag, hn::And(isLeftIn, isRightIn));
+            if (isWhollyIn) {
+                first = otherFirst;
+                count = otherCount;
+                otherFirst = nextFirst;
+                otherCount = nextCount;
+            }
         }
-        if (range == rangeCount && !hn::AllTrue(tag, hn::And(isLeftIn, isRightIn)))
+        if (!isWhollyIn)
             break;
     }
     for (; index < length; ++index) {

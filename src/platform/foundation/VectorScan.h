@@ -18,7 +18,8 @@ struct UnitRange {
     char16_t first;
     char16_t count;
 };
-/// The number of leading units that lie in one of the ranges. Text within the first range is skipped fastest.
+/// The number of leading units that lie in one of the ranges, of which there is one at least. Text that stays
+/// within two of them for long is skipped fastest.
 std::size_t lengthOfPrefixInRanges(std::u16string_view units, std::span<const UnitRange> ranges);
 
 /// Copies leading bytes below 0x80 as units, up to `length` of them; returns how many there were. Units past

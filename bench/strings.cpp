@@ -1,0 +1,118 @@
+// The members of the string family beside what bounds them: copying the same memory, and, where
+// they remove or replace, many hits beside few.
+
+#include "Comparison.h"
+
+#include "text/NSMutableStringKelvoExtensions.h"
+#include "text/NSStringKelvoExtensions.h"
+
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace {
+
+using namespace kelvo;
+using benchmark::DoNotOptimize;
+using benchmark::State;
+
+constexpr std::u16string_view german = u"Die Stra\u00DFe ist f\u00FCr alle da, \u201Ewirklich\u201C. ";
+constexpr std::u16string_view chinese = u"\u4E2D\u6587\u5B57\u7B26\u3002";
+
+/// `length` units of the sample over and over.
+NSString textOf(std::u16string_view sample, std::size_t length) {
+    std::u16string text;
+    while (text.size() < length)
+        text += sample;
+    text.resize(length);
+    return NSString(std::u16string_view(text));
+}
+
+const NSString& sample(std::int64_t number, std::size_t length) {
+    static const NSString page[] = {textOf(german, 8192), textOf(chinese, 8192)};
+    static const NSString book[] = {textOf(german, 4 << 20), textOf(chinese, 4 << 20)};
+    return (length == 8192 ? page : book)[number];
+}
+
+void samples(benchmark::internal::Benchmark* benchmark) {
+    for (const std::int64_t length : {8192, 4 << 20})
+        for (const std::int64_t number : {0, 1})
+            benchmark->Args({number, length});
+    benchmark->UseRealTime()->Repetitions(9)->ReportAggregatesOnly();
+}
+
+template <class Work>
+void overSample(State& state, Work work) {
+    const NSString& text = sample(state.range(0), static_cast<std::size_t>(state.range(1)));
+    for (auto _ : state)
+        DoNotOptimize(work(text));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.length()) * 2);
+}
+
+void fixAndNormalize(State& state) {
+    overSample(state, [](const NSString& text) { return fixedAndNormalizedString(text); });
+}
+BENCHMARK(fixAndNormalize)->Apply(samples);
+
+/// What a copying form would do at least.
+void copyString(State& state) {
+    overSample(state, [](const NSString& text) { return NSString(text.characters()); });
+}
+BENCHMARK(copyString)->Apply(samples);
+
+void copyMemory(State& state) {
+    std::u16string copy(4 << 20, u'\0');
+    overSample(state, [&](const NSString& text) {
+        std::memcpy(copy.data(), text.characters().data(), text.length() * sizeof(char16_t));
+        benchmark::ClobberMemory();
+        return copy.data();
+    });
+}
+BENCHMARK(copyMemory)->Apply(samples);
+
+/// 10 MB in which every other unit is a hit, or a single one in the middle.
+template <class Change>
+void overHits(State& state, Change change) {
+    constexpr std::size_t length = 5 << 20;
+    std::u16string units(length, u'b');
+    for (std::size_t index = state.range(0) ? 0 : length / 2; index < length;
+         index += state.range(0) ? 2 : length)
+        units[index] = u'a';
+    const NSString text = NSString(std::u16string_view(units));
+    for (auto _ : state) {
+        NSMutableString copy(text);
+        change(copy);
+        DoNotOptimize(copy.length());
+    }
+}
+void deleteHits(State& state) {
+    overHits(state, [](NSMutableString& text) { deleteString(text, u"a"); });
+}
+void replaceHits(State& state) {
+    overHits(state, [](NSMutableString& text) { replaceString_withString(text, u"a", u"xyz"); });
+}
+void removeHits(State& state) {
+    overHits(state, [](NSMutableString& text) { removeCharactersOfString(text, u"a"); });
+}
+BENCHMARK(deleteHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(replaceHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(removeHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int count, char** arguments) {
+    benchmark::Initialize(&count, arguments);
+    bench::Comparison comparison;
+    benchmark::RunSpecifiedBenchmarks(&comparison);
+    std::printf("\n");
+    for (const char* peer : {"copyString", "copyMemory"})
+        for (const auto& [label, suffix] :
+             {std::pair("German page", "/0/8192"), std::pair("Chinese page", "/1/8192"),
+              std::pair("German, 8 MB", "/0/4194304"), std::pair("Chinese, 8 MB", "/1/4194304")})
+            comparison.printSpeedRatio(
+                (std::string("fixedAndNormalizedString, ") + label + " : " + peer).c_str(),
+                std::string("fixAndNormalize") + suffix, std::string(peer) + suffix);
+    for (const char* hits : {"deleteHits", "replaceHits", "removeHits"})
+        comparison.printTimeRatio((std::string(hits) + ", time of 2.6 million hits : one").c_str(),
+                                  std::string(hits) + "/1", std::string(hits) + "/0");
+}
