@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 
 #include "cli/Files.h"
+#include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
@@ -117,27 +118,10 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
     return status;
 }
 
-/// Every file is tried, so that one that is broken does not keep the others from being answered.
 ExitStatus runMetaData(Session& session, const std::vector<std::string>& files) {
-    ExitStatus status = ExitStatus::answered;
-    for (const std::string& file : files) {
-        const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
-        if (isHeaded)
-            session.output().write(session.output().styled(Style::strong, printableFileName(file)) + "\n");
-        try {
-            status = worse(status, runOperation(session, Operation::metaDataForFile, file));
-        } catch (const CommandError& error) {
-            if (session.options().printsJSON)
-                session.output().write("null\n");
-            session.complain(error.what());
-            status = worse(status, error.status());
-            if (!session.isReachable())
-                break;
-        }
-        if (isHeaded)
-            session.output().write("\n");
-    }
-    return status;
+    return runEachFile(session, files, [&session](const std::string& file) {
+        return runOperation(session, Operation::metaDataForFile, file);
+    });
 }
 
 ExitStatus runStatus(Session& session) {
@@ -167,6 +151,8 @@ ExitStatus runSubject(Session& session) {
         return runStatus(session);
     if (std::holds_alternative<Show>(options.subject))
         return runShow(session, options.files);
+    if (std::holds_alternative<HTMLToText>(options.subject))
+        return runHTMLToText(session, options.files);
     const Operation operation = std::get<Operation>(options.subject);
     if (operation == Operation::metaDataForFile)
         return runMetaData(session, options.files);

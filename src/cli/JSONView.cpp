@@ -6,6 +6,7 @@
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSJSONSerialization.h"
 #include "platform/foundation/NSMutableString.h"
+#include "text/Base64Text.h"
 
 namespace kelvo::cli {
 namespace {
@@ -25,7 +26,7 @@ Value valueOfData(const NSData& data, const WrittenBytes& written) {
         result.setObject_forKey(
             NSFileManager::defaultManager().stringWithFileSystemRepresentation(written.fileName), u"file");
     else
-        result.setObject_forKey(base64(data), u"base64");
+        result.setObject_forKey(base64OfData(data), u"base64");
     return result;
 }
 
@@ -38,21 +39,6 @@ Value valueOfColor(NSColor color) {
 }
 
 } // namespace
-
-NSString base64(const NSData& data) {
-    constexpr char16_t digits[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const auto bytes = data.bytes();
-    NSMutableString text = NSMutableString::stringWithCapacity((bytes.size() + 2) / 3 * 4);
-    for (std::size_t place = 0; place < bytes.size(); place += 3) {
-        const std::size_t count = std::min<std::size_t>(bytes.size() - place, 3);
-        std::uint32_t group = 0;
-        for (std::size_t index = 0; index < 3; ++index)
-            group = group << 8 | (index < count ? bytes[place + index] : 0u);
-        for (std::size_t index = 0; index < 4; ++index)
-            text.appendCharacter(index <= count ? digits[group >> (18 - 6 * index) & 0x3F] : u'=');
-    }
-    return text.takeString();
-}
 
 Value valueForJSON(const Value& value, const WrittenBytes& written) {
     switch (value.kind()) {

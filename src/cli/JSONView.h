@@ -21,7 +21,4 @@ Value valueForJSON(const Value& value, const WrittenBytes& written = {});
 /// it.
 std::string lineOfJSON(const Value& value, const WrittenBytes& written = {});
 
-/// RFC 4648, with padding.
-NSString base64(const NSData& data);
-
 } // namespace kelvo::cli

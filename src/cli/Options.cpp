@@ -4,6 +4,7 @@
 #include "cli/Output.h"
 #include "cli/Printable.h"
 #include "cli/Request.h"
+#include "markup/CharsetLabels.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -50,6 +51,7 @@ public:
         addPDFText();
         addImage();
         addPDFOf();
+        addHTMLToText();
         addStatus();
     }
 
@@ -251,6 +253,27 @@ Examples:
         addOutput(subcommand, "Where the PDF goes; - writes standard output");
     }
 
+    void addHTMLToText() {
+        CLI::App& subcommand = add(
+            "html-to-text", "Print the text of HTML pages, as a search would see it", HTMLToText(),
+            R"(Works by itself, without the service. The charset is the one given, else the page's own, else ISO Latin 1. With
+--json each page gives one line, in their order: a dictionary with "String", or null when it has no text.
+
+Examples:
+  plumwick html-to-text page.html
+  curl -s https://example.org/ | plumwick html-to-text - --only-body --remove-junk
+  plumwick html-to-text --charset windows-1251 old/*.html)");
+        addFiles(subcommand, "The pages; - reads standard input");
+        subcommand.add_flag("--reformat", options_.reformats, "Keep the lines of preformatted text");
+        subcommand.add_flag("--only-body", options_.takesOnlyBody, "Leave out what stands outside the body");
+        subcommand.add_flag("--remove-junk", options_.removesJunk, "Leave out overlong lines");
+        subcommand.add_flag("--non-umlauted", options_.foldsAccents, "Write accented letters as plain ones");
+        subcommand.add_flag("--markers", options_.honoursMarkers,
+                            "Leave out what googleoff and googleon comments enclose");
+        subcommand.add_option("--charset", charset_, "The pages' charset, as a header would name it")
+            ->type_name("LABEL");
+    }
+
     void addStatus() {
         add("status", "Print the name, process, age, memory and version of the running service", Status(),
             R"(Never starts a service; the exit status is 3 when none runs.
@@ -272,9 +295,15 @@ Examples:
                 refuse("--base-url: " + baseURL_ + " is not an absolute URL");
         }
         const Operation* const operation = std::get_if<Operation>(&options_.subject);
+        if (!charset_.empty()) {
+            options_.charset = NSString::stringByRepairingUTF8String(charset_);
+            if (charset2NSStringEncoding(options_.charset) == kCFStringEncodingInvalidId)
+                refuse("--charset: " + charset_ + " is not known");
+        }
         const bool takesBytes =
-            operation && (*operation == Operation::RTFDWithHTML || *operation == Operation::writeRTFDData ||
-                          *operation == Operation::stringWithPDF);
+            std::holds_alternative<HTMLToText>(options_.subject) ||
+            (operation && (*operation == Operation::RTFDWithHTML || *operation == Operation::writeRTFDData ||
+                           *operation == Operation::stringWithPDF));
         if (!takesBytes && std::ranges::count(options_.files, standardStream) > 0)
             refuse(
                 "FILE: the service reads this kind by name, not from standard input (./- is a file named -)");
@@ -298,6 +327,7 @@ Examples:
     Options options_;
     std::string file_;
     std::string baseURL_;
+    std::string charset_;
     bool refusesImporters_ = false;
 };
 

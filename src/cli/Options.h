@@ -15,11 +15,12 @@ class Output;
 
 struct Show {};
 struct Status {};
+struct HTMLToText {};
 
 /// What the command line asks for.
 struct Options {
     /// An operation of the service, or one of the command's own subcommands.
-    std::variant<Operation, Show, Status> subject;
+    std::variant<Operation, Show, Status, HTMLToText> subject;
     /// In file-system bytes, at least one except for Status. "-" stands for standard input where the
     /// operation takes bytes; where it takes a name, "-" was refused.
     std::vector<std::string> files;
@@ -31,6 +32,13 @@ struct Options {
     bool wantsRichText = false;
     bool wantsPDFText = false;
     bool mayUseImporters = true;
+    bool reformats = false;
+    bool takesOnlyBody = false;
+    bool removesJunk = false;
+    bool foldsAccents = false;
+    bool honoursMarkers = false;
+    /// Nil when none was given; else one that names a known encoding.
+    NSString charset;
     bool printsJSON = false;
     std::optional<double> timeoutSeconds;
 };

@@ -55,4 +55,27 @@ ExitStatus Session::complainOfNoAnswer(Operation operation, const std::string& s
     return ExitStatus::noAnswer;
 }
 
+ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
+                       const std::function<ExitStatus(const std::string& file)>& run) {
+    ExitStatus status = ExitStatus::answered;
+    for (const std::string& file : files) {
+        const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
+        if (isHeaded)
+            session.output().write(session.output().styled(Style::strong, printableFileName(file)) + "\n");
+        try {
+            status = worse(status, run(file));
+        } catch (const CommandError& error) {
+            if (session.options().printsJSON)
+                session.output().write("null\n");
+            session.complain(error.what());
+            status = worse(status, error.status());
+            if (!session.isReachable())
+                break;
+        }
+        if (isHeaded)
+            session.output().write("\n");
+    }
+    return status;
+}
+
 } // namespace kelvo::cli

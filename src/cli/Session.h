@@ -7,7 +7,9 @@
 
 #include <plumwick/Client.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace kelvo::cli {
 
@@ -43,5 +45,11 @@ private:
     Client client_;
     bool isReachable_ = true;
 };
+
+/// Every file is tried, so that one that is broken does not keep the others from being answered; what is
+/// printed for each of several stands under its name. With JSON a file that fails gives a null. The worst
+/// status is the result.
+ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
+                       const std::function<ExitStatus(const std::string& file)>& run);
 
 } // namespace kelvo::cli

@@ -69,13 +69,10 @@ std::optional<std::vector<std::uint8_t>> decoded(std::u16string_view base64) {
 
 } // namespace
 
-NSString encodebase64(const NSString& text) {
-    if (text.isEmpty())
-        return text;
+NSString base64OfData(const NSData& data) {
+    if (data.isNil())
+        return nullptr;
     try {
-        const NSData data = dataUsingEncoding(text, NSUTF8StringEncoding);
-        if (data.isNil())
-            return nullptr;
         const std::span<const std::uint8_t> bytes = data.bytes();
         NSMutableString base64 = NSMutableString::stringWithCapacity((bytes.size() + 2) / 3 * 4);
         for (std::size_t index = 0; index < bytes.size(); index += 3) {
@@ -89,6 +86,16 @@ NSString encodebase64(const NSString& text) {
             base64.appendCharacter(count > 2 ? alphabet[bits & 63] : padding);
         }
         return base64.takeString();
+    } catch (const NSException&) {
+        return nullptr;
+    }
+}
+
+NSString encodebase64(const NSString& text) {
+    if (text.isEmpty())
+        return text;
+    try {
+        return base64OfData(dataUsingEncoding(text, NSUTF8StringEncoding));
     } catch (const NSException&) {
         return nullptr;
     }

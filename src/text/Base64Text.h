@@ -1,12 +1,16 @@
 #pragma once
 
 #include "platform/foundation/CFStringEncodings.h"
+#include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
 
 namespace kelvo {
 
 // Base64 after RFC 4648, section 4: the alphabet with "+" and "/", and padding with "=". Nil gives nil, the
 // empty string itself.
+
+/// The bytes in base64, in one line. Nil when the result would pass maximumSizeInBytes.
+NSString base64OfData(const NSData& data);
 
 /// The text's UTF-8 bytes in base64, in one line. Nil when the text holds an unpaired surrogate, and when the
 /// result would pass maximumSizeInBytes.

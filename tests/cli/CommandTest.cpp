@@ -130,6 +130,35 @@ TEST_F(CommandTest, StatusesOfTheProcess) {
               (std::vector<std::string>{"-x", "[a,b].zzz", "page.html", "pipe", "show", "text.zzz"}));
 }
 
+TEST_F(CommandTest, PrintsTheTextOfPages) {
+    files.write("german.html",
+                "<meta charset=windows-1252><title>T</title><body><p>\xFC&amp;<pre>a\n\nb</pre>");
+    files.write("bare.html", "<body><br></body>");
+    const struct {
+        std::vector<std::string> arguments;
+        std::string input;
+        int status;
+        std::string output;
+    } rows[] = {
+        {{"german.html", "--only-body"}, "", 0, "\n\n\u00FC&\n\na b\n"},
+        {{"german.html", "--only-body", "--reformat", "--non-umlauted"}, "", 0, "\n\nu&\n\na\n\nb\n"},
+        {{"-", "--charset", "koi8-r"}, "\xC1", 0, "\u0430\n"},
+        {{"-", "--json"}, "<p>x<!--googleoff: index-->y", 0, "{\"String\":\"\\n\\nxy\"}\n"},
+        {{"-", "--json", "--markers"}, "x<!--googleoff: index-->y", 0, "{\"String\":\"x\"}\n"},
+        {{"bare.html", "-", "--json"}, "text", 1, "null\n{\"String\":\"text\"}\n"},
+        {{"-", "--charset", "no-such"}, "x", 2, ""},
+        {{"missing.html", "bare.html"}, "", 4, "missing.html\n\nbare.html\n\n"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.begin(), "html-to-text");
+        const Outcome outcome = plumwick(arguments, row.input);
+        EXPECT_EQ(outcome.status, row.status) << row.arguments.front() << ": " << outcome.errors;
+        EXPECT_EQ(outcome.output, row.output) << row.arguments.front();
+    }
+    EXPECT_FALSE(std::filesystem::exists(session.socketPath())) << "no service was asked";
+}
+
 TEST_F(CommandTest, StatusNeverStartsTheService) {
     EXPECT_EQ(plumwick({"status"}).status, 3);
     EXPECT_EQ(plumwick({"status", "--json"}).output, "null\n");

@@ -41,14 +41,6 @@ TEST(Printable, Figures) {
         EXPECT_EQ(printableUptime(seconds), text);
 }
 
-TEST(JSONView, Base64AsInTheStandardsExamples) {
-    const std::pair<std::string, const char16_t*> rows[] = {
-        {"", u""},        {"f", u"Zg=="},        {"fo", u"Zm8="},
-        {"foo", u"Zm9v"}, {"foob", u"Zm9vYg=="}, {"\xFF\xFE\xFD", u"//79"}};
-    for (const auto& [bytes, text] : rows)
-        EXPECT_EQ(base64(NSData::dataWithBytes(bytes)), text);
-}
-
 TEST(JSONView, EveryKindOfValue) {
     const NSData written = NSData::dataWithBytes("written");
     NSMutableDictionary all = NSMutableDictionary::dictionary();
