@@ -20,5 +20,5 @@
 #include "text/StringReplacement.h"
 #include "text/StringTrimming.h"
 #include "text/SubstringSearch.h"
-#include "text/WordsAndLines.h"
 #include "text/UnicharCompare.h"
+#include "text/WordsAndLines.h"
