@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "platform/foundation/CFString.h"
 #include "platform/foundation/EncodingTable.h"
 #include "platform/foundation/NSStringEncoding.h"
@@ -12,11 +13,6 @@
 using namespace kelvo;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 std::string convert(TextEncoding source, TextEncoding destination, std::span<const std::uint8_t> input,
                     std::size_t room) {

@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "markup/Entities.h"
 #include "support/ReferenceMarkup.h"
 
@@ -5,31 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace kelvo {
-namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-} // namespace
-} // namespace kelvo
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     using namespace kelvo;
     // The first byte holds the flags, and says whether the rest are Latin 1 or UTF-16.
     if (size == 0)
         return 0;
     const bool standard = bytes[0] & 2, onlyNumeric = bytes[0] & 4, nonUmlauted = bytes[0] & 8;
-    NSString string;
-    if (bytes[0] & 1) {
-        std::u16string units((size - 1) / 2, u'\0');
-        std::memcpy(units.data(), bytes + 1, units.size() * 2);
-        string = NSString(std::u16string_view(units));
-    } else {
-        string = NSString::stringWithLatin1Bytes({reinterpret_cast<const char*>(bytes) + 1, size - 1});
-    }
+    const NSString string = textOfInput(bytes, size);
     const std::u16string expected = reference::decode(string, standard, onlyNumeric, nonUmlauted);
     std::u16string inPlace(string.characters());
     inPlace.resize(convertEntities2Characters(inPlace.data(), inPlace.data(), 0, inPlace.size(), standard,

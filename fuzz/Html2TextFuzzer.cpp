@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "markup/Html2Text.h"
 
 #include <cstdint>
@@ -6,15 +7,6 @@
 #include <string>
 
 using namespace kelvo;
-
-namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
-
-} // namespace
 
 // The first byte chooses the options, the second how the rest becomes characters.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
@@ -16,11 +17,6 @@
 using namespace kelvo;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 /// The strings, numbers and ranges that the bytes of one run stand for.
 class Input {

@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "markup/TagAttributes.h"
 #include "markup/TagScanner.h"
 #include "support/ReferenceMarkup.h"
@@ -8,11 +9,6 @@
 
 namespace kelvo {
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 /// Reads attributes of every tag; each value must lie inside the tag.
 bool readAttributes(const NSString& string, char16_t* characters, std::size_t, std::size_t,
@@ -41,14 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     // The first byte says whether the rest are Latin 1 or UTF-16.
     if (size == 0)
         return 0;
-    NSString string;
-    if (bytes[0] & 1) {
-        std::u16string units((size - 1) / 2, u'\0');
-        std::memcpy(units.data(), bytes + 1, units.size() * 2);
-        string = NSString(std::u16string_view(units));
-    } else {
-        string = NSString::stringWithLatin1Bytes({reinterpret_cast<const char*>(bytes) + 1, size - 1});
-    }
+    const NSString string = textOfInput(bytes, size);
     std::vector<reference::Call> calls;
     const bool isScanned = GetTagsOfString(string, reference::record, &calls, (bytes[0] & 2) != 0);
     require(isScanned == !string.isEmpty());

@@ -1,3 +1,4 @@
+#include "Input.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSURL.h"
 #include "platform/foundation/RFC3986.h"
@@ -10,11 +11,6 @@
 
 namespace kelvo {
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 void appendIfAny(NSMutableString& result, const char16_t* before, const NSString& part,
                  const char16_t* after) {
@@ -80,14 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     // reference.
     if (size == 0)
         return 0;
-    NSString input;
-    if (bytes[0] & 1) {
-        std::u16string units((size - 1) / 2, u'\0');
-        std::memcpy(units.data(), bytes + 1, units.size() * 2);
-        input = NSString(units);
-    } else {
-        input = NSString::stringWithLatin1Bytes({reinterpret_cast<const char*>(bytes) + 1, size - 1});
-    }
+    const NSString input = textOfInput(bytes, size);
     const std::size_t feed = std::min(input.characters().find(u'\n'), input.length());
     const NSString baseString = input.substringToIndex(feed);
     const NSString reference = feed < input.length() ? input.substringFromIndex(feed + 1) : NSString();

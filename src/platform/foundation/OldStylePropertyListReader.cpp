@@ -1,11 +1,12 @@
 #include "platform/foundation/OldStylePropertyListReader.h"
 
+#include "platform/foundation/EncodingPages.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/NextStepLatin.h"
 #include "platform/foundation/PropertyListBuilder.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,12 @@ int digitValue(char16_t unit) {
         return unit - '0';
     const char16_t lowered = unit | 0x20;
     return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : 16;
+}
+
+/// What octal escapes, and text that is not UTF-8, are written in.
+const std::array<char16_t, 256>& nextStepLatinPage() {
+    static const std::array<char16_t, 256> page = ownEncodingPage(kCFStringEncodingNextStepLatin).value();
+    return page;
 }
 
 NSString textOfData(const NSData& data) {
@@ -49,7 +56,7 @@ NSString textOfData(const NSData& data) {
         return decoded;
     text = NSMutableString::stringWithCapacity(bytes.size());
     for (const std::uint8_t byte : data.bytes())
-        text.appendCharacter(unitOfNextStepLatinByte(byte));
+        text.appendCharacter(nextStepLatinPage()[byte]);
     return text.takeString();
 }
 
@@ -267,7 +274,7 @@ private:
             throwPropertyListError(u"A quoted string has no end.");
         std::size_t digitCount = 0;
         if (const unsigned byte = readDigits(8, 3, digitCount); digitCount > 0)
-            return unitOfNextStepLatinByte(static_cast<unsigned char>(byte));
+            return nextStepLatinPage()[static_cast<unsigned char>(byte)];
         const char16_t unit = rest_.front();
         rest_.remove_prefix(1);
         switch (unit) {

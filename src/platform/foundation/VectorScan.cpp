@@ -23,24 +23,6 @@ HWY_ATTR const AliasedUnit* asNumbers(const char16_t* units) {
     return reinterpret_cast<const AliasedUnit*>(units);
 }
 
-HWY_ATTR std::size_t PrefixBelow(const char16_t* text, std::size_t length, char16_t limit) {
-    const Units tag;
-    const std::size_t lanes = hn::Lanes(tag);
-    const auto* units = asNumbers(text);
-    const auto limits = hn::Set(tag, limit);
-    std::size_t index = 0;
-    for (; index + 4 * lanes <= length; index += 4 * lanes) {
-        const auto largest = hn::Max(
-            hn::Max(hn::LoadU(tag, units + index), hn::LoadU(tag, units + index + lanes)),
-            hn::Max(hn::LoadU(tag, units + index + 2 * lanes), hn::LoadU(tag, units + index + 3 * lanes)));
-        if (!hn::AllTrue(tag, hn::Lt(largest, limits)))
-            break;
-    }
-    while (index < length && units[index] < limit)
-        ++index;
-    return index;
-}
-
 HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, const UnitRange* ranges,
                                     std::size_t rangeCount) {
     const Units tag;
@@ -144,15 +126,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kelvo {
 
-HWY_EXPORT(PrefixBelow);
 HWY_EXPORT(PrefixInRanges);
 HWY_EXPORT(WidenASCII);
 HWY_EXPORT(NarrowASCII);
 HWY_EXPORT(Widen);
-
-std::size_t lengthOfPrefixBelow(std::u16string_view units, char16_t limit) {
-    return HWY_DYNAMIC_DISPATCH(PrefixBelow)(units.data(), units.size(), limit);
-}
 
 std::size_t lengthOfPrefixInRanges(std::u16string_view units, std::span<const UnitRange> ranges) {
     return HWY_DYNAMIC_DISPATCH(PrefixInRanges)(units.data(), units.size(), ranges.data(), ranges.size());

@@ -10,9 +10,6 @@ namespace kelvo {
 // Scans and copies that use the widest vectors of the processor they run on. Each costs a few nanoseconds to
 // enter, so that loops over short runs should look at some elements themselves first.
 
-/// The number of leading units that are below `limit`.
-std::size_t lengthOfPrefixBelow(std::u16string_view units, char16_t limit);
-
 /// The units from `first` on, `count` of them.
 struct UnitRange {
     char16_t first;
