@@ -66,6 +66,34 @@ void emptyCall(benchmark::State& state) {
 }
 BENCHMARK(emptyCall)->UseRealTime()->Repetitions(9)->ReportAggregatesOnly()->Unit(benchmark::kMicrosecond);
 
+/// The peer: another process gives back one byte.
+void bareRoundTrip(benchmark::State& state) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        return state.SkipWithError("no socket");
+    const pid_t echo = fork();
+    if (echo == 0) {
+        close(ends[0]);
+        char byte;
+        while (read(ends[1], &byte, 1) == 1 && write(ends[1], &byte, 1) == 1) {
+        }
+        _exit(0);
+    }
+    close(ends[1]);
+    char byte = 'x';
+    for (auto _ : state) {
+        if (write(ends[0], &byte, 1) != 1 || read(ends[0], &byte, 1) != 1)
+            return state.SkipWithError("no answer");
+    }
+    close(ends[0]);
+    waitpid(echo, nullptr, 0);
+}
+BENCHMARK(bareRoundTrip)
+    ->UseRealTime()
+    ->Repetitions(9)
+    ->ReportAggregatesOnly()
+    ->Unit(benchmark::kMicrosecond);
+
 void largeArgument(benchmark::State& state) {
     Client client(optionsOfBuiltService());
     const NSData bytes = NSData::dataWithBytesNoCopy(std::vector<std::uint8_t>(largeSize, 'x'));
@@ -131,6 +159,7 @@ int main(int count, char** arguments) {
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\n");
+    comparison.printTimeRatio("empty call, time against a byte and back", "emptyCall", "bareRoundTrip");
     comparison.printTimeRatio("64 MiB argument, time against a bare socket", "largeArgument", "bareSocket");
     std::filesystem::remove_all(folder);
 }

@@ -124,13 +124,16 @@ void NSConnection::Internals::enqueue(std::shared_ptr<PendingRequest> request) {
     loop.wakeUp();
 }
 
-bool NSConnection::Internals::performPending() {
-    const auto mayStart = [this](const std::shared_ptr<PendingRequest>& request) {
+std::deque<std::shared_ptr<PendingRequest>>::iterator NSConnection::Internals::nextRequest() {
+    return std::ranges::find_if(queue, [this](const std::shared_ptr<PendingRequest>& request) {
         return conversationsUnderWay.empty() ||
                (!conversationsWait && std::ranges::find(conversationsUnderWay, request->conversation) ==
                                           conversationsUnderWay.end());
-    };
-    const auto next = std::ranges::find_if(queue, mayStart);
+    });
+}
+
+bool NSConnection::Internals::performPending() {
+    const auto next = nextRequest();
     if (next == queue.end())
         return false;
     const std::shared_ptr<PendingRequest> request = std::move(*next);

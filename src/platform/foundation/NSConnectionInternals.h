@@ -73,6 +73,7 @@ struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandle
     Internals();
     ~Internals() noexcept override;
 
+    bool hasPending() override { return nextRequest() != queue.end(); }
     bool performPending() override;
     void taskFailed(kj::Exception&& exception) override;
     void enqueue(std::shared_ptr<PendingRequest> request);
@@ -95,6 +96,8 @@ struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandle
     std::unique_ptr<Remote> remote;
 
 private:
+    /// The first request that may be performed now, or the end.
+    std::deque<std::shared_ptr<PendingRequest>>::iterator nextRequest();
     kj::Promise<void> acceptNext();
     void converse(kj::AuthenticatedStream&& authenticated);
 };

@@ -44,12 +44,15 @@ void NSRunLoop::run() {
 bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
     Internals& own = *internals_;
     const Clock::time_point limit = fromNow(limitDate.timeIntervalSinceDate(NSDate::date()));
+    bool hasJustWaited = false;
     for (;;) {
-        // Events come in even when there is always something to perform.
-        own.io.waitScope.poll();
-        own.woken = false;
-        if (performTurn(mode))
-            return true;
+        if (isWorkWaiting(mode)) {
+            // Events come in even when there is always something to perform.
+            if (!hasJustWaited)
+                own.io.waitScope.poll();
+            if (performTurn(mode))
+                return true;
+        }
         const auto nextDue = std::ranges::find_if(
             own.performs, [&mode](const auto& entry) { return runsInMode(entry.second, mode); });
         const bool isAnyDue = nextDue != own.performs.end();
@@ -57,8 +60,6 @@ bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
             return false;
         if (Clock::now() >= limit)
             return true;
-        if (own.woken)
-            continue;
         const Clock::time_point until = isAnyDue ? std::min(limit, nextDue->first.first) : limit;
         const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now());
         auto signal = kj::newPromiseAndFulfiller<void>();
@@ -67,7 +68,18 @@ bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
         const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
         signal.promise.exclusiveJoin(own.io.provider->getTimer().atTime(deadline)).wait(own.io.waitScope);
         own.wake = nullptr;
+        hasJustWaited = true;
     }
+}
+
+bool NSRunLoop::isWorkWaiting(const NSString& mode) const {
+    const auto now = Clock::now();
+    return std::ranges::any_of(internals_->performs,
+                               [&](const auto& entry) {
+                                   return entry.first.first <= now && runsInMode(entry.second, mode);
+                               }) ||
+           std::ranges::any_of(internals_->sources,
+                               [](NSRunLoopSource* source) { return source->hasPending(); });
 }
 
 bool NSRunLoop::performTurn(const NSString& mode) {
@@ -138,7 +150,6 @@ void NSRunLoop::removeSource(NSRunLoopSource& source) {
 }
 
 void NSRunLoop::wakeUp() {
-    internals_->woken = true;
     KJ_IF_MAYBE (signal, internals_->wake) {
         (*signal)->fulfill();
     }

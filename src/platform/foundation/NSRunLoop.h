@@ -16,6 +16,8 @@ class NSRunLoopSource {
 public:
     virtual ~NSRunLoopSource();
 
+    /// Whether performPending has something to perform now.
+    virtual bool hasPending() = 0;
     /// Performs at most one piece of the work that has come in, and says whether there was any. Called at the
     /// top of the run loop only, never from within an event of the transport, so that it may run the loop
     /// again.
@@ -68,6 +70,7 @@ public:
 
 private:
     NSRunLoop();
+    bool isWorkWaiting(const NSString& mode) const;
     bool performTurn(const NSString& mode);
     bool performDue(const NSString& mode);
     bool performSource();

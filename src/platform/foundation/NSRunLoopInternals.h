@@ -26,7 +26,6 @@ struct NSRunLoop::Internals {
 
     kj::AsyncIoContext io = kj::setupAsyncIo();
     kj::Maybe<kj::Own<kj::PromiseFulfiller<void>>> wake;
-    bool woken = false;
     std::vector<NSRunLoopSource*> sources;
     /// By due time, and in the order of their making where that is the same.
     std::map<std::pair<Clock::time_point, std::uint64_t>, Perform> performs;

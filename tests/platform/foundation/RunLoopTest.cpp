@@ -94,6 +94,7 @@ TEST_F(RunLoopTest, PerformThatThrowsIsSpentAndTheLoopGoesOn) {
 TEST_F(RunLoopTest, PerformThatIsAlwaysDueLeavesRoomForSources) {
     struct Source final : NSRunLoopSource {
         int turns = 0;
+        bool hasPending() override { return true; }
         bool performPending() override { return ++turns <= 3; }
     } source;
     loop.addSource(source);
