@@ -9,6 +9,8 @@
 #include "markup/TagScanner.h"
 #include "protocol/ResultKeys.h"
 
+#include <string_view>
+
 namespace kelvo::cli {
 namespace {
 
@@ -19,10 +21,20 @@ bool stopAtMarkup(const NSString&, char16_t*, std::size_t, std::size_t, std::siz
     return isMarkup;
 }
 
+/// A byte-order mark says for sure what follows it, and the markup cannot be read without heeding it. Nil
+/// when there is none.
+NSString charsetOfByteOrderMark(std::string_view bytes) {
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+        return u"utf-16";
+    return bytes.starts_with("\xEF\xBB\xBF") ? NSString(u"utf-8") : NSString();
+}
+
 /// Nil when the page has no text.
 NSString textOfPage(const NSData& page, const Options& options) {
+    const NSString charset =
+        options.charset.isNil() ? charsetOfByteOrderMark(page.characters()) : options.charset;
     const NSString markup = XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
-        page, options.charset, NSISOLatin1StringEncoding, nullptr);
+        page, charset, NSISOLatin1StringEncoding, nullptr);
     const NSString text = stringByConvertingHtml2PlainTextNonUmlauted_reformat_onlyBody_removeJunk_googleTags(
         markup, options.foldsAccents, options.reformats, options.takesOnlyBody, options.removesJunk, nullptr,
         options.honoursMarkers);

@@ -254,9 +254,10 @@ Examples:
     }
 
     void addHTMLToText() {
-        CLI::App& subcommand = add(
-            "html-to-text", "Print the text of HTML pages, as a search would see it", HTMLToText(),
-            R"(Works by itself, without the service. The charset is the one given, else the page's own, else ISO Latin 1. With
+        CLI::App& subcommand =
+            add("html-to-text", "Print the text of HTML pages, as a search would see it", HTMLToText(),
+                R"(Works by itself, without the service. The charset is the one given, else that of a
+byte-order mark, else the page's own, else ISO Latin 1. With
 --json each page gives one line, in their order: a dictionary with "String", or null when it has no text.
 
 Examples:

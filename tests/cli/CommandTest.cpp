@@ -143,6 +143,7 @@ TEST_F(CommandTest, PrintsTheTextOfPages) {
         {{"german.html", "--only-body"}, "", 0, "\n\n\u00FC&\n\na b\n"},
         {{"german.html", "--only-body", "--reformat", "--non-umlauted"}, "", 0, "\n\nu&\n\na\n\nb\n"},
         {{"-", "--charset", "koi8-r"}, "\xC1", 0, "\u0430\n"},
+        {{"-"}, "\xFE\xFF\0<\0p\0>\4\x30"s, 0, "\n\n\u0430\n"},
         {{"-", "--json"}, "<p>x<!--googleoff: index-->y", 0, "{\"String\":\"\\n\\nxy\"}\n"},
         {{"-", "--json", "--markers"}, "x<!--googleoff: index-->y", 0, "{\"String\":\"x\"}\n"},
         {{"bare.html", "-", "--json"}, "text", 1, "null\n{\"String\":\"text\"}\n"},
