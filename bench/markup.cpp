@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -25,6 +26,7 @@ namespace {
 using namespace kelvo;
 
 struct Page {
+    std::string path;
     std::string bytes;
     NSData data;
     NSString text;
@@ -41,7 +43,7 @@ std::vector<Page> pagesInFolder(const std::filesystem::path& folder) {
         std::string bytes{std::istreambuf_iterator<char>(file), {}};
         const NSString text = NSString::stringByRepairingUTF8String(bytes);
         const NSData data = NSData::dataWithBytes(bytes);
-        found.push_back({std::move(bytes), data, text});
+        found.push_back({entry.path().string(), std::move(bytes), data, text});
     }
     return found;
 }
@@ -192,10 +194,26 @@ void gumboTextWalk(benchmark::State& state) {
 }
 BENCHMARK(gumboTextWalk);
 
+bool isInstalled(const std::string& command) {
+    return std::system(("command -v " + command + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// A command that people use for the same, once per page, its start included.
+void dumpByCommand(benchmark::State& state, const std::string& command) {
+    forEachPage(state, [&](const Page& page) {
+        if (std::system((command + " '" + page.path + "' >/dev/null 2>&1").c_str()) != 0)
+            state.SkipWithError("the command failed");
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
+    if (isInstalled("lynx"))
+        benchmark::RegisterBenchmark("lynxDump", dumpByCommand, "lynx -dump -force_html")->UseRealTime();
+    if (isInstalled("w3m"))
+        benchmark::RegisterBenchmark("w3mDump", dumpByCommand, "w3m -dump -T text/html")->UseRealTime();
     const char* folder = argc > 1 ? argv[1] : "examples";
     std::error_code failure;
     if (std::filesystem::is_directory(folder, failure))
@@ -223,5 +241,9 @@ int main(int argc, char** argv) {
     comparison.printSpeedRatio("converting entities to a buffer: libxml2's SAX parser",
                                "convertEntitiesToBuffer", "libxml2SAX");
     comparison.printSpeedRatio("converting entities: libxml2's SAX parser", "convertEntities", "libxml2SAX");
+    comparison.printSpeedRatio("whole bytes-to-text with a label: lynx -dump", "wholeBytesToTextLabelled",
+                               "lynxDump");
+    comparison.printSpeedRatio("whole bytes-to-text with a label: w3m -dump", "wholeBytesToTextLabelled",
+                               "w3mDump");
     return 0;
 }
