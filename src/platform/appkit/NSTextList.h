@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace kelvo {
+
+/// One list, or one level of a nested list, that paragraphs belong to. The markers themselves stand in the
+/// text (tab, marker, tab before each item); this says how they are made.
+struct NSTextList {
+    /// The kind of marker in braces with literal text around it: "{disc}", "{decimal}.", "({lower-alpha})".
+    /// Kinds: disc, circle, square, hyphen, check, box, diamond, decimal, octal, lower-alpha, upper-alpha,
+    /// lower-roman, upper-roman, lower-hexadecimal, upper-hexadecimal, lower-greek.
+    NSString markerFormat = u"{disc}";
+    int startingItemNumber = 1;
+
+    /// The marker of an item: item numbers start at startingItemNumber. A format without a known kind is
+    /// its own text.
+    NSString markerForItemNumber(int itemNumber) const;
+
+    friend bool operator==(const NSTextList&, const NSTextList&) = default;
+};
+
+} // namespace kelvo

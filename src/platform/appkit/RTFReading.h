@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/appkit/NSAttributedString.h"
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSDictionary.h"
+
+#include <memory>
+
+namespace kelvo {
+
+class NSFileWrapper;
+
+// Rich text read from RTF. Each answers nil when what it is given is no RTF at all; anything that begins as
+// RTF gives a text, with what could be read of it. `documentAttributes` (may be null) is set to what the
+// document says of itself under the keys of NSDocumentAttributes.h, to nil on failure. Nothing throws for
+// what the bytes hold.
+namespace NSAttributedStringKitAdditions {
+
+/// Plain RTF of any writer. Pictures in it become attachments.
+NSAttributedString initWithRTF_documentAttributes(const NSData& data, NSDictionary* documentAttributes);
+/// The serialised form of an RTFD package; plain RTF is read as well.
+NSAttributedString initWithRTFD_documentAttributes(const NSData& data, NSDictionary* documentAttributes);
+/// A package: a folder with "TXT.rtf" and its attachments, or a file that holds RTF.
+NSAttributedString initWithRTFDFileWrapper_documentAttributes(const NSFileWrapper& wrapper,
+                                                              NSDictionary* documentAttributes);
+
+} // namespace NSAttributedStringKitAdditions
+} // namespace kelvo

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <sys/types.h>
+
+namespace kelvo {
+
+/// An engine in a process of its own: a program of this system that is started when it is first needed, kept
+/// for the next time, and ended with this process, however that ends. What the engine does to itself
+/// (crashes, runs for ever, grows) does not reach the one who asks.
+///
+/// The two talk in property lists over a socket that is the child's standard input; the child's side is
+/// EngineChannel. One thread, one message at a time.
+class EngineProcess {
+public:
+    /// Answers what the engine asks meanwhile. What it throws ends the engine and leaves ask().
+    using Questions = std::function<Value(const Value& question)>;
+
+    /// Nothing is started yet. The program is looked for beside this executable, and in the folder where an
+    /// installation keeps such programs.
+    explicit EngineProcess(std::string programName);
+    EngineProcess(const EngineProcess&) = delete;
+    EngineProcess& operator=(const EngineProcess&) = delete;
+    /// Ends the child.
+    ~EngineProcess();
+
+    /// Sends the message and runs the current run loop until the answer is there. The child is started when
+    /// none runs.
+    ///
+    /// Nil when the program is missing or ends at once (one line in the log), when the child ends meanwhile,
+    /// when no answer came in time (the child is ended), and when the engine is at work on another message
+    /// already, of which this one was asked in the midst.
+    Value ask(const Value& message, double timeoutSeconds, const Questions& questions = {});
+
+    /// Ends the child, and all processes that it started and that stayed in its group, at once. The next
+    /// message starts another.
+    void stop();
+    /// Of the child, 0 when none runs.
+    pid_t processIdentifier() const;
+
+private:
+    struct Internals;
+    std::unique_ptr<Internals> internals_;
+};
+
+/// The child's side of an EngineProcess. All calls wait; the end of the other side is an absent value, upon
+/// which the child is to exit.
+class EngineChannel {
+public:
+    /// Over this process's standard input, which is replaced by nothing, so that no library reads from it.
+    /// Has the kernel end this process when its parent ends.
+    EngineChannel();
+    EngineChannel(const EngineChannel&) = delete;
+    EngineChannel& operator=(const EngineChannel&) = delete;
+    ~EngineChannel();
+
+    /// For event loops: readable when a message begins to come in or the other side is gone.
+    int descriptor() const noexcept { return descriptor_; }
+    std::optional<Value> nextMessage();
+    /// Answers the message that came last. False when the other side is gone.
+    bool answer(const Value& result);
+    /// Asks back in the midst of a message.
+    std::optional<Value> ask(const Value& question);
+
+private:
+    int descriptor_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/foundation/NSURLRequest.h"
+#include "platform/foundation/Value.h"
+
+namespace kelvo {
+
+/// Decides what the web engine loads: asked before every request of a page, its redirects included.
+class WebResourceLoadDelegate {
+public:
+    virtual ~WebResourceLoadDelegate();
+
+    /// The request to send, or nil to refuse it. `redirectResponse` is nil unless this request follows a
+    /// redirect, and then a dictionary with the "URL" that redirected and its "StatusCode". The web view, the
+    /// resource's identifier and the data source only tell requests apart and may be nil.
+    virtual NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(
+        const Value& webView, const Value& resource, const NSURLRequest& request,
+        const Value& redirectResponse, const Value& dataSource) = 0;
+};
+
+} // namespace kelvo
