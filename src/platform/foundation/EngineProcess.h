@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <sys/types.h>
@@ -19,11 +18,11 @@ namespace kelvo {
 /// EngineChannel. One thread, one message at a time.
 class EngineProcess {
 public:
-    /// Answers what the engine asks meanwhile. What it throws ends the engine and leaves ask().
+    /// Answers what the engine asks meanwhile, on the thread of ask(). What it throws ends the engine and
+    /// leaves ask().
     using Questions = std::function<Value(const Value& question)>;
 
-    /// Nothing is started yet. The program is looked for beside this executable, and in the folder where an
-    /// installation keeps such programs.
+    /// Nothing is started yet. The program stands beside this executable.
     explicit EngineProcess(std::string programName);
     EngineProcess(const EngineProcess&) = delete;
     EngineProcess& operator=(const EngineProcess&) = delete;
@@ -47,29 +46,6 @@ public:
 private:
     struct Internals;
     std::unique_ptr<Internals> internals_;
-};
-
-/// The child's side of an EngineProcess. All calls wait; the end of the other side is an absent value, upon
-/// which the child is to exit.
-class EngineChannel {
-public:
-    /// Over this process's standard input, which is replaced by nothing, so that no library reads from it.
-    /// Has the kernel end this process when its parent ends.
-    EngineChannel();
-    EngineChannel(const EngineChannel&) = delete;
-    EngineChannel& operator=(const EngineChannel&) = delete;
-    ~EngineChannel();
-
-    /// For event loops: readable when a message begins to come in or the other side is gone.
-    int descriptor() const noexcept { return descriptor_; }
-    std::optional<Value> nextMessage();
-    /// Answers the message that came last. False when the other side is gone.
-    bool answer(const Value& result);
-    /// Asks back in the midst of a message.
-    std::optional<Value> ask(const Value& question);
-
-private:
-    int descriptor_;
 };
 
 } // namespace kelvo
