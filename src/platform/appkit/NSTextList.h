@@ -10,9 +10,10 @@ struct NSTextList {
     /// The kind of marker in braces with literal text around it: "{disc}", "{decimal}.", "({lower-alpha})".
     /// Kinds: disc, circle, square, hyphen, check, box, diamond, decimal, octal, lower-alpha, upper-alpha,
     /// lower-roman, upper-roman, lower-hexadecimal, upper-hexadecimal, lower-greek.
-    NSString markerFormat = u"{disc}";
+    NSString markerFormat = discFormat();
     int startingItemNumber = 1;
 
+    static const NSString& discFormat();
     /// The marker of an item: item numbers start at startingItemNumber. A format without a known kind is
     /// its own text.
     NSString markerForItemNumber(int itemNumber) const;
