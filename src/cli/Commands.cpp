@@ -7,6 +7,7 @@
 #include "cli/Session.h"
 #include "cli/ShowCommand.h"
 #include "cli/TextView.h"
+#include "cli/WebArchiveCommand.h"
 #include "platform/foundation/FileIO.h"
 
 #include <fmt/format.h>
@@ -158,6 +159,8 @@ ExitStatus runSubject(Session& session) {
         return runMetaData(session, options.files);
     if (operation == Operation::writeRTFDData)
         return runWriteRTFD(session, options.files.front(), *options.output);
+    if (operation == Operation::searchableTextOfWebArchive)
+        return runWebArchive(session, options.files.front());
     return runOperation(session, operation, options.files.front());
 }
 

@@ -61,6 +61,8 @@ constexpr std::array extensions{
     Extension{"htm", FileKind::html},
     Extension{"xhtml", FileKind::html},
     Extension{"webarchive", FileKind::webArchive},
+    Extension{"mht", FileKind::webArchive},
+    Extension{"mhtml", FileKind::webArchive},
     Extension{"rtf", FileKind::richText},
     Extension{"rtfd", FileKind::richText},
     Extension{"doc", FileKind::officeDocument},
@@ -112,9 +114,22 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
+/// The header of a message that is a page and what belongs to it. Letters to people are other multiparts.
+bool isMIMEHTML(std::string_view firstBytes) {
+    const std::size_t empty = firstBytes.find("\n\r\n");
+    const std::string header =
+        "\n" + lowercase(firstBytes.substr(0, std::min(empty, firstBytes.find("\n\n"))));
+    const std::size_t type = header.find("\ncontent-type:");
+    if (type == std::string::npos || !contains(header, "\nmime-version:"))
+        return false;
+    const std::string_view value = std::string_view(header).substr(type + 14);
+    const std::string_view first = value.substr(std::min(value.find_first_not_of(" \t\r\n"), value.size()));
+    return first.starts_with("multipart/related") || first.starts_with("text/html");
+}
+
 /// Documents that say what they are in words, anywhere near their beginning.
 std::optional<FileKind> kindOfMarkup(std::string_view firstBytes) {
-    if (contains(firstBytes, "WebMainResource"))
+    if (contains(firstBytes, "WebMainResource") || isMIMEHTML(firstBytes))
         return FileKind::webArchive;
     if (contains(firstBytes, "w:wordDocument"))
         return FileKind::officeDocument;

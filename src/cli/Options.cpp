@@ -194,11 +194,18 @@ Examples:
     }
 
     void addWebArchive() {
-        CLI::App& subcommand = add(Operation::searchableTextOfWebArchive,
-                                   "Print the text, source and address of a saved web archive", R"(Examples:
+        CLI::App& subcommand = add(
+            Operation::searchableTextOfWebArchive, "Print the text of a saved web page with its frames",
+            R"(Reads web archives (.webarchive) and MIME HTML (.mht, .mhtml). With --json the answer is a dictionary with "String",
+"Source" and "URL", as far as they are known, and empty for a file that is no web archive.
+
+Examples:
   plumwick web-archive page.webarchive
+  plumwick web-archive --source page.mhtml > page.html
   plumwick web-archive --json page.webarchive)");
         addFile(subcommand, "A web archive");
+        subcommand.add_flag("--source", options_.wantsSource, "Print the source of the page instead")
+            ->excludes("--json");
     }
 
     void addReadDocument() {

@@ -39,6 +39,7 @@ struct Options {
     bool honoursMarkers = false;
     /// Nil when none was given; else one that names a known encoding.
     NSString charset;
+    bool wantsSource = false;
     bool printsJSON = false;
     std::optional<double> timeoutSeconds;
 };

@@ -168,6 +168,8 @@ private:
             if (answer.result.isData())
                 return printableByteCount(answer.result.data().length());
             const std::size_t count = answer.result.dictionary().count();
+            if (count == 0)
+                return "nothing found";
             return fmt::format("{} {}", count, count == 1 ? "entry" : "entries");
         }
         if (hasEngine(answer.operation))

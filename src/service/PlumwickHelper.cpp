@@ -1,5 +1,9 @@
 #include "service/PlumwickHelper.h"
 
+#include "markup/WebArchiveSearchableText.h"
+#include "platform/foundation/Value.h"
+#include "protocol/ResultKeys.h"
+
 namespace kelvo {
 
 PlumwickHelper::PlumwickHelper() : _mdimporter(std::make_shared<MetaDataImporter>()) {}
@@ -8,8 +12,8 @@ NSString PlumwickHelper::className() const {
     return u"PlumwickHelper";
 }
 
-// None of the engines behind the operations is in place yet (hasEngine says so to clients): each answers as
-// it does for a file that it cannot read.
+// Operations whose engine is not in place yet (hasEngine says so to clients) answer as they do for a file
+// that they cannot read.
 
 NSDictionary PlumwickHelper::metaDataForFile(const NSString&) {
     return nullptr;
@@ -23,8 +27,16 @@ bool PlumwickHelper::writeRTFDData_toFile(const NSData&, const NSString&) {
     return false;
 }
 
-NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString&) {
-    return nullptr;
+NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString& file) {
+    NSURL baseURL;
+    NSString source;
+    const NSString text = SearchableText::searchableTextOfFile_baseURL_source(file, &baseURL, &source);
+    NSMutableDictionary result = NSMutableDictionary::dictionaryWithObjectsAndKeys({{text, ResultStringKey}});
+    if (!source.isNil())
+        result.setObject_forKey(source, ResultSourceKey);
+    if (!baseURL.isNil())
+        result.setObject_forKey(baseURL.absoluteString(), ResultURLKey);
+    return result;
 }
 
 NSDictionary PlumwickHelper::attributedStringWithContentsOfFile(const NSString&) {

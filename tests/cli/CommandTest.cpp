@@ -160,6 +160,38 @@ TEST_F(CommandTest, PrintsTheTextOfPages) {
     EXPECT_FALSE(std::filesystem::exists(session.socketPath())) << "no service was asked";
 }
 
+TEST_F(CommandTest, PrintsTheTextOfWebArchives) {
+    const std::string header = "MIME-Version: 1.0\r\nContent-Type: ";
+    files.write("page.zzz", header + "text/html; charset=utf-8\r\n\r\n<b>\u00FC</b>");
+    files.write("picture.mht",
+                header + "multipart/related; boundary=b\n\n--b\nContent-Type: image/png\n\nx\n--b--\n");
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        std::string output;
+    } rows[] = {
+        {{"page.zzz"}, 0, "\n\n\u00FC\n"},
+        {{"page.zzz", "--source"}, 0, "<b>\u00FC</b>\n"},
+        {{"page.zzz", "--json"}, 0, "{\"String\":\"\\n\\n\u00FC\",\"Source\":\"<b>\u00FC</b>\"}\n"},
+        {{"page.zzz", "--json", "--source"}, 2, ""},
+        {{"picture.mht"}, 1, ""},
+        {{"picture.mht", "--source"}, 1, ""},
+        {{"picture.mht", "--json"}, 0, "{\"String\":\"\"}\n"},
+        {{"text.zzz"}, 1, ""},
+        {{"text.zzz", "--json"}, 1, "{}\n"},
+        {{"missing.mht"}, 4, ""},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.begin(), "web-archive");
+        const Outcome outcome = plumwick(arguments);
+        EXPECT_EQ(outcome.status, row.status) << row.arguments.back() << ": " << outcome.errors;
+        EXPECT_EQ(outcome.output, row.output) << row.arguments.back();
+        EXPECT_EQ(outcome.errors.empty(), row.status == 0) << outcome.errors;
+    }
+    EXPECT_EQ(plumwick({"show", "page.zzz"}).output.find("page.zzz  web archive, "), 0u);
+}
+
 TEST_F(CommandTest, StatusNeverStartsTheService) {
     EXPECT_EQ(plumwick({"status"}).status, 3);
     EXPECT_EQ(plumwick({"status", "--json"}).output, "null\n");
@@ -252,7 +284,6 @@ TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
          "{\"file\":\"" + files.path() + "/text.zzz\",\"text\":false,\"importers\":true}\n"},
         {{"image", "text.zzz", "--pdf-text", "--no-importers", "--json"},
          "{\"file\":\"" + files.path() + "/text.zzz\",\"text\":true,\"importers\":false}\n"},
-        {{"web-archive", "text.zzz", "--json"}, "{}\n"},
         {{"html-to-rtfd", "page.html", "-o", "-"}, "8 " + own + " no"},
         {{"html-to-rtfd", "-", "--allow-remote", "-o", "-"}, "5  yes"},
         {{"html-to-rtfd", "page.html", "--base-url", "http://h/", "-o", "-"}, "8 http://h/ no"},

@@ -33,13 +33,29 @@ TEST_F(ServiceTest, AnswersAllNineOperationsAsForUnreadableFiles) {
     EXPECT_TRUE(client.metaDataForFile(u"/nonexistent").isNil());
     EXPECT_TRUE(client.RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, false).isNil());
     EXPECT_FALSE(client.writeRTFDData_toFile(NSData::dataWithBytes("no rtfd"), u"/nonexistent/x.rtfd"));
-    EXPECT_EQ(client.searchableTextOfWebArchive(u"/nonexistent").count(), 0u);
+    EXPECT_EQ(client.searchableTextOfWebArchive(u"/nonexistent"), NSDictionary::dictionary());
     EXPECT_TRUE(client.attributedStringWithContentsOfFile(u"/nonexistent").isNil());
     EXPECT_TRUE(client.posterImageForMovieWithFile(u"/nonexistent").isNil());
     EXPECT_TRUE(client.attributed_stringWithPDF(true, NSData::dataWithBytes("no pdf")).isNil());
     EXPECT_TRUE(
         client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/nonexistent", true, true).isNil());
     EXPECT_TRUE(client.PDFImageRepOfFile(u"/nonexistent").isNil());
+}
+
+TEST_F(ServiceTest, ReadsWebArchives) {
+    const tests::TemporaryFolder folder;
+    const auto answer = [&](const std::string& contents) {
+        return client.searchableTextOfWebArchive(
+            NSString::stringWithUTF8String(folder.write("page", contents)));
+    };
+    EXPECT_EQ(
+        answer("MIME-Version: 1.0\nContent-Type: text/html; charset=utf-8\nContent-Location: http://h/\n\n"
+               "<p>\xC3\xA4"),
+        NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{u"\n\n\n\n\u00E4", u"String"}, {u"<p>\u00E4", u"Source"}, {u"http://h/", u"URL"}})));
+    EXPECT_EQ(answer("<plist><dict><key>WebSubresources</key><array/></dict></plist>"),
+              NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"", u"String"}})));
+    EXPECT_EQ(answer("no archive"), NSDictionary::dictionary());
 }
 
 TEST_F(ServiceTest, TellsItsStatusFromOutside) {

@@ -1,5 +1,6 @@
 #include "platform/webkit/WebArchive.h"
 
+#include "platform/webkit/MIMEHTML.h"
 #include "platform/webkit/PropertyListArchive.h"
 
 #include <utility>
@@ -18,7 +19,7 @@ WebArchive::WebArchive(WebResource mainResource, std::vector<WebResource> subres
           Contents{std::move(mainResource), std::move(subresources), std::move(subframeArchives)})) {}
 
 WebArchive WebArchive::initWithData(const NSData& data) {
-    return archiveFromPropertyList(data);
+    return beginsLikeMIMEMessage(data) ? archiveFromMIMEHTML(data) : archiveFromPropertyList(data);
 }
 
 const WebArchive::Contents& WebArchive::none() noexcept {

@@ -1,0 +1,43 @@
+#include "cli/WebArchiveCommand.h"
+
+#include "cli/Files.h"
+#include "cli/JSONView.h"
+#include "cli/Printable.h"
+#include "cli/Session.h"
+#include "protocol/ResultKeys.h"
+
+namespace kelvo::cli {
+
+ExitStatus runWebArchive(Session& session, const std::string& file) {
+    const Options& options = session.options();
+    const std::string subject = printableFileName(file);
+    requireReadable(file);
+    Request request;
+    request.operation = Operation::searchableTextOfWebArchive;
+    request.file = pathOfFile(file);
+    const Value result = session.ask(request, kindOfFile(file), subject);
+    Output& output = session.output();
+    if (options.printsJSON)
+        output.write(lineOfJSON(result));
+    if (isNoAnswer(result))
+        return session.complainOfNoAnswer(request.operation, subject);
+
+    const NSDictionary dictionary = result.dictionary();
+    if (dictionary.count() == 0) {
+        session.complain(subject + ": is no web archive");
+        return ExitStatus::noAnswer;
+    }
+    if (options.printsJSON)
+        return ExitStatus::answered;
+    const NSString text =
+        dictionary.objectForKey(options.wantsSource ? ResultSourceKey : ResultStringKey).string();
+    if (text.isEmpty()) {
+        session.complain(subject + (options.wantsSource ? ": its document has no source that is text"
+                                                        : ": is a web archive without text"));
+        return ExitStatus::noAnswer;
+    }
+    output.write((output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String()) + "\n");
+    return ExitStatus::answered;
+}
+
+} // namespace kelvo::cli

@@ -1,0 +1,103 @@
+#include "platform/webkit/FrameReferences.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view blanks = " \t\r\n\f";
+
+char lowercase(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
+}
+
+bool equalNoCase(std::string_view text, std::string_view lowercaseName) {
+    return std::ranges::equal(text, lowercaseName, {}, lowercase);
+}
+
+/// Walks forward through the page and never back, so that no page takes longer than its length.
+class Tags {
+public:
+    explicit Tags(std::string_view page) : rest_(page) {}
+
+    /// Moves behind the name of the next frame element; false when there is none.
+    bool goToFrame() {
+        for (;;) {
+            const std::size_t begin = rest_.find('<');
+            if (begin == std::string_view::npos)
+                return false;
+            rest_.remove_prefix(begin + 1);
+            const std::string_view name = rest_.substr(0, rest_.find_first_of(" \t\r\n\f/>"sv));
+            if (equalNoCase(name, "frame") || equalNoCase(name, "iframe")) {
+                rest_.remove_prefix(name.size());
+                return true;
+            }
+        }
+    }
+
+    /// The next attribute of the tag; false at its end.
+    bool takeAttribute(std::string_view& name, std::string_view& value) {
+        skip(" \t\r\n\f/");
+        if (rest_.empty() || rest_.front() == '>')
+            return false;
+        // A "=" at the beginning is part of a name.
+        name = take(std::max<std::size_t>(1, rest_.find_first_of(" \t\r\n\f/>="sv, 1)));
+        skip(blanks);
+        value = {};
+        if (!rest_.starts_with('='))
+            return true;
+        rest_.remove_prefix(1);
+        skip(blanks);
+        if (rest_.starts_with('"') || rest_.starts_with('\'')) {
+            const char quote = rest_.front();
+            rest_.remove_prefix(1);
+            value = take(rest_.find(quote));
+            take(1);
+        } else {
+            value = take(rest_.find_first_of(" \t\r\n\f>"sv));
+        }
+        return true;
+    }
+
+private:
+    void skip(std::string_view characters) {
+        rest_.remove_prefix(std::min(rest_.find_first_not_of(characters), rest_.size()));
+    }
+    std::string_view take(std::size_t length) {
+        const std::string_view taken = rest_.substr(0, length);
+        rest_.remove_prefix(taken.size());
+        return taken;
+    }
+
+    std::string_view rest_;
+};
+
+NSString referenceOfAttribute(std::string_view value) {
+    std::string reference(value);
+    for (std::size_t place = 0; (place = reference.find("&amp;", place)) != std::string::npos; ++place)
+        reference.erase(place + 1, 4);
+    return NSString::stringByRepairingUTF8String(reference);
+}
+
+} // namespace
+
+std::vector<NSString> frameReferencesInHTML(const NSData& html, std::size_t maximumCount) {
+    std::vector<NSString> references;
+    Tags tags(html.characters());
+    while (references.size() < maximumCount && tags.goToFrame()) {
+        bool hasSource = false;
+        for (std::string_view name, value; tags.takeAttribute(name, value);) {
+            if (!hasSource && equalNoCase(name, "src")) {
+                hasSource = true;
+                references.push_back(referenceOfAttribute(value));
+            }
+        }
+    }
+    return references;
+}
+
+} // namespace kelvo

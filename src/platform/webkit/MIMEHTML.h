@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/webkit/WebArchive.h"
+
+namespace kelvo {
+
+/// Whether the data begins with a block of header fields that has a Content-Type among them, as MIME HTML
+/// (.mht, .mhtml) does. Nothing behind that block is looked at.
+bool beginsLikeMIMEMessage(const NSData& data);
+
+/// A page saved as MIME HTML: a multipart message that is multipart/related or has an HTML page among its
+/// parts, or such a page alone as a message that has a MIME-Version. Nil for anything else; also when the
+/// message might have more than 65,536 parts or 262,144 header fields and parameters, and when GMime is not
+/// installed. What is nested more deeply than 1,024 multiparts is left out.
+///
+/// - The main resource is the part that the message names as its start, else the first HTML page, else the
+///   first part of a message that is multipart/related.
+/// - A part that a frame element names is an archive among the frames of the page that names it, the first
+///   that does. HTML pages that no page names come behind the frames of the main one.
+/// - All other parts are subresources of the main archive. One that has both a Content-ID and an address is
+///   there under either, and so is a frame.
+/// - Addresses are resolved against that of the message; a part without one has the URL "cid:" and its
+///   Content-ID, or none.
+WebArchive archiveFromMIMEHTML(const NSData& data);
+
+} // namespace kelvo
