@@ -1,0 +1,75 @@
+#include "platform/appkit/DocumentEngine.h"
+
+#include "platform/appkit/documentengine/Messages.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSPathUtilities.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace kelvo {
+namespace {
+
+/// An engine holds about 200 MiB from its first document on and keeps part of every large one.
+constexpr std::int64_t mostResidentBytes = 600LL << 20;
+
+} // namespace
+
+DocumentEngine::DocumentEngine() : process_(documentengine::programName) {}
+
+DocumentEngine::~DocumentEngine() {
+    process_.stop();
+    removeFolder();
+}
+
+DocumentEngine& DocumentEngine::sharedEngine() {
+    // Never destroyed, because the run loop that it stands on goes first: it ends with the process.
+    static DocumentEngine* const engine = new DocumentEngine;
+    return *engine;
+}
+
+const std::string& DocumentEngine::folder() {
+    if (folder_.empty()) {
+        const auto place =
+            NSFileManager::defaultManager().fileSystemRepresentationWithPath(NSTemporaryDirectory());
+        std::string pattern = place.value_or("/tmp/") + "plumwick-documents-XXXXXX";
+        if (::mkdtemp(pattern.data()))
+            folder_ = pattern;
+    }
+    return folder_;
+}
+
+void DocumentEngine::removeFolder() {
+    std::error_code ignored;
+    if (!folder_.empty())
+        std::filesystem::remove_all(folder_, ignored);
+    folder_.clear();
+}
+
+NSData DocumentEngine::RTFOfDocument(const NSData& document, const NSString& extension,
+                                     double timeoutSeconds) {
+    if (document.isNil() || isAtWork_)
+        return nullptr;
+    const Value path = NSFileManager::defaultManager().stringWithFileSystemRepresentation(folder());
+    const Value message = NSMutableDictionary::dictionaryWithObjectsAndKeys({
+        {path, documentengine::folderKey},
+        {document, documentengine::documentKey},
+        {extension, documentengine::extensionKey},
+    });
+    isAtWork_ = true;
+    const NSDictionary answer = process_.ask(message, timeoutSeconds).dictionary();
+    isAtWork_ = false;
+    const NSString complaint = answer.objectForKey(documentengine::complaintKey).string();
+    if (!complaint.isNil())
+        NSLogMessage(complaint);
+    const NSNumber* const resident = answer.objectForKey(documentengine::residentBytesKey).numberIfAny();
+    if (resident && resident->longLongValue() > mostResidentBytes)
+        process_.stop();
+    if (process_.processIdentifier() == 0)
+        removeFolder();
+    return answer.objectForKey(documentengine::rtfKey).data();
+}
+
+} // namespace kelvo
