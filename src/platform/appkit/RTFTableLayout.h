@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/appkit/NSTextTable.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kelvo {
+
+class RTFColors;
+class RTFOutput;
+
+/// The rows of one table as RTF has them: each row is a sequence of places, one a column, of which some
+/// belong to a cell further left or further up.
+///
+/// Cells come in the order of the text, whatever their rows and columns say: one that does not follow the
+/// cell before it begins a new row.
+class RTFTableLayout {
+public:
+    /// Word's limit. Cells that stand further right get the next place; none is lost.
+    static constexpr std::size_t maximumColumns = 63;
+
+    struct Place {
+        /// Index of the cell whose text stands here, or -1.
+        std::int32_t cell = -1;
+        /// Null for a place that no cell claims.
+        const NSTextTableBlock* block = nullptr;
+        bool beginsRowSpan = false;
+        bool continuesRowSpan = false;
+        bool beginsColumnSpan = false;
+        bool continuesColumnSpan = false;
+    };
+    using Row = std::vector<Place>;
+
+    /// The blocks of the cells in their order, which are of one table; at least one. `available` is the width
+    /// of what surrounds the table, in twips.
+    RTFTableLayout(std::span<const NSTextTableBlock* const> cells, std::int32_t available);
+
+    std::span<const Row> rows() const noexcept { return rows_; }
+    /// From \trowd to the last \cellx.
+    void writeDefinition(std::size_t row, RTFColors& colors, RTFOutput& output) const;
+    /// Of the place and the columns that its cell spans, without the padding; in twips.
+    std::int32_t widthInside(std::size_t row, std::size_t place) const;
+
+private:
+    void placeCells(std::span<const NSTextTableBlock* const> cells);
+    void measureColumns(std::int32_t available);
+    void writePlace(const Place& place, RTFColors& colors, RTFOutput& output) const;
+
+    const NSTextTable& table_;
+    std::vector<Row> rows_;
+    /// Right edge of each column, in twips.
+    std::vector<std::int32_t> edges_;
+};
+
+} // namespace kelvo
