@@ -1,0 +1,94 @@
+#include "platform/appkit/RTFAssembler.h"
+
+#include <utility>
+
+namespace kelvo {
+namespace {
+
+/// Objects of each kind. No document comes near it; past it, formats are simplified so that the memory stays
+/// in bounds.
+constexpr std::size_t maximumObjects = 1 << 20;
+
+constexpr std::uint64_t pairOf(std::uint32_t first, std::uint32_t second) {
+    return static_cast<std::uint64_t>(first) << 32 | second;
+}
+
+} // namespace
+
+NSTextAttributes RTFAssembler::makeAttributes(const RTFCharacterFormat& format) const {
+    NSTextAttributes attributes;
+    attributes.font = resources_.fonts.fontOf(format.font);
+    attributes.font.pointSize = static_cast<float>(format.size) / 1000;
+    attributes.font.isBold = attributes.font.isBold || format.isBold;
+    attributes.font.isItalic = attributes.font.isItalic || format.isItalic;
+    attributes.foregroundColor = resources_.colors.colorOf(format.foreground);
+    attributes.backgroundColor = resources_.colors.colorOf(format.background);
+    attributes.underlineStyle = format.underline;
+    attributes.strikethroughStyle = format.strikethrough;
+    attributes.superscript = format.superscript;
+    attributes.baselineOffset = static_cast<float>(format.baselineHalfPoints) / 2;
+    attributes.kern = pointsFromTwips(format.kernTwips);
+    if (format.link >= 0)
+        attributes.link = resources_.links[static_cast<std::size_t>(format.link)];
+    if (format.attachment >= 0)
+        attributes.attachment = resources_.attachments[static_cast<std::size_t>(format.attachment)];
+    return attributes;
+}
+
+RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex cell) {
+    const RTFParagraphFormat& format = resources_.paragraphFormats[index];
+    NSParagraphStyle style = format.paragraphStyle();
+    if (format.list > 0)
+        style.textLists = resources_.lists.listsOf(format.list, format.listLevel);
+    else if (format.oldList >= 0)
+        style.textLists = {resources_.oldLists[static_cast<std::size_t>(format.oldList)]};
+    style.textBlocks = resources_.cells.blocksOf(cell);
+    return style == NSParagraphStyle::defaultParagraphStyle()
+               ? nullptr
+               : std::make_shared<const NSParagraphStyle>(std::move(style));
+}
+
+std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph) {
+    const std::uint32_t format = styles_.size() < maximumObjects ? paragraph.format : 0;
+    const auto [entry, isNew] =
+        styleIndices_.try_emplace(pairOf(format, static_cast<std::uint32_t>(paragraph.cell)),
+                                  static_cast<std::uint32_t>(styles_.size()));
+    if (isNew)
+        styles_.push_back(makeStyle(format, paragraph.cell));
+    return entry->second;
+}
+
+const NSAttributedString::Attributes& RTFAssembler::attributesOf(std::uint32_t format, std::uint32_t style) {
+    const bool isSimplified =
+        attributes_.size() >= maximumObjects && resources_.characterFormats[format].attachment < 0;
+    auto& attributes = attributes_[pairOf(isSimplified ? 0 : format, style)];
+    if (!attributes) {
+        NSTextAttributes made =
+            isSimplified ? NSTextAttributes() : makeAttributes(resources_.characterFormats[format]);
+        made.paragraphStyle = styles_[style];
+        attributes = std::make_shared<const NSTextAttributes>(std::move(made));
+    }
+    return attributes;
+}
+
+NSAttributedString RTFAssembler::textOf(const RTFStory& story) {
+    NSMutableAttributedString text;
+    std::size_t unit = 0;
+    std::size_t run = 0;
+    for (const RTFParagraph& paragraph : story.paragraphs()) {
+        if (paragraph.isDropped) {
+            unit = paragraph.endUnit;
+            run = paragraph.endRun;
+            continue;
+        }
+        const std::uint32_t style = styleOf(paragraph);
+        for (; run < paragraph.endRun; ++run) {
+            const auto [length, format] = story.runs()[run];
+            text.append(story.units().substr(unit, length), attributesOf(format, style));
+            unit += length;
+        }
+    }
+    return std::move(text).copy();
+}
+
+} // namespace kelvo

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSString.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace kelvo {
+
+struct RTFToken;
+enum class RTFWord : std::uint16_t;
+
+/// A point in time as RTF states it, by the parts of a date.
+class RTFTime {
+public:
+    void apply(RTFWord word, const RTFToken& token);
+    /// Absent when there is no year that documents are from. Without the seconds since the reference date the
+    /// parts are taken for local time.
+    std::optional<NSDate> date() const;
+
+private:
+    std::optional<std::int32_t> sinceReferenceDate_;
+    std::int32_t year_ = 0;
+    std::int32_t month_ = 1;
+    std::int32_t day_ = 1;
+    std::int32_t hour_ = 0;
+    std::int32_t minute_ = 0;
+    std::int32_t second_ = 0;
+};
+
+/// What a document says of itself.
+class RTFDocumentInfo {
+public:
+    void apply(RTFWord word, const RTFToken& token);
+    void setText(RTFWord word, std::u16string_view text);
+    void setTime(RTFWord word, const RTFTime& time);
+
+    /// Under the keys of NSDocumentAttributes.h.
+    NSDictionary documentAttributes(bool isPackage) const;
+
+private:
+    NSMutableDictionary stated_ = NSMutableDictionary::dictionary();
+    std::int32_t version_ = 80;
+    std::int32_t paperWidth_ = 12240;
+    std::int32_t paperHeight_ = 15840;
+    std::int32_t leftMargin_ = 1800;
+    std::int32_t rightMargin_ = 1800;
+    std::int32_t topMargin_ = 1440;
+    std::int32_t bottomMargin_ = 1440;
+    std::int32_t viewWidth_ = 0;
+    std::int32_t viewHeight_ = 0;
+    std::int32_t tabInterval_ = 720;
+    std::int32_t textScaling_ = 0;
+    bool isHyphenated_ = false;
+    std::int32_t hyphenationPercent_ = 0;
+};
+
+} // namespace kelvo

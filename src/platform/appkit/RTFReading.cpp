@@ -1,0 +1,59 @@
+#include "platform/appkit/RTFReading.h"
+
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/RTFReader.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace kelvo {
+namespace NSAttributedStringKitAdditions {
+namespace {
+
+constexpr std::string_view packageSignature{"rtfd\0\0\0\0", 8};
+
+/// What is from the brace of RTF on; empty when there is none.
+std::string_view sourceIn(const NSData& data) {
+    std::string_view source = data.characters();
+    if (source.starts_with("\xEF\xBB\xBF"))
+        source.remove_prefix(3);
+    source.remove_prefix(std::min(source.find_first_not_of(" \t\r\n"), source.size()));
+    return source.starts_with("{\\rtf") ? source : std::string_view();
+}
+
+NSAttributedString read(const NSData& data, const NSFileWrapper* package, NSDictionary* documentAttributes) {
+    if (documentAttributes)
+        *documentAttributes = nullptr;
+    const std::string_view source = sourceIn(data);
+    if (source.empty())
+        return nullptr;
+    RTFReader reader(source, package);
+    NSAttributedString text = reader.read();
+    if (documentAttributes)
+        *documentAttributes = reader.documentAttributes();
+    return text;
+}
+
+} // namespace
+
+NSAttributedString initWithRTF_documentAttributes(const NSData& data, NSDictionary* documentAttributes) {
+    return read(data, nullptr, documentAttributes);
+}
+
+NSAttributedString initWithRTFD_documentAttributes(const NSData& data, NSDictionary* documentAttributes) {
+    if (data.characters().starts_with(packageSignature))
+        if (const auto package = NSFileWrapper::initWithSerializedRepresentation(data))
+            return initWithRTFDFileWrapper_documentAttributes(*package, documentAttributes);
+    return read(data, nullptr, documentAttributes);
+}
+
+NSAttributedString initWithRTFDFileWrapper_documentAttributes(const NSFileWrapper& wrapper,
+                                                              NSDictionary* documentAttributes) {
+    if (!wrapper.isDirectory())
+        return read(wrapper.regularFileContents(), nullptr, documentAttributes);
+    const auto text = wrapper.fileWrapperForName(u"TXT.rtf");
+    return read(text ? text->regularFileContents() : NSData(), &wrapper, documentAttributes);
+}
+
+} // namespace NSAttributedStringKitAdditions
+} // namespace kelvo

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/appkit/NSTextTable.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kelvo {
+
+class RTFColorTable;
+struct RTFToken;
+enum class RTFWord : std::uint16_t;
+
+/// What RTF says of the cells of a row; lengths are in twips.
+class RTFRowDefinition {
+public:
+    /// More columns than any table has; what stands past them belongs to the last one.
+    static constexpr std::size_t maximumColumns = 1024;
+
+    struct Border {
+        bool isStated = false;
+        bool isNone = false;
+        std::int32_t width = -1;
+        std::int32_t color = -1;
+    };
+    struct Length {
+        std::int32_t value = 0;
+        /// 0: not stated, 1: automatic, 2: in 50ths of a percent, 3: in twips.
+        std::int32_t unit = 0;
+
+        std::optional<NSTextBlockLength> length() const;
+    };
+    enum class Merge : std::uint8_t { none, first, continued };
+    struct Cell {
+        std::int32_t rightEdge = 0;
+        Length width;
+        Merge horizontal = Merge::none;
+        Merge vertical = Merge::none;
+        NSTextBlockVerticalAlignment verticalAlignment = NSTextBlockVerticalAlignment::top;
+        std::int32_t background = -1;
+        NSTextTableBlock::Edges<Border> borders;
+        NSTextTableBlock::Edges<std::int32_t> padding{-1, -1, -1, -1};
+    };
+
+    RTFRowDefinition() = default;
+    RTFRowDefinition(const RTFRowDefinition&) = delete;
+    RTFRowDefinition& operator=(const RTFRowDefinition&) = delete;
+
+    void apply(RTFWord word, const RTFToken& token);
+    /// Each row has its definition before its cells, behind them or, of rows that are alike, not at all.
+    void endRow() { isFresh_ = false; }
+
+    bool isFresh() const { return isFresh_; }
+    bool isStated() const { return !cells_.empty(); }
+    /// The number of the row in its table; -1 when it is not stated.
+    std::int32_t rowNumber() const { return isFresh_ ? rowNumber_ : -1; }
+    bool isLastRow() const { return isFresh_ && isLastRow_; }
+    std::int32_t leftEdge() const { return leftEdge_; }
+    const std::vector<Cell>& cells() const { return cells_; }
+    /// The look of a cell but for its place and width; `index` is below the count of cells.
+    NSTextTableBlock blockForCell(std::size_t index, const RTFColorTable& colors) const;
+    NSTextTable tableAttributes(const RTFColorTable& colors) const;
+
+private:
+    NSTextBlockBorder borderOf(std::size_t index, std::size_t edge, const RTFColorTable& colors) const;
+    float paddingOf(const Cell& cell, std::size_t edge) const;
+    void applyToBorder(RTFWord word, const RTFToken& token);
+
+    std::vector<Cell> cells_;
+    Cell next_;
+    Border* border_ = nullptr;
+    bool isFresh_ = false;
+    bool isLastRow_ = false;
+    std::int32_t rowNumber_ = -1;
+    std::int32_t leftEdge_ = 0;
+    std::int32_t gap_ = 0;
+    std::int32_t background_ = -1;
+    Length width_;
+    /// Left, top, right, bottom of the table, and between rows and between columns of it.
+    std::array<Border, 6> tableBorders_;
+    NSTextTableBlock::Edges<std::int32_t> padding_{-1, -1, -1, -1};
+};
+
+} // namespace kelvo
