@@ -150,6 +150,7 @@ TEST(FrameReferencesTest, ReadsTagsAsTheyAreWritten) {
         {"<frame src='a&amp;&amp;amp;b&lt'", {u"a&&amp;b&lt"}},
         {"<frame src=\"never ends <frame src=x", {u"never ends <frame src=x"}},
         {"<frame =src=a src=\xFC", {u"\uFFFD"}},
+        {"<<<<frame src=a><iframes src=no>", {u"a"}},
         {"<", {}},
         {"<frame", {}},
     };
