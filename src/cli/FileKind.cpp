@@ -57,49 +57,29 @@ struct Extension {
 };
 
 constexpr std::array extensions{
-    Extension{"html", FileKind::html},
-    Extension{"htm", FileKind::html},
-    Extension{"xhtml", FileKind::html},
-    Extension{"webarchive", FileKind::webArchive},
-    Extension{"mht", FileKind::webArchive},
-    Extension{"mhtml", FileKind::webArchive},
-    Extension{"rtf", FileKind::richText},
-    Extension{"rtfd", FileKind::richText},
-    Extension{"doc", FileKind::officeDocument},
-    Extension{"docx", FileKind::officeDocument},
-    Extension{"odt", FileKind::officeDocument},
-    Extension{"txt", FileKind::plainText},
-    Extension{"text", FileKind::plainText},
-    Extension{"md", FileKind::plainText},
-    Extension{"pdf", FileKind::pdf},
-    Extension{"ps", FileKind::postScript},
-    Extension{"eps", FileKind::postScript},
-    Extension{"ai", FileKind::postScript},
-    Extension{"png", FileKind::image},
-    Extension{"jpg", FileKind::image},
-    Extension{"jpeg", FileKind::image},
-    Extension{"jpe", FileKind::image},
-    Extension{"gif", FileKind::image},
-    Extension{"tif", FileKind::image},
-    Extension{"tiff", FileKind::image},
-    Extension{"bmp", FileKind::image},
-    Extension{"jp2", FileKind::image},
-    Extension{"psd", FileKind::image},
-    Extension{"svg", FileKind::image},
-    Extension{"webp", FileKind::image},
-    Extension{"mov", FileKind::movie},
-    Extension{"mp4", FileKind::movie},
-    Extension{"m4v", FileKind::movie},
-    Extension{"avi", FileKind::movie},
-    Extension{"mpg", FileKind::movie},
-    Extension{"mpeg", FileKind::movie},
-    Extension{"mkv", FileKind::movie},
-    Extension{"webm", FileKind::movie},
-    Extension{"mp3", FileKind::audio},
-    Extension{"m4a", FileKind::audio},
-    Extension{"wav", FileKind::audio},
-    Extension{"aiff", FileKind::audio},
-    Extension{"flac", FileKind::audio},
+    Extension{"html", FileKind::html},          Extension{"htm", FileKind::html},
+    Extension{"xhtml", FileKind::html},         Extension{"webarchive", FileKind::webArchive},
+    Extension{"mht", FileKind::webArchive},     Extension{"mhtml", FileKind::webArchive},
+    Extension{"rtf", FileKind::richText},       Extension{"rtfd", FileKind::richText},
+    Extension{"doc", FileKind::officeDocument}, Extension{"docx", FileKind::officeDocument},
+    Extension{"odt", FileKind::officeDocument}, Extension{"fodt", FileKind::officeDocument},
+    Extension{"ott", FileKind::officeDocument}, Extension{"sxw", FileKind::officeDocument},
+    Extension{"txt", FileKind::plainText},      Extension{"text", FileKind::plainText},
+    Extension{"md", FileKind::plainText},       Extension{"pdf", FileKind::pdf},
+    Extension{"ps", FileKind::postScript},      Extension{"eps", FileKind::postScript},
+    Extension{"ai", FileKind::postScript},      Extension{"png", FileKind::image},
+    Extension{"jpg", FileKind::image},          Extension{"jpeg", FileKind::image},
+    Extension{"jpe", FileKind::image},          Extension{"gif", FileKind::image},
+    Extension{"tif", FileKind::image},          Extension{"tiff", FileKind::image},
+    Extension{"bmp", FileKind::image},          Extension{"jp2", FileKind::image},
+    Extension{"psd", FileKind::image},          Extension{"svg", FileKind::image},
+    Extension{"webp", FileKind::image},         Extension{"mov", FileKind::movie},
+    Extension{"mp4", FileKind::movie},          Extension{"m4v", FileKind::movie},
+    Extension{"avi", FileKind::movie},          Extension{"mpg", FileKind::movie},
+    Extension{"mpeg", FileKind::movie},         Extension{"mkv", FileKind::movie},
+    Extension{"webm", FileKind::movie},         Extension{"mp3", FileKind::audio},
+    Extension{"m4a", FileKind::audio},          Extension{"wav", FileKind::audio},
+    Extension{"aiff", FileKind::audio},         Extension{"flac", FileKind::audio},
     Extension{"ogg", FileKind::audio},
 };
 
@@ -127,11 +107,24 @@ bool isMIMEHTML(std::string_view firstBytes) {
     return first.starts_with("multipart/related") || first.starts_with("text/html");
 }
 
+/// Packages of text documents; the names of what is in a package stand in its bytes, and OpenDocument names
+/// its type first.
+bool isTextPackage(std::string_view firstBytes) {
+    if (!firstBytes.starts_with("PK\x03\x04") || firstBytes.size() < 38)
+        return false;
+    const std::string_view name = firstBytes.substr(30);
+    return name.starts_with("mimetypeapplication/vnd.oasis.opendocument.text") ||
+           name.starts_with("mimetypeapplication/vnd.sun.xml.writer") ||
+           (contains(firstBytes, "[Content_Types].xml") && contains(firstBytes, "word/"));
+}
+
 /// Documents that say what they are in words, anywhere near their beginning.
 std::optional<FileKind> kindOfMarkup(std::string_view firstBytes) {
     if (contains(firstBytes, "WebMainResource") || isMIMEHTML(firstBytes))
         return FileKind::webArchive;
-    if (contains(firstBytes, "w:wordDocument"))
+    if (isTextPackage(firstBytes) || contains(firstBytes, "w:wordDocument") ||
+        (contains(firstBytes, "<office:document") &&
+         contains(firstBytes, "application/vnd.oasis.opendocument.text")))
         return FileKind::officeDocument;
     const std::size_t begin = firstBytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
     if (begin == std::string_view::npos || firstBytes[begin] != '<')

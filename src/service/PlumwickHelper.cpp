@@ -1,8 +1,12 @@
 #include "service/PlumwickHelper.h"
 
 #include "markup/WebArchiveSearchableText.h"
+#include "platform/appkit/DocumentReading.h"
+#include "platform/appkit/RTFWriting.h"
 #include "platform/foundation/Value.h"
 #include "protocol/ResultKeys.h"
+
+#include <exception>
 
 namespace kelvo {
 
@@ -39,8 +43,21 @@ NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString& file) {
     return result;
 }
 
-NSDictionary PlumwickHelper::attributedStringWithContentsOfFile(const NSString&) {
-    return nullptr;
+NSDictionary PlumwickHelper::attributedStringWithContentsOfFile(const NSString& file) {
+    NSData rtfd;
+    NSDictionary documentAttributes;
+    try {
+        const NSAttributedString text =
+            NSAttributedStringKitAdditions::initWithPath_documentAttributes(file, &documentAttributes);
+        if (!text.isNil())
+            rtfd = RTFDFromRange_documentAttributes(text, {0, text.length()}, documentAttributes);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+    if (rtfd.isNil())
+        return nullptr;
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{rtfd, ResultRtfdKey}, {documentAttributes, ResultDocumentAttributesKey}});
 }
 
 NSDictionary PlumwickHelper::posterImageForMovieWithFile(const NSString&) {

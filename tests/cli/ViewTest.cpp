@@ -3,6 +3,8 @@
 #include "cli/Printable.h"
 #include "cli/TextView.h"
 
+#include "support/OfficeDocuments.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -104,6 +106,10 @@ TEST(FileKind, ByContentsAndThenByName) {
         {"x", "a.mhtml", FileKind::webArchive},
         {"<?xml?><w:wordDocument>", "a.xml", FileKind::officeDocument},
         {"PK\3\4", "a.DOCX", FileKind::officeDocument},
+        {tests::openOfficeText("x"), "a.zip", FileKind::officeDocument},
+        {tests::openDocument("x"), "a", FileKind::officeDocument},
+        {tests::officeOpenXML("x", "y"), "a", FileKind::officeDocument},
+        {tests::flatOpenDocument("x"), "a.xml", FileKind::officeDocument},
         {"PK\3\4\0"s, "a.zip", FileKind::other},
         {"RIFF\0\0\0\0WEBP"s, "a", FileKind::image},
         {"\0\0\0\x20"

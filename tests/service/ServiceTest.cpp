@@ -1,5 +1,9 @@
+#include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/RTFReading.h"
 #include "platform/foundation/NSTask.h"
 #include "protocol/Operations.h"
+#include "protocol/ResultKeys.h"
+#include "support/OfficeDocuments.h"
 #include "support/ServiceSession.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +60,38 @@ TEST_F(ServiceTest, ReadsWebArchives) {
     EXPECT_EQ(answer("<plist><dict><key>WebSubresources</key><array/></dict></plist>"),
               NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"", u"String"}})));
     EXPECT_EQ(answer("no archive"), NSDictionary::dictionary());
+}
+
+TEST_F(ServiceTest, ReadsDocuments) {
+    const tests::TemporaryFolder folder;
+    const auto answer = [&](const std::string& contents) {
+        return client.attributedStringWithContentsOfFile(
+            NSString::stringWithUTF8String(folder.write("document", contents)));
+    };
+    const auto textOf = [](const NSDictionary& result) {
+        NSDictionary ignored;
+        return NSAttributedStringKitAdditions::initWithRTFD_documentAttributes(
+                   result.objectForKey(ResultRtfdKey).data(), &ignored)
+            .string()
+            .UTF8String();
+    };
+    const NSDictionary plain = answer("na\xEFve");
+    EXPECT_EQ(plain.count(), 2U);
+    EXPECT_EQ(textOf(plain), "na\xC3\xAFve");
+    const NSDictionary facts = plain.objectForKey(ResultDocumentAttributesKey).dictionary();
+    EXPECT_EQ(facts.objectForKey(NSDocumentTypeDocumentAttribute), Value(NSPlainTextDocumentType));
+    EXPECT_EQ(facts.objectForKey(NSCharacterEncodingDocumentAttribute), Value(NSNumber::numberWithInt(12)));
+
+    const NSDictionary office = answer(tests::officeOpenXML("Boldly", "The Title"));
+    EXPECT_EQ(textOf(office).substr(0, 6), "Boldly");
+    EXPECT_EQ(
+        office.objectForKey(ResultDocumentAttributesKey).dictionary().objectForKey(NSTitleDocumentAttribute),
+        Value(u"The Title"));
+    EXPECT_NE(office.objectForKey(ResultRtfdKey).data().characters().find("\x89PNG"), std::string_view::npos);
+
+    EXPECT_TRUE(answer(tests::smallPNG()).isNil());
+    EXPECT_TRUE(answer(tests::openDocument("<text:p/>", tests::Encryption::claimed)).isNil());
+    EXPECT_TRUE(client.attributedStringWithContentsOfFile(nullptr).isNil());
 }
 
 TEST_F(ServiceTest, TellsItsStatusFromOutside) {

@@ -74,9 +74,6 @@ private:
     NSString loadOffice(const NSString& folderPath) {
         if (office_)
             return nullptr;
-        const auto program = officeProgramFolder();
-        if (!program)
-            return u"Word-processor documents cannot be read: LibreOffice Writer is not installed.";
         const auto path = NSFileManager::defaultManager().fileSystemRepresentationWithPath(folderPath);
         if (!path || !fs::path(*path).is_absolute())
             return u"Word-processor documents cannot be read: no temporary folder.";
@@ -84,6 +81,9 @@ private:
             folder_ = *path;
             std::thread(removeFolderWithOtherSide, channel_.descriptor(), folder_).detach();
         }
+        const auto program = officeProgramFolder();
+        if (!program)
+            return u"Word-processor documents cannot be read: LibreOffice Writer is not installed.";
         moveInto(folder_);
         office_ = OfficeLibrary::load(*program, folder_);
         return office_ ? NSString() : u"Word-processor documents cannot be read: LibreOffice does not start.";
