@@ -31,7 +31,9 @@ public:
             if (begin == std::string_view::npos)
                 return false;
             rest_.remove_prefix(begin + 1);
-            const std::string_view name = rest_.substr(0, rest_.find_first_of(" \t\r\n\f/>"sv));
+            // No further than the longest name goes.
+            std::string_view name = rest_.substr(0, 7);
+            name = name.substr(0, name.find_first_of(" \t\r\n\f/>"sv));
             if (equalNoCase(name, "frame") || equalNoCase(name, "iframe")) {
                 rest_.remove_prefix(name.size());
                 return true;
@@ -77,10 +79,13 @@ private:
 };
 
 NSString referenceOfAttribute(std::string_view value) {
-    std::string reference(value);
-    for (std::size_t place = 0; (place = reference.find("&amp;", place)) != std::string::npos; ++place)
-        reference.erase(place + 1, 4);
-    return NSString::stringByRepairingUTF8String(reference);
+    constexpr std::string_view ampersand = "&amp;";
+    std::string reference;
+    for (std::size_t end; (end = value.find(ampersand)) != value.npos;) {
+        reference.append(value.substr(0, end + 1));
+        value.remove_prefix(end + ampersand.size());
+    }
+    return NSString::stringByRepairingUTF8String(reference.append(value));
 }
 
 } // namespace

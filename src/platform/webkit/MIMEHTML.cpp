@@ -17,6 +17,8 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t maximumBoundaryCount = 65536;
 constexpr std::size_t maximumHeaderCount = 262144;
+/// Each reference to a frame is resolved against the address of its page.
+constexpr std::size_t maximumAddressLength = 8192;
 
 /// The base of messages that have no address of their own (RFC 2557, section 5).
 constexpr const char16_t* schemeWithoutAddress = u"thismessage";
@@ -83,6 +85,17 @@ bool isWithinBounds(std::string_view message) {
 
 NSString stringOrNil(const char* text) {
     return text ? NSString::stringByRepairingUTF8String(text) : NSString();
+}
+
+/// An address is folded where it is too long for a line, and not where it has a blank, so that both line end
+/// and blanks go.
+std::string unfolded(std::string_view value) {
+    std::string text;
+    while (!value.empty()) {
+        text += takeLine(value);
+        value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
+    }
+    return text;
 }
 
 struct Part {
@@ -213,14 +226,12 @@ private:
         const char* const value = header ? library_.g_mime_header_get_raw_value(header) : nullptr;
         if (!value)
             return nullptr;
-        // An address is folded where it is too long for a line, and not where it has a blank.
-        std::string text(value);
-        if (text.find("=?") != std::string::npos)
-            text = library_.g_mime_object_get_header(object, headerName);
-        for (std::size_t end; (end = text.find('\n')) != std::string::npos;) {
-            const std::size_t begin = end > 0 && text[end - 1] == '\r' ? end - 1 : end;
-            text.erase(begin, std::min(text.find_first_not_of(" \t", end + 1), text.size()) - begin);
-        }
+        const std::string_view raw = value;
+        const std::string text = raw.find("=?") == raw.npos
+                                     ? unfolded(raw)
+                                     : library_.g_mime_object_get_header(object, headerName);
+        if (text.size() > maximumAddressLength)
+            return nullptr;
         const NSURL address = NSURL::URLWithTolerantString(NSString::stringByRepairingUTF8String(text));
         return address.isNil()
                    ? NSURL()
@@ -327,7 +338,8 @@ private:
 
     std::vector<WebResource> subresources() const {
         std::vector<WebResource> resources;
-        for (std::size_t index = 0; index < parts_.size(); ++index) {
+        for (std::size_t index = 0;
+             index < parts_.size() && resources.size() + 2 <= WebArchive::maximumResourceCount; ++index) {
             const Part& part = parts_[index];
             const NSURL url = URLToTell(part.address);
             const NSURL other = URLOfContentID(part.contentID);

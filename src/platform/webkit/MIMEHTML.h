@@ -19,8 +19,8 @@ bool beginsLikeMIMEMessage(const NSData& data);
 ///   that does. HTML pages that no page names come behind the frames of the main one.
 /// - All other parts are subresources of the main archive. One that has both a Content-ID and an address is
 ///   there under either, and so is a frame.
-/// - Addresses are resolved against that of the message; a part without one has the URL "cid:" and its
-///   Content-ID, or none.
+/// - Addresses are resolved against that of the message; one of more than 8,192 bytes counts as none. A part
+///   without an address has the URL "cid:" and its Content-ID, or no URL.
 WebArchive archiveFromMIMEHTML(const NSData& data);
 
 } // namespace kelvo

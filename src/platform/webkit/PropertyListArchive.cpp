@@ -14,8 +14,8 @@ constexpr const char16_t* mainResourceKey = u"WebMainResource";
 constexpr const char16_t* subresourcesKey = u"WebSubresources";
 constexpr const char16_t* subframeArchivesKey = u"WebSubframeArchives";
 
-constexpr std::size_t alwaysAllowedDocumentBytes = std::size_t{1} << 20;
-constexpr std::size_t maximumDocumentFactor = 8;
+constexpr std::size_t alwaysAllowedBytes = std::size_t{1} << 20;
+constexpr std::size_t maximumFactor = 8;
 
 static_assert(2 * WebArchive::maximumFrameDepth + 2 == Value::maximumDepth,
               "each frame is a dictionary in an array, and its main resource one dictionary more");
@@ -43,7 +43,7 @@ NSURL URLOfResource(const NSString& address) {
 class Reader {
 public:
     explicit Reader(std::size_t fileSize)
-        : documentBytesLeft_(std::max(alwaysAllowedDocumentBytes, fileSize * maximumDocumentFactor)) {}
+        : bytesLeft_(std::max(alwaysAllowedBytes, fileSize * maximumFactor)) {}
 
     WebArchive read(const Value& root) {
         if (!root.isDictionary() || !hasKeyOfArchive(root.dictionary()))
@@ -91,12 +91,12 @@ private:
             !(contents.isNil() || contents.isData() || contents.isString()))
             return nullptr;
         NSData data = contents.data();
-        const std::size_t size = contents.isString() ? contents.string().length() : data.length();
-        if (isDocument || contents.isString()) {
-            if (size > documentBytesLeft_)
-                return nullptr;
-            documentBytesLeft_ -= size;
-        }
+        // What is to be copied or read through; other data is only pointed at.
+        const std::size_t size =
+            address->length() + contents.string().length() + (isDocument ? data.length() : 0);
+        if (size > bytesLeft_)
+            return nullptr;
+        bytesLeft_ -= size;
         if (contents.isString()) {
             data = NSData::dataWithBytesNoCopy(contents.string().UTF8String());
             textEncodingName = NSString(u"UTF-8");
@@ -105,7 +105,7 @@ private:
                            *frameName);
     }
 
-    std::size_t documentBytesLeft_;
+    std::size_t bytesLeft_;
     std::size_t framesLeft_ = WebArchive::maximumFrameCount;
     std::size_t resourcesLeft_ = WebArchive::maximumResourceCount;
 };

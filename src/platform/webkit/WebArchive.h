@@ -35,8 +35,8 @@ public:
     /// - No key is required. A resource with a value of another type than its key's is passed over like any
     ///   element that is none; text as data counts as its UTF-8 bytes.
     /// - Frames and resources past the counts above are left out. Objects that a binary property list shares
-    ///   are there as often as they are referred to, until the documents of the frames hold 8 times the bytes
-    ///   of the file (and 1 MiB); further documents are left out.
+    ///   are there as often as they are referred to, until the documents and addresses together hold 8 times
+    ///   the bytes of the file (and 1 MiB); further resources are left out.
     /// - Data of a binary property list shares the bytes of `data`, and keeps all of them alive.
     static WebArchive initWithData(const NSData& data);
 

@@ -87,6 +87,10 @@ TEST(MIMEHTMLTest, PutsFramesWhereTheyAreNamed) {
     EXPECT_EQ(outline(page), "0 cid:m@h\n1 http://h/unnamed\n1 http://h/inner\n2 http://h/main.html\n"
                              "3 http://h/second?a&b\n3 cid:f@h\n");
     EXPECT_TRUE(page.mainResource().frameName() == u"");
+    const WebArchive nowhere =
+        archive(message(html("a/b.html", "<frame src=c>") +
+                        part("Content-Type: text/plain\r\nContent-Location: a/c", "words")));
+    EXPECT_EQ(outline(nowhere), "0 \n1 \n") << "addresses that start nowhere lead from part to part only";
     const std::string deep = [&] {
         std::string parts;
         for (int index = 0; index < 10000; ++index)
@@ -124,6 +128,10 @@ TEST(MIMEHTMLTest, TellsPagesFromOtherMessages) {
         {"no boundary", "MIME-Version: 1.0\nContent-Type: multipart/related\n\n--\n\nx", ""},
         {"no header", "Content-Type: text/html\nMIME-Version\n\nx", ""},
         {"too many parts", message(repeated("---b\n\n", 70000) + picture), ""},
+        {"too many fields within a message",
+         message(part("Content-Type: message/rfc822", repeated("a:b\n", 300000)) + letter), ""},
+        {"too many fields within a digest",
+         message("---b\n\n" + repeated("a:b\n", 300000) + letter, multipart("digest")), ""},
         {"too many parameters",
          "Content-Type: multipart/related; boundary=-b" + repeated(";", 300000) + "\n\n" + picture, ""},
     };
@@ -150,6 +158,7 @@ TEST(FrameReferencesTest, ReadsTagsAsTheyAreWritten) {
         {"<frame src='a&amp;&amp;amp;b&lt'", {u"a&&amp;b&lt"}},
         {"<frame src=\"never ends <frame src=x", {u"never ends <frame src=x"}},
         {"<frame =src=a src=\xFC", {u"\uFFFD"}},
+        {"<<<<frame src=a><iframes src=no>", {u"a"}},
         {"<", {}},
         {"<frame", {}},
     };
