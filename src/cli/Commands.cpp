@@ -4,6 +4,7 @@
 #include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
+#include "cli/RichTextOutput.h"
 #include "cli/Session.h"
 #include "cli/ShowCommand.h"
 #include "cli/TextView.h"
@@ -47,18 +48,8 @@ Request requestForFile(const Options& options, Operation operation, const std::s
     return request;
 }
 
-/// The service writes the package beside its place; true when it is there.
-bool writePackage(Session& session, const NSData& rtfd, const std::string& destination) {
-    PackageOutput package(destination);
-    Request request;
-    request.operation = Operation::writeRTFDData;
-    request.data = rtfd;
-    request.file = pathOfFile(package.path());
-    const Value isWritten = session.ask(request, FileKind::richText, printableFileName(destination));
-    if (isNoAnswer(isWritten))
-        return false;
-    package.commit();
-    return true;
+bool givesRichText(Operation operation) {
+    return operation == Operation::RTFDWithHTML || operation == Operation::attributedStringWithContentsOfFile;
 }
 
 void print(Session& session, const Value& result, const WrittenBytes& written) {
@@ -69,7 +60,10 @@ void print(Session& session, const Value& result, const WrittenBytes& written) {
 }
 
 ExitStatus runWriteRTFD(Session& session, const std::string& dataFile, const std::string& destination) {
-    const bool isWritten = writePackage(session, readInput(dataFile), destination);
+    const NSData rtfd = readInput(dataFile);
+    const bool isWritten = richTextFormOfName(destination) == RichTextForm::plain
+                               ? !writeRichText(session, rtfd, destination).isNil()
+                               : writePackage(session, rtfd, destination);
     if (session.options().printsJSON)
         print(session, NSNumber::numberWithBool(isWritten), {});
     return isWritten ? ExitStatus::answered
@@ -79,18 +73,14 @@ ExitStatus runWriteRTFD(Session& session, const std::string& dataFile, const std
 ExitStatus runOperation(Session& session, Operation operation, const std::string& file) {
     const Options& options = session.options();
     const std::string subject = subjectOf(file);
-    const bool wantsPackage = options.output && isPackageName(*options.output);
+    const bool writesRichText = givesRichText(operation);
     if (options.output == standardStream && session.output().isTerminal())
         throw CommandError(ExitStatus::usage,
                            "bytes are not written to a terminal; send them to a file or a pipe");
     const Request request = requestForFile(options, operation, file);
     // Whatever can be known to fail fails before the work.
-    std::optional<PackageOutput> probe;
-    if (wantsPackage)
-        probe.emplace(*options.output);
-    else if (options.output)
-        requireWritable(*options.output);
-    probe.reset();
+    if (options.output)
+        writesRichText ? requireRichTextWritable(*options.output) : requireWritable(*options.output);
 
     const Value result = session.ask(request, kindOfFile(file), subject);
     if (isNoAnswer(result)) {
@@ -101,17 +91,21 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
     WrittenBytes written;
     ExitStatus status = ExitStatus::answered;
     if (options.output) {
-        const NSData bytes = bytesOfResult(operation, result);
+        NSData bytes = bytesOfResult(operation, result);
         if (bytes.isNil()) {
             session.complain(fmt::format("{}: the answer has nothing to write, {} is left as it was", subject,
                                          printableFileName(*options.output)));
             status = ExitStatus::noAnswer;
-        } else if (wantsPackage && !writePackage(session, bytes, *options.output)) {
-            status = session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(*options.output));
         } else {
-            if (!wantsPackage)
+            if (writesRichText)
+                bytes = writeRichText(session, bytes, *options.output);
+            else
                 writeOutput(*options.output, bytes, session.output());
-            written = {bytes, *options.output};
+            if (bytes.isNil())
+                status =
+                    session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(*options.output));
+            else
+                written = {bytes, *options.output};
         }
     }
     if (options.output != standardStream)

@@ -143,10 +143,6 @@ void writeOutput(const std::string& name, const NSData& data, Output& standardOu
         failWithError(name, "cannot be written", errno ? errno : EIO);
 }
 
-bool isPackageName(std::string_view name) {
-    return name.size() > 5 && name.ends_with(".rtfd");
-}
-
 PackageOutput::PackageOutput(const std::string& destination)
     : destination_(withoutSlashesAtTheEnd(destination)) {
     requireWritableFolder(destination_);

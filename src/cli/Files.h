@@ -34,9 +34,6 @@ void requireWritable(const std::string& name);
 /// written as it stands.
 void writeOutput(const std::string& name, const NSData& data, Output& standardOutput);
 
-/// Whether the name asks for an RTFD package (a folder) instead of a stream of bytes: it ends in ".rtfd".
-bool isPackageName(std::string_view name);
-
 /// An RTFD package on its way: the service writes to path(), in a hidden folder beside the destination, and
 /// commit() puts what it wrote in its place. Whatever is not committed is removed.
 class PackageOutput {

@@ -167,7 +167,8 @@ Examples:
             Operation::RTFDWithHTML, "Turn an HTML page into rich text with its pictures (RTFD)",
             R"(Relative addresses in the page start at --base-url, or else at the page's own place on the disk. Without
 --allow-remote only files, embedded data and hosts of the local network are loaded.
-An OUT that ends in ".rtfd" becomes a package (a folder); any other is written as one stream of bytes.
+An OUT that ends in ".rtfd" becomes a package (a folder), one that ends in ".rtf" plain RTF without pictures; any
+other is written as one stream of bytes.
 
 Examples:
   plumwick html-to-rtfd page.html -o page.rtfd
@@ -181,8 +182,11 @@ Examples:
     }
 
     void addWriteRTFD() {
-        CLI::App& subcommand =
-            add(Operation::writeRTFDData, "Write RTFD bytes as a package that programs can open", R"(Examples:
+        CLI::App& subcommand = add(
+            Operation::writeRTFDData, "Write RTFD bytes as a package that programs can open",
+            R"(A name that ends in ".rtf" becomes a file of plain RTF, without the pictures; that needs no service.
+
+Examples:
   plumwick html-to-rtfd page.html -o page.bin && plumwick write-rtfd page.bin page.rtfd)");
         subcommand.add_option("DATAFILE", file_, "RTFD as one stream of bytes; - reads standard input")
             ->required()
@@ -212,7 +216,8 @@ Examples:
         CLI::App& subcommand = add(
             Operation::attributedStringWithContentsOfFile,
             "Read a text document of any kind as rich text (RTFD)",
-            R"(An OUT that ends in ".rtfd" becomes a package (a folder); any other is written as one stream of bytes.
+            R"(An OUT that ends in ".rtfd" becomes a package (a folder), one that ends in ".rtf" plain RTF without pictures; any
+other is written as one stream of bytes.
 
 Examples:
   plumwick read-document letter.doc -o letter.rtfd

@@ -2,11 +2,14 @@
 
 #include "markup/WebArchiveSearchableText.h"
 #include "platform/appkit/DocumentReading.h"
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/NSTextStorage.h"
 #include "platform/appkit/RTFWriting.h"
 #include "platform/foundation/Value.h"
 #include "protocol/ResultKeys.h"
 
 #include <exception>
+#include <utility>
 
 namespace kelvo {
 
@@ -27,8 +30,19 @@ NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData&, co
     return nullptr;
 }
 
-bool PlumwickHelper::writeRTFDData_toFile(const NSData&, const NSString&) {
-    return false;
+bool PlumwickHelper::writeRTFDData_toFile(const NSData& data, const NSString& file) {
+    try {
+        NSDictionary documentAttributes;
+        const auto text = NSTextStorage::initWithRTFD_documentAttributes(data, &documentAttributes);
+        if (!text)
+            return false;
+        const NSAttributedString whole = std::move(*text).copy();
+        const auto package =
+            RTFDFileWrapperFromRange_documentAttributes(whole, {0, whole.length()}, documentAttributes);
+        return package && package->writeToFile_atomically_updateFilenames(file, false, false);
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString& file) {

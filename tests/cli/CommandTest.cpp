@@ -264,6 +264,25 @@ TEST_F(CommandTest, OddNamesReachNoTerminalRaw) {
               std::string::npos);
 }
 
+TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
+    files.write("a.bin", "{\\rtf1{\\info{\\title T}}words\\par}");
+    files.write("old.rtfd/TXT.rtf", "old");
+    files.write("old.rtfd/picture.png", "");
+    EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "old.rtfd"}).status, 0);
+    EXPECT_EQ(entriesOf(files.path("old.rtfd")), std::vector<std::string>{"TXT.rtf"}) << "replaced whole";
+    EXPECT_EQ(plumwick({"write-rtfd", "-", "any name", "--json"}, files.read("a.bin")).output, "true\n");
+    EXPECT_NE(files.read("any name/TXT.rtf").find("{\\title T}"), std::string::npos);
+    EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "plain.rtf"}).status, 0);
+    EXPECT_EQ(files.read("plain.rtf"), files.read("old.rtfd/TXT.rtf"));
+    EXPECT_EQ(plumwick({"write-rtfd", "text.zzz", "plain.rtf"}).status, 1);
+    EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "none/plain.rtf"}).status, 4);
+    EXPECT_EQ(files.read("plain.rtf"), files.read("old.rtfd/TXT.rtf")) << "left as it was";
+    EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again.rtf"}).status, 0);
+    EXPECT_EQ(files.read("again.rtf").find("{\\rtf1"), 0u);
+    EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again"}).status, 0);
+    EXPECT_EQ(files.read("again").find("rtfd"), 0u);
+}
+
 /// A service whose answers are known.
 class CommandAnswersTest : public CommandTest {
 protected:

@@ -1,4 +1,5 @@
 #include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/RTFReading.h"
 #include "platform/foundation/NSTask.h"
 #include "protocol/Operations.h"
@@ -44,6 +45,37 @@ TEST_F(ServiceTest, AnswersAllNineOperationsAsForUnreadableFiles) {
     EXPECT_TRUE(
         client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/nonexistent", true, true).isNil());
     EXPECT_TRUE(client.PDFImageRepOfFile(u"/nonexistent").isNil());
+}
+
+TEST_F(ServiceTest, WritesPackages) {
+    const tests::TemporaryFolder folder;
+    const auto write = [&](const NSData& data, const std::string& path) {
+        return client.writeRTFDData_toFile(data, NSString::stringWithUTF8String(path));
+    };
+    const auto package = NSFileWrapper::initDirectory();
+    for (const auto& [name, contents] :
+         {std::pair(u"TXT.rtf", "{\\rtf1 a {{\\NeXTGraphic a.png}\\'ac}\\par b}"), std::pair(u"a.png", "PNG"),
+          std::pair(u"unused", "x")}) {
+        const auto file = NSFileWrapper::initRegularFileWithContents(NSData::dataWithBytes(contents));
+        file->setPreferredFilename(name);
+        package->addFileWrapper(file);
+    }
+    const NSData rtfd = package->serializedRepresentation();
+    folder.write("there.rtfd/kept", "");
+    folder.write("there.rtfd/TXT.rtf", "old");
+    for (const char* name : {"new.rtfd", "there.rtfd"}) {
+        ASSERT_TRUE(write(rtfd, folder.path(name))) << name;
+        EXPECT_EQ(folder.read(name + std::string("/a.png")), "PNG") << name;
+        EXPECT_FALSE(std::filesystem::exists(folder.path(name) + "/unused")) << name;
+        EXPECT_EQ(folder.read(name + std::string("/TXT.rtf")).find("{\\rtf1"), 0u) << name;
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path("there.rtfd/kept")));
+    EXPECT_TRUE(write(NSData::dataWithBytes("{\\rtf1 plain}"), folder.path("plain.rtfd")));
+    EXPECT_FALSE(write(rtfd, folder.path("none/x.rtfd")));
+    EXPECT_FALSE(write(rtfd.subdataWithRange({0, rtfd.length() - 1}), folder.path("cut.rtfd")));
+    EXPECT_FALSE(write(nullptr, folder.path("nil.rtfd")));
+    EXPECT_FALSE(client.writeRTFDData_toFile(rtfd, nullptr));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("cut.rtfd")));
 }
 
 TEST_F(ServiceTest, ReadsWebArchives) {

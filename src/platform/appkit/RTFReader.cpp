@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/RTFField.h"
+#include "platform/foundation/NSFileManager.h"
 
 #include <algorithm>
 #include <utility>
@@ -230,7 +231,8 @@ void RTFReader::endDestination(const State& ended) {
     case Destination::packageName: {
         while (packageName_.ends_with(' '))
             packageName_.pop_back();
-        const NSString name = NSString::stringByRepairingUTF8String(packageName_);
+        const NSString name =
+            NSFileManager::defaultManager().stringWithFileSystemRepresentation(packageName_);
         auto attachment = std::make_shared<NSTextAttachment>();
         attachment->displaySize = packageSize_;
         if (package_)
