@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/foundation/EngineProcess.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/webkit/RenderedPage.h"
+#include "platform/webkit/WebResourceLoadDelegate.h"
+
+#include <optional>
+
+namespace kelvo {
+
+/// The web engine, which runs in a process of its own ("plumwick-web-engine").
+class WebEngine {
+public:
+    struct Options {
+        /// The charset label from outside the page; nil: the page's own declaration counts.
+        NSString textEncodingName;
+        /// What relative references are resolved against; nil: they resolve to nothing.
+        NSURL baseURL;
+        /// For all of it. What has loaded shortly before is used.
+        double timeoutSeconds = 60;
+        /// Asked before every request; null: everything is fetched.
+        WebResourceLoadDelegate* delegate = nullptr;
+    };
+
+    /// The one of this process. Its engine is started at the first page, kept, and ended with the process.
+    static WebEngine& sharedEngine();
+
+    /// Loads, lays out and describes the page. Runs the current run loop meanwhile. Absent when there is no
+    /// engine here, when it failed, or when the page's scripts do not come to an end; the next page is read
+    /// all the same. What the delegate throws refuses that request.
+    std::optional<RenderedPage> render(const NSData& page, const Options& options);
+
+    /// Of the engine, 0 when none runs.
+    pid_t processIdentifier() const { return process_.processIdentifier(); }
+
+private:
+    WebEngine() : process_("plumwick-web-engine") {}
+
+    EngineProcess process_;
+};
+
+} // namespace kelvo

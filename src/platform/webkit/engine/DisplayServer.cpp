@@ -1,0 +1,86 @@
+#include "platform/webkit/engine/DisplayServer.h"
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kelvo {
+
+DisplayServer::DisplayServer() {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return;
+    const pid_t parent = getpid();
+    process_ = fork();
+    if (process_ == 0) {
+        // In a session of its own it is told to end, and then removes its socket and lock file, which it
+        // could not if it were killed with the rest of the group.
+        setsid();
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent)
+            _exit(0);
+        const int nothing = open("/dev/null", O_RDWR);
+        dup2(nothing, STDIN_FILENO);
+        dup2(nothing, STDERR_FILENO);
+        // The number goes to standard output.
+        dup2(ends[1], STDOUT_FILENO);
+        execlp("Xvfb", "Xvfb", "-displayfd", "1", "-screen", "0", "1024x1024x24", "-nolisten", "tcp",
+               "-noreset", "-dpi", "96", "-extension", "GLX", nullptr);
+        _exit(127);
+    }
+    close(ends[1]);
+    if (process_ < 0) {
+        process_ = 0;
+        close(ends[0]);
+        return;
+    }
+    nameDescriptor_ = ends[0];
+}
+
+DisplayServer::~DisplayServer() {
+    if (nameDescriptor_ >= 0)
+        close(nameDescriptor_);
+    if (process_ > 0) {
+        kill(process_, SIGTERM);
+        while (waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+std::string DisplayServer::waitForDisplay(int timeoutMilliseconds) {
+    if (nameDescriptor_ < 0)
+        return {};
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_MONOTONIC, &time);
+        return time.tv_sec * 1000 + time.tv_nsec / 1000000;
+    };
+    const long end = now() + timeoutMilliseconds;
+    std::string number;
+    for (;;) {
+        pollfd wait{nameDescriptor_, POLLIN, 0};
+        const long left = end - now();
+        const int ready = left > 0 ? poll(&wait, 1, static_cast<int>(left)) : 0;
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready <= 0)
+            return {};
+        char unit = 0;
+        const ssize_t count = read(nameDescriptor_, &unit, 1);
+        if (count <= 0)
+            return {};
+        if (unit == '\n')
+            return number.empty() ? std::string() : ":" + number;
+        if (unit < '0' || unit > '9' || number.size() > 8)
+            return {};
+        number += unit;
+    }
+}
+
+} // namespace kelvo

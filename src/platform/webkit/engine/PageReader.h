@@ -1,0 +1,91 @@
+#pragma once
+
+#include "platform/webkit/engine/RequestGate.h"
+
+#include <webkit2/webkit2.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+/// One page to read.
+struct PageRequest {
+    /// With its base already in it; the engine adds none.
+    std::string bytes;
+    /// Empty: what the page says of itself counts.
+    std::string charset;
+    /// By the monotonic clock: when the description is to be there.
+    double deadlineSeconds = 0;
+    /// Asked for every request of the page.
+    RequestGate::Decision decide;
+};
+
+/// A picture as it came over the wire.
+struct PageResource {
+    std::string url;
+    std::string mimeType;
+    std::string bytes;
+};
+
+struct PageDescription {
+    /// What the walk through the page found; see RenderedPageReader.cpp.
+    std::string fields;
+    std::vector<PageResource> resources;
+};
+
+/// Reads pages one after another in a web view that nobody sees. The display must be open.
+class PageReader {
+public:
+    /// `extensionFolder` holds the extension that asks before each request, and nothing else.
+    PageReader(const std::string& extensionFolder, bool sandboxed);
+    PageReader(const PageReader&) = delete;
+    PageReader& operator=(const PageReader&) = delete;
+    ~PageReader();
+
+    /// Absent when the page's process ended meanwhile, or had to be ended because it gave no description in
+    /// time.
+    std::optional<PageDescription> read(const PageRequest& request);
+    /// Makes ready for the next page: nothing of the last one goes on, and a web process that has read many
+    /// or has grown is replaced.
+    void rest();
+
+private:
+    enum class Phase { idle, loading, finished, gone };
+
+    void openView();
+    void closeView();
+    /// Until the condition holds or the monotonic time (microseconds) has come; whether it holds.
+    bool runUntil(const std::function<bool()>& condition, gint64 end);
+    std::optional<std::string> describe(gint64 end);
+    std::vector<PageResource> collectResources(const std::string& fields, gint64 end);
+    std::string decide(const GateQuestion& question);
+
+    static void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageReader* self);
+    static gboolean onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError*, PageReader* self);
+    static void onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, PageReader* self);
+    static void onResource(WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest* request,
+                           PageReader* self);
+
+    struct Resource {
+        std::string requestedURL;
+        WebKitWebResource* resource;
+    };
+
+    RequestGate gate_;
+    WebKitWebContext* context_ = nullptr;
+    WebKitSettings* settings_ = nullptr;
+    GtkWidget* window_ = nullptr;
+    WebKitWebView* view_ = nullptr;
+    Phase phase_ = Phase::idle;
+    bool isCommitted_ = false;
+    /// Null unless a page is being loaded: what goes on before and after is not let through.
+    const PageRequest* request_ = nullptr;
+    std::vector<Resource> resources_;
+    int pagesOfProcess_ = 0;
+};
+
+} // namespace kelvo

@@ -1,0 +1,108 @@
+#include "platform/webkit/engine/RequestGate.h"
+
+#include "platform/webkit/engine/GateMessages.h"
+
+#include <glib-unix.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace kelvo {
+
+RequestGate::RequestGate(Decision decide) : decide_(static_cast<Decision&&>(decide)) {
+    const char* runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
+    for (const char* parent : {runtimeFolder, "/tmp"}) {
+        std::string folder = std::string(parent ? parent : "") + "/plumwick-web-XXXXXX";
+        if (parent && gate::addressOfSocket(folder + "/gate") && mkdtemp(folder.data())) {
+            folder_ = folder;
+            return;
+        }
+    }
+}
+
+RequestGate::~RequestGate() {
+    disconnect();
+    stopListening();
+}
+
+bool RequestGate::openForOne() {
+    disconnect();
+    stopListening();
+    const auto address = gate::addressOfSocket(socketPath());
+    if (folder_.empty() || !address || (mkdir(folder_.c_str(), 0700) != 0 && errno != EEXIST))
+        return false;
+    struct stat status {};
+    // Somebody else's folder that took the place of ours is not to be used.
+    if (lstat(folder_.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
+        return false;
+    listening_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (listening_ < 0 ||
+        bind(listening_, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0 ||
+        listen(listening_, 1) != 0)
+        return false;
+    listeningSource_ = g_unix_fd_add(listening_, G_IO_IN, accept, this);
+    return true;
+}
+
+void RequestGate::stopListening() {
+    if (listeningSource_)
+        g_source_remove(listeningSource_);
+    listeningSource_ = 0;
+    if (listening_ >= 0)
+        close(listening_);
+    listening_ = -1;
+    if (!folder_.empty()) {
+        unlink(socketPath().c_str());
+        rmdir(folder_.c_str());
+    }
+}
+
+void RequestGate::disconnect() {
+    if (connectedSource_)
+        g_source_remove(connectedSource_);
+    connectedSource_ = 0;
+    if (connected_ >= 0)
+        close(connected_);
+    connected_ = -1;
+}
+
+gboolean RequestGate::accept(gint descriptor, GIOCondition, gpointer self) {
+    auto& own = *static_cast<RequestGate*>(self);
+    const int peer = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
+    if (peer < 0)
+        return G_SOURCE_CONTINUE;
+    // A web process that stops in the middle of a question must not hold up the engine.
+    const timeval patience{2, 0};
+    setsockopt(peer, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setsockopt(peer, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    own.connected_ = peer;
+    own.connectedSource_ = g_unix_fd_add(peer, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), serve, self);
+    own.listeningSource_ = 0;
+    own.stopListening();
+    return G_SOURCE_REMOVE;
+}
+
+gboolean RequestGate::serve(gint, GIOCondition, gpointer self) {
+    auto& own = *static_cast<RequestGate*>(self);
+    if (own.answerOne())
+        return G_SOURCE_CONTINUE;
+    own.connectedSource_ = 0;
+    own.disconnect();
+    return G_SOURCE_REMOVE;
+}
+
+bool RequestGate::answerOne() {
+    const int descriptor = connected_;
+    const auto url = gate::receiveText(descriptor);
+    const auto redirectedFrom = url ? gate::receiveText(descriptor) : std::nullopt;
+    const auto statusCode = redirectedFrom ? gate::receiveText(descriptor) : std::nullopt;
+    return statusCode &&
+           gate::sendText(descriptor, decide_({*url, *redirectedFrom, std::atoi(statusCode->c_str())}));
+}
+
+} // namespace kelvo

@@ -1,0 +1,532 @@
+// Describes the rendered page as one flat list of fields, see RenderedPageReader.cpp; runs in a world of its own,
+// so that nothing that the page does to its prototypes is seen here.
+(function (limits) {
+    'use strict';
+    const TEXT = 0, BREAK = 1, BLOCK = 2, END = 3, ITEM = 4, LIST = 5, TABLE = 6, ROW = 7, CELL = 8, IMAGE = 9,
+        RULE = 10;
+    const events = [], styles = [], blocks = [], images = [];
+    const styleNumbers = new Map(), blockNumbers = new Map();
+    let imageCount = 0, nodesLeft = limits.nodes, unitsLeft = limits.units;
+
+    // Controls named "tagName" or "childNodes" hide those properties of their form, and documents have the same.
+    function getter(prototype, name) {
+        const get = Object.getOwnPropertyDescriptor(prototype, name).get;
+        return Function.prototype.call.bind(get);
+    }
+    const tagNameOf = getter(Element.prototype, 'tagName'), shadowRootOf = getter(Element.prototype, 'shadowRoot'),
+        nodeTypeOf = getter(Node.prototype, 'nodeType'), childNodesOf = getter(Node.prototype, 'childNodes'),
+        bodyOf = getter(Document.prototype, 'body');
+
+    const clear = 'rgba(0, 0, 0, 0)';
+    const blockStarts = {block: 1, 'flow-root': 1, 'list-item': 1, flex: 1, grid: 1, table: 1, 'table-caption': 1,
+        'table-row-group': 1, 'table-header-group': 1, 'table-footer-group': 1, 'table-row': 1, 'table-cell': 1,
+        '-webkit-box': 1};
+    // Elements whose horizontal margins are meant for the reader; those of others are page layout.
+    const indenting = {BLOCKQUOTE: 1, DD: 1, UL: 1, OL: 1, P: 1, PRE: 1, FIGURE: 1, H1: 1, H2: 1, H3: 1, H4: 1, H5: 1, H6: 1,
+        ADDRESS: 1};
+    const unseen = {AUDIO: 1, CANVAS: 1, METER: 1, PROGRESS: 1, OPTION: 1, MATH: 0, RP: 1, TEMPLATE: 1};
+    const nothing = [];
+
+    function number(list, numbers, fields) {
+        const key = fields.join('\u0001');
+        let at = numbers.get(key);
+        if (at === undefined) {
+            at = numbers.size;
+            list.push(...fields);
+            numbers.set(key, at);
+        }
+        return at;
+    }
+
+    // U+0000 separates the fields.
+    function field(text) {
+        return text.indexOf('\0') < 0 ? text : text.replace(/\0/g, '');
+    }
+
+    function length(text) {
+        const value = parseFloat(text);
+        return value === value && value < 1e6 && value > -1e6 ? Math.round(value * 100) / 100 : 0;
+    }
+
+    // What one element hands down to its text without CSS inheritance doing so.
+    function Context(parent) {
+        this.link = parent ? parent.link : '';
+        // Of the nearest inline box, of the nearest block, and of the row of a table that have one.
+        this.back = parent ? parent.back : '';
+        this.ground = parent ? parent.ground : '';
+        this.rowGround = parent ? parent.rowGround : '';
+        this.lines = parent ? parent.lines : 0;
+        this.raise = parent ? parent.raise : 0;
+        this.quotes = parent ? parent.quotes : 0;
+        this.style = -1;
+        this.css = null;
+        this.element = null;
+        this.hidden = false;
+        this.transform = 'none';
+        this.space = '';
+    }
+
+    function luminance(color) {
+        const parts = /^rgba?\(([\d.]+), ([\d.]+), ([\d.]+)/.exec(color);
+        return parts ? (0.3 * parts[1] + 0.59 * parts[2] + 0.11 * parts[3]) / 255 : 0;
+    }
+
+    // Rich text stands on white. What a block is painted with comes along only where its text could not be read
+    // without.
+    function backOf(context) {
+        if (context.back)
+            return context.back;
+        return context.ground && luminance(context.css.color) > 0.6 && luminance(context.ground) < 0.6 ?
+            context.ground : '';
+    }
+
+    function styleOf(context) {
+        if (context.style >= 0)
+            return context.style;
+        const css = context.css;
+        context.transform = css.textTransform;
+        return context.style = number(styles, styleNumbers, [css.fontFamily, length(css.fontSize),
+            parseInt(css.fontWeight, 10) || 400, css.fontStyle === 'normal' ? 0 : 1, css.color, backOf(context),
+            context.lines, context.raise, length(css.letterSpacing), context.space, field(context.link)]);
+    }
+
+    function transformed(text, how) {
+        switch (how) {
+        case 'none': return text;
+        case 'uppercase': return text.toLocaleUpperCase();
+        case 'lowercase': return text.toLocaleLowerCase();
+        case 'capitalize':
+            return text.replace(/(^['\u2018]?|[\s\u00A0\-(\["\u201C]['\u2018]?)(\p{L})/gu,
+                function (all, before, letter) { return before + letter.toLocaleUpperCase(); });
+        default: return text;
+        }
+    }
+
+    function putText(text, context) {
+        if (!text)
+            return;
+        if (text.length > unitsLeft)
+            text = text.slice(0, unitsLeft);
+        unitsLeft -= text.length;
+        const style = styleOf(context);
+        events.push(TEXT, style, field(transformed(text, context.transform)));
+    }
+
+    // Elements with generated text, by the style rules of the page that can be read.
+    const generated = new Map();
+    function findGenerated(rules, depth) {
+        for (let at = 0; at < rules.length; at++) {
+            const rule = rules[at];
+            if (rule.cssRules && rule.cssRules.length && depth < 8)
+                findGenerated(rule.cssRules, depth + 1);
+            const selectors = rule.selectorText;
+            if (!selectors || selectors.indexOf(':') < 0 || !rule.style)
+                continue;
+            const content = rule.style.content;
+            if (!content || content[0] !== '"' && content[0] !== "'" || content.length < 3)
+                continue;
+            for (const part of selectors.split(',')) {
+                const found = /^(.*?)::?(before|after)\s*$/.exec(part);
+                if (!found)
+                    continue;
+                try {
+                    const matching = Document.prototype.querySelectorAll.call(document, found[1].trim() || '*');
+                    for (let index = 0; index < matching.length && generated.size < 20000; index++)
+                        generated.set(matching[index], 1);
+                } catch (error) { /* not a selector by itself */ }
+            }
+        }
+    }
+    for (const sheet of getter(Document.prototype, 'styleSheets')(document)) {
+        try {
+            if (!sheet.disabled)
+                findGenerated(sheet.cssRules, 0);
+        } catch (error) { /* from another origin */ }
+    }
+
+    function generatedText(element, which) {
+        const css = getComputedStyle(element, which);
+        if (css.display === 'none' || css.visibility !== 'visible')
+            return '';
+        const content = css.content;
+        if (!/^("(?:[^"\\]|\\.)*"\s*)+$/.test(content))
+            return '';
+        let text = '';
+        for (const piece of content.match(/"(?:[^"\\]|\\.)*"/g))
+            text += piece.slice(1, -1).replace(/\\([0-9a-fA-F]{1,6})\s?/g, function (all, code) {
+                const point = parseInt(code, 16);
+                return point > 0 && point < 0x110000 ? String.fromCodePoint(point) : '';
+            }).replace(/\\(.)/g, '$1');
+        // Glyphs of icon fonts say nothing as text.
+        return text.replace(/[\uE000-\uF8FF]/g, '');
+    }
+
+    function controlText(element) {
+        if (element.tagName === 'TEXTAREA')
+            return element.value;
+        if (element.tagName === 'SELECT') {
+            const shown = [], all = element.multiple || element.size > 1;
+            for (const option of element.options) {
+                if ((all || option.selected) && shown.length < 1000)
+                    shown.push(option.label || option.text);
+            }
+            return shown.join(' ');
+        }
+        switch (element.type) {
+        case 'hidden': case 'password': case 'checkbox': case 'radio': case 'file': case 'color': case 'range':
+        case 'image':
+            return '';
+        case 'submit': return element.value || 'Submit';
+        case 'reset': return element.value || 'Reset';
+        default: return element.value;
+        }
+    }
+
+    function putImage(element, address, alternative, context) {
+        const box = element.getBoundingClientRect();
+        if (context.hidden || box.width < 2 || box.height < 2 && element.tagName !== 'IMG') {
+            if (!context.hidden && alternative && !element.naturalWidth)
+                putText(alternative, context);
+            return;
+        }
+        if (box.height < 2)
+            return;
+        events.push(IMAGE, styleOf(context), imageCount++);
+        images.push(field(address), field(alternative), length(box.width), length(box.height), '');
+    }
+
+    function listStart(element) {
+        if (element.tagName !== 'OL')
+            return 1;
+        if (!element.reversed || element.hasAttribute('start'))
+            return element.start;
+        let items = 0;
+        for (let child = element.firstElementChild; child; child = child.nextElementSibling)
+            items += child.tagName === 'LI' ? 1 : 0;
+        return items;
+    }
+
+    function childrenOf(element) {
+        if (tagNameOf(element) === 'SLOT') {
+            const assigned = element.assignedNodes({flatten: true});
+            if (assigned.length)
+                return assigned;
+        }
+        return childNodesOf(shadowRootOf(element) || element);
+    }
+
+    const groupOrder = {'table-caption': 0, 'table-header-group': 1, 'table-footer-group': 3};
+    function tableChildren(element) {
+        const sorted = [[], [], [], []];
+        for (const child of childNodesOf(element)) {
+            if (nodeTypeOf(child) !== 1)
+                continue;
+            const order = groupOrder[getComputedStyle(child).display];
+            sorted[order === undefined ? 2 : order].push(child);
+        }
+        return sorted[0].concat(sorted[1], sorted[2], sorted[3]);
+    }
+
+    function isLayoutTable(element, css) {
+        if (element.tagName === 'TABLE')
+            return element.rows.length === 1 && element.rows[0].cells.length === 1 &&
+                css.borderTopStyle === 'none' &&
+                getComputedStyle(element.rows[0].cells[0]).borderTopStyle === 'none';
+        for (let child = element.firstElementChild; child; child = child.nextElementSibling) {
+            const display = getComputedStyle(child).display;
+            if (display === 'table-row' || display === 'table-row-group')
+                return false;
+        }
+        return true;
+    }
+
+    function borders(css) {
+        const found = [];
+        for (const side of ['Left', 'Top', 'Right', 'Bottom']) {
+            const style = css['border' + side + 'Style'];
+            found.push(style === 'none' || style === 'hidden' ? 0 : length(css['border' + side + 'Width']),
+                css['border' + side + 'Color']);
+        }
+        return found;
+    }
+
+    function openTable(element, css) {
+        const box = element.getBoundingClientRect(), outer = element.parentElement;
+        events.push(TABLE, css.borderCollapse === 'collapse' ? 1 : 0, length(box.width),
+            outer ? length(outer.getBoundingClientRect().width) : 0,
+            css.backgroundColor === clear ? '' : css.backgroundColor);
+    }
+
+    function openCell(element, css, tableWidth, context) {
+        const box = element.getBoundingClientRect();
+        events.push(CELL, element.colSpan || 1, element.rowSpan === undefined ? 1 : element.rowSpan,
+            tableWidth > 0 ? length(100 * box.width / tableWidth) : 0,
+            css.backgroundColor === clear ? context.rowGround : css.backgroundColor, css.verticalAlign,
+            length(css.paddingLeft), length(css.paddingTop), length(css.paddingRight), length(css.paddingBottom),
+            ...borders(css));
+    }
+
+    function openBlock(element, css, display) {
+        const tag = tagNameOf(element), style = element.style;
+        let left = 0, right = 0;
+        if (indenting[tag] || tag !== 'BODY' && style && (style.marginLeft || style.paddingLeft || style.marginRight)) {
+            left = length(css.marginLeft) + length(css.paddingLeft) + length(css.borderLeftWidth);
+            right = length(css.marginRight) + length(css.paddingRight) + length(css.borderRightWidth);
+            // An automatic margin centres; it is no indent.
+            if (left === right && !indenting[tag] || style && style.marginLeft === 'auto')
+                left = right = 0;
+        }
+        const heading = /^H[1-6]$/.test(tag) ? +tag[1] : 0;
+        const inCell = display === 'table-cell' || tag === 'BODY';
+        const lineHeight = css.lineHeight;
+        const apart = display !== 'block' && display !== 'list-item' || css.overflow !== 'visible' || css.float !== 'none';
+        events.push(BLOCK, number(blocks, blockNumbers, [css.textAlign, css.direction === 'rtl' ? 1 : 0,
+            left, right, length(css.textIndent), inCell ? 0 : length(css.marginTop),
+            inCell ? 0 : length(css.paddingTop) + length(css.borderTopWidth),
+            inCell ? 0 : length(css.marginBottom), inCell ? 0 : length(css.paddingBottom) +
+            length(css.borderBottomWidth), lineHeight === 'normal' ? 0 : length(lineHeight), heading,
+            apart ? 1 : 0]));
+    }
+
+    // One stack entry per open element: its children, how far they are, what closes it.
+    const stack = [];
+    function enter(children, context, closes, after) {
+        stack.push({children: children, at: 0, context: context, closes: closes, after: after, table: 0});
+    }
+
+    function linkOf(element) {
+        const written = element.getAttribute('href') || element.getAttribute('xlink:href') || '';
+        const resolved = typeof element.href === 'string' ? element.href : written;
+        return resolved.indexOf(limits.nowhere) === 0 ? written.trim() : resolved;
+    }
+
+    function visitElement(element, parent, tableWidth) {
+        const tag = tagNameOf(element);
+        if (unseen[tag] === 1 || tag === 'SCRIPT' || tag === 'STYLE')
+            return;
+        const css = getComputedStyle(element), display = css.display;
+        if (display === 'none')
+            return;
+        const context = new Context(parent);
+        context.css = css;
+        context.element = element;
+        context.hidden = css.visibility !== 'visible';
+        context.space = css.whiteSpace;
+        if (display === 'contents') {
+            enter(childrenOf(element), context, 0, '');
+            return;
+        }
+        const inlineBox = display === 'inline-block' || display === 'inline-flex' || display === 'inline-grid' ||
+            display === 'inline-table';
+        const isBlock = blockStarts[display] === 1;
+        if (display === 'inline-block' || css.float !== 'none')
+            context.lines = 0;
+        const decoration = css.textDecorationLine;
+        if (decoration !== 'none') {
+            if (decoration.indexOf('underline') >= 0)
+                context.lines |= css.textDecorationStyle === 'double' ? 4 : 1;
+            if (decoration.indexOf('line-through') >= 0)
+                context.lines |= 2;
+        }
+        const back = css.backgroundColor === clear ? '' : css.backgroundColor;
+        if (display === 'table-cell' || display === 'table') {
+            context.back = context.ground = '';
+        } else if (display === 'table-row' || display === 'table-row-group' || display === 'table-header-group') {
+            context.rowGround = back || context.rowGround;
+        } else if (isBlock || inlineBox) {
+            context.ground = back || context.ground;
+            if (isBlock)
+                context.back = '';
+        } else {
+            context.back = back || context.back;
+        }
+        if (display === 'table')
+            context.rowGround = '';
+        if (!isBlock && !inlineBox) {
+            if (css.verticalAlign === 'super')
+                context.raise++;
+            else if (css.verticalAlign === 'sub')
+                context.raise--;
+        }
+        if (tag === 'A' || tag === 'a') {
+            const link = element.hasAttribute('href') || element.hasAttribute('xlink:href') ?
+                linkOf(element) : '';
+            if (link && link.length <= limits.link && !/^javascript:/i.test(link))
+                context.link = link;
+        }
+
+        switch (tag) {
+        case 'BR':
+            events.push(BREAK, styleOf(parent));
+            return;
+        case 'WBR':
+            return;
+        case 'HR':
+            openBlock(element, css, display);
+            events.push(RULE, END);
+            return;
+        case 'IMG':
+        case 'IMAGE':
+            if (isBlock)
+                openBlock(element, css, display);
+            putImage(element, element.naturalWidth ? element.currentSrc || element.src : '', element.alt || '',
+                context);
+            if (isBlock)
+                events.push(END);
+            return;
+        case 'VIDEO':
+            if (element.poster)
+                putImage(element, element.poster, '', context);
+            return;
+        case 'EMBED':
+        case 'OBJECT':
+            if (/^image\//.test(element.type) && element.getBoundingClientRect().width > 1 &&
+                !element.firstElementChild) {
+                putImage(element, element.data || element.src, '', context);
+                return;
+            }
+            break;
+        case 'INPUT':
+            if (element.type === 'image') {
+                putImage(element, element.src, element.alt || '', context);
+                return;
+            }
+            // falls through
+        case 'TEXTAREA':
+        case 'SELECT':
+            if (!context.hidden) {
+                context.space = tag === 'TEXTAREA' ? 'pre-wrap' : 'pre';
+                putText(controlText(element), context);
+            }
+            return;
+        case 'svg':
+            if (!context.hidden)
+                visitDrawing(element, context);
+            return;
+        case 'IFRAME':
+        case 'FRAME': {
+            let inside = null;
+            try {
+                inside = element.contentDocument;
+            } catch (error) { /* of another origin */ }
+            const body = inside && bodyOf(inside);
+            if (body && stack.length < limits.depth) {
+                openBlock(element, css, 'block');
+                enter([body], context, 1, '');
+            }
+            return;
+        }
+        case 'Q':
+            context.quotes++;
+            break;
+        }
+
+        let closes = 0, width = tableWidth, children = null;
+        if (isBlock || inlineBox && (tag === 'TABLE')) {
+            if ((display === 'table' || display === 'inline-table') && !isLayoutTable(element, css)) {
+                openBlock(element, css, display);
+                openTable(element, css);
+                closes = 2;
+                width = element.getBoundingClientRect().width;
+                children = tableChildren(element);
+            } else if (display === 'table-row' && tableWidth > 0) {
+                events.push(ROW);
+                closes = 1;
+            } else if (display === 'table-cell' && tableWidth > 0) {
+                openCell(element, css, tableWidth, context);
+                openBlock(element, css, display);
+                closes = 2;
+                width = 0;
+            } else if (/^table-(row|header|footer)-group$/.test(display) && tableWidth > 0) {
+                closes = 0;
+            } else {
+                openBlock(element, css, display);
+                closes = 1;
+                if (display !== 'table-caption')
+                    width = 0;
+            }
+        }
+        if (tag === 'UL' || tag === 'OL' || tag === 'MENU' || tag === 'DIR') {
+            events.push(LIST, css.listStyleType, listStart(element), element.reversed ? 1 : 0);
+            closes++;
+        } else if (display === 'list-item' && tag !== 'SUMMARY') {
+            const value = tag === 'LI' && element.hasAttribute('value') ? element.value : '';
+            events.push(ITEM, css.listStyleType, styleOf(context), value);
+            closes++;
+        }
+        let after = '';
+        if (tag === 'Q') {
+            const outer = context.quotes % 2 === 1;
+            putText(outer ? '\u201C' : '\u2018', context);
+            after = outer ? '\u201D' : '\u2019';
+        }
+        if (generated.has(element) && !context.hidden) {
+            putText(generatedText(element, '::before'), context);
+            after = generatedText(element, '::after') + after;
+        }
+        if (tag === 'DETAILS' && !element.open) {
+            children = nothing;
+            for (const child of element.children) {
+                if (child.tagName === 'SUMMARY') {
+                    children = [child];
+                    break;
+                }
+            }
+        }
+        enter(children || childrenOf(element), context, closes, after);
+        stack[stack.length - 1].table = width;
+    }
+
+    function visitDrawing(element, context) {
+        const box = element.getBoundingClientRect();
+        // Smaller ones are the signs of buttons.
+        if (box.width < limits.leastDrawing || box.height < limits.leastDrawing)
+            return;
+        const source = new XMLSerializer().serializeToString(element);
+        if (source.length > limits.drawing)
+            return;
+        events.push(IMAGE, styleOf(context), imageCount++);
+        images.push('', '', length(box.width), length(box.height), field(source));
+    }
+
+    const whole = getter(Document.prototype, 'documentElement')(document), start = bodyOf(document) || whole;
+    if (start) {
+        const root = new Context(null);
+        root.css = getComputedStyle(whole);
+        root.space = root.css.whiteSpace;
+        root.ground = root.css.backgroundColor === clear ? '' : root.css.backgroundColor;
+        enter([start], root, 0, '');
+    }
+    while (stack.length) {
+        const top = stack[stack.length - 1];
+        if (top.at >= top.children.length || nodesLeft <= 0 || unitsLeft <= 0) {
+            stack.pop();
+            if (top.after)
+                putText(top.after, top.context);
+            for (let count = top.closes; count > 0; count--)
+                events.push(END);
+            continue;
+        }
+        const node = top.children[top.at++];
+        nodesLeft--;
+        const kind = nodeTypeOf(node);
+        if (kind === 3) {
+            if (!top.context.hidden && !(top.table > 0 && !/\S/.test(node.data)))
+                putText(node.data, top.context);
+        } else if (kind === 1 && stack.length < limits.depth) {
+            visitElement(node, top.context, top.table);
+        }
+    }
+    return [field(getter(Document.prototype, 'title')(document)), styleNumbers.size, blockNumbers.size, imageCount]
+        .concat(styles, blocks, images, events).join('\0');
+})({
+    nodes: 1000000,
+    // UTF-16 units of text.
+    units: 20000000,
+    depth: 2000,
+    link: 8192,
+    drawing: 1000000,
+    leastDrawing: 32,
+    // As in PageBase.h.
+    nowhere: 'x-nowhere:'
+});

@@ -1,0 +1,171 @@
+#include "platform/foundation/EngineChannel.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/Value.h"
+#include "platform/webkit/engine/DisplayServer.h"
+#include "platform/webkit/engine/PageReader.h"
+
+#include <glib-unix.h>
+#include <gtk/gtk.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <optional>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kelvo {
+namespace {
+
+constexpr int millisecondsForDisplay = 5000;
+
+std::string ownFolder() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string own(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    return own.substr(0, own.rfind('/') + 1);
+}
+
+/// Whether this system lets the web processes be shut in: containers often do not.
+class SandboxProbe {
+public:
+    SandboxProbe() : process_(fork()) {
+        if (process_ != 0)
+            return;
+        const int nothing = open("/dev/null", O_RDWR);
+        dup2(nothing, STDOUT_FILENO);
+        dup2(nothing, STDERR_FILENO);
+        execlp("bwrap", "bwrap", "--ro-bind", "/", "/", "--unshare-all", "--proc", "/proc", "--dev", "/dev",
+               "--die-with-parent", "true", nullptr);
+        _exit(127);
+    }
+    bool result() {
+        int status = -1;
+        while (process_ > 0 && waitpid(process_, &status, 0) < 0 && errno == EINTR) {
+        }
+        return process_ > 0 && access("/usr/bin/xdg-dbus-proxy", X_OK) == 0 && WIFEXITED(status) &&
+               WEXITSTATUS(status) == 0;
+    }
+
+private:
+    pid_t process_;
+};
+
+/// What the libraries and the web processes find worth a warning is nobody's news.
+void silenceLibraries() {
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    dup2(nothing, STDOUT_FILENO);
+    dup2(nothing, STDERR_FILENO);
+    close(nothing);
+}
+
+void prepareEnvironment(const std::string& display) {
+    // Only the private display, and no services of a desktop: what the page is read with is the same
+    // everywhere.
+    const char* const set[][2] = {{"DISPLAY", display.c_str()},
+                                  {"GDK_BACKEND", "x11"},
+                                  {"NO_AT_BRIDGE", "1"},
+                                  {"GTK_A11Y", "none"},
+                                  {"GSETTINGS_BACKEND", "memory"},
+                                  {"GIO_USE_VFS", "local"},
+                                  {"GTK_THEME", "Adwaita"},
+                                  {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"},
+                                  {"WEBKIT_DISABLE_DMABUF_RENDERER", "1"}};
+    for (const auto& [name, value] : set)
+        setenv(name, value, 1);
+    for (const char* name : {"WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "GTK_MODULES",
+                             "GTK_IM_MODULE", "GDK_SCALE", "GDK_DPI_SCALE", "WEBKIT_INSPECTOR_SERVER"})
+        unsetenv(name);
+}
+
+std::string bytesOf(const NSString& text) {
+    return text.isNil() ? std::string() : text.UTF8String();
+}
+
+NSString textOf(const std::string& bytes) {
+    return NSString::stringByRepairingUTF8String(bytes);
+}
+
+Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel) {
+    const NSDictionary fields = message.dictionary();
+    const NSData page = fields.objectForKey(u"page").data();
+    const NSNumber* deadline = fields.objectForKey(u"deadline").numberIfAny();
+    const NSNumber* asks = fields.objectForKey(u"asks").numberIfAny();
+    PageRequest request;
+    request.bytes.assign(reinterpret_cast<const char*>(page.bytes().data()), page.length());
+    request.charset = bytesOf(fields.objectForKey(u"charset").string());
+    request.deadlineSeconds = deadline ? deadline->doubleValue() : 0;
+    request.decide = [&channel, isAsking = asks && asks->boolValue()](const GateQuestion& question) {
+        if (!isAsking)
+            return question.url;
+        auto asked = NSMutableDictionary::dictionary();
+        asked.setObject_forKey(textOf(question.url), u"url");
+        if (!question.redirectedFrom.empty()) {
+            asked.setObject_forKey(textOf(question.redirectedFrom), u"redirectedFrom");
+            asked.setObject_forKey(NSNumber::numberWithInt(question.statusCode), u"statusCode");
+        }
+        const auto reply = channel.ask(asked);
+        return reply ? bytesOf(reply->string()) : std::string();
+    };
+    const auto description = reader.read(request);
+    auto answer = NSMutableDictionary::dictionary();
+    if (!description)
+        return answer;
+    answer.setObject_forKey(NSData::dataWithBytes(description->fields.data(), description->fields.size()),
+                            u"fields");
+    auto resources = NSMutableArray::array();
+    for (const PageResource& resource : description->resources)
+        resources.addObject(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{textOf(resource.url), u"url"},
+             {textOf(resource.mimeType), u"mimeType"},
+             {NSData::dataWithBytes(resource.bytes.data(), resource.bytes.size()), u"data"}}));
+    answer.setObject_forKey(resources, u"resources");
+    return answer;
+}
+
+int run() {
+    EngineChannel channel;
+    DisplayServer displayServer;
+    SandboxProbe sandboxProbe;
+    const std::string display = displayServer.waitForDisplay(millisecondsForDisplay);
+    const bool isSandboxed = sandboxProbe.result();
+    prepareEnvironment(display);
+    silenceLibraries();
+    if (display.empty() || !gtk_init_check(nullptr, nullptr)) {
+        NSLog(u"No page can be read: Xvfb gives no display.");
+        return EXIT_FAILURE;
+    }
+    if (!isSandboxed)
+        NSLog(u"Pages are read without a sandbox: bwrap may not make one here.");
+
+    PageReader reader(ownFolder() + "plumwick-web-extension", isSandboxed);
+    for (;;) {
+        bool isMessageThere = false;
+        g_unix_fd_add(
+            channel.descriptor(), static_cast<GIOCondition>(G_IO_IN | G_IO_HUP),
+            [](gint, GIOCondition, gpointer flag) -> gboolean {
+                *static_cast<bool*>(flag) = true;
+                return G_SOURCE_REMOVE;
+            },
+            &isMessageThere);
+        while (!isMessageThere)
+            g_main_context_iteration(nullptr, TRUE);
+        const auto message = channel.nextMessage();
+        if (!message || !channel.answer(answerTo(*message, reader, channel)))
+            break;
+        reader.rest();
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+} // namespace kelvo
+
+int main() {
+    const int status = kelvo::run();
+    // The libraries' own endings are not waited for.
+    std::_Exit(status);
+}
