@@ -1,0 +1,398 @@
+#include "platform/appkit/HTMLReading.h"
+
+#include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/foundation/NSObject.h"
+#include "platform/webkit/WebEngine.h"
+#include "support/AttributedText.h"
+#include "support/LocalServer.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+namespace kelvo {
+namespace {
+
+using tests::describe;
+using tests::LocalServer;
+using tests::TemporaryFolder;
+
+/// Lets go what the function says, and remembers what it was asked.
+class Judge final : public NSObject, public WebResourceLoadDelegate {
+public:
+    explicit Judge(std::function<bool(const std::string& url)> allows) : allows_(std::move(allows)) {}
+
+    NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(
+        const Value&, const Value&, const NSURLRequest& request, const Value& redirectResponse,
+        const Value&) override {
+        const std::string url = request.URL().absoluteString().UTF8String();
+        asked += url;
+        if (const NSDictionary response = redirectResponse.dictionary(); !response.isNil())
+            asked += " after " +
+                     std::to_string(response.objectForKey(u"StatusCode").numberIfAny()->intValue()) + " of " +
+                     response.objectForKey(u"URL").url().absoluteString().UTF8String();
+        asked += "\n";
+        return allows_(url) ? request : NSURLRequest();
+    }
+
+    std::string asked;
+
+private:
+    std::function<bool(const std::string& url)> allows_;
+};
+
+struct Reading {
+    std::shared_ptr<Judge> judge = {};
+    std::string base = {};
+    std::string charset = {};
+    double timeoutSeconds = 30;
+};
+
+NSAttributedString read(const std::string& page, const Reading& reading = {},
+                        NSDictionary* attributes = nullptr) {
+    auto options = NSMutableDictionary::dictionary();
+    options.setObject_forKey(NSNumber::numberWithDouble(reading.timeoutSeconds), NSTimeoutDocumentOption);
+    if (reading.judge)
+        options.setObject_forKey(std::shared_ptr<NSObject>(reading.judge),
+                                 NSWebResourceLoadDelegateDocumentOption);
+    if (!reading.base.empty())
+        options.setObject_forKey(NSURL::URLWithString(NSString::stringWithUTF8String(reading.base)),
+                                 NSBaseURLDocumentOption);
+    if (!reading.charset.empty())
+        options.setObject_forKey(NSString::stringWithUTF8String(reading.charset),
+                                 NSTextEncodingNameDocumentOption);
+    return NSAttributedStringKitAdditions::initWithHTML_options_documentAttributes(
+        NSData::dataWithBytes(page), options, attributes);
+}
+
+struct Row {
+    const char* name;
+    const char* page;
+    const char* expected;
+};
+
+template <std::size_t count>
+void expectRows(const Row (&rows)[count]) {
+    for (const Row& row : rows)
+        EXPECT_EQ(describe(read(row.page, {nullptr, "http://h/d/"})), row.expected) << row.name;
+}
+
+TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
+    expectRows({
+        {"nothing", "", ""},
+        {"text alone", "one  two\n three ", "one two three"},
+        {"entities", "&lt;a&gt; &amp;&nbsp;&eacute;&#x1F600;", "<a> &\u00A0\u00E9\U0001F600"},
+        {"weight, slant, lines", "a<b>b</b><i>c</i><u>d</u><s>e</s><em><strong>f</strong></em>",
+         "a{bold:b}{italic:c}{under:d}{strike:e}{bold;italic:f}"},
+        {"lines through inline elements", "<u>a <b>b</b><span style='display:inline-block'>c</span></u>",
+         "{under:a }{bold;under:b}c"},
+        {"size, family, colour", "<font size=5 color=#ff0000 face='Nobody Knows, Georgia'>x</font><tt>y</tt>",
+         "{Georgia;18;#ff0000:x}{Courier;10:y}"},
+        {"families that nobody knows", "<span style='font-family:Foo,Bar'>x</span>", "{Foo:x}"},
+        {"half opaque", "<span style='color:rgba(0,0,0,.5);background:#00ff0080'>x</span>",
+         "{#408040;on #80ff80:x}"},
+        {"background of a block that the text needs",
+         "<div style='background:#222;color:#eee'>x</div>"
+         "<div style='background:#eee'>y</div>",
+         "{#eeeeee;on #222222:x}\ny\n"},
+        {"up and down", "x<sup>2<sup>3</sup></sup><sub>4</sub>",
+         "x{10;super 1:2}{9;super 2:3}{10;super -1:4}"},
+        {"letters apart, letters changed",
+         "<p style='letter-spacing:2px;text-transform:uppercase'>stra\u00DFe<p "
+         "style='text-transform:capitalize'>an "
+         "o'clock",
+         "[after 12] {kern 2:STRASSE}\nAn O'clock\n"},
+        {"links",
+         "<a href=x?a=1&amp;b>rel</a><a href='#f'>frag</a><a href='mailto:a@b'>m</a><a name=x>n</a>"
+         "<a href='javascript:x()'>j</a>",
+         "{#0000ee;under;to http://h/d/x?a=1&b:rel}{#0000ee;under;to http://h/d/#f:frag}{#0000ee;under;to "
+         "mailto:a@b:m}n{#0000ee;under:j}"},
+        {"not shown",
+         "a<span style=display:none>b</span><span style=visibility:hidden>c<i "
+         "style=visibility:visible>d</i></span>"
+         "<script>1</script><style>x{}</style><noscript>n</noscript><template>t</template><!-- c -->e",
+         "a{italic:d}e"},
+        {"generated text",
+         "<style>.q:before{content:'\\201C' "
+         "\"a\"}.q::after{content:attr(x)}.i::before{content:'\\E001'}</style><p "
+         "class=q>x<p class=i>y<p><q>z <q>w</q></q>",
+         "[after 12] \u201Cax\n[after 12] y\n\u201Cz \u2018w\u2019\u201D\n"},
+        {"controls",
+         "<input value=a> <input type=password value=b> <input type=submit> <select><option>c<option "
+         "selected>d</select>"
+         "<button>e</button>",
+         "{Helvetica;13:a} {Helvetica;13;#333333:Submit} {Helvetica;13:d}{Helvetica;13;#333333:e}"},
+    });
+}
+
+TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
+    expectRows({
+        {"paragraphs", "<p>a<p>b</p>c", "[after 12] a\n[after 12] b\nc"},
+        {"blocks in blocks", "<div><div>a</div></div><div></div> b <div> c</div>", "a\nb\nc\n"},
+        {"breaks", "a<br>b<p>c<br></p><div><br></div><p>d<br><br></p>",
+         "[after 12] a\u2028b\n[after 12] c\n[after 12] \nd\u2028\n"},
+        {"preformatted", "<pre>\na  b\n\n\tc\n</pre>d",
+         "{Courier;10:a  b}\n\n[after 10] {Courier;10:\\tc}\nd"},
+        {"lines kept, blanks not", "<p style='white-space:pre-line'>a   b\n c", "a b\u2028c\n"},
+        {"headings", "<h1>a</h1><h4>b</h4>", "[h1 after 16.08] {24;bold:a}\n[h4] {bold:b}\n"},
+        {"alignment",
+         "<p align=right>a<center>b</center><p style='text-align:justify'>c<p dir=rtl>d<p dir=rtl "
+         "align=left>e",
+         "[right after 12] a\n[center after 12] b\n[justified after 12] c\n[rtl after 12] d\n[left rtl] e\n"},
+        {"indents",
+         "<blockquote>a<blockquote>b</blockquote></blockquote><dl><dt>c<dd>d</dl>"
+         "<p style='text-indent:20px;line-height:15px;margin:5px 7px'>e<div style='margin:0 "
+         "auto;width:9em'>f",
+         "[indent 40/40 tail -40 after 12] a\n[indent 80/80 tail -80 after 12] b\nc\n[indent 40/40 after 12] "
+         "d\n"
+         "[indent 27/7 tail -7 after 5 line 15] e\nf\n"},
+        {"collapsing margins",
+         "<div style='margin:30px 0 5px'>a<p style='margin:9px 0 20px'>b</p></div><div "
+         "style='padding-top:3px'><p style='margin-top:4px'>c",
+         "[after 9] a\n[after 27] b\nc\n"},
+        {"summary of what is closed", "<details><summary>a</summary>b</details>", "a\n"},
+        {"shadow tree",
+         "<div id=h><b slot=s>b</b>c</div><script>h.attachShadow({mode:'open'}).innerHTML='<i>a</i><slot "
+         "name=s></slot>'</script>",
+         "{italic:a}{bold:b}\n"},
+        {"frame of its own page", "a<iframe srcdoc='<p>b'></iframe>", "[after 14] a\nb\n"},
+    });
+}
+
+TEST(HTMLReadingTest, KeepsListsAndTables) {
+    expectRows({
+        {"list", "<ul><li>a<li><p>b</p><p>c</p></ul>",
+         "[indent 0/36 after 12 {disc}] \\t\u2022\\ta\n[indent 0/36 after 12 {disc}] \\t\u2022\\tb\n"
+         "[indent 36/36 {disc}] c\n"},
+        {"numbers", "<ol start=3><li>a<li value=7>b<li>c</ol><ol reversed type=i><li>d<li>e</ol>",
+         "[indent 0/36 {decimal}.] \\t3.\\ta\n[indent 0/36 {decimal}.] \\t7.\\tb\n[indent 0/36 after 12 "
+         "{decimal}.] "
+         "\\t8.\\tc\n[indent 0/36 {lower-roman}.] \\tii.\\td\n[indent 0/36 {lower-roman}.] \\ti.\\te\n"},
+        {"list in a list", "<ol><li>a<ul><li>b</ul><li><ol type=A><li>c</ol></ol>",
+         "[indent 0/36 {decimal}.] \\t1.\\ta\n[indent 0/72 {decimal}. {circle}] \\t\u25E6\\tb\n"
+         "[indent 0/72 {decimal}. {upper-alpha}.] \\tA.\\tc\n"},
+        {"without markers", "<ul style='list-style:none;padding:0'><li>a<li>b</ul>", "a\nb\n"},
+        {"empty item", "<ul><li></ul>", "[indent 0/36 {disc}] \\t\u2022\\t\n"},
+        {"table", "a<table><tr><th>b<td>c<tr><td><td>d</table>e",
+         "a\n[center cell 0,0 of 2] {bold:b}\n[cell 0,1 of 2] c\n[cell 1,0 of 2] \n[cell 1,1 of 2] d\ne"},
+        {"spans", "<table><tr><td rowspan=9>a<td colspan=2>b<tr><td>c<td>d</table>",
+         "[cell 0,0 spans 2,1 of 3] a\n[cell 0,1 spans 1,2 of 3] b\n[cell 1,1 of 3] c\n[cell 1,2 of 3] d\n"},
+        {"groups in the order of their display",
+         "<table><caption>x</caption><tfoot><tr><td>c<tbody><tr><td>b<td>b<thead><tr><td>a</table>",
+         "[center] x\n[cell 0,0 of 2] a\n[cell 1,0 of 2] b\n[cell 1,1 of 2] b\n[cell 2,0 of 2] c\n"},
+        {"table in a table", "<table><tr><td>a<table><tr><td>b<td>c</table><td>d</table>",
+         "[cell 0,0 of 2] a\n[cell 0,0 of 2 cell 0,0 of 2] b\n[cell 0,0 of 2 cell 0,1 of 2] c\n[cell 0,0 of "
+         "2] \n[cell "
+         "0,1 of 2] d\n"},
+        {"table for layout alone", "<table><tr><td>a<p>b</table>", "[after 12] a\nb\n"},
+        {"table in an item", "<ul><li><table><tr><td>a<td>b</table></ul>",
+         "[indent 0/36 {disc}] \\t\u2022\\t\n[cell 0,0 of 2] a\n[cell 0,1 of 2] b\n"},
+    });
+}
+
+TEST(HTMLReadingTest, TableCellsSayHowTheyLook) {
+    const NSAttributedString text = read(
+        "<table width='50%' bgcolor=yellow style='border-collapse:collapse'><tr bgcolor=blue><td width='25%' "
+        "valign=bottom style='border-left:3px solid red;padding:1px 2px 3px 4px'>a<td>b</table>");
+    const auto& cell = *text.runAtIndex(0).attributes->style().textBlocks.at(0);
+    EXPECT_EQ(cell.borders[0], (NSTextBlockBorder{3, NSColor{1, 0, 0, 1}}));
+    EXPECT_EQ(cell.borders[1].width, 0);
+    EXPECT_EQ(cell.padding, (NSTextTableBlock::Edges<float>{4, 1, 2, 3}));
+    EXPECT_EQ(cell.backgroundColor, (NSColor{0, 0, 1, 1}));
+    EXPECT_EQ(cell.verticalAlignment, NSTextBlockVerticalAlignment::bottom);
+    ASSERT_TRUE(cell.width);
+    EXPECT_EQ(cell.width->unit, NSTextBlockLength::Unit::percent);
+    EXPECT_NEAR(cell.width->value, 25, 1);
+    EXPECT_EQ(cell.table->backgroundColor, (NSColor{1, 1, 0, 1}));
+    EXPECT_TRUE(cell.table->collapsesBorders);
+    EXPECT_EQ(cell.table, text.runAtIndex(2).attributes->style().textBlocks.at(0)->table);
+}
+
+TEST(HTMLReadingTest, HeedsTheCharset) {
+    const std::string russian = "<meta charset=windows-1251><p>\xCF\xF0\xE8";
+    EXPECT_EQ(describe(read(russian)), "\u041F\u0440\u0438\n");
+    EXPECT_EQ(describe(read(russian, {nullptr, "", "iso-8859-1"})), "\u00CF\u00F0\u00E8\n");
+    EXPECT_EQ(describe(read("\xEF\xBB\xBF\xC3\xA4")), "\u00E4");
+    EXPECT_EQ(describe(read("\xC3\xA4")), "\u00E4");
+    EXPECT_EQ(describe(read("\xE4")), "\u00E4");
+    EXPECT_EQ(describe(read(std::string("\xFF\xFE\xE4\0b\0", 6))), "\u00E4b");
+}
+
+TEST(HTMLReadingTest, TellsWhatThePageSaysOfItself) {
+    NSDictionary attributes;
+    read("<title>A &amp; B</title>x", {}, &attributes);
+    EXPECT_EQ(attributes, NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                              {{NSHTMLTextDocumentType, NSDocumentTypeDocumentAttribute},
+                               {u"A & B", NSTitleDocumentAttribute}})));
+    EXPECT_TRUE(
+        NSAttributedStringKitAdditions::initWithHTML_options_documentAttributes(nullptr, nullptr, &attributes)
+            .isNil());
+    EXPECT_TRUE(attributes.isNil());
+}
+
+class HTMLResourcesTest : public testing::Test {
+protected:
+    LocalServer server;
+    TemporaryFolder folder;
+
+    static std::string dataURL() {
+        return "data:image/gif;base64,R0lGODlhAQABAIAAAAAAAP///yH5BAEAAAAALAAAAAABAAEAAAIBRAA7";
+    }
+};
+
+TEST_F(HTMLResourcesTest, PicturesBecomeAttachments) {
+    server.respond("/a.gif", "image/gif", tests::smallPicture);
+    const std::string file = folder.write("own.gif", tests::smallPicture);
+    const std::string size = " width=20 height=10>";
+    const NSAttributedString text =
+        read("<img src=a.gif" + size + "<img src='a.gif'" + size + "<img src='file://" + file + "'" + size +
+                 "<img src='" + dataURL() + "'" + size + "<img src=none.gif alt='not there'" + size +
+                 "<img srcset='a.gif 1x, b.gif 2x'" + size + "<img src='" + dataURL() + "'>",
+             {nullptr, server.url("/")});
+    EXPECT_EQ(describe(text), "{a.gif 20x10:\uFFFC\uFFFC}{own.gif 20x10:\uFFFC}{image.gif 20x10:\uFFFC}not "
+                              "there{a.gif 20x10:\uFFFC}");
+    EXPECT_EQ(text.runAtIndex(0).attributes->attachment->fileWrapper->regularFileContents().characters(),
+              tests::smallPicture);
+    EXPECT_EQ(server.count("/b.gif"), 0);
+}
+
+TEST_F(HTMLResourcesTest, TheDelegateIsAskedForEveryRequest) {
+    const std::string file = "file://" + folder.write("own.css", "p{color:red}");
+    server.respond("/a.gif", "image/gif", tests::smallPicture);
+    server.redirect("/go", server.url("/a.gif"));
+    server.redirect("/away", server.url("/refused.gif"));
+    const std::string page = "<link rel=stylesheet href='" + file +
+                             "'><p>x<img width=9 height=9 src='/go'><img src='/away'>"
+                             "<img src='/refused2.gif'><img width=9 height=9 src='" +
+                             dataURL() + "'>";
+    const auto judge = std::make_shared<Judge>(
+        [](const std::string& url) { return url.find("refused") == std::string::npos; });
+    EXPECT_EQ(describe(read(page, {judge, server.url("/")})),
+              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}\n");
+    for (const std::string& line :
+         {file, server.url("/go"), server.url("/a.gif after 302 of ") + server.url("/go"),
+          server.url("/refused.gif after 302 of ") + server.url("/away"), server.url("/refused2.gif")})
+        EXPECT_NE(("\n" + judge->asked).find("\n" + line + "\n"), std::string::npos) << line << " in\n"
+                                                                                     << judge->asked;
+    EXPECT_EQ(server.count("/refused.gif"), 0);
+    EXPECT_EQ(server.count("/refused2.gif"), 0);
+    EXPECT_EQ(server.count("/a.gif"), 1);
+}
+
+TEST_F(HTMLResourcesTest, NothingGoesPastTheDelegate) {
+    const std::string port = server.url("").substr(7);
+    const std::string page =
+        "<link rel=preconnect href='http://" + port + "'><link rel=dns-prefetch href='http://" + port +
+        "'><link rel=prefetch href=/p><link rel=icon href=/i><video src=/v poster=/vp></video><audio src=/a "
+        "autoplay></audio>"
+        "<object data=/o></object><iframe src=/f></iframe><style>@import "
+        "'/c';@font-face{font-family:F;src:url(/ff)}p{font-"
+        "family:F;background:url(/bg)}</style><p>x<script>try{new WebSocket('ws://" +
+        port +
+        "/ws')}catch(e){}try{navigator.sendBeacon('/b')}catch(e){}fetch('/fetch').catch(e=>0);try{new "
+        "EventSource('/es')}catch(e){}try{new Worker('/w')}catch(e){}new Image().src='/img'</script>";
+    const auto judge = std::make_shared<Judge>([](const std::string&) { return false; });
+    EXPECT_NE(describe(read(page, {judge, server.url("/")})).find("x"), std::string::npos);
+    for (const char* path : {"/p", "/i", "/v", "/vp", "/a", "/o", "/f", "/c", "/ff", "/bg", "/ws", "/b",
+                             "/fetch", "/es", "/w", "/img"})
+        EXPECT_EQ(server.count(path), 0) << path;
+    EXPECT_NE(judge->asked.find("/img\n"), std::string::npos) << judge->asked;
+}
+
+TEST_F(HTMLResourcesTest, WithoutABaseRelativeReferencesAreNothing) {
+    const auto judge = std::make_shared<Judge>([](const std::string&) { return true; });
+    EXPECT_EQ(describe(read("<img src=a.gif alt=b><a href=x.html>c</a>", {judge})),
+              "b{#0000ee;under;to x.html:c}");
+    EXPECT_EQ(judge->asked, "");
+}
+
+TEST_F(HTMLResourcesTest, ScriptsSeeNoFilesAndCannotLeave) {
+    const std::string file = "file://" + folder.write("secret", "secret");
+    const std::string page =
+        "<iframe id=f src='" + file +
+        "'></iframe><p id=p>x<script>function put(t){p.append(t)}try{var "
+        "r=new XMLHttpRequest();r.open('GET','" +
+        file +
+        "',false);r.send();put(r.responseText)}catch(e){put('!')}"
+        "fetch('" +
+        file +
+        "').then(r=>r.text()).then(put).catch(e=>put('!'));onload=function(){try{put(f.contentDocument."
+        "body.textContent)}catch(e){put('!')}};location.href='" +
+        file + "';alert(1);open('" + file + "')</script>";
+    EXPECT_EQ(describe(read(page)), "x!!!\n");
+}
+
+TEST_F(HTMLResourcesTest, PagesCannotDeceiveTheWalk) {
+    EXPECT_EQ(
+        describe(
+            read("<script>getComputedStyle=function(){return{}};Array.prototype.push=function(){};Map=null;"
+                 "JSON.stringify=null;Object.defineProperty(Node.prototype,'childNodes',{get(){return[]}})"
+                 "</script><form name=body><input name=tagName value=a><input name=childNodes value=b></form>"
+                 "<img name=documentElement>c")),
+        "[after 12] {Helvetica;13:ab}\nc");
+}
+
+class HTMLFailuresTest : public HTMLResourcesTest {
+protected:
+    static pid_t webProcess() {
+        const std::string group = std::to_string(WebEngine::sharedEngine().processIdentifier());
+        pid_t found = 0;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            std::ifstream file(entry.path() / "stat");
+            std::string stat;
+            std::getline(file, stat);
+            const std::size_t nameEnd = stat.rfind(") ");
+            if (nameEnd == std::string::npos || stat.find("(WebKitWebProces") == std::string::npos)
+                continue;
+            // Behind the state and the parent stands the process group.
+            std::size_t at = nameEnd + 4;
+            at = stat.find(' ', at) + 1;
+            if (stat.substr(at, stat.find(' ', at) - at) == group)
+                found = std::stoi(entry.path().filename());
+        }
+        return found;
+    }
+};
+
+TEST_F(HTMLFailuresTest, ServersThatKeepSilentCostOnlyWhatTheyWouldHaveSent) {
+    server.keepSilent("/never");
+    EXPECT_EQ(describe(read("a<img src=/never>b<script>document.write('c')</script>",
+                            {nullptr, server.url("/"), "", 1})),
+              "abc");
+    EXPECT_EQ(server.count("/never"), 1);
+}
+
+TEST_F(HTMLFailuresTest, RedirectsWithoutEndEnd) {
+    server.redirect("/r", server.url("/r"));
+    EXPECT_EQ(describe(read("a<img src=/r>b", {nullptr, server.url("/"), "", 10})), "ab");
+}
+
+TEST_F(HTMLFailuresTest, ScriptsWithoutEndAreEnded) {
+    EXPECT_EQ(describe(read("a<script>for(;;);</script>", {nullptr, "", "", 1})), "(nil)");
+    EXPECT_EQ(describe(read("next")), "next");
+}
+
+TEST_F(HTMLFailuresTest, DeadProcessesAreReplaced) {
+    server.keepSilent("/never");
+    read("start");
+    for (const bool killsEngine : {false, true}) {
+        const auto judge = std::make_shared<Judge>([&](const std::string&) {
+            const pid_t victim = killsEngine ? WebEngine::sharedEngine().processIdentifier() : webProcess();
+            EXPECT_GT(victim, 1);
+            if (victim > 1)
+                kill(victim, SIGKILL);
+            return true;
+        });
+        // Were it not seen at once, the test would run into its limit.
+        EXPECT_EQ(describe(read("a<img src=/never>", {judge, server.url("/"), "", 200})), "(nil)");
+        EXPECT_NE(judge->asked, "");
+        EXPECT_EQ(describe(read("next")), "next");
+    }
+}
+
+} // namespace
+} // namespace kelvo
