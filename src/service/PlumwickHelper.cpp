@@ -2,16 +2,26 @@
 
 #include "markup/WebArchiveSearchableText.h"
 #include "platform/appkit/DocumentReading.h"
+#include "platform/appkit/HTMLReading.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/NSTextStorage.h"
 #include "platform/appkit/RTFWriting.h"
+#include "platform/foundation/SCNetworkReachability.h"
 #include "platform/foundation/Value.h"
 #include "protocol/ResultKeys.h"
+#include "url/NSURLKelvoExtensions.h"
 
+#include <cstdint>
 #include <exception>
 #include <utility>
 
 namespace kelvo {
+namespace {
+
+/// Of a page, in the platform's single precision.
+constexpr float secondsToLoad = 15.0F;
+
+} // namespace
 
 PlumwickHelper::PlumwickHelper() : _mdimporter(std::make_shared<MetaDataImporter>()) {}
 
@@ -26,7 +36,42 @@ NSDictionary PlumwickHelper::metaDataForFile(const NSString&) {
     return nullptr;
 }
 
-NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData&, const NSURL&, bool) {
+NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& html, const NSURL& baseURL,
+                                                               bool allowRemoteRequest) {
+    const Value delegate = allowRemoteRequest ? Value() : Value(shared_from_this());
+    auto options = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{NSNumber::numberWithBool(true), NSUseWebKitDocumentOption},
+         {NSNumber::numberWithFloat(secondsToLoad), NSTimeoutDocumentOption},
+         {delegate, NSWebResourceLoadDelegateDocumentOption}});
+    if (const NSURL base = baseURLForWebKit(baseURL); !base.isNil())
+        options.setObject_forKey(base, NSBaseURLDocumentOption);
+
+    NSData rtfd;
+    try {
+        NSAttributedString text;
+        if (!html.isNil())
+            text = NSAttributedStringKitAdditions::initWithHTML_options_documentAttributes(html, options,
+                                                                                           nullptr);
+        if (!text.isNil())
+            rtfd = RTFDFromRange_documentAttributes(text, {0, text.length()}, nullptr);
+    } catch (const std::exception&) {
+        // Nothing of it reaches the client.
+    }
+    return rtfd;
+}
+
+NSURLRequest PlumwickHelper::webView_resource_willSendRequest_redirectResponse_fromDataSource(
+    const Value&, const Value&, const NSURLRequest& request, const Value&, const Value&) {
+    const NSURL url = request.URL();
+    if (url.isFileURL())
+        return request;
+    const NSString host = url.host();
+    if (host.isNil() || host.isEmpty())
+        return request;
+    std::uint32_t flags = 0;
+    if (SCNetworkCheckReachabilityByName(host.UTF8String(), &flags) &&
+        (flags & (kSCNetworkFlagsIsLocalAddress | kSCNetworkFlagsIsDirect)) != 0)
+        return request;
     return nullptr;
 }
 

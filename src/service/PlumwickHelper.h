@@ -2,6 +2,7 @@
 
 #include "mdimport/MetaDataImporter.h"
 #include "platform/foundation/NSObject.h"
+#include "platform/webkit/WebResourceLoadDelegate.h"
 #include "protocol/KelvoImExport.h"
 
 #include <memory>
@@ -9,7 +10,7 @@
 namespace kelvo {
 
 /// The root object of the service. It keeps no state between requests but its own importer host.
-class PlumwickHelper final : public NSObject, public KelvoImExport {
+class PlumwickHelper final : public NSObject, public KelvoImExport, public WebResourceLoadDelegate {
 public:
     PlumwickHelper();
 
@@ -27,6 +28,11 @@ public:
                                                                        bool stringFromPDF,
                                                                        bool canUseSpotlight) override;
     NSData PDFImageRepOfFile(const NSString& file) override;
+
+    /// Lets files, what has no host, and hosts that are this machine or need no gateway go; refuses the rest.
+    NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(
+        const Value& webView, const Value& resource, const NSURLRequest& request,
+        const Value& redirectResponse, const Value& dataSource) override;
 
 private:
     /// Made with the root object and never replaced. Private to it: not the shared importer.

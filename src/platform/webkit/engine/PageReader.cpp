@@ -272,8 +272,7 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     webkit_settings_set_default_charset(settings_, isUnicode ? "UTF-8" : "ISO-8859-1");
     // A null label would be UTF-8; the empty one leaves it to the page.
     GBytes* bytes = g_bytes_new(request.bytes.data(), request.bytes.size());
-    webkit_web_view_load_bytes(view_, bytes, "text/html",
-                               request.charset.c_str(), pageAddress);
+    webkit_web_view_load_bytes(view_, bytes, "text/html", request.charset.c_str(), pageAddress);
     g_bytes_unref(bytes);
     if (!runUntil([this] { return phase_ != Phase::loading; }, end - forDescription))
         webkit_web_view_stop_loading(view_);

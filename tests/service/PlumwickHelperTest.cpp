@@ -1,0 +1,100 @@
+#include "service/PlumwickHelper.h"
+
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/foundation/SCNetworkReachability.h"
+#include "support/LocalServer.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+/// Of the RTFD that a page becomes; the name of the text is left out.
+std::string attachments(const std::shared_ptr<PlumwickHelper>& helper, const std::string& page,
+                        bool allowsRemote, const NSURL& base = {}) {
+    const NSData rtfd =
+        helper->RTFDWithHTML_baseURL_allowRemoteRequest(NSData::dataWithBytes(page), base, allowsRemote);
+    const auto package = NSFileWrapper::initWithSerializedRepresentation(rtfd);
+    if (!package)
+        return "no package";
+    EXPECT_TRUE(package->fileWrapperForName(u"TXT.rtf"));
+    std::string names;
+    for (const auto& [name, child] : package->fileWrappers()) {
+        if (name != NSString(u"TXT.rtf"))
+            names += name.UTF8String() + " ";
+    }
+    return names;
+}
+
+TEST(PlumwickHelperTest, DecidesWhichRequestsGo) {
+    const SCNetworkRehearsal network(
+        [](const std::string& name) -> std::optional<std::vector<std::string>> {
+            if (name == "near.test")
+                return {{"192.168.1.20"}};
+            if (name == "own.test")
+                return {{"192.168.1.7"}};
+            if (name == "far.test")
+                return {{"203.0.113.5"}};
+            return std::nullopt;
+        },
+        {{"192.168.1.7", 24}});
+    const struct {
+        const char16_t* url;
+        bool goes;
+    } rows[] = {{u"file:///etc/hosts", true},
+                {u"FILE://far.test/x", true},
+                {u"data:,x", true},
+                {u"about:blank", true},
+                {u"http:///x", true},
+                {u"http://near.test/x", true},
+                {u"http://own.test:81/", true},
+                {u"https://localhost/", true},
+                {u"http://127.0.0.1/", true},
+                {u"http://[::1]/", true},
+                {u"http://192.168.1.99/", true},
+                {u"http://far.test/", false},
+                {u"http://unknown.test/", false},
+                {u"https://203.0.113.5/", false}};
+    const auto helper = std::make_shared<PlumwickHelper>();
+    for (const auto& row : rows) {
+        const NSURLRequest decided = helper->webView_resource_willSendRequest_redirectResponse_fromDataSource(
+            {}, {}, NSURLRequest::requestWithURL(NSURL::URLWithString(row.url)), {}, {});
+        EXPECT_EQ(decided.URL().absoluteString(), row.goes ? NSString(row.url) : NSString())
+            << NSString(row.url).UTF8String();
+    }
+}
+
+TEST(PlumwickHelperTest, RendersPagesWithWhatMayBeLoaded) {
+    int lookUps = 0;
+    const SCNetworkRehearsal network(
+        [&lookUps](const std::string&) -> std::optional<std::vector<std::string>> {
+            ++lookUps;
+            return {{"203.0.113.5"}};
+        },
+        {});
+    tests::LocalServer server;
+    const tests::TemporaryFolder folder;
+    server.respond("/near.gif", "image/gif", tests::smallPicture);
+    server.redirect("/away.gif", "http://far.invalid/x.gif");
+    const NSString file = NSString::stringWithUTF8String(folder.write("page.html", ""));
+    folder.write("own.gif", tests::smallPicture);
+    const std::string size = " width=9 height=9>";
+    const std::string page = "<img src=own.gif" + size + "<img src='" + server.url("/near.gif") + "'" + size +
+                             "<img src='" + server.url("/away.gif") + "'" + size +
+                             "<img src='http://far.invalid/y.gif'" + size;
+    const auto helper = std::make_shared<PlumwickHelper>();
+    EXPECT_EQ(attachments(helper, page, false, NSURL::fileURLWithPath(file)), "own.gif near.gif ");
+    EXPECT_EQ(server.count("/away.gif"), 1);
+    EXPECT_EQ(lookUps, 1) << "the far host, once for both";
+    EXPECT_EQ(attachments(helper, page, false, NSURL::URLWithString(u"mailto:nobody")), "near.gif ");
+
+    lookUps = 0;
+    EXPECT_EQ(attachments(helper, "<img src='" + server.url("/near.gif") + "'" + size, true), "near.gif ");
+    EXPECT_EQ(lookUps, 0) << "nobody is asked";
+    EXPECT_EQ(server.count("/near.gif"), 3);
+    EXPECT_TRUE(helper->RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, true).isNil());
+}
+
+} // namespace
+} // namespace kelvo
