@@ -35,6 +35,8 @@ public:
         needsDelimiter_ = true;
     }
     void word(std::string_view name, std::int32_t parameter);
+    /// Puts what another output holds before everything.
+    void prepend(const RTFOutput& other) { bytes_.insert(0, other.bytes_); }
     /// The words that another output holds.
     void words(const RTFOutput& other) {
         bytes_ += other.bytes_;

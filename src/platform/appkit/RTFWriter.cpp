@@ -157,7 +157,9 @@ RTFWriter::RTFWriter(const NSAttributedString& text, NameAttachment nameAttachme
       nameAttachment_(std::move(nameAttachment)) {}
 
 std::string RTFWriter::write(const NSDictionary& documentAttributes) {
-    body_.reserve(std::min<std::size_t>(units_.size() + units_.size() / 4 + 4096, maximumSizeInBytes));
+    // Most text takes little more than a byte for a unit; pages of the reserve that stay untouched cost
+    // nothing.
+    body_.reserve(std::min<std::size_t>(units_.size() * 2 + runs_.size() * 64 + 65536, maximumSizeInBytes));
     std::vector<Paragraph> tables;
     Paragraph paragraph;
     bool isThere = takeParagraph(paragraph);
@@ -172,26 +174,25 @@ std::string RTFWriter::write(const NSDictionary& documentAttributes) {
     }
     body_.raw("}");
 
-    RTFOutput document;
-    document.reserve(body_.size() + 4096);
-    document.raw("{");
-    document.word("rtf", 1);
-    document.word("ansi");
-    document.word("ansicpg", 1252);
-    document.word("cocoartf", 2822);
-    document.raw("\n");
+    RTFOutput head;
+    head.raw("{");
+    head.word("rtf", 1);
+    head.word("ansi");
+    head.word("ansicpg", 1252);
+    head.word("cocoartf", 2822);
+    head.raw("\n");
     const NSNumber* const scaling =
         documentAttributes.objectForKey(NSTextScalingDocumentAttribute).numberIfAny();
-    document.word("cocoatextscaling", scaling ? scaling->intValue() : 0);
-    document.word("cocoaplatform", 0);
-    fonts_.write(document);
-    colors_.write(document);
-    lists_.write(document);
-    writeRTFDocumentAttributes(documentAttributes, document);
-    document.words(body_);
-    if (document.size() > maximumSizeInBytes)
+    head.word("cocoatextscaling", scaling ? scaling->intValue() : 0);
+    head.word("cocoaplatform", 0);
+    fonts_.write(head);
+    colors_.write(head);
+    lists_.write(head);
+    writeRTFDocumentAttributes(documentAttributes, head);
+    body_.prepend(head);
+    if (body_.size() > maximumSizeInBytes)
         throw NSException(NSMallocException, u"The rich text would pass 2147483646 bytes.");
-    return document.takeBytes();
+    return body_.takeBytes();
 }
 
 bool RTFWriter::takeParagraph(Paragraph& paragraph) {
