@@ -28,7 +28,7 @@ int columnAt(const std::vector<std::int32_t>& grid, std::int32_t edge) {
 
 RTFCellIndex RTFCells::add(RTFCellIndex parent) {
     if (cells_.size() >= maximumCells)
-        return parent;
+        return parent >= 0 ? parent : static_cast<RTFCellIndex>(cells_.size() - 1);
     cells_.push_back({parent, std::make_shared<NSTextTableBlock>()});
     return static_cast<RTFCellIndex>(cells_.size() - 1);
 }

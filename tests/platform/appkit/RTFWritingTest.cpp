@@ -133,6 +133,28 @@ TEST(RTFWritingTest, LosesNoTextThatLies) {
     }
 }
 
+TEST(RTFWritingTest, TowersOfSpansLoseNoText) {
+    // Each row repeats what reaches into it from above, which makes more places than readers keep cells.
+    constexpr int rows = 5000;
+    constexpr int columns = 62;
+    const auto table = std::make_shared<const NSTextTable>();
+    NSMutableAttributedString text;
+    for (int row = 0; row < rows; ++row) {
+        auto block = std::make_shared<NSTextTableBlock>();
+        block->table = table;
+        block->startingRow = row;
+        block->startingColumn = row % columns;
+        block->rowSpan = rows;
+        NSParagraphStyle style;
+        style.textBlocks = {block};
+        NSTextAttributes attributes;
+        attributes.paragraphStyle = std::make_shared<const NSParagraphStyle>(style);
+        text.append(u"x\n", std::make_shared<const NSTextAttributes>(attributes));
+    }
+    const NSAttributedString again = initWithRTFD_documentAttributes(rtfd(text.copy()), nullptr);
+    EXPECT_EQ(withoutUnit(again.string(), u'\n'), std::u16string(rows, u'x'));
+}
+
 TEST(RTFWritingTest, DocumentAttributesComeBack) {
     const NSDictionary attributes = NSMutableDictionary::dictionaryWithObjectsAndKeys({
         {NSSize{595, 842.5F}, NSPaperSizeDocumentAttribute},
