@@ -73,6 +73,8 @@ public:
     std::u16string_view characters() const noexcept { return units_; }
     std::span<const Run> runs() const noexcept { return runs_; }
 
+    /// Room for so many units in all.
+    void reserve(std::size_t length) { units_.reserve(length); }
     /// `attributes` must not be null. Throws NSException (NSMallocException) when the text would pass
     /// maximumSizeInBytes.
     void append(std::u16string_view units, const Attributes& attributes);

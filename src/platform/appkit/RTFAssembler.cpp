@@ -7,7 +7,7 @@ namespace {
 
 /// Objects of each kind. No document comes near it; past it, formats are simplified so that the memory stays
 /// in bounds.
-constexpr std::size_t maximumObjects = 1 << 20;
+constexpr std::size_t maximumObjects = 1 << 18;
 
 constexpr std::uint64_t pairOf(std::uint32_t first, std::uint32_t second) {
     return static_cast<std::uint64_t>(first) << 32 | second;
@@ -73,6 +73,7 @@ const NSAttributedString::Attributes& RTFAssembler::attributesOf(std::uint32_t f
 
 NSAttributedString RTFAssembler::textOf(const RTFStory& story) {
     NSMutableAttributedString text;
+    text.reserve(story.units().size());
     std::size_t unit = 0;
     std::size_t run = 0;
     for (const RTFParagraph& paragraph : story.paragraphs()) {

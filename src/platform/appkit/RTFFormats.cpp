@@ -319,7 +319,7 @@ void RTFParagraphFormat::apply(RTFWord word, const RTFToken& token) {
         if (tabs && tabs->size() >= maximumTabs)
             break;
         auto longer = tabs ? std::make_shared<std::vector<NSTextTab>>(*tabs)
-                         : std::make_shared<std::vector<NSTextTab>>();
+                           : std::make_shared<std::vector<NSTextTab>>();
         longer->insert(std::ranges::upper_bound(*longer, tab.location, {}, &NSTextTab::location), tab);
         tabs = std::move(longer);
         break;

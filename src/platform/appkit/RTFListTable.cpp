@@ -166,27 +166,26 @@ std::vector<RTFListTable::List> RTFListTable::listsOf(std::int32_t number, int l
     const auto override = overrideOfNumber_.find(number);
     if (override == overrideOfNumber_.end())
         return {};
-    auto& made = made_[number];
-    if (made.empty()) {
-        const Definition& definition = overrides_[override->second];
-        const auto list = listOfIdentifier_.find(definition.identifier);
-        if (list == listOfIdentifier_.end())
-            return {};
-        const std::vector<Level>& levels = lists_[list->second].levels;
-        for (int index = 0; index < levelCount; ++index) {
-            const auto place = static_cast<std::size_t>(index);
-            Level own = place < levels.size() ? levels[place] : Level();
-            if (place < definition.levels.size()) {
-                const Level& other = definition.levels[place];
-                const auto start = other.startingNumber ? other.startingNumber : own.startingNumber;
-                if (other.isFormatStated && !other.text.empty())
-                    own = other;
-                own.startingNumber = start;
-            }
-            made.push_back(std::make_shared<const NSTextList>(makeList(own, index)));
+    const Definition& definition = overrides_[override->second];
+    const auto list = listOfIdentifier_.find(definition.identifier);
+    if (list == listOfIdentifier_.end())
+        return {};
+    const std::vector<Level>& levels = lists_[list->second].levels;
+    std::vector<List>& made = made_[number];
+    const int count = std::clamp(level, 0, levelCount - 1) + 1;
+    for (int index = static_cast<int>(made.size()); index < count; ++index) {
+        const auto place = static_cast<std::size_t>(index);
+        Level own = place < levels.size() ? levels[place] : Level();
+        if (place < definition.levels.size()) {
+            const Level& other = definition.levels[place];
+            const auto start = other.startingNumber ? other.startingNumber : own.startingNumber;
+            if (other.isFormatStated && !other.text.empty())
+                own = other;
+            own.startingNumber = start;
         }
+        made.push_back(std::make_shared<const NSTextList>(makeList(own, index)));
     }
-    return {made.begin(), made.begin() + std::clamp(level, 0, levelCount - 1) + 1};
+    return {made.begin(), made.begin() + count};
 }
 
 void RTFOldList::apply(RTFWord word, const RTFToken& token) {

@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/RTFField.h"
+#include "platform/appkit/RTFPackage.h"
 #include "platform/foundation/NSFileManager.h"
 
 #include <algorithm>
@@ -89,6 +90,8 @@ RTFReader::RTFReader(std::string_view source, const NSFileWrapper* package)
     State first;
     first.story = &body_;
     states_.push_back(std::move(first));
+    // Few words make more text than they are long. What is not used never becomes resident.
+    body_.reserve(source.size());
 }
 
 NSAttributedString RTFReader::read() {
@@ -133,12 +136,9 @@ NSAttributedString RTFReader::read() {
     while (states_.size() > 2 || depth_ >= states_.size())
         closeGroup();
     flushBytes();
-    if (notes_.isEmpty()) {
-        if (body_.hasOpenParagraph())
-            endParagraph(0, state().paragraph.tableLevel());
-    } else if (body_.hasOpenParagraph()) {
-        endParagraph(u'\n', state().paragraph.tableLevel());
-    }
+    const bool isLast = notes_.isEmpty() && !body_.hasFrames();
+    if (body_.hasOpenParagraph())
+        endParagraph(isLast ? u'\0' : u'\n', state().paragraph.tableLevel());
     body_.finish();
     body_.appendStory(std::move(notes_), -1);
     return RTFAssembler(resources_).textOf(body_);
@@ -182,13 +182,16 @@ void RTFReader::enter(Destination destination, RTFWord word) {
 }
 
 void RTFReader::enterStory(RTFWord word) {
-    if (!keepsStates() || depth_ <= 1 || state().storyDepth >= maximumStoryDepth)
+    if (!keepsStates() || depth_ <= 1)
+        return;
+    state().destination = Destination::body;
+    if (state().storyDepth >= maximumStoryDepth)
         return;
     openStories_.push_back(std::make_unique<RTFStory>(resources_.cells, resources_.colors));
     state().story = openStories_.back().get();
     state().word = word;
-    state().destination = Destination::body;
     state().paragraph = RTFParagraphFormat();
+    state().paragraphFormat = -1;
     ++state().storyDepth;
 }
 
@@ -236,7 +239,7 @@ void RTFReader::endDestination(const State& ended) {
         auto attachment = std::make_shared<NSTextAttachment>();
         attachment->displaySize = packageSize_;
         if (package_)
-            attachment->fileWrapper = package_->fileWrapperForName(name);
+            attachment->fileWrapper = rtfPackageEntry(*package_, name);
         if (!attachment->fileWrapper) {
             auto wrapper = NSFileWrapper::initRegularFileWithContents(NSData::data());
             wrapper->setPreferredFilename(name);
@@ -312,6 +315,7 @@ void RTFReader::endField() {
 
 void RTFReader::endOldList() {
     const std::optional<NSTextList> list = std::exchange(oldList_, RTFOldList()).list();
+    state().paragraphFormat = -1;
     if (!list) {
         state().paragraph.oldList = -1;
         return;
@@ -370,8 +374,10 @@ void RTFReader::readWord(const RTFToken& token) {
             styles_.apply(word, token);
         else if (state().destination == Destination::listTable)
             resources_.lists.apply(word, token);
-        else if (state().destination == Destination::body)
+        else if (state().destination == Destination::body) {
             state().paragraph.apply(word, token);
+            state().paragraphFormat = -1;
+        }
         break;
     case RTFWordKind::row:
         if (state().destination == Destination::body)
@@ -824,6 +830,8 @@ std::uint32_t RTFReader::characterFormat() {
 }
 
 std::uint32_t RTFReader::paragraphFormat() {
+    if (state().paragraphFormat >= 0)
+        return static_cast<std::uint32_t>(state().paragraphFormat);
     RTFParagraphFormat format = state().paragraph;
     const int level = format.outlineLevel >= 0 ? headerLevelOfOutlineLevel(format.outlineLevel)
                                                : styles_.headerLevelOf(format.style);
@@ -832,7 +840,9 @@ std::uint32_t RTFReader::paragraphFormat() {
     format.outlineLevel = -1;
     format.style = format.nesting = 0;
     format.isInTable = false;
-    return resources_.paragraphFormats.indexOf(format);
+    const std::uint32_t index = resources_.paragraphFormats.indexOf(format);
+    state().paragraphFormat = static_cast<std::int32_t>(index);
+    return index;
 }
 
 void RTFReader::endParagraph(char16_t unit, std::int32_t level) {

@@ -59,8 +59,9 @@ private:
         RTFParagraphFormat paragraph;
         Destination destination = Destination::body;
         RTFWord word = RTFWord::unknown;
-        /// Of `characters` and `link`; negative until it is asked for.
+        /// Of `characters` and `link`, and of `paragraph`; negative until they are asked for.
         std::int32_t format = -1;
+        std::int32_t paragraphFormat = -1;
         RTFCodePage codePage = RTFDocumentCodePage;
         bool isCodePageKnown = false;
         /// The sign that stands for the attachment in the eyes of other readers comes next.

@@ -1,6 +1,7 @@
 #include "platform/appkit/RTFReading.h"
 
 #include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/RTFPackage.h"
 #include "platform/appkit/RTFReader.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ NSAttributedString initWithRTFDFileWrapper_documentAttributes(const NSFileWrappe
                                                               NSDictionary* documentAttributes) {
     if (!wrapper.isDirectory())
         return read(wrapper.regularFileContents(), nullptr, documentAttributes);
-    const auto text = wrapper.fileWrapperForName(u"TXT.rtf");
+    const auto text = rtfPackageEntry(wrapper, u"TXT.rtf");
     return read(text ? text->regularFileContents() : NSData(), &wrapper, documentAttributes);
 }
 

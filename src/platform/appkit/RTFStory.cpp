@@ -8,9 +8,9 @@ namespace kelvo {
 void RTFStory::appendRun(std::size_t length, std::uint32_t format) {
     const std::size_t firstRun = paragraphs_.empty() ? 0 : paragraphs_.back().endRun;
     if (runs_.size() > firstRun && runs_.back().format == format)
-        runs_.back().length += length;
+        runs_.back().length += static_cast<std::uint32_t>(length);
     else
-        runs_.push_back({length, format});
+        runs_.push_back({static_cast<std::uint32_t>(length), format});
 }
 
 void RTFStory::append(std::u16string_view units, std::uint32_t format) {
@@ -38,7 +38,8 @@ void RTFStory::endParagraph(char16_t unit, std::uint32_t characterFormat, std::u
     if (!hasOpenParagraph())
         return;
     const RTFCellIndex cell = tables_.paragraphEnded(level, paragraphs_.size(), isEmpty);
-    paragraphs_.push_back({units_.size(), runs_.size(), format, cell});
+    paragraphs_.push_back(
+        {static_cast<std::uint32_t>(units_.size()), static_cast<std::uint32_t>(runs_.size()), format, cell});
     if (frames_) {
         const std::unique_ptr<RTFStory> frames = std::move(frames_);
         appendStory(std::move(*frames), cell);
@@ -55,8 +56,8 @@ void RTFStory::addFrame(RTFStory&& frame) {
 void RTFStory::appendStory(RTFStory&& other, RTFCellIndex cell) {
     if (other.units_.size() > maximumLength - units_.size())
         return;
-    const std::size_t firstUnit = units_.size();
-    const std::size_t firstRun = runs_.size();
+    const auto firstUnit = static_cast<std::uint32_t>(units_.size());
+    const auto firstRun = static_cast<std::uint32_t>(runs_.size());
     units_.append(other.units_);
     runs_.insert(runs_.end(), other.runs_.begin(), other.runs_.end());
     for (RTFParagraph paragraph : other.paragraphs_) {
@@ -72,6 +73,8 @@ void RTFStory::finish() {
     tables_.finish();
     for (const std::size_t paragraph : tables_.takeDropped())
         paragraphs_[paragraph].isDropped = true;
+    if (frames_)
+        appendStory(std::move(*frames_), -1);
 }
 
 } // namespace kelvo

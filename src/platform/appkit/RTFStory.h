@@ -3,6 +3,7 @@
 #include "platform/appkit/RTFFormats.h"
 #include "platform/appkit/RTFTableBuilder.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,7 +19,7 @@ template <typename Format>
 class RTFFormatPool {
 public:
     /// Past so many, which no document has, further text takes the format that came last.
-    static constexpr std::size_t maximumFormats = 1 << 20;
+    static constexpr std::size_t maximumFormats = 1 << 18;
 
     std::uint32_t indexOf(const Format& format) {
         if (indices_.size() >= maximumFormats) {
@@ -37,15 +38,17 @@ private:
     std::vector<const Format*> formats_;
 };
 
+// Documents can have millions of both, so they are kept small.
+
 struct RTFRun {
-    std::size_t length;
+    std::uint32_t length;
     std::uint32_t format;
 };
 
 struct RTFParagraph {
     /// Behind its last unit and its last run.
-    std::size_t endUnit;
-    std::size_t endRun;
+    std::uint32_t endUnit;
+    std::uint32_t endRun;
     std::uint32_t format;
     RTFCellIndex cell;
     bool isDropped = false;
@@ -59,6 +62,7 @@ public:
 
     RTFStory(RTFCells& cells, const RTFColorTable& colors) : tables_(cells, colors) {}
 
+    void reserve(std::size_t length) { units_.reserve(std::min(length, maximumLength)); }
     void append(std::u16string_view units, std::uint32_t format);
     /// The bytes are ASCII.
     void appendASCII(std::string_view bytes, std::uint32_t format);
@@ -73,6 +77,7 @@ public:
 
     /// The frame, which is finished, stands behind the paragraph that is open now.
     void addFrame(RTFStory&& frame);
+    bool hasFrames() const { return frames_ != nullptr; }
     /// Behind all that is here; the other one is finished.
     void appendStory(RTFStory&& other, RTFCellIndex cell);
     /// No paragraph is open.

@@ -28,7 +28,7 @@ int columnAt(const std::vector<std::int32_t>& grid, std::int32_t edge) {
 
 RTFCellIndex RTFCells::add(RTFCellIndex parent) {
     if (cells_.size() >= maximumCells)
-        return parent >= 0 ? parent : static_cast<RTFCellIndex>(cells_.size() - 1);
+        return -1;
     cells_.push_back({parent, std::make_shared<NSTextTableBlock>()});
     return static_cast<RTFCellIndex>(cells_.size() - 1);
 }
@@ -73,6 +73,8 @@ RTFCellIndex RTFTableBuilder::paragraphEnded(std::int32_t number, std::size_t pa
         ++cell.paragraphs;
         cell.isEmpty = cell.isEmpty && isEmpty;
     }
+    while (number > 0 && level(number).cells.back().index < 0)
+        --number;
     return number > 0 ? level(number).cells.back().index : -1;
 }
 
@@ -119,10 +121,11 @@ bool RTFTableBuilder::isCovered(const Level& own, const Cell& cell, const RTFRow
     if (span == own.spans.begin())
         return false;
     --span;
+    const bool isContinued = !merge.spans.empty() && merge.spans.back().cell == span->cell;
     const bool isSameEdge = cell.leftEdge - span->leftEdge < edgeTolerance;
-    if (!isSameEdge && cell.leftEdge >= span->rightEdge)
+    if (isContinued ? cell.leftEdge >= span->rightEdge : !isSameEdge)
         return false;
-    if (merge.spans.empty() || merge.spans.back().cell != span->cell) {
+    if (!isContinued) {
         ++cells_->block(span->cell).rowSpan;
         merge.spans.push_back(*span);
     }
@@ -144,6 +147,8 @@ void RTFTableBuilder::endRow(Level& own) {
     std::int32_t edge = definition.leftEdge();
     for (std::size_t index = 0; index < own.cells.size(); ++index) {
         Cell& cell = own.cells[index];
+        if (cell.index < 0)
+            break;
         cell.leftEdge = cell.rightEdge = edge;
         if (index < definition.cells().size()) {
             const RTFRowDefinition::Cell& stated = definition.cells()[index];

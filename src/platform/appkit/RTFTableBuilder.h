@@ -23,7 +23,7 @@ public:
     static constexpr std::size_t maximumCells = 250000;
     using Blocks = std::vector<std::shared_ptr<const NSTextTableBlock>>;
 
-    /// The parent when there are too many.
+    /// -1 when there are too many.
     RTFCellIndex add(RTFCellIndex parent);
     NSTextTableBlock& block(RTFCellIndex cell) { return *cells_[static_cast<std::size_t>(cell)].block; }
     /// From the outermost to the innermost; empty for -1.

@@ -1,0 +1,36 @@
+#include "platform/appkit/RTFPackage.h"
+
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/foundation/CFStringNormalization.h"
+
+#include <algorithm>
+
+namespace kelvo {
+namespace {
+
+NSMutableString composed(const NSString& name) {
+    NSMutableString result(name);
+    CFStringNormalize(result, CFStringNormalizationForm::C);
+    return result;
+}
+
+bool areAlike(std::u16string_view left, std::u16string_view right) {
+    const auto lower = [](char16_t unit) {
+        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+    };
+    return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+} // namespace
+
+std::shared_ptr<const NSFileWrapper> rtfPackageEntry(const NSFileWrapper& package, const NSString& name) {
+    if (auto entry = package.fileWrapperForName(name))
+        return entry;
+    const NSMutableString wanted = composed(name);
+    for (const auto& [entryName, entry] : package.fileWrappers())
+        if (areAlike(composed(entryName), wanted))
+            return entry;
+    return nullptr;
+}
+
+} // namespace kelvo
