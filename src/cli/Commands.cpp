@@ -4,6 +4,7 @@
 #include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
+#include "cli/ReadDocumentCommand.h"
 #include "cli/RichTextOutput.h"
 #include "cli/Session.h"
 #include "cli/ShowCommand.h"
@@ -155,6 +156,8 @@ ExitStatus runSubject(Session& session) {
         return runWriteRTFD(session, options.files.front(), *options.output);
     if (operation == Operation::searchableTextOfWebArchive)
         return runWebArchive(session, options.files.front());
+    if (operation == Operation::attributedStringWithContentsOfFile && !options.output && !options.printsJSON)
+        return runReadDocument(session, options.files.front());
     return runOperation(session, operation, options.files.front());
 }
 

@@ -215,14 +215,18 @@ Examples:
     void addReadDocument() {
         CLI::App& subcommand = add(
             Operation::attributedStringWithContentsOfFile,
-            "Read a text document of any kind as rich text (RTFD)",
-            R"(An OUT that ends in ".rtfd" becomes a package (a folder), one that ends in ".rtf" plain RTF without pictures; any
+            "Print the text of a document, or write it as rich text (RTFD)",
+            R"(Reads plain text, RTF, RTFD, HTML, web archives, MIME HTML, doc, docx, odt, sxw and WordML, whatever the name says.
+Pictures stand in the printed text as their names in brackets. With --json the answer has "Rtfd" and
+"DocumentAttributes".
+An OUT that ends in ".rtfd" becomes a package (a folder), one that ends in ".rtf" plain RTF without pictures; any
 other is written as one stream of bytes.
 
 Examples:
+  plumwick read-document letter.doc
   plumwick read-document letter.doc -o letter.rtfd
   plumwick read-document --json letter.doc)");
-        addFile(subcommand, "Rich text, plain text, or an office document");
+        addFile(subcommand, "A text document");
         addOutput(subcommand, "Where the RTFD goes; - writes standard output");
     }
 

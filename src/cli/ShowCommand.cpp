@@ -3,8 +3,10 @@
 #include "cli/Files.h"
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
+#include "cli/RichTextView.h"
 #include "cli/Session.h"
 #include "cli/TextView.h"
+#include "platform/appkit/NSDocumentAttributes.h"
 
 #include <fmt/format.h>
 
@@ -14,6 +16,7 @@
 #include <chrono>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace kelvo::cli {
 namespace {
@@ -190,10 +193,20 @@ private:
         for (const char16_t* key :
              {u"kMDItemTitle", u"Title", u"Author", ResultURLKey, ResultLockedKey, ResultPageCountKey,
               ResultSizeKey, ResultPixelSizeKey, ResultAlphaKey, ResultDurationKey, ResultPropertiesKey,
-              ResultThumbnailKey, ResultRtfdKey, ResultDocumentAttributesKey})
+              ResultThumbnailKey, ResultRtfdKey})
             addSummary(key);
-        for (const char16_t* key : {u"kMDItemTextContent", ResultStringKey}) {
-            const NSString text = dictionary.objectForKey(key).string();
+        const NSDictionary facts = dictionary.objectForKey(ResultDocumentAttributesKey).dictionary();
+        for (const auto& [label, key] :
+             {std::pair("Title", NSTitleDocumentAttribute), std::pair("Author", NSAuthorDocumentAttribute)}) {
+            const Value& value = facts.objectForKey(key);
+            if (!value.isNil())
+                lines.push_back(fmt::format("{:<14}{}", label, summaryOfValue(value, shownWidth)));
+        }
+        for (const NSString& text :
+             {dictionary.objectForKey(u"kMDItemTextContent").string(),
+              dictionary.objectForKey(ResultStringKey).string(),
+              textOfRichText(result.isData() ? result.data()
+                                             : dictionary.objectForKey(ResultRtfdKey).data())}) {
             for (const std::string& line : firstLines(text, shownLines, shownWidth))
                 lines.push_back("| " + line);
         }

@@ -1,5 +1,6 @@
 #include "cli/ExitStatus.h"
 #include "cli/Files.h"
+#include "support/OfficeDocuments.h"
 #include "support/ServiceSession.h"
 
 #include <fcntl.h>
@@ -281,6 +282,25 @@ TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
     EXPECT_EQ(files.read("again.rtf").find("{\\rtf1"), 0u);
     EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again"}).status, 0);
     EXPECT_EQ(files.read("again").find("rtfd"), 0u);
+}
+
+TEST_F(CommandTest, PrintsTheTextOfDocuments) {
+    files.write("letter.doc", tests::officeOpenXML("Dear reader", "A Letter"));
+    files.write("empty.txt", "");
+    const Outcome read = plumwick({"read-document", "letter.doc"});
+    EXPECT_EQ(read.status, 0) << read.errors;
+    EXPECT_EQ(read.output.find("Dear reader["), 0u) << read.output;
+    EXPECT_EQ(read.output.back(), '\n');
+    const std::string facts = plumwick({"read-document", "--json", "letter.doc"}).output;
+    EXPECT_NE(facts.find("\"NSTitleDocumentAttribute\":\"A Letter\""), std::string::npos) << facts;
+    const std::string shown = plumwick({"show", "letter.doc"}).output;
+    for (const char* part :
+         {"office document", "Title         A Letter", "Author        Ann Author", "| Dear reader["})
+        EXPECT_NE(shown.find(part), std::string::npos) << shown;
+    EXPECT_EQ(plumwick({"read-document", "letter.doc", "-o", "letter.rtfd"}).status, 0);
+    EXPECT_EQ(entriesOf(files.path("letter.rtfd")).size(), 2u);
+    EXPECT_EQ(plumwick({"read-document", "empty.txt"}).status, 1);
+    EXPECT_EQ(plumwick({"read-document", "."}).status, 1);
 }
 
 /// A service whose answers are known.

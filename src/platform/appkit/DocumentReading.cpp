@@ -4,10 +4,12 @@
 #include "platform/appkit/DocumentKind.h"
 #include "platform/appkit/NSDocumentAttributes.h"
 #include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/PageReading.h"
 #include "platform/appkit/PlainTextReading.h"
 #include "platform/appkit/RTFReading.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSPathUtilities.h"
+#include "platform/webkit/WebArchive.h"
 
 #include <algorithm>
 #include <array>
@@ -74,6 +76,24 @@ Reading readRTFD(const NSData& data) {
     return reading;
 }
 
+Reading readPage(const NSData& data, const NSString& path) {
+    Reading reading;
+    reading.text = attributedStringWithPage(data, NSURL::fileURLWithPath(path), &reading.attributes);
+    return reading;
+}
+
+Reading readSavedPage(const NSData& data, DocumentKind kind) {
+    const WebArchive archive = WebArchive::initWithData(data);
+    if (archive.isNil())
+        return data.characters().starts_with("bplist") ? Reading() : readPlainText(data);
+    Reading reading;
+    reading.text = attributedStringWithSavedPage(archive, &reading.attributes);
+    reading.attributes = attributesWithType(reading.attributes, NSWebArchiveTextDocumentType,
+                                            kind == DocumentKind::MIMEHTML ? u"com.microsoft.word.mhtml"
+                                                                           : u"com.apple.webarchive");
+    return reading;
+}
+
 Reading readConverted(const NSData& data, const Conversion& conversion) {
     const NSData rtf =
         DocumentEngine::sharedEngine().RTFOfDocument(data, conversion.extension, secondsForConversion);
@@ -110,9 +130,6 @@ Reading readFile(const NSString& path) {
     const DocumentKind kind = kindOfDocument(data.characters(), path);
     switch (kind) {
     case DocumentKind::none:
-    case DocumentKind::HTML:
-    case DocumentKind::webArchive:
-    case DocumentKind::MIMEHTML:
         return {};
     case DocumentKind::plainText:
         return readPlainText(data);
@@ -120,6 +137,11 @@ Reading readFile(const NSString& path) {
         return readRTF(data);
     case DocumentKind::RTFD:
         return readRTFD(data);
+    case DocumentKind::HTML:
+        return readPage(data, path);
+    case DocumentKind::webArchive:
+    case DocumentKind::MIMEHTML:
+        return readSavedPage(data, kind);
     default:
         const auto* const conversion = std::ranges::find(conversions, kind, &Conversion::kind);
         return conversion == conversions.end() ? Reading() : readConverted(data, *conversion);

@@ -64,6 +64,25 @@ void placeData(RenderedPage& page, const NSArray& resources) {
     }
 }
 
+/// The files that a delegate has put in the place of what a page asked for: paths by the address that the
+/// page knows. The engine does not give their contents back.
+using Substitutes = std::unordered_map<std::string, NSString>;
+
+void noteSubstitute(Substitutes& substitutes, const Value& question, const Value& decided) {
+    const NSString address = question.dictionary().objectForKey(u"url").string();
+    const NSURL url = decided.isNil() || decided == Value(address) ? NSURL() : URLOfEngine(decided.string());
+    if (url.isFileURL())
+        substitutes[address.UTF8String()] = url.path();
+}
+
+void placeSubstitutes(RenderedPage& page, const Substitutes& substitutes) {
+    for (RenderedPage::Image& image : page.images) {
+        const auto found = substitutes.find(image.url.UTF8String());
+        if (found != substitutes.end())
+            image.data = NSData::dataWithContentsOfFile(found->second);
+    }
+}
+
 } // namespace
 
 WebResourceLoadDelegate::~WebResourceLoadDelegate() = default;
@@ -85,18 +104,24 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     message.setObject_forKey(NSNumber::numberWithDouble(deadline), u"deadline");
     message.setObject_forKey(NSNumber::numberWithBool(options.delegate != nullptr), u"asks");
 
+    Substitutes substitutes;
     const Value answer =
         process_.ask(message, options.timeoutSeconds + secondsOfGrace, [&](const Value& question) {
             // What is decided too late is of no use to this page.
-            return options.delegate && monotonicSeconds() < deadline ? decision(question, *options.delegate)
-                                                                     : Value();
+            if (!options.delegate || monotonicSeconds() >= deadline)
+                return Value();
+            const Value decided = decision(question, *options.delegate);
+            noteSubstitute(substitutes, question, decided);
+            return decided;
         });
     if (answer.isNil())
         NSLog(u"The web engine gave no answer.");
     const NSDictionary fields = answer.dictionary();
     auto rendered = renderedPageWithFields(fields.objectForKey(u"fields").data());
-    if (rendered)
+    if (rendered) {
         placeData(*rendered, fields.objectForKey(u"resources").array());
+        placeSubstitutes(*rendered, substitutes);
+    }
     return rendered;
 }
 

@@ -10,9 +10,10 @@ class WebResourceLoadDelegate {
 public:
     virtual ~WebResourceLoadDelegate();
 
-    /// The request to send, or nil to refuse it. `redirectResponse` is nil unless this request follows a
-    /// redirect, and then a dictionary with the "URL" that redirected and its "StatusCode". The web view, the
-    /// resource's identifier and the data source only tell requests apart and may be nil.
+    /// The request to send, or nil to refuse it. It may be another one; a file that takes the place of a
+    /// picture has to be there until the page has been read. `redirectResponse` is nil unless this request
+    /// follows a redirect, and then a dictionary with the "URL" that redirected and its "StatusCode". The web
+    /// view, the resource's identifier and the data source only tell requests apart and may be nil.
     virtual NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(
         const Value& webView, const Value& resource, const NSURLRequest& request,
         const Value& redirectResponse, const Value& dataSource) = 0;

@@ -1,14 +1,12 @@
 #include "platform/appkit/DocumentEngine.h"
 
-#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSLog.h"
+#include "support/Listener.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -75,14 +73,7 @@ TEST_F(DocumentEngineTest, NoDocumentIsNil) {
 }
 
 TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
-    const FileDescriptor listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ASSERT_EQ(::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), length), 0);
-    ASSERT_EQ(::listen(listener.get(), 5), 0);
-    ASSERT_EQ(::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length), 0);
+    const tests::Listener listener;
     const tests::TemporaryFolder other;
     const std::string picture = other.write("picture.png", tests::smallPNG());
     const std::string text = other.write("secret.txt", "SECRET");
@@ -93,8 +84,7 @@ TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
                url + "\" xlink:type=\"simple\" xlink:show=\"embed\" xlink:actuate=\"onLoad\"/></draw:frame>";
     };
     const std::string document = tests::flatOpenDocument(
-        "<text:p>before" + image("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x.png") +
-        image("file://" + picture) +
+        "<text:p>before" + image(listener.url() + "/x.png") + image("file://" + picture) +
         "after</text:p><text:section text:name=\"S\"><text:section-source xlink:href=\"file://" + text +
         "\" xlink:type=\"simple\"/><text:p>old</text:p></text:section>");
     const std::string rtf = read(document, u"fodt");
@@ -102,7 +92,7 @@ TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
         EXPECT_NE(rtf.find(part), std::string::npos) << part;
     for (const char* part : {"SECRET", "pngblip"})
         EXPECT_EQ(rtf.find(part), std::string::npos) << part;
-    EXPECT_EQ(::accept(listener.get(), nullptr, nullptr), -1);
+    EXPECT_FALSE(listener.wasAsked());
 }
 
 TEST_F(DocumentEngineTest, ItLeavesNothing) {

@@ -4,8 +4,11 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/foundation/CFStringEncodings.h"
 #include "platform/foundation/Value.h"
+#include "support/Listener.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
+
+#include <kj/encoding.h>
 
 #include <gtest/gtest.h>
 
@@ -131,6 +134,71 @@ TEST_F(DocumentReading, WhatADocumentSaysOfItself) {
     keywords.addObject(u"one");
     keywords.addObject(u"two");
     EXPECT_EQ(attributes.objectForKey(NSKeywordsDocumentAttribute), Value(keywords));
+}
+
+const std::string picture =
+    R"(<svg xmlns="http://www.w3.org/2000/svg" width="20" height="20"><rect width="20" height="20"/></svg>)";
+
+TEST_F(DocumentReading, PagesHaveTheirFilesButNoNetwork) {
+    const tests::Listener listener;
+    folder.write("pictures/one.svg", picture);
+    write("page.txt",
+          "<!DOCTYPE html><title>Tides</title><p>Low <img src='pictures/one.svg'> and high <img src='" +
+              listener.url() + "/two.svg'> water<script src='" + listener.url() + "/s.js'></script>");
+    EXPECT_TRUE(contains("Low")) << string();
+    EXPECT_TRUE(contains("water")) << string();
+    EXPECT_EQ(attachments(), 1U);
+    EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), "NSHTML");
+    EXPECT_FALSE(listener.wasAsked());
+}
+
+TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
+    const tests::Listener listener;
+    const std::string local = folder.write("local.svg", picture);
+    const std::string source = "<link rel=stylesheet href=s.css><p>Low <img src=one.svg> and <img src='" +
+                               listener.url() + "/two.svg'> or <img src='" + listener.url() +
+                               "/three.svg#x'> or <img src='file://" + local + "'> water<p class=b>boldly";
+    const std::string style = ".b { font-weight: bold }" + std::string(300000, ' ');
+    const auto resource = [](const std::string& url, const std::string& type, const std::string& data) {
+        return "<dict><key>WebResourceURL</key><string>" + url +
+               "</string><key>WebResourceMIMEType</key><string>" + type +
+               "</string><key>WebResourceData</key><data>" +
+               std::string(kj::encodeBase64(kj::StringPtr(data.c_str()).asBytes()).cStr()) + "</data></dict>";
+    };
+    const auto part = [](const std::string& url, const std::string& type, const std::string& data) {
+        return "\r\n--B\r\nContent-Type: " + type + "\r\nContent-Location: " + url + "\r\n\r\n" + data;
+    };
+    const std::string archive =
+        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>WebMainResource</key>" +
+        resource(listener.url() + "/a/", "text/html", source) + "<key>WebSubresources</key><array>" +
+        resource(listener.url() + "/a/one.svg", "image/svg+xml", picture) +
+        resource(listener.url() + "/three.svg", "image/svg+xml", picture) +
+        resource(listener.url() + "/a/s.css", "text/css", style) + "</array></dict></plist>";
+    const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
+                                part(listener.url() + "/a/", "text/html", source) +
+                                part(listener.url() + "/a/one.svg", "image/svg+xml", picture) +
+                                part(listener.url() + "/three.svg", "image/svg+xml", picture) +
+                                part(listener.url() + "/a/s.css", "text/css", style) + "\r\n--B--\r\n";
+    for (const auto& [contents, UTI] :
+         {std::pair(archive, "com.apple.webarchive"), std::pair(message, "com.microsoft.word.mhtml")}) {
+        write("saved", contents);
+        EXPECT_TRUE(contains("water")) << string();
+        EXPECT_EQ(attachments(), 2U) << UTI;
+        for (const auto& run : text.runs()) {
+            if (run.attributes->attachment) {
+                EXPECT_EQ(run.attributes->attachment->fileWrapper->regularFileContents(),
+                          NSData::dataWithBytes(picture));
+            }
+        }
+        ASSERT_FALSE(text.isNil());
+        EXPECT_TRUE(text.runs().back().attributes->font.isBold) << UTI;
+        EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), "NSWebArchive");
+        EXPECT_EQ(attribute(NSUTIDocumentAttribute), UTI);
+    }
+    EXPECT_FALSE(listener.wasAsked());
+    write("text.webarchive", "<?xml version=\"1.0\"?><plist><dict><key>WebMainResource</key>" +
+                                 resource("http://h/", "text/plain", "just <b>text") + "</dict></plist>");
+    EXPECT_EQ(string(), "just <b>text");
 }
 
 TEST_F(DocumentReading, NoDocumentIsNil) {

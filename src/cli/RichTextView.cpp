@@ -1,0 +1,27 @@
+#include "cli/RichTextView.h"
+
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/NSTextStorage.h"
+
+#include <string>
+#include <string_view>
+
+namespace kelvo::cli {
+
+NSString textOfRichText(const NSData& rtfd) {
+    const auto text = NSTextStorage::initWithRTFD_documentAttributes(rtfd, nullptr);
+    if (!text)
+        return nullptr;
+    const std::u16string_view units = text->characters();
+    std::u16string shown;
+    for (const auto& run : text->runs()) {
+        const auto& attachment = run.attributes->attachment;
+        if (attachment)
+            shown.append(u"[").append(attachment->fileWrapper->preferredFilename().characters()).append(u"]");
+        else
+            shown.append(units.substr(run.range.location, run.range.length));
+    }
+    return NSString(std::u16string_view(shown));
+}
+
+} // namespace kelvo::cli

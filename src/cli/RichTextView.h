@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSString.h"
+
+namespace kelvo::cli {
+
+/// The text of RTFD bytes for people: what stands in it as a file (pictures, as a rule) is there as its name
+/// in brackets. Nil when the bytes are none.
+NSString textOfRichText(const NSData& rtfd);
+
+} // namespace kelvo::cli
