@@ -378,9 +378,12 @@ NSParagraphStyle Builder::styleHere(bool hasMarker) const {
     style.headIndent = base + items;
     style.tailIndent = -std::clamp(right, 0.0F, largestIndent);
     if (hasMarker) {
+        style.firstLineHeadIndent = style.headIndent - listIndent;
         style.tabStops = {{style.headIndent - listIndent + markerTab, NSTextTabType::left},
                           {style.headIndent, NSTextTabType::left}};
     } else {
+        // To readers of rich text every paragraph of a list is an item of it.
+        style.textLists.clear();
         const float indent = innermost->textIndent;
         style.firstLineHeadIndent =
             std::max(0.0F, style.headIndent + (std::abs(indent) <= largestTextIndent ? indent : 0));

@@ -107,11 +107,10 @@ std::optional<NSColor> FieldReader::color() {
 }
 
 RenderedPage::WhiteSpace whiteSpaceNamed(std::string_view name) {
-    if (name.rfind("pre-line", 0) == 0 || name.rfind("preserve-breaks", 0) == 0)
+    if (name == "preserve-breaks")
         return RenderedPage::WhiteSpace::preserveBreaks;
-    if (name.rfind("pre", 0) == 0 || name.rfind("break-spaces", 0) == 0)
-        return RenderedPage::WhiteSpace::preserve;
-    return RenderedPage::WhiteSpace::collapse;
+    return name == "preserve" || name == "break-spaces" ? RenderedPage::WhiteSpace::preserve
+                                                        : RenderedPage::WhiteSpace::collapse;
 }
 
 RenderedPage::Alignment alignmentNamed(std::string_view name) {

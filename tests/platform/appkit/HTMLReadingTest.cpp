@@ -167,14 +167,14 @@ TEST(HTMLReadingTest, KeepsListsAndTables) {
     expectRows({
         {"list", "<ul><li>a<li><p>b</p><p>c</p></ul>",
          "[indent 0/36 after 12 {disc}] \\t\u2022\\ta\n[indent 0/36 after 12 {disc}] \\t\u2022\\tb\n"
-         "[indent 36/36 {disc}] c\n"},
+         "[indent 36/36] c\n"},
         {"numbers", "<ol start=3><li>a<li value=7>b<li>c</ol><ol reversed type=i><li>d<li>e</ol>",
          "[indent 0/36 {decimal}.] \\t3.\\ta\n[indent 0/36 {decimal}.] \\t7.\\tb\n[indent 0/36 after 12 "
          "{decimal}.] "
          "\\t8.\\tc\n[indent 0/36 {lower-roman}.] \\tii.\\td\n[indent 0/36 {lower-roman}.] \\ti.\\te\n"},
         {"list in a list", "<ol><li>a<ul><li>b</ul><li><ol type=A><li>c</ol></ol>",
-         "[indent 0/36 {decimal}.] \\t1.\\ta\n[indent 0/72 {decimal}. {circle}] \\t\u25E6\\tb\n"
-         "[indent 0/72 {decimal}. {upper-alpha}.] \\tA.\\tc\n"},
+         "[indent 0/36 {decimal}.] \\t1.\\ta\n[indent 36/72 {decimal}. {circle}] \\t\u25E6\\tb\n"
+         "[indent 36/72 {decimal}. {upper-alpha}.] \\tA.\\tc\n"},
         {"without markers", "<ul style='list-style:none;padding:0'><li>a<li>b</ul>", "a\nb\n"},
         {"empty item", "<ul><li></ul>", "[indent 0/36 {disc}] \\t\u2022\\t\n"},
         {"table", "a<table><tr><th>b<td>c<tr><td><td>d</table>e",
@@ -364,6 +364,21 @@ TEST_F(HTMLFailuresTest, ServersThatKeepSilentCostOnlyWhatTheyWouldHaveSent) {
                             {nullptr, server.url("/"), "", 1})),
               "abc");
     EXPECT_EQ(server.count("/never"), 1);
+}
+
+TEST_F(HTMLFailuresTest, PagesThatWaitForAScriptAreReadWithout) {
+    server.keepSilent("/never");
+    EXPECT_EQ(
+        describe(read("<script src=/never></script>a<img alt=b src=/x>", {nullptr, server.url("/"), "", 2})),
+        "ab");
+    EXPECT_EQ(server.count("/never"), 1);
+}
+
+TEST_F(HTMLFailuresTest, PagesThatEatMemoryAreEnded) {
+    EXPECT_EQ(describe(read("<script>for(var a=[];;)a.push(new Uint8Array(1<<22).fill(1))</script>",
+                            {nullptr, "", "", 100})),
+              "(nil)");
+    EXPECT_EQ(describe(read("next")), "next");
 }
 
 TEST_F(HTMLFailuresTest, RedirectsWithoutEndEnd) {

@@ -2,9 +2,17 @@
 
 #include "PageScripts.h"
 
+#include "platform/webkit/engine/PageSettings.h"
+
 #include <gtk/gtk.h>
 
 #include <algorithm>
+#include <fstream>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include <unistd.h>
 
 namespace kelvo {
 namespace {
@@ -13,12 +21,21 @@ namespace {
 /// local.
 constexpr char pageAddress[] = "file:///";
 constexpr char isolatedWorld[] = "plumwick";
-constexpr int viewWidth = 1024;
+/// In pixels: about what a printed page holds, and what pages made for large screens still stand.
+constexpr int viewWidth = 800;
 constexpr int viewHeight = 1024;
-/// Of the time for a page, what is kept for describing it.
+/// Of the time for a page, what is kept for describing it, and before that for loading it once more.
 constexpr double shareForDescription = 0.1;
 constexpr double mostSecondsForDescription = 1;
-constexpr gint64 microsecondsToRest = 2 * G_USEC_PER_SEC;
+constexpr double shareForSecondLoad = 0.15;
+constexpr double mostSecondsForSecondLoad = 2;
+constexpr double secondsForReadyState = 0.2;
+/// How long the script of a page may hold up the leaving of it.
+constexpr double secondsToLeave = 0.5;
+constexpr double secondsToStart = 5;
+constexpr guint millisecondsBetweenLooks = 100;
+/// Of a web process. A page that needs more is no page.
+constexpr std::size_t mostResidentBytes = std::size_t{1} << 30;
 /// A web process keeps some memory of each page.
 constexpr int pagesPerProcess = 60;
 
@@ -26,105 +43,32 @@ gint64 microseconds(double seconds) {
     return static_cast<gint64>(seconds * G_USEC_PER_SEC);
 }
 
-void setFeatures(WebKitSettings* settings) {
-    // On: all of a page is described, whether it would have been scrolled to or not, and what it navigates to
-    // is not. Off: what connects without the question of the request gate, what stores, and what plays.
-    constexpr struct {
-        const char* name;
-        gboolean isOn;
-    } choices[] = {{"LazyImageLoading", FALSE},
-                   {"LazyIframeLoading", FALSE},
-                   {"WebSocket", FALSE},
-                   {"LinkPreconnect", FALSE},
-                   {"LinkPreconnectEarlyHints", FALSE},
-                   {"LinkDNSPrefetch", FALSE},
-                   {"ServiceWorkers", FALSE},
-                   {"SharedWorker", FALSE},
-                   {"BeaconAPI", FALSE},
-                   {"CacheAPI", FALSE},
-                   {"IndexedDBAPI", FALSE},
-                   {"LocalStorage", FALSE},
-                   {"Notifications", FALSE},
-                   {"Media", FALSE},
-                   {"MediaSource", FALSE},
-                   {"MediaSession", FALSE},
-                   {"MediaDevices", FALSE},
-                   {"PDFJSViewer", FALSE},
-                   {"FullScreen", FALSE},
-                   {"ProcessSwapOnCrossSiteNavigation", FALSE},
-                   {"UsesBackForwardCache", FALSE},
-                   {"ThreadedScrolling", FALSE},
-                   {"AcceleratedCompositing", FALSE},
-                   {"NavigationAPI", TRUE}};
-    WebKitFeatureList* features = webkit_settings_get_all_features();
-    for (gsize index = 0; index < webkit_feature_list_get_length(features); ++index) {
-        WebKitFeature* feature = webkit_feature_list_get(features, index);
-        const char* name = webkit_feature_get_identifier(feature);
-        for (const auto& choice : choices) {
-            if (g_strcmp0(name, choice.name) == 0)
-                webkit_settings_set_feature_enabled(settings, feature, choice.isOn);
-        }
+/// 0 when there is no such process.
+std::size_t residentBytes(pid_t process) {
+    if (process <= 0)
+        return 0;
+    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    file >> total >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+bool needsNetwork(const std::string& url) {
+    return url.rfind("http", 0) == 0 || url.rfind("ftp", 0) == 0;
+}
+
+/// The addresses in what the walk wrote down.
+std::unordered_set<std::string_view> addressesIn(std::string_view fields) {
+    std::unordered_set<std::string_view> addresses;
+    for (std::size_t at = 0; at < fields.size();) {
+        const std::size_t end = std::min(fields.find('\0', at), fields.size());
+        const std::string_view field = fields.substr(at, end - at);
+        if (field.substr(0, 5) == "data:" || field.find("://") < 16)
+            addresses.insert(field);
+        at = end + 1;
     }
-    webkit_feature_list_unref(features);
-}
-
-WebKitSettings* newSettings() {
-    WebKitSettings* settings = webkit_settings_new();
-    // So that a page without styles is Times 12, as in rich text.
-    webkit_settings_set_default_font_family(settings, "Times");
-    webkit_settings_set_serif_font_family(settings, "Times");
-    webkit_settings_set_sans_serif_font_family(settings, "Helvetica");
-    webkit_settings_set_monospace_font_family(settings, "Courier");
-    webkit_settings_set_default_font_size(settings, 12);
-    webkit_settings_set_default_monospace_font_size(settings, 10);
-    webkit_settings_set_enable_webgl(settings, FALSE);
-    webkit_settings_set_enable_webaudio(settings, FALSE);
-    webkit_settings_set_enable_media(settings, FALSE);
-    webkit_settings_set_enable_media_stream(settings, FALSE);
-    webkit_settings_set_media_playback_requires_user_gesture(settings, TRUE);
-    webkit_settings_set_enable_html5_local_storage(settings, FALSE);
-    webkit_settings_set_enable_html5_database(settings, FALSE);
-
-    webkit_settings_set_enable_page_cache(settings, FALSE);
-    webkit_settings_set_enable_fullscreen(settings, FALSE);
-    webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
-    webkit_settings_set_allow_modal_dialogs(settings, FALSE);
-    webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
-    webkit_settings_set_allow_universal_access_from_file_urls(settings, FALSE);
-    webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
-    setFeatures(settings);
-    return settings;
-}
-
-gboolean onPolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer) {
-    if (type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION)
-        return FALSE;
-    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE &&
-        webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision)))
-        return FALSE;
-    // New windows, and what would become a download.
-    webkit_policy_decision_ignore(decision);
-    return TRUE;
-}
-
-gboolean refusePermission(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
-    webkit_permission_request_deny(request);
-    return TRUE;
-}
-
-gboolean cancelAuthentication(WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) {
-    webkit_authentication_request_cancel(request);
-    return TRUE;
-}
-
-gboolean cancelFileChooser(WebKitWebView*, WebKitFileChooserRequest* request, gpointer) {
-    webkit_file_chooser_request_cancel(request);
-    return TRUE;
-}
-
-/// For the signals whose default would show something.
-gboolean showNothing() {
-    return TRUE;
+    return addresses;
 }
 
 void cancelDownload(WebKitWebContext*, WebKitDownload* download, gpointer) {
@@ -145,10 +89,14 @@ PageReader::PageReader(const std::string& extensionFolder, bool sandboxed)
     webkit_web_context_set_web_extensions_directory(context_, extensionFolder.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
         context_, g_variant_new_string(gate_.socketPath().c_str()));
+    webkit_cookie_manager_set_accept_policy(webkit_web_context_get_cookie_manager(context_),
+                                            WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
     g_signal_connect(context_, "download-started", G_CALLBACK(cancelDownload), nullptr);
-    settings_ = newSettings();
+    settings_ = newPageSettings();
     openView();
-    rest();
+    if (!goBlank(secondsToStart))
+        closeView();
+    phase_ = Phase::idle;
 }
 
 PageReader::~PageReader() {
@@ -170,29 +118,24 @@ void PageReader::openView() {
     view_ = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context_, "settings", settings_,
                                          "user-content-manager", content, nullptr));
     g_object_unref(content);
-    window_ = gtk_offscreen_window_new();
-    gtk_window_set_default_size(GTK_WINDOW(window_), viewWidth, viewHeight);
+    // Never shown, so that nothing is painted; it is laid out in the size that it is given.
+    window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     gtk_container_add(GTK_CONTAINER(window_), GTK_WIDGET(view_));
-    gtk_widget_show_all(window_);
+    gtk_widget_show(GTK_WIDGET(view_));
+    GtkAllocation size{0, 0, viewWidth, viewHeight};
+    gtk_widget_get_preferred_width(GTK_WIDGET(view_), nullptr, nullptr);
+    gtk_widget_size_allocate(GTK_WIDGET(view_), &size);
 
     g_signal_connect(view_, "load-changed", G_CALLBACK(onLoadChanged), this);
     g_signal_connect(view_, "load-failed", G_CALLBACK(onLoadFailed), this);
     g_signal_connect(view_, "web-process-terminated", G_CALLBACK(onTerminated), this);
     g_signal_connect(view_, "resource-load-started", G_CALLBACK(onResource), this);
-    g_signal_connect(view_, "decide-policy", G_CALLBACK(onPolicy), nullptr);
-    g_signal_connect(view_, "permission-request", G_CALLBACK(refusePermission), nullptr);
-    g_signal_connect(view_, "authenticate", G_CALLBACK(cancelAuthentication), nullptr);
-    g_signal_connect(view_, "run-file-chooser", G_CALLBACK(cancelFileChooser), nullptr);
-    for (const char* signal : {"script-dialog", "print", "context-menu", "show-notification",
-                               "enter-fullscreen", "show-option-menu", "run-color-chooser"})
-        g_signal_connect(view_, signal, G_CALLBACK(showNothing), nullptr);
+    keepToThePage(view_);
     pagesOfProcess_ = 0;
 }
 
 void PageReader::closeView() {
-    for (const Resource& held : resources_)
-        g_object_unref(held.resource);
-    resources_.clear();
+    dropResources();
     if (!window_)
         return;
     g_signal_handlers_disconnect_by_data(view_, this);
@@ -202,23 +145,30 @@ void PageReader::closeView() {
 }
 
 bool PageReader::runUntil(const std::function<bool()>& condition, gint64 end) {
-    GMainContext* loop = g_main_context_default();
-    // Wakes the loop at the end, whether anything happens or not.
-    bool isOver = g_get_monotonic_time() >= end;
-    if (isOver)
-        return condition();
-    const auto milliseconds = static_cast<guint>((end - g_get_monotonic_time()) / 1000 + 1);
+    bool isTimeToLook = false;
+    const gint64 start = g_get_monotonic_time();
+    const auto milliseconds = static_cast<guint>(std::max<gint64>(0, (end - start) / 1000 + 1));
+    // Wakes the loop, whether anything happens or not.
     const guint alarm = g_timeout_add(
-        milliseconds,
-        [](gpointer over) -> gboolean {
-            *static_cast<bool*>(over) = true;
+        std::min(milliseconds, millisecondsBetweenLooks),
+        [](gpointer flag) -> gboolean {
+            *static_cast<bool*>(flag) = true;
             return G_SOURCE_CONTINUE;
         },
-        &isOver);
-    while (!condition() && !isOver)
-        g_main_context_iteration(loop, TRUE);
+        &isTimeToLook);
+    while (!condition() && g_get_monotonic_time() < end) {
+        g_main_context_iteration(nullptr, TRUE);
+        if (std::exchange(isTimeToLook, false) && residentBytes(gate_.peerProcess()) > mostResidentBytes)
+            giveUp();
+    }
     g_source_remove(alarm);
     return condition();
+}
+
+void PageReader::giveUp() {
+    if (phase_ != Phase::gone)
+        webkit_web_view_terminate_web_process(view_);
+    phase_ = Phase::gone;
 }
 
 void PageReader::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageReader* self) {
@@ -253,20 +203,16 @@ std::string PageReader::decide(const GateQuestion& question) {
         return {};
     if (question.url == pageAddress)
         return isCommitted_ ? std::string() : question.url;
+    if (isSecondLoad_ && needsNetwork(question.url))
+        return {};
     return request_->decide(question);
 }
 
-std::optional<PageDescription> PageReader::read(const PageRequest& request) {
-    const gint64 end = microseconds(request.deadlineSeconds);
-    const gint64 forDescription = std::clamp<gint64>(
-        static_cast<gint64>(static_cast<double>(end - g_get_monotonic_time()) * shareForDescription), 0,
-        microseconds(mostSecondsForDescription));
-    if (!view_)
-        openView();
+void PageReader::load(const PageRequest& request) {
     request_ = &request;
     phase_ = Phase::loading;
     isCommitted_ = false;
-    ++pagesOfProcess_;
+    dropResources();
     // Where nobody says what the bytes are, they are UTF-8 if they can be.
     const bool isUnicode = g_utf8_validate_len(request.bytes.data(), request.bytes.size(), nullptr);
     webkit_settings_set_default_charset(settings_, isUnicode ? "UTF-8" : "ISO-8859-1");
@@ -274,57 +220,78 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     GBytes* bytes = g_bytes_new(request.bytes.data(), request.bytes.size());
     webkit_web_view_load_bytes(view_, bytes, "text/html", request.charset.c_str(), pageAddress);
     g_bytes_unref(bytes);
-    if (!runUntil([this] { return phase_ != Phase::loading; }, end - forDescription))
-        webkit_web_view_stop_loading(view_);
+}
+
+std::optional<PageDescription> PageReader::read(const PageRequest& request) {
+    const gint64 end = microseconds(request.deadlineSeconds);
+    const double seconds = std::max(0.0, static_cast<double>(end - g_get_monotonic_time()) /
+                                             static_cast<double>(G_USEC_PER_SEC));
+    const gint64 endOfLoad =
+        end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
+    const gint64 endOfFirstLoad =
+        endOfLoad - microseconds(std::min(seconds * shareForSecondLoad, mostSecondsForSecondLoad));
+    const auto hasLoaded = [this] { return phase_ != Phase::loading; };
+
+    if (!view_)
+        openView();
+    ++pagesOfProcess_;
+    isSecondLoad_ = false;
+    load(request);
+    if (!runUntil(hasLoaded, endOfFirstLoad)) {
+        // A page that waits for the scripts or style sheets of a server has no text yet. Without them it has.
+        const auto state =
+            evaluate("document.readyState", g_get_monotonic_time() + microseconds(secondsForReadyState));
+        isSecondLoad_ = state == "loading";
+        if (isSecondLoad_)
+            load(request);
+        if (!runUntil(hasLoaded, endOfLoad))
+            webkit_web_view_stop_loading(view_);
+    }
     // Nothing is asked for from here on.
     request_ = nullptr;
     if (phase_ == Phase::gone)
         return std::nullopt;
     PageDescription description;
-    const auto fields = describe(end);
-    if (!fields)
+    auto fields = evaluate(walkScript, end);
+    if (!fields) {
+        // A script of the page keeps the process to itself.
+        giveUp();
         return std::nullopt;
-    description.fields = *fields;
-    description.resources = collectResources(*fields, end);
+    }
+    description.fields = std::move(*fields);
+    description.resources = collectResources(description.fields, end);
     return phase_ == Phase::gone ? std::nullopt : std::optional(std::move(description));
 }
 
-std::optional<std::string> PageReader::describe(gint64 end) {
+std::optional<std::string> PageReader::evaluate(const char* script, gint64 end) {
     struct Answer {
         bool isThere = false;
-        std::optional<std::string> fields;
+        std::optional<std::string> text;
     };
     // Outlives this call when the answer does.
     const auto answer = std::make_shared<Answer>();
     webkit_web_view_evaluate_javascript(
-        view_, walkScript, -1, isolatedWorld, nullptr, nullptr,
+        view_, script, -1, isolatedWorld, nullptr, nullptr,
         [](GObject* view, GAsyncResult* result, gpointer data) {
             const std::unique_ptr<std::shared_ptr<Answer>> held(static_cast<std::shared_ptr<Answer>*>(data));
             Answer& own = **held;
             own.isThere = true;
             JSCValue* value =
                 webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-            if (!value) {
+            if (!value)
                 return;
-            }
             if (jsc_value_is_string(value)) {
                 GBytes* bytes = jsc_value_to_string_as_bytes(value);
                 gsize size = 0;
-                const auto* data_ = static_cast<const char*>(g_bytes_get_data(bytes, &size));
-                own.fields.emplace(data_, size);
+                const void* contents = g_bytes_get_data(bytes, &size);
+                own.text.emplace(static_cast<const char*>(contents), size);
                 g_bytes_unref(bytes);
             }
             g_object_unref(value);
         },
         new std::shared_ptr<Answer>(answer));
-    if (runUntil([&] { return answer->isThere || phase_ == Phase::gone; }, end) && answer->fields)
-        return answer->fields;
-    if (phase_ != Phase::gone) {
-        // A script of the page keeps the process to itself.
-        webkit_web_view_terminate_web_process(view_);
-        phase_ = Phase::gone;
-    }
-    return std::nullopt;
+    runUntil([&] { return answer->isThere || phase_ == Phase::gone; }, end);
+    return std::move(answer->text);
 }
 
 std::vector<PageResource> PageReader::collectResources(const std::string& fields, gint64 end) {
@@ -336,6 +303,7 @@ std::vector<PageResource> PageReader::collectResources(const std::string& fields
         std::shared_ptr<Pending> pending;
         PageResource resource;
     };
+    const auto addresses = addressesIn(fields);
     const auto pending = std::make_shared<Pending>();
     for (const Resource& held : resources_) {
         WebKitURIResponse* response = webkit_web_resource_get_response(held.resource);
@@ -343,7 +311,7 @@ std::vector<PageResource> PageReader::collectResources(const std::string& fields
         // A file that is missing has an empty body and no status; errors of a server have both.
         const guint status = response ? webkit_uri_response_get_status_code(response) : 0;
         if (!mimeType || !g_str_has_prefix(mimeType, "image/") || status >= 400 ||
-            fields.find('\0' + held.requestedURL + '\0') == std::string::npos)
+            addresses.count(held.requestedURL) == 0)
             continue;
         ++pending->left;
         webkit_web_resource_get_data(
@@ -366,26 +334,31 @@ std::vector<PageResource> PageReader::collectResources(const std::string& fields
     return std::move(pending->found);
 }
 
-void PageReader::rest() {
-    for (const Resource& held : resources_)
-        g_object_unref(held.resource);
-    resources_.clear();
-    request_ = nullptr;
-    if (phase_ == Phase::gone || pagesOfProcess_ >= pagesPerProcess) {
-        if (phase_ != Phase::gone)
-            webkit_web_view_terminate_web_process(view_);
-        closeView();
-        openView();
-    }
+bool PageReader::goBlank(double secondsToWait) {
     phase_ = Phase::loading;
     isCommitted_ = false;
     webkit_web_view_load_uri(view_, "about:blank");
-    if (!runUntil([this] { return phase_ != Phase::loading; }, g_get_monotonic_time() + microsecondsToRest) ||
-        phase_ == Phase::gone) {
-        webkit_web_view_terminate_web_process(view_);
+    return runUntil([this] { return phase_ != Phase::loading; },
+                    g_get_monotonic_time() + microseconds(secondsToWait)) &&
+           phase_ == Phase::finished;
+}
+
+void PageReader::rest() {
+    dropResources();
+    if (phase_ == Phase::gone || pagesOfProcess_ >= pagesPerProcess || !goBlank(secondsToLeave)) {
+        giveUp();
         closeView();
+        openView();
+        if (!goBlank(secondsToStart))
+            closeView();
     }
     phase_ = Phase::idle;
+}
+
+void PageReader::dropResources() {
+    for (const Resource& held : resources_)
+        g_object_unref(held.resource);
+    resources_.clear();
 }
 
 } // namespace kelvo

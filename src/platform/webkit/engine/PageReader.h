@@ -58,9 +58,17 @@ private:
 
     void openView();
     void closeView();
-    /// Until the condition holds or the monotonic time (microseconds) has come; whether it holds.
+    /// Until the condition holds or the monotonic time (microseconds) has come; whether it holds. Gives up on
+    /// a web process that grows too large meanwhile.
     bool runUntil(const std::function<bool()>& condition, gint64 end);
-    std::optional<std::string> describe(gint64 end);
+    void load(const PageRequest& request);
+    /// Leaves the page; whether that came to an end.
+    bool goBlank(double secondsToWait);
+    /// Ends the web process.
+    void giveUp();
+    void dropResources();
+    /// What the script gives, in the isolated world, if that is a text and comes in time.
+    std::optional<std::string> evaluate(const char* script, gint64 end);
     std::vector<PageResource> collectResources(const std::string& fields, gint64 end);
     std::string decide(const GateQuestion& question);
 
@@ -82,6 +90,8 @@ private:
     WebKitWebView* view_ = nullptr;
     Phase phase_ = Phase::idle;
     bool isCommitted_ = false;
+    /// Without what comes over the network.
+    bool isSecondLoad_ = false;
     /// Null unless a page is being loaded: what goes on before and after is not let through.
     const PageRequest* request_ = nullptr;
     std::vector<Resource> resources_;

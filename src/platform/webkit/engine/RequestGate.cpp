@@ -69,6 +69,7 @@ void RequestGate::disconnect() {
     if (connected_ >= 0)
         close(connected_);
     connected_ = -1;
+    peer_ = 0;
 }
 
 gboolean RequestGate::accept(gint descriptor, GIOCondition, gpointer self) {
@@ -80,6 +81,10 @@ gboolean RequestGate::accept(gint descriptor, GIOCondition, gpointer self) {
     const timeval patience{2, 0};
     setsockopt(peer, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(peer, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    ucred credentials{};
+    socklen_t size = sizeof credentials;
+    if (getsockopt(peer, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0)
+        own.peer_ = credentials.pid;
     own.connected_ = peer;
     own.connectedSource_ = g_unix_fd_add(peer, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), serve, self);
     own.listeningSource_ = 0;

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include <sys/types.h>
+
 namespace kelvo {
 
 /// What the extension in a web process says of a request before it is sent.
@@ -35,6 +37,8 @@ public:
     /// Before a web process is started: it and no other can connect. Whatever was connected before is cut
     /// off.
     bool openForOne();
+    /// The process that has connected, 0 before.
+    pid_t peerProcess() const noexcept { return peer_; }
 
 private:
     static gboolean accept(gint descriptor, GIOCondition condition, gpointer self);
@@ -49,6 +53,7 @@ private:
     guint listeningSource_ = 0;
     int connected_ = -1;
     guint connectedSource_ = 0;
+    pid_t peer_ = 0;
 };
 
 } // namespace kelvo

@@ -1,7 +1,8 @@
+// At the start of each page, in the world that it does not see: it may not leave for another, nor learn what the
+// page before it has left behind in the name of the window.
+window.name = '';
 if (window.navigation)
     window.navigation.addEventListener('navigate', function (event) {
-        if (!event.hashChange && event.cancelable && !event.canIntercept)
-            event.preventDefault();
-        else if (!event.hashChange && event.destination && !event.destination.sameDocument)
+        if (event.cancelable && !event.hashChange && !event.destination.sameDocument)
             event.preventDefault();
     }, true);

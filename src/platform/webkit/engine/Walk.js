@@ -27,12 +27,12 @@
     const unseen = {AUDIO: 1, CANVAS: 1, METER: 1, PROGRESS: 1, OPTION: 1, MATH: 0, RP: 1, TEMPLATE: 1};
     const nothing = [];
 
-    function number(list, numbers, fields) {
-        const key = fields.join('\u0001');
+    // The number of what the key stands for; `fields` makes it, the first time.
+    function number(list, numbers, key, fields) {
         let at = numbers.get(key);
         if (at === undefined) {
             at = numbers.size;
-            list.push(...fields);
+            list.push(...fields());
             numbers.set(key, at);
         }
         return at;
@@ -73,21 +73,26 @@
 
     // Rich text stands on white. What a block is painted with comes along only where its text could not be read
     // without.
-    function backOf(context) {
+    function backOf(context, color) {
         if (context.back)
             return context.back;
-        return context.ground && luminance(context.css.color) > 0.6 && luminance(context.ground) < 0.6 ?
+        return context.ground && luminance(color) > 0.6 && luminance(context.ground) < 0.6 ?
             context.ground : '';
     }
 
     function styleOf(context) {
         if (context.style >= 0)
             return context.style;
-        const css = context.css;
+        const css = context.css, color = css.color, spacing = css.letterSpacing, back = backOf(context, color);
         context.transform = css.textTransform;
-        return context.style = number(styles, styleNumbers, [css.fontFamily, length(css.fontSize),
-            parseInt(css.fontWeight, 10) || 400, css.fontStyle === 'normal' ? 0 : 1, css.color, backOf(context),
-            context.lines, context.raise, length(css.letterSpacing), context.space, field(context.link)]);
+        // The shorthand is one question in place of four; it is empty where it cannot say all.
+        const font = css.font || [css.fontStyle, css.fontWeight, css.fontSize, css.fontFamily].join(' ');
+        const key = [font, color, back, context.lines, context.raise, spacing, context.space, context.link].join('\0');
+        return context.style = number(styles, styleNumbers, key, function () {
+            return [css.fontFamily, length(css.fontSize), parseInt(css.fontWeight, 10) || 400,
+                css.fontStyle === 'normal' ? 0 : 1, color, back, context.lines, context.raise, length(spacing),
+                context.space, field(context.link)];
+        });
     }
 
     function transformed(text, how) {
@@ -176,8 +181,8 @@
         case 'hidden': case 'password': case 'checkbox': case 'radio': case 'file': case 'color': case 'range':
         case 'image':
             return '';
-        case 'submit': return element.value || 'Submit';
-        case 'reset': return element.value || 'Reset';
+        case 'submit': return element.hasAttribute('value') ? element.value : 'Submit';
+        case 'reset': return element.hasAttribute('value') ? element.value : 'Reset';
         default: return element.value;
         }
     }
@@ -267,25 +272,34 @@
     }
 
     function openBlock(element, css, display) {
-        const tag = tagNameOf(element), style = element.style;
-        let left = 0, right = 0;
-        if (indenting[tag] || tag !== 'BODY' && style && (style.marginLeft || style.paddingLeft || style.marginRight)) {
-            left = length(css.marginLeft) + length(css.paddingLeft) + length(css.borderLeftWidth);
-            right = length(css.marginRight) + length(css.paddingRight) + length(css.borderRightWidth);
-            // An automatic margin centres; it is no indent.
-            if (left === right && !indenting[tag] || style && style.marginLeft === 'auto')
-                left = right = 0;
-        }
+        const tag = tagNameOf(element), style = element.style, align = css.textAlign, direction = css.direction,
+            indent = css.textIndent, lineHeight = css.lineHeight, margin = css.margin, padding = css.padding,
+            border = css.borderWidth;
         const heading = /^H[1-6]$/.test(tag) ? +tag[1] : 0;
-        const inCell = display === 'table-cell' || tag === 'BODY';
-        const lineHeight = css.lineHeight;
-        const apart = display !== 'block' && display !== 'list-item' || css.overflow !== 'visible' || css.float !== 'none';
-        events.push(BLOCK, number(blocks, blockNumbers, [css.textAlign, css.direction === 'rtl' ? 1 : 0,
-            left, right, length(css.textIndent), inCell ? 0 : length(css.marginTop),
-            inCell ? 0 : length(css.paddingTop) + length(css.borderTopWidth),
-            inCell ? 0 : length(css.marginBottom), inCell ? 0 : length(css.paddingBottom) +
-            length(css.borderBottomWidth), lineHeight === 'normal' ? 0 : length(lineHeight), heading,
-            apart ? 1 : 0]));
+        const isCell = display === 'table-cell' || tag === 'BODY';
+        const isIndented = indenting[tag] ||
+            tag !== 'BODY' && style && !!(style.marginLeft || style.paddingLeft || style.marginRight);
+        const isCentred = style && style.marginLeft === 'auto';
+        const keeps = display !== 'block' && display !== 'list-item' || css.float !== 'none' ||
+            css.overflowX !== 'visible';
+        const key = [align, direction, indent, lineHeight, margin, padding, border, heading, isCell, isIndented,
+            !!indenting[tag], isCentred, keeps].join(' ');
+        events.push(BLOCK, number(blocks, blockNumbers, key, function () {
+            let left = 0, right = 0;
+            if (isIndented) {
+                left = length(css.marginLeft) + length(css.paddingLeft) + length(css.borderLeftWidth);
+                right = length(css.marginRight) + length(css.paddingRight) + length(css.borderRightWidth);
+                // An automatic margin centres; it is no indent.
+                if (left === right && !indenting[tag] || isCentred)
+                    left = right = 0;
+            }
+            return [align, direction === 'rtl' ? 1 : 0, left, right, length(indent),
+                isCell ? 0 : length(css.marginTop),
+                isCell ? 0 : length(css.paddingTop) + length(css.borderTopWidth),
+                isCell ? 0 : length(css.marginBottom),
+                isCell ? 0 : length(css.paddingBottom) + length(css.borderBottomWidth),
+                lineHeight === 'normal' ? 0 : length(lineHeight), heading, keeps ? 1 : 0];
+        }));
     }
 
     // One stack entry per open element: its children, how far they are, what closes it.
@@ -311,7 +325,7 @@
         context.css = css;
         context.element = element;
         context.hidden = css.visibility !== 'visible';
-        context.space = css.whiteSpace;
+        context.space = css.whiteSpaceCollapse;
         if (display === 'contents') {
             enter(childrenOf(element), context, 0, '');
             return;
@@ -395,7 +409,7 @@
         case 'TEXTAREA':
         case 'SELECT':
             if (!context.hidden) {
-                context.space = tag === 'TEXTAREA' ? 'pre-wrap' : 'pre';
+                context.space = 'preserve';
                 putText(controlText(element), context);
             }
             return;
@@ -493,7 +507,7 @@
     if (start) {
         const root = new Context(null);
         root.css = getComputedStyle(whole);
-        root.space = root.css.whiteSpace;
+        root.space = root.css.whiteSpaceCollapse;
         root.ground = root.css.backgroundColor === clear ? '' : root.css.backgroundColor;
         enter([start], root, 0, '');
     }
