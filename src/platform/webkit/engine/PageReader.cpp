@@ -203,9 +203,8 @@ std::string PageReader::decide(const GateQuestion& question) {
         return {};
     if (question.url == pageAddress)
         return isCommitted_ ? std::string() : question.url;
-    if (isSecondLoad_ && needsNetwork(question.url))
-        return {};
-    return request_->decide(question);
+    const std::string decided = request_->decide(question);
+    return isSecondLoad_ && needsNetwork(decided) ? std::string() : decided;
 }
 
 void PageReader::load(const PageRequest& request) {
