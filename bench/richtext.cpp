@@ -127,8 +127,9 @@ struct Sample {
     std::string path;
 };
 
+std::map<std::size_t, Sample> samples;
+
 const Sample& sampleOf(std::size_t megabytes) {
-    static std::map<std::size_t, Sample> samples;
     const auto [found, isNew] = samples.try_emplace(megabytes);
     Sample& sample = found->second;
     if (isNew) {
@@ -212,7 +213,7 @@ int main(int argc, char** argv) {
     comparison.printTimeRatio("reading", "readRTF/50", "readRTF/5");
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
-    for (const std::size_t megabytes : {1, 5, 50})
-        std::filesystem::remove(sampleOf(megabytes).path, ignored);
+    for (const auto& [megabytes, sample] : samples)
+        std::filesystem::remove(sample.path, ignored);
     return 0;
 }
