@@ -27,6 +27,12 @@ int columnAt(const std::vector<std::int32_t>& grid, std::int32_t edge) {
 } // namespace
 
 RTFCellIndex RTFCells::add(RTFCellIndex parent) {
+    if (!free_.empty()) {
+        const RTFCellIndex cell = free_.back();
+        free_.pop_back();
+        cells_[static_cast<std::size_t>(cell)].parent = parent;
+        return cell;
+    }
     if (cells_.size() >= maximumCells)
         return -1;
     cells_.push_back({parent, std::make_shared<NSTextTableBlock>()});
@@ -155,6 +161,7 @@ void RTFTableBuilder::endRow(Level& own) {
             edge = cell.rightEdge = std::max(edge, stated.rightEdge);
             if (isCovered(own, cell, stated, merge)) {
                 dropped_.push_back(cell.firstParagraph);
+                cells_->release(cell.index);
                 continue;
             }
             cells_->block(cell.index) = definition.blockForCell(index, *colors_);

@@ -25,6 +25,8 @@ public:
 
     /// -1 when there are too many.
     RTFCellIndex add(RTFCellIndex parent);
+    /// Nothing speaks of the cell any more.
+    void release(RTFCellIndex cell) { free_.push_back(cell); }
     NSTextTableBlock& block(RTFCellIndex cell) { return *cells_[static_cast<std::size_t>(cell)].block; }
     /// From the outermost to the innermost; empty for -1.
     Blocks blocksOf(RTFCellIndex cell) const;
@@ -36,6 +38,7 @@ private:
     };
 
     std::vector<Cell> cells_;
+    std::vector<RTFCellIndex> free_;
 };
 
 /// Makes tables of the rows and cells that one story says, as its paragraphs end. What a row looks like may
