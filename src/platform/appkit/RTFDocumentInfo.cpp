@@ -15,6 +15,9 @@ namespace {
 /// Writers that know of no date state this year, the first one of file times.
 constexpr std::int32_t firstFileTimeYear = 1601;
 
+/// What documents of other writers count as.
+constexpr std::int32_t versionOfOthers = 80;
+
 Value points(std::int32_t twips) {
     return NSNumber::numberWithDouble(twips / 20.0);
 }
@@ -187,7 +190,8 @@ NSDictionary RTFDocumentInfo::documentAttributes(bool isPackage) const {
     result.setObject_forKey(isPackage ? NSRTFDTextDocumentType : NSRTFTextDocumentType,
                             NSDocumentTypeDocumentAttribute);
     result.setObject_forKey(isPackage ? u"com.apple.rtfd" : u"public.rtf", NSUTIDocumentAttribute);
-    result.setObject_forKey(NSNumber::numberWithInt(version_), NSCocoaVersionDocumentAttribute);
+    result.setObject_forKey(NSNumber::numberWithInt(version_.value_or(versionOfOthers)),
+                            NSCocoaVersionDocumentAttribute);
     const auto size = [](std::int32_t width, std::int32_t height) {
         return NSSize{static_cast<float>(width) / 20, static_cast<float>(height) / 20};
     };

@@ -38,12 +38,14 @@ public:
     void setText(RTFWord word, std::u16string_view text);
     void setTime(RTFWord word, const RTFTime& time);
 
+    /// The writer is one of the platform, or says so.
+    bool isOfPlatform() const { return version_.has_value(); }
     /// Under the keys of NSDocumentAttributes.h.
     NSDictionary documentAttributes(bool isPackage) const;
 
 private:
     NSMutableDictionary stated_ = NSMutableDictionary::dictionary();
-    std::int32_t version_ = 80;
+    std::optional<std::int32_t> version_;
     std::int32_t paperWidth_ = 12240;
     std::int32_t paperHeight_ = 15840;
     std::int32_t leftMargin_ = 1800;

@@ -164,6 +164,10 @@ void RTFReader::readWord(const RTFToken& token) {
         }
         break;
     case RTFWordKind::row:
+        // Word takes the padding at the left of cells for that at the top, and all who state the unit of it
+        // follow Word, but for the platform.
+        if ((word == RTFWord::clpadfl || word == RTFWord::clpadft) && info_.isOfPlatform())
+            break;
         if (state().destination == Destination::body)
             state().story->rowDefinition(state().paragraph.nesting).apply(word, token);
         break;
@@ -258,7 +262,9 @@ void RTFReader::readTextWord(RTFWord word, const RTFToken& token) {
     const std::int32_t level = state().paragraph.tableLevel();
     switch (word) {
     case RTFWord::par:
-        endParagraph(u'\n', level);
+        // The end of a paragraph that does not show leaves no empty one.
+        if (!state().characters.isInvisible() || state().story->hasOpenParagraph())
+            endParagraph(u'\n', level);
         break;
     case RTFWord::sect:
         if (state().story->hasOpenParagraph())

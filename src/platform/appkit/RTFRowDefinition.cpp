@@ -156,6 +156,10 @@ void RTFRowDefinition::apply(RTFWord word, const RTFToken& token) {
     case RTFWord::clpadb:
         next_.padding[bottom] = std::clamp(number, 0, widest);
         break;
+    case RTFWord::clpadfl:
+    case RTFWord::clpadft:
+        next_.isPaddingTurned = true;
+        break;
     case RTFWord::clcbpat:
         next_.background = number;
         break;
@@ -212,8 +216,10 @@ NSTextBlockBorder RTFRowDefinition::borderOf(std::size_t index, std::size_t edge
 }
 
 float RTFRowDefinition::paddingOf(const Cell& cell, std::size_t edge) const {
-    if (cell.padding[edge] >= 0)
-        return pointsFromTwips(cell.padding[edge]);
+    const bool isTurned = cell.isPaddingTurned && edge <= top;
+    const std::int32_t own = cell.padding[isTurned ? left + top - edge : edge];
+    if (own >= 0)
+        return pointsFromTwips(own);
     if (padding_[edge] >= 0)
         return pointsFromTwips(padding_[edge]);
     return edge == left || edge == right ? pointsFromTwips(gap_) : 0;

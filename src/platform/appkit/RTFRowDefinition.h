@@ -43,6 +43,8 @@ public:
         std::int32_t background = -1;
         NSTextTableBlock::Edges<Border> borders;
         NSTextTableBlock::Edges<std::int32_t> padding{-1, -1, -1, -1};
+        /// What is said of the left is meant for the top, and the other way round.
+        bool isPaddingTurned = false;
     };
 
     RTFRowDefinition() = default;

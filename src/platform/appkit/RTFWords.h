@@ -12,7 +12,7 @@
     WORD(character, cb) WORD(character, cf) WORD(character, chcbpat) WORD(character, cs)                     \
     WORD(character, dbch) WORD(character, deleted) WORD(character, dn) WORD(character, expnd)                \
     WORD(character, expndtw) WORD(character, f) WORD(character, fs) WORD(character, fsmilli)                 \
-    WORD(character, hich) WORD(character, highlight) WORD(character, i) WORD(character, loch)               \
+    WORD(character, hich) WORD(character, highlight) WORD(character, i) WORD(character, loch)                \
     WORD(character, ltrch) WORD(character, nosupersub) WORD(character, plain) WORD(character, rtlch)         \
     WORD(character, strike) WORD(character, striked) WORD(character, sub) WORD(character, super)             \
     WORD(character, ul) WORD(character, uld) WORD(character, uldash) WORD(character, uldashd)                \
@@ -29,22 +29,23 @@
     WORD(paragraph, ri) WORD(paragraph, rtlpar) WORD(paragraph, s) WORD(paragraph, sa) WORD(paragraph, sb)   \
     WORD(paragraph, sl) WORD(paragraph, slleading) WORD(paragraph, slmaximum) WORD(paragraph, slminimum)     \
     WORD(paragraph, slmult) WORD(paragraph, tqc) WORD(paragraph, tqdec) WORD(paragraph, tqr)                 \
-    WORD(paragraph, tx)                                                                                     \
+    WORD(paragraph, tx)                                                                                      \
     /* Definitions of rows and cells, and borders. */                                                        \
     WORD(row, box) WORD(row, brdrb) WORD(row, brdrbar) WORD(row, brdrbtw) WORD(row, brdrcf)                  \
-    WORD(row, brdrdash) WORD(row, brdrdashd) WORD(row, brdrdashdd) WORD(row, brdrdashsm) WORD(row, brdrdb)  \
-    WORD(row, brdrdot) WORD(row, brdremboss) WORD(row, brdrengrave) WORD(row, brdrhair)                     \
+    WORD(row, brdrdash) WORD(row, brdrdashd) WORD(row, brdrdashdd) WORD(row, brdrdashsm) WORD(row, brdrdb)   \
+    WORD(row, brdrdot) WORD(row, brdremboss) WORD(row, brdrengrave) WORD(row, brdrhair)                      \
     WORD(row, brdrinset) WORD(row, brdrl) WORD(row, brdrnil) WORD(row, brdrnone) WORD(row, brdroutset)       \
-    WORD(row, brdrr) WORD(row, brdrs) WORD(row, brdrsh) WORD(row, brdrt) WORD(row, brdrtbl)                 \
+    WORD(row, brdrr) WORD(row, brdrs) WORD(row, brdrsh) WORD(row, brdrt) WORD(row, brdrtbl)                  \
     WORD(row, brdrth) WORD(row, brdrtriple) WORD(row, brdrw) WORD(row, brdrwavy) WORD(row, brdrwavydb)       \
-    WORD(row, cellx) WORD(row, chbrdr) WORD(row, clbrdrb) WORD(row, clbrdrl) WORD(row, clbrdrr)             \
-    WORD(row, clbrdrt) WORD(row, clcbpat) WORD(row, cldglu) WORD(row, cldgll) WORD(row, clftsWidth)          \
-    WORD(row, clmgf) WORD(row, clmrg) WORD(row, clpadb) WORD(row, clpadl) WORD(row, clpadr)                 \
-    WORD(row, clpadt) WORD(row, clvertalb) WORD(row, clvertalc) WORD(row, clvertalt) WORD(row, clvmgf)       \
-    WORD(row, clvmrg) WORD(row, clwWidth) WORD(row, irow) WORD(row, lastrow) WORD(row, trbrdrb)              \
-    WORD(row, trbrdrh) WORD(row, trbrdrl) WORD(row, trbrdrr) WORD(row, trbrdrt) WORD(row, trbrdrv)           \
-    WORD(row, trcbpat) WORD(row, trftsWidth) WORD(row, trgaph) WORD(row, trleft) WORD(row, trowd)            \
-    WORD(row, trpaddb) WORD(row, trpaddl) WORD(row, trpaddr) WORD(row, trpaddt) WORD(row, trwWidth)         \
+    WORD(row, cellx) WORD(row, chbrdr) WORD(row, clbrdrb) WORD(row, clbrdrl) WORD(row, clbrdrr)              \
+    WORD(row, clbrdrt) WORD(row, clcbpat) WORD(row, cldgll) WORD(row, cldglu) WORD(row, clftsWidth)          \
+    WORD(row, clmgf) WORD(row, clmrg) WORD(row, clpadb) WORD(row, clpadfl) WORD(row, clpadft)                \
+    WORD(row, clpadl) WORD(row, clpadr) WORD(row, clpadt) WORD(row, clvertalb) WORD(row, clvertalc)          \
+    WORD(row, clvertalt) WORD(row, clvmgf) WORD(row, clvmrg) WORD(row, clwWidth) WORD(row, irow)             \
+    WORD(row, lastrow) WORD(row, trbrdrb) WORD(row, trbrdrh) WORD(row, trbrdrl) WORD(row, trbrdrr)           \
+    WORD(row, trbrdrt) WORD(row, trbrdrv) WORD(row, trcbpat) WORD(row, trftsWidth) WORD(row, trgaph)         \
+    WORD(row, trleft) WORD(row, trowd) WORD(row, trpaddb) WORD(row, trpaddl) WORD(row, trpaddr)              \
+    WORD(row, trpaddt) WORD(row, trwWidth)                                                                   \
     /* Characters and ends. */                                                                               \
     WORD(text, bullet) WORD(text, cell) WORD(text, chftn) WORD(text, column) WORD(text, emdash)              \
     WORD(text, emspace) WORD(text, endash) WORD(text, enspace) WORD(text, lbr) WORD(text, ldblquote)         \
@@ -55,47 +56,49 @@
     WORD(text, zwnj)                                                                                         \
     /* Groups that are read. */                                                                              \
     WORD(group, author) WORD(group, category) WORD(group, colortbl) WORD(group, comment)                     \
-    WORD(group, company) WORD(group, copyright) WORD(group, creatim) WORD(group, doccomm)                    \
-    WORD(group, dptxbxtext) WORD(group, editor) WORD(group, expandedcolortbl) WORD(group, field)            \
+    WORD(group, company) WORD(group, copyright) WORD(group, creatim) WORD(group, do_) WORD(group, doccomm)   \
+    WORD(group, dptxbxtext) WORD(group, editor) WORD(group, expandedcolortbl) WORD(group, field)             \
     WORD(group, fldinst) WORD(group, fldrslt) WORD(group, fonttbl) WORD(group, footnote) WORD(group, info)   \
     WORD(group, keywords) WORD(group, levelmarker) WORD(group, leveltext) WORD(group, listoverridetable)     \
     WORD(group, listtable) WORD(group, listtext) WORD(group, manager) WORD(group, nesttableprops)            \
     WORD(group, NeXTGraphic) WORD(group, nonshppict) WORD(group, object) WORD(group, operator_)              \
     WORD(group, pict) WORD(group, pn) WORD(group, pntext) WORD(group, pntxta) WORD(group, pntxtb)            \
     WORD(group, result) WORD(group, revtim) WORD(group, rtf) WORD(group, shp) WORD(group, shpgrp)            \
-    WORD(group, shpinst) WORD(group, shppict) WORD(group, shptxt) WORD(group, sn) WORD(group, sp)           \
-    WORD(group, stylesheet) WORD(group, subject) WORD(group, sv) WORD(group, title) WORD(group, ud)         \
-    WORD(group, upr) WORD(group, do_)                                                                        \
+    WORD(group, shpinst) WORD(group, shppict) WORD(group, shptxt) WORD(group, sn) WORD(group, sp)            \
+    WORD(group, stylesheet) WORD(group, subject) WORD(group, sv) WORD(group, title) WORD(group, ud)          \
+    WORD(group, upr)                                                                                         \
     /* Groups that are passed over even without a star. */                                                   \
     WORD(skipped, aftncn) WORD(skipped, aftnsep) WORD(skipped, aftnsepc) WORD(skipped, annotation)           \
     WORD(skipped, atnauthor) WORD(skipped, atnid) WORD(skipped, atnref) WORD(skipped, atntime)               \
-    WORD(skipped, atrfend) WORD(skipped, atrfstart) WORD(skipped, bkmkend) WORD(skipped, bkmkstart)         \
+    WORD(skipped, atrfend) WORD(skipped, atrfstart) WORD(skipped, bkmkend) WORD(skipped, bkmkstart)          \
     WORD(skipped, buptim) WORD(skipped, datafield) WORD(skipped, filetbl) WORD(skipped, footer)              \
     WORD(skipped, footerf) WORD(skipped, footerl) WORD(skipped, footerr) WORD(skipped, formfield)            \
     WORD(skipped, ftncn) WORD(skipped, ftnsep) WORD(skipped, ftnsepc) WORD(skipped, generator)               \
     WORD(skipped, header) WORD(skipped, headerf) WORD(skipped, headerl) WORD(skipped, headerr)               \
     WORD(skipped, levelnumbers) WORD(skipped, list) WORD(skipped, listname) WORD(skipped, listpicture)       \
-    WORD(skipped, nonesttables) WORD(skipped, objclass) WORD(skipped, objdata) WORD(skipped, objname)       \
-    WORD(skipped, picprop) WORD(skipped, printim) WORD(skipped, private_) WORD(skipped, revtbl)             \
+    WORD(skipped, nonesttables) WORD(skipped, objclass) WORD(skipped, objdata) WORD(skipped, objname)        \
+    WORD(skipped, picprop) WORD(skipped, printim) WORD(skipped, private_) WORD(skipped, revtbl)              \
     WORD(skipped, rxe) WORD(skipped, shprslt) WORD(skipped, tc) WORD(skipped, tcn) WORD(skipped, template_)  \
     WORD(skipped, txe) WORD(skipped, xe)                                                                     \
     /* What the document says of itself. */                                                                  \
-    WORD(document, ansi) WORD(document, ansicpg) WORD(document, cocoartf) WORD(document, cocoatextscaling)  \
+    WORD(document, ansi) WORD(document, ansicpg) WORD(document, cocoartf) WORD(document, cocoatextscaling)   \
     WORD(document, deff) WORD(document, deftab) WORD(document, hyphauto) WORD(document, hyphfactor)          \
     WORD(document, mac) WORD(document, margb) WORD(document, margl) WORD(document, margr)                    \
     WORD(document, margt) WORD(document, paperh) WORD(document, paperw) WORD(document, pc)                   \
     WORD(document, pca) WORD(document, viewh) WORD(document, viewkind) WORD(document, viewscale)             \
-    WORD(document, vieww) WORD(time, dy) WORD(time, hr) WORD(time, min) WORD(time, mo) WORD(time, sec)       \
-    WORD(time, timesinceref) WORD(time, yr)                                                                  \
+    WORD(document, vieww)                                                                                    \
+    WORD(time, dy) WORD(time, hr) WORD(time, min) WORD(time, mo) WORD(time, sec) WORD(time, timesinceref)    \
+    WORD(time, yr)                                                                                           \
     /* Entries of the tables of fonts, colours and lists. */                                                 \
     WORD(font, cpg) WORD(font, fcharset) WORD(font, fdecor) WORD(font, fmodern) WORD(font, fnil)             \
-    WORD(font, fprq) WORD(font, froman) WORD(font, fscript) WORD(font, fswiss) WORD(color, blue)             \
-    WORD(color, c) WORD(color, csgenericrgb) WORD(color, csgray) WORD(color, cspthree) WORD(color, cssrgb)   \
-    WORD(color, green) WORD(color, red) WORD(list, levelnfc) WORD(list, levelnfcn) WORD(list, levelstartat)  \
-    WORD(list, lfolevel) WORD(list, listid) WORD(list, listlevel) WORD(list, listoverride)                   \
-    WORD(list, listoverrideformat) WORD(list, listoverridestartat) WORD(numbering, pndec)                    \
-    WORD(numbering, pnlcltr) WORD(numbering, pnlcrm) WORD(numbering, pnlvlblt) WORD(numbering, pnlvlcont)    \
-    WORD(numbering, pnstart) WORD(numbering, pnucltr) WORD(numbering, pnucrm)                                \
+    WORD(font, fprq) WORD(font, froman) WORD(font, fscript) WORD(font, fswiss)                               \
+    WORD(color, blue) WORD(color, c) WORD(color, csgenericrgb) WORD(color, csgray) WORD(color, cspthree)     \
+    WORD(color, cssrgb) WORD(color, green) WORD(color, red)                                                  \
+    WORD(list, levelnfc) WORD(list, levelnfcn) WORD(list, levelstartat) WORD(list, lfolevel)                 \
+    WORD(list, listid) WORD(list, listlevel) WORD(list, listoverride) WORD(list, listoverrideformat)         \
+    WORD(list, listoverridestartat)                                                                          \
+    WORD(numbering, pndec) WORD(numbering, pnlcltr) WORD(numbering, pnlcrm) WORD(numbering, pnlvlblt)        \
+    WORD(numbering, pnlvlcont) WORD(numbering, pnstart) WORD(numbering, pnucltr) WORD(numbering, pnucrm)     \
     /* Pictures, also in packages. */                                                                        \
     WORD(picture, dibitmap) WORD(picture, emfblip) WORD(picture, height) WORD(picture, jpegblip)             \
     WORD(picture, macpict) WORD(picture, piccropb) WORD(picture, piccropl) WORD(picture, piccropr)           \

@@ -56,7 +56,8 @@ TEST(RTFReading, Text) {
         {"unknown words and groups", "a\\unknown1 b{\\*\\unknown x{y}}{\\unknown c}\\*\\b d", "abcd"},
         {"binary data with braces in it", "a{\\*\\unknown\\bin3 }}}}b{\\bin2 {{}c\\bin-1 d", "abcd"},
         {"headers, comments, hidden and deleted text",
-         "a{\\header h}{\\footerl f}{\\*\\atnid x}{\\*\\annotation n}{\\v v\\par}{\\deleted d}b", "a\nb"},
+         "a{\\header h}{\\footerl f}{\\*\\atnid x}{\\*\\annotation n}{\\v v\\par w\\par}{\\deleted d}b",
+         "a\nb"},
         {"index entries and bookmarks", "a{\\xe {\\v x}}{\\*\\bkmkstart m}{\\tc t}b", "ab"},
         {"one of two forms of a text", "{\\upr{ansi}{\\*\\ud{\\u8364 ?}}}", "€"},
         {"notes behind the text",
@@ -296,6 +297,12 @@ TEST(RTFReading, CellLooks) {
     EXPECT_EQ(first.borders, (NSTextTableBlock::Edges<NSTextBlockBorder>{{{2, red}, {}, {1.5, {}}, {}}}));
     EXPECT_EQ(second.borders[0].width, 1.5);
     EXPECT_EQ(first.padding, (NSTextTableBlock::Edges<float>{5, 4, 5, 3}));
+    const std::string padded =
+        "\\trowd\\clpadl20\\clpadfl3\\clpadt40\\clpadft3\\cellx900\\intbl a\\cell\\row";
+    for (const bool isOfPlatform : {false, true}) {
+        const NSAttributedString cell = read(document((isOfPlatform ? "\\cocoartf1671" : "") + padded));
+        EXPECT_EQ(cell.runs()[0].attributes->style().textBlocks.at(0)->padding[0], isOfPlatform ? 1 : 2);
+    }
     EXPECT_EQ(first.verticalAlignment, NSTextBlockVerticalAlignment::middle);
     EXPECT_EQ(first.backgroundColor, red);
     EXPECT_EQ(second.backgroundColor, std::nullopt);
