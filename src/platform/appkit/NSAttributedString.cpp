@@ -12,6 +12,17 @@ bool areEqual(const NSAttributedString::Attributes& left, const NSAttributedStri
     return left == right || *left == *right;
 }
 
+/// Whether the paragraphs are in the same tables and lists, not just in ones that look alike.
+bool areInSamePlace(const NSTextAttributes& left, const NSTextAttributes& right) {
+    if (left.paragraphStyle == right.paragraphStyle)
+        return true;
+    const NSParagraphStyle& one = left.style();
+    const NSParagraphStyle& other = right.style();
+    const auto tableOf = [](const auto& block) { return block->table; };
+    return one.textLists == other.textLists &&
+           std::ranges::equal(one.textBlocks, other.textBlocks, {}, tableOf, tableOf);
+}
+
 /// The first run that ends behind the unit.
 template <typename Runs>
 auto runHolding(Runs& runs, std::size_t index) {
@@ -92,7 +103,8 @@ NSMutableAttributedString::NSMutableAttributedString(const NSAttributedString& t
 void NSMutableAttributedString::appendRun(NSRange range, const Attributes& attributes) {
     if (range.length == 0)
         return;
-    if (!runs_.empty() && areEqual(runs_.back().attributes, attributes))
+    if (!runs_.empty() && areEqual(runs_.back().attributes, attributes) &&
+        areInSamePlace(*runs_.back().attributes, *attributes))
         runs_.back().range.length += range.length;
     else
         runs_.push_back({range, attributes});

@@ -15,8 +15,9 @@ namespace kelvo {
 /// Immutable text with attributes, shared by reference. Default-constructed it is nil; nil is not the empty
 /// text, but both have length 0.
 ///
-/// The attributes form runs: consecutive, not empty, covering the whole text, neighbours never equal. Within
-/// one text runs with equal attributes as a rule share one object.
+/// The attributes form runs: consecutive, not empty, covering the whole text. Neighbours are never equal, but
+/// for those in two tables or lists that are alike. Within one text runs with equal attributes as a rule
+/// share one object.
 class NSAttributedString {
 public:
     using Attributes = std::shared_ptr<const NSTextAttributes>;

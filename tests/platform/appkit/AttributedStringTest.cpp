@@ -115,6 +115,14 @@ TEST(AttributedString, StylesAreComparedByWhatTheySay) {
     };
     EXPECT_TRUE(styled(0) == styled(0));
     EXPECT_FALSE(styled(0) == styled(1));
+
+    // Two cells of tables that look alike are not one.
+    NSMutableAttributedString tables;
+    const auto cell = std::make_shared<const NSTextAttributes>(styled(0));
+    for (const auto& attributes : {cell, cell, std::make_shared<const NSTextAttributes>(styled(0))})
+        tables.append(u"x\n", attributes);
+    EXPECT_EQ(tables.runs().size(), 2U);
+
     NSTextAttributes plain;
     plain.paragraphStyle = std::make_shared<const NSParagraphStyle>();
     EXPECT_TRUE(plain == NSTextAttributes());
