@@ -131,6 +131,8 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
 
 TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
     expectRows({
+        {"blanks between boxes, also such as do not go away", "<p>a</p> <p>b</p>&nbsp;<p>c</p>",
+         "[after 12] a\n[after 12] b\n[after 12] \u00A0\nc\n"},
         {"paragraphs", "<p>a<p>b</p>c", "[after 12] a\n[after 12] b\nc"},
         {"blocks in blocks", "<div><div>a</div></div><div></div> b <div> c</div>", "a\nb\nc\n"},
         {"breaks", "a<br>b<p>c<br></p><div><br></div><p>d<br><br></p>",

@@ -1,7 +1,7 @@
 #include "platform/webkit/engine/PageReader.h"
 
 #include "PageScripts.h"
-
+#include "platform/foundation/NSLog.h"
 #include "platform/webkit/engine/PageSettings.h"
 
 #include <gtk/gtk.h>
@@ -33,6 +33,7 @@ constexpr double secondsForReadyState = 0.2;
 /// How long the script of a page may hold up the leaving of it.
 constexpr double secondsToLeave = 0.5;
 constexpr double secondsToStart = 5;
+constexpr double secondsToConnect = 1;
 constexpr guint millisecondsBetweenLooks = 100;
 /// Of a web process. A page that needs more is no page.
 constexpr std::size_t mostResidentBytes = std::size_t{1} << 30;
@@ -77,8 +78,8 @@ void cancelDownload(WebKitWebContext*, WebKitDownload* download, gpointer) {
 
 } // namespace
 
-PageReader::PageReader(const std::string& extensionFolder, bool sandboxed)
-    : gate_([this](const GateQuestion& question) { return decide(question); }) {
+PageReader::PageReader(const std::string& extensionFolder, const std::string& runtimeFolder, bool sandboxed)
+    : gate_(runtimeFolder, [this](const GateQuestion& question) { return decide(question); }) {
     context_ = webkit_web_context_new_ephemeral();
     webkit_web_context_set_cache_model(context_, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     webkit_web_context_set_sandbox_enabled(context_, sandboxed);
@@ -93,10 +94,7 @@ PageReader::PageReader(const std::string& extensionFolder, bool sandboxed)
                                             WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
     g_signal_connect(context_, "download-started", G_CALLBACK(cancelDownload), nullptr);
     settings_ = newPageSettings();
-    openView();
-    if (!goBlank(secondsToStart))
-        closeView();
-    phase_ = Phase::idle;
+    open();
 }
 
 PageReader::~PageReader() {
@@ -123,7 +121,8 @@ void PageReader::openView() {
     gtk_container_add(GTK_CONTAINER(window_), GTK_WIDGET(view_));
     gtk_widget_show(GTK_WIDGET(view_));
     GtkAllocation size{0, 0, viewWidth, viewHeight};
-    gtk_widget_get_preferred_width(GTK_WIDGET(view_), nullptr, nullptr);
+    int leastWidth = 0;
+    gtk_widget_get_preferred_width(GTK_WIDGET(view_), &leastWidth, nullptr);
     gtk_widget_size_allocate(GTK_WIDGET(view_), &size);
 
     g_signal_connect(view_, "load-changed", G_CALLBACK(onLoadChanged), this);
@@ -231,8 +230,13 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         endOfLoad - microseconds(std::min(seconds * shareForSecondLoad, mostSecondsForSecondLoad));
     const auto hasLoaded = [this] { return phase_ != Phase::loading; };
 
+    // It may have ended since.
+    if (!view_ || phase_ == Phase::gone || gate_.peerProcess() == 0) {
+        closeView();
+        open();
+    }
     if (!view_)
-        openView();
+        return std::nullopt;
     ++pagesOfProcess_;
     isSecondLoad_ = false;
     load(request);
@@ -339,7 +343,10 @@ bool PageReader::goBlank(double secondsToWait) {
     webkit_web_view_load_uri(view_, "about:blank");
     return runUntil([this] { return phase_ != Phase::loading; },
                     g_get_monotonic_time() + microseconds(secondsToWait)) &&
-           phase_ == Phase::finished;
+           phase_ == Phase::finished &&
+           // Whose requests nobody is asked about loads nothing.
+           runUntil([this] { return gate_.peerProcess() != 0; },
+                    g_get_monotonic_time() + microseconds(secondsToConnect));
 }
 
 void PageReader::rest() {
@@ -347,9 +354,18 @@ void PageReader::rest() {
     if (phase_ == Phase::gone || pagesOfProcess_ >= pagesPerProcess || !goBlank(secondsToLeave)) {
         giveUp();
         closeView();
-        openView();
-        if (!goBlank(secondsToStart))
-            closeView();
+        open();
+    }
+    phase_ = Phase::idle;
+}
+
+void PageReader::open() {
+    openView();
+    if (!goBlank(secondsToStart)) {
+        NSLog(u"No page can be read: WebKit does not start, or its extension is missing.");
+        giveUp();
+        closeView();
+        gate_.close();
     }
     phase_ = Phase::idle;
 }

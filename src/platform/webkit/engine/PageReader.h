@@ -40,8 +40,9 @@ struct PageDescription {
 /// Reads pages one after another in a web view that nobody sees. The display must be open.
 class PageReader {
 public:
-    /// `extensionFolder` holds the extension that asks before each request, and nothing else.
-    PageReader(const std::string& extensionFolder, bool sandboxed);
+    /// `extensionFolder` holds the extension that asks before each request, and nothing else; `runtimeFolder`
+    /// is this process's alone, and gone whenever no web process starts.
+    PageReader(const std::string& extensionFolder, const std::string& runtimeFolder, bool sandboxed);
     PageReader(const PageReader&) = delete;
     PageReader& operator=(const PageReader&) = delete;
     ~PageReader();
@@ -56,6 +57,8 @@ public:
 private:
     enum class Phase { idle, loading, finished, gone };
 
+    /// Leaves view_ null when WebKit does not start.
+    void open();
     void openView();
     void closeView();
     /// Until the condition holds or the monotonic time (microseconds) has come; whether it holds. Gives up on

@@ -5,7 +5,8 @@
 #include <glib-unix.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -14,25 +15,20 @@
 
 namespace kelvo {
 
-RequestGate::RequestGate(Decision decide) : decide_(static_cast<Decision&&>(decide)) {
-    const char* runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
-    for (const char* parent : {runtimeFolder, "/tmp"}) {
-        std::string folder = std::string(parent ? parent : "") + "/plumwick-web-XXXXXX";
-        if (parent && gate::addressOfSocket(folder + "/gate") && mkdtemp(folder.data())) {
-            folder_ = folder;
-            return;
-        }
-    }
-}
+RequestGate::RequestGate(std::string folder, Decision decide)
+    : folder_(static_cast<std::string&&>(folder)), decide_(static_cast<Decision&&>(decide)) {}
 
 RequestGate::~RequestGate() {
+    close();
+}
+
+void RequestGate::close() {
     disconnect();
     stopListening();
 }
 
 bool RequestGate::openForOne() {
-    disconnect();
-    stopListening();
+    close();
     const auto address = gate::addressOfSocket(socketPath());
     if (folder_.empty() || !address || (mkdir(folder_.c_str(), 0700) != 0 && errno != EEXIST))
         return false;
@@ -54,12 +50,12 @@ void RequestGate::stopListening() {
         g_source_remove(listeningSource_);
     listeningSource_ = 0;
     if (listening_ >= 0)
-        close(listening_);
+        ::close(listening_);
     listening_ = -1;
-    if (!folder_.empty()) {
-        unlink(socketPath().c_str());
-        rmdir(folder_.c_str());
-    }
+    // With what WebKit notes down there of each sandbox.
+    std::error_code ignored;
+    if (!folder_.empty())
+        std::filesystem::remove_all(folder_, ignored);
 }
 
 void RequestGate::disconnect() {
@@ -67,7 +63,7 @@ void RequestGate::disconnect() {
         g_source_remove(connectedSource_);
     connectedSource_ = 0;
     if (connected_ >= 0)
-        close(connected_);
+        ::close(connected_);
     connected_ = -1;
     peer_ = 0;
 }

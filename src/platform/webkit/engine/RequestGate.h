@@ -25,18 +25,19 @@ public:
     /// Gives the address to send to; the empty string refuses the request.
     using Decision = std::function<std::string(const GateQuestion&)>;
 
-    explicit RequestGate(Decision decide);
+    /// `folder` is this process's alone; it is made again when it is gone.
+    RequestGate(std::string folder, Decision decide);
     RequestGate(const RequestGate&) = delete;
     RequestGate& operator=(const RequestGate&) = delete;
     ~RequestGate();
 
-    /// For the sandbox; empty when no folder could be made.
     const std::string& folder() const noexcept { return folder_; }
     /// For the extension.
     std::string socketPath() const { return folder_ + "/gate"; }
     /// Before a web process is started: it and no other can connect. Whatever was connected before is cut
     /// off.
     bool openForOne();
+    void close();
     /// The process that has connected, 0 before.
     pid_t peerProcess() const noexcept { return peer_; }
 
@@ -47,8 +48,8 @@ private:
     void stopListening();
     void disconnect();
 
-    Decision decide_;
     std::string folder_;
+    Decision decide_;
     int listening_ = -1;
     guint listeningSource_ = 0;
     int connected_ = -1;

@@ -6,7 +6,7 @@
         RULE = 10;
     const events = [], styles = [], blocks = [], images = [];
     const styleNumbers = new Map(), blockNumbers = new Map();
-    let imageCount = 0, nodesLeft = limits.nodes, unitsLeft = limits.units;
+    let imageCount = 0, isAtEdge = true, nodesLeft = limits.nodes, unitsLeft = limits.units;
 
     // Controls named "tagName" or "childNodes" hide those properties of their form, and documents have the same.
     function getter(prototype, name) {
@@ -17,7 +17,7 @@
         nodeTypeOf = getter(Node.prototype, 'nodeType'), childNodesOf = getter(Node.prototype, 'childNodes'),
         bodyOf = getter(Document.prototype, 'body');
 
-    const clear = 'rgba(0, 0, 0, 0)';
+    const clear = 'rgba(0, 0, 0, 0)', ink = /[^ \t\n\r\f]/;
     const blockStarts = {block: 1, 'flow-root': 1, 'list-item': 1, flex: 1, grid: 1, table: 1, 'table-caption': 1,
         'table-row-group': 1, 'table-header-group': 1, 'table-footer-group': 1, 'table-row': 1, 'table-cell': 1,
         '-webkit-box': 1};
@@ -80,11 +80,19 @@
             context.ground : '';
     }
 
+    // Every question to a computed style costs about a microsecond; most elements need few of the answers.
+    function spaceOf(context) {
+        if (!context.space)
+            context.space = context.css.whiteSpaceCollapse;
+        return context.space;
+    }
+
     function styleOf(context) {
         if (context.style >= 0)
             return context.style;
         const css = context.css, color = css.color, spacing = css.letterSpacing, back = backOf(context, color);
         context.transform = css.textTransform;
+        spaceOf(context);
         // The shorthand is one question in place of four; it is empty where it cannot say all.
         const font = css.font || [css.fontStyle, css.fontWeight, css.fontSize, css.fontFamily].join(' ');
         const key = [font, color, back, context.lines, context.raise, spacing, context.space, context.link].join('\0');
@@ -113,6 +121,10 @@
         if (text.length > unitsLeft)
             text = text.slice(0, unitsLeft);
         unitsLeft -= text.length;
+        // Between boxes blanks are nothing, and need no style.
+        if (isAtEdge && context.style < 0 && !ink.test(text) && spaceOf(context) === 'collapse')
+            return;
+        isAtEdge = false;
         const style = styleOf(context);
         events.push(TEXT, style, field(transformed(text, context.transform)));
     }
@@ -196,6 +208,7 @@
         }
         if (box.height < 2)
             return;
+        isAtEdge = false;
         events.push(IMAGE, styleOf(context), imageCount++);
         images.push(field(address), field(alternative), length(box.width), length(box.height), '');
     }
@@ -245,13 +258,21 @@
         return true;
     }
 
+    // The four values of a shorthand in the order left, top, right, bottom.
+    function sides(shorthand) {
+        const parts = shorthand.match(/[a-z-]+\([^)]*\)|\S+/g) || ['0px'];
+        const top = parts[0], right = parts[1] || top, bottom = parts[2] || top, left = parts[3] || right;
+        return [left, top, right, bottom];
+    }
+
+    const noBorders = [0, '', 0, '', 0, '', 0, ''];
     function borders(css) {
-        const found = [];
-        for (const side of ['Left', 'Top', 'Right', 'Bottom']) {
-            const style = css['border' + side + 'Style'];
-            found.push(style === 'none' || style === 'hidden' ? 0 : length(css['border' + side + 'Width']),
-                css['border' + side + 'Color']);
-        }
+        const width = css.borderWidth;
+        if (width === '0px')
+            return noBorders;
+        const widths = sides(width), colors = sides(css.borderColor), found = [];
+        for (let side = 0; side < 4; side++)
+            found.push(length(widths[side]), colors[side]);
         return found;
     }
 
@@ -267,8 +288,7 @@
         events.push(CELL, element.colSpan || 1, element.rowSpan === undefined ? 1 : element.rowSpan,
             tableWidth > 0 ? length(100 * box.width / tableWidth) : 0,
             css.backgroundColor === clear ? context.rowGround : css.backgroundColor, css.verticalAlign,
-            length(css.paddingLeft), length(css.paddingTop), length(css.paddingRight), length(css.paddingBottom),
-            ...borders(css));
+            ...sides(css.padding).map(length), ...borders(css));
     }
 
     function openBlock(element, css, display) {
@@ -280,10 +300,10 @@
         const isIndented = indenting[tag] ||
             tag !== 'BODY' && style && !!(style.marginLeft || style.paddingLeft || style.marginRight);
         const isCentred = style && style.marginLeft === 'auto';
-        const keeps = display !== 'block' && display !== 'list-item' || css.float !== 'none' ||
-            css.overflowX !== 'visible';
+        const keeps = display !== 'block' && display !== 'list-item';
         const key = [align, direction, indent, lineHeight, margin, padding, border, heading, isCell, isIndented,
             !!indenting[tag], isCentred, keeps].join(' ');
+        isAtEdge = true;
         events.push(BLOCK, number(blocks, blockNumbers, key, function () {
             let left = 0, right = 0;
             if (isIndented) {
@@ -325,7 +345,6 @@
         context.css = css;
         context.element = element;
         context.hidden = css.visibility !== 'visible';
-        context.space = css.whiteSpaceCollapse;
         if (display === 'contents') {
             enter(childrenOf(element), context, 0, '');
             return;
@@ -333,7 +352,7 @@
         const inlineBox = display === 'inline-block' || display === 'inline-flex' || display === 'inline-grid' ||
             display === 'inline-table';
         const isBlock = blockStarts[display] === 1;
-        if (display === 'inline-block' || css.float !== 'none')
+        if (context.lines && (display === 'inline-block' || css.float !== 'none'))
             context.lines = 0;
         const decoration = css.textDecorationLine;
         if (decoration !== 'none') {
@@ -356,11 +375,10 @@
         }
         if (display === 'table')
             context.rowGround = '';
-        if (!isBlock && !inlineBox) {
-            if (css.verticalAlign === 'super')
-                context.raise++;
-            else if (css.verticalAlign === 'sub')
-                context.raise--;
+        if (!isBlock && !inlineBox && (tag === 'SUP' || tag === 'SUB' || element.hasAttribute('style') ||
+            element.hasAttribute('class'))) {
+            const place = css.verticalAlign;
+            context.raise += place === 'super' ? 1 : place === 'sub' ? -1 : 0;
         }
         if (tag === 'A' || tag === 'a') {
             const link = element.hasAttribute('href') || element.hasAttribute('xlink:href') ?
@@ -378,6 +396,7 @@
         case 'HR':
             openBlock(element, css, display);
             events.push(RULE, END);
+            isAtEdge = true;
             return;
         case 'IMG':
         case 'IMAGE':
@@ -499,6 +518,7 @@
         const source = new XMLSerializer().serializeToString(element);
         if (source.length > limits.drawing)
             return;
+        isAtEdge = false;
         events.push(IMAGE, styleOf(context), imageCount++);
         images.push('', '', length(box.width), length(box.height), field(source));
     }
@@ -507,7 +527,6 @@
     if (start) {
         const root = new Context(null);
         root.css = getComputedStyle(whole);
-        root.space = root.css.whiteSpaceCollapse;
         root.ground = root.css.backgroundColor === clear ? '' : root.css.backgroundColor;
         enter([start], root, 0, '');
     }
@@ -517,6 +536,7 @@
             stack.pop();
             if (top.after)
                 putText(top.after, top.context);
+            isAtEdge = isAtEdge || top.closes > 0;
             for (let count = top.closes; count > 0; count--)
                 events.push(END);
             continue;
@@ -525,7 +545,7 @@
         nodesLeft--;
         const kind = nodeTypeOf(node);
         if (kind === 3) {
-            if (!top.context.hidden && !(top.table > 0 && !/\S/.test(node.data)))
+            if (!top.context.hidden && !(top.table > 0 && !ink.test(node.data)))
                 putText(node.data, top.context);
         } else if (kind === 1 && stack.length < limits.depth) {
             visitElement(node, top.context, top.table);

@@ -21,6 +21,8 @@ namespace kelvo {
 namespace {
 
 constexpr int millisecondsForDisplay = 5000;
+/// So that the path of a socket in it is not too long for one.
+constexpr std::size_t mostBytesInSocketFolder = 96;
 
 std::string ownFolder() {
     char path[PATH_MAX];
@@ -62,10 +64,22 @@ void silenceLibraries() {
     close(nothing);
 }
 
-void prepareEnvironment(const std::string& display) {
+/// Of mode 0700, for the sockets and notes of the web processes.
+std::string newRuntimeFolder() {
+    const char* const users = std::getenv("XDG_RUNTIME_DIR");
+    for (const char* parent : {users, "/tmp"}) {
+        std::string folder = std::string(parent ? parent : "") + "/plumwick-web-XXXXXX";
+        if (parent && folder.size() < mostBytesInSocketFolder && mkdtemp(folder.data()))
+            return folder;
+    }
+    return {};
+}
+
+void prepareEnvironment(const std::string& display, const std::string& runtimeFolder) {
     // Only the private display, and no services of a desktop: what the page is read with is the same
     // everywhere.
     const char* const set[][2] = {{"DISPLAY", display.c_str()},
+                                  {"XDG_RUNTIME_DIR", runtimeFolder.c_str()},
                                   {"GDK_BACKEND", "x11"},
                                   {"NO_AT_BRIDGE", "1"},
                                   {"GTK_A11Y", "none"},
@@ -132,7 +146,8 @@ int run() {
     SandboxProbe sandboxProbe;
     const std::string display = displayServer.waitForDisplay(millisecondsForDisplay);
     const bool isSandboxed = sandboxProbe.result();
-    prepareEnvironment(display);
+    const std::string runtimeFolder = newRuntimeFolder();
+    prepareEnvironment(display, runtimeFolder);
     silenceLibraries();
     if (display.empty() || !gtk_init_check(nullptr, nullptr)) {
         NSLog(u"No page can be read: Xvfb gives no display.");
@@ -141,7 +156,7 @@ int run() {
     if (!isSandboxed)
         NSLog(u"Pages are read without a sandbox: bwrap may not make one here.");
 
-    PageReader reader(ownFolder() + "plumwick-web-extension", isSandboxed);
+    PageReader reader(ownFolder() + "plumwick-web-extension", runtimeFolder, isSandboxed);
     for (;;) {
         bool isMessageThere = false;
         g_unix_fd_add(
