@@ -1,7 +1,8 @@
 #include "platform/webkit/engine/PageReader.h"
 
-#include "PageScripts.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/webkit/PageBase.h"
+#include "platform/webkit/engine/PageScripts.h"
 #include "platform/webkit/engine/PageSettings.h"
 
 #include <gtk/gtk.h>
@@ -29,6 +30,8 @@ constexpr double shareForDescription = 0.1;
 constexpr double mostSecondsForDescription = 1;
 constexpr double shareForSecondLoad = 0.15;
 constexpr double mostSecondsForSecondLoad = 2;
+/// Of the time that is left for describing it: what has not been seen by then is left out.
+constexpr double shareForWalk = 0.6;
 constexpr double secondsForReadyState = 0.2;
 /// How long the script of a page may hold up the leaving of it.
 constexpr double secondsToLeave = 0.5;
@@ -36,7 +39,7 @@ constexpr double secondsToStart = 5;
 constexpr double secondsToConnect = 1;
 constexpr guint millisecondsBetweenLooks = 100;
 /// Of a web process. A page that needs more is no page.
-constexpr std::size_t mostResidentBytes = std::size_t{1} << 30;
+constexpr std::size_t mostResidentBytes = std::size_t{3} << 29;
 /// A web process keeps some memory of each page.
 constexpr int pagesPerProcess = 60;
 
@@ -53,6 +56,21 @@ std::size_t residentBytes(pid_t process) {
     std::size_t resident = 0;
     file >> total >> resident;
     return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+double secondsUntil(gint64 end) {
+    return std::max(0.0,
+                    static_cast<double>(end - g_get_monotonic_time()) / static_cast<double>(G_USEC_PER_SEC));
+}
+
+/// The walk with its bounds: the nodes, the UTF-16 units of text, the depth, the length of a link and of a
+/// drawing, and the pixels below which a drawing is but the sign of a button.
+std::string walkForSeconds(double seconds) {
+    return std::string(walkScript) +
+           "({nodes: 1000000, units: 20000000, depth: 2000, link: 8192, drawing: 1000000, leastDrawing: 32,"
+           " nowhere: '" +
+           std::string(nowhereURL) + "', milliseconds: " + std::to_string(static_cast<int>(seconds * 1000)) +
+           "});";
 }
 
 bool needsNetwork(const std::string& url) {
@@ -222,8 +240,7 @@ void PageReader::load(const PageRequest& request) {
 
 std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     const gint64 end = microseconds(request.deadlineSeconds);
-    const double seconds = std::max(0.0, static_cast<double>(end - g_get_monotonic_time()) /
-                                             static_cast<double>(G_USEC_PER_SEC));
+    const double seconds = secondsUntil(end);
     const gint64 endOfLoad =
         end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
     const gint64 endOfFirstLoad =
@@ -255,7 +272,7 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     if (phase_ == Phase::gone)
         return std::nullopt;
     PageDescription description;
-    auto fields = evaluate(walkScript, end);
+    auto fields = evaluate(walkForSeconds(shareForWalk * secondsUntil(end)).c_str(), end);
     if (!fields) {
         // A script of the page keeps the process to itself.
         giveUp();
