@@ -122,11 +122,15 @@ void RTFReader::readGroupWord(RTFWord word, bool isAtGroupStart) {
     case RTFWord::upr:
         skipsNextGroup_ = true;
         return;
-    // What they hold is read as if they were not there.
     case RTFWord::listtext:
+    case RTFWord::pntext:
+        if (destination == Destination::body && keepsStates() && depth_ > 1 &&
+            !state().story->hasOpenParagraph())
+            state().word = RTFWord::listtext;
+        return;
+    // What they hold is read as if they were not there.
     case RTFWord::nesttableprops:
     case RTFWord::object:
-    case RTFWord::pntext:
     case RTFWord::result:
     case RTFWord::rtf:
     case RTFWord::shp:
@@ -184,6 +188,10 @@ void RTFReader::endDestination(const State& ended) {
     case Destination::fontTable:
         resources_.fonts.append(u";");
         state().isCodePageKnown = false;
+        break;
+    case Destination::body:
+        if (ended.word == RTFWord::listtext && ended.story == state().story)
+            state().story->endMarker();
         break;
     case Destination::captured:
         endCapture(ended.word);

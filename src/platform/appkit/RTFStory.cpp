@@ -46,6 +46,22 @@ void RTFStory::endParagraph(char16_t unit, std::uint32_t characterFormat, std::u
     }
 }
 
+void RTFStory::endMarker() {
+    if (!hasOpenParagraph() || units_.size() > maximumLength - 2)
+        return;
+    if (units_.back() == u' ')
+        units_.back() = u'\t';
+    else if (units_.back() != u'\t')
+        append(u"\t", runs_.back().format);
+    char16_t& first = units_[startOfParagraph()];
+    if (first == u' ')
+        first = u'\t';
+    if (first == u'\t')
+        return;
+    units_.insert(startOfParagraph(), 1, u'\t');
+    ++runs_[paragraphs_.empty() ? 0 : paragraphs_.back().endRun].length;
+}
+
 void RTFStory::addFrame(RTFStory&& frame) {
     if (!frames_)
         frames_ = std::make_unique<RTFStory>(std::move(frame));
