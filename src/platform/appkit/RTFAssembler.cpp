@@ -35,9 +35,13 @@ NSTextAttributes RTFAssembler::makeAttributes(const RTFCharacterFormat& format) 
     return attributes;
 }
 
-RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex cell) {
+RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex cell, Spaces spaces) {
     const RTFParagraphFormat& format = resources_.paragraphFormats[index];
     NSParagraphStyle style = format.paragraphStyle();
+    if (!spaces.hasBefore)
+        style.paragraphSpacingBefore = 0;
+    if (!spaces.hasAfter)
+        style.paragraphSpacing = 0;
     if (format.list > 0)
         style.textLists = resources_.lists.listsOf(format.list, format.listLevel);
     else if (format.oldList >= 0)
@@ -48,13 +52,21 @@ RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex ce
                : std::make_shared<const NSParagraphStyle>(std::move(style));
 }
 
-std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph) {
+bool RTFAssembler::areSpacedByContext(const RTFParagraph& paragraph, const RTFParagraph* neighbour) const {
+    const RTFParagraphFormat& format = resources_.paragraphFormats[paragraph.format];
+    return format.isSpacingContextual && neighbour && neighbour->cell == paragraph.cell &&
+           resources_.paragraphFormats[neighbour->format].style == format.style;
+}
+
+std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph, Spaces spaces) {
     const std::uint32_t format = styles_.size() < maximumObjects ? paragraph.format : 0;
-    const auto [entry, isNew] =
-        styleIndices_.try_emplace(pairOf(format, static_cast<std::uint32_t>(paragraph.cell)),
-                                  static_cast<std::uint32_t>(styles_.size()));
+    // Formats are fewer than these bits could count.
+    const std::uint32_t key = format | (spaces.hasBefore ? 0U : std::uint32_t{1} << 30) |
+                              (spaces.hasAfter ? 0U : std::uint32_t{1} << 31);
+    const auto [entry, isNew] = styleIndices_.try_emplace(
+        pairOf(key, static_cast<std::uint32_t>(paragraph.cell)), static_cast<std::uint32_t>(styles_.size()));
     if (isNew)
-        styles_.push_back(makeStyle(format, paragraph.cell));
+        styles_.push_back(makeStyle(format, paragraph.cell, spaces));
     return entry->second;
 }
 
@@ -76,13 +88,18 @@ NSAttributedString RTFAssembler::textOf(const RTFStory& story) {
     text.reserve(story.units().size());
     std::size_t unit = 0;
     std::size_t run = 0;
-    for (const RTFParagraph& paragraph : story.paragraphs()) {
+    const std::vector<RTFParagraph>& paragraphs = story.paragraphs();
+    for (std::size_t index = 0; index < paragraphs.size(); ++index) {
+        const RTFParagraph& paragraph = paragraphs[index];
         if (paragraph.isDropped) {
             unit = paragraph.endUnit;
             run = paragraph.endRun;
             continue;
         }
-        const std::uint32_t style = styleOf(paragraph);
+        const RTFParagraph* previous = index > 0 ? &paragraphs[index - 1] : nullptr;
+        const RTFParagraph* next = index + 1 < paragraphs.size() ? &paragraphs[index + 1] : nullptr;
+        const std::uint32_t style = styleOf(
+            paragraph, {!areSpacedByContext(paragraph, previous), !areSpacedByContext(paragraph, next)});
         for (; run < paragraph.endRun; ++run) {
             const auto [length, format] = story.runs()[run];
             text.append(story.units().substr(unit, length), attributesOf(format, style));

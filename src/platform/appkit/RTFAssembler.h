@@ -38,8 +38,14 @@ public:
 private:
     using Style = std::shared_ptr<const NSParagraphStyle>;
 
-    std::uint32_t styleOf(const RTFParagraph& paragraph);
-    Style makeStyle(std::uint32_t format, RTFCellIndex cell);
+    /// Which of the spaces around a paragraph its neighbours take away.
+    struct Spaces {
+        bool hasBefore = true;
+        bool hasAfter = true;
+    };
+    bool areSpacedByContext(const RTFParagraph& paragraph, const RTFParagraph* neighbour) const;
+    std::uint32_t styleOf(const RTFParagraph& paragraph, Spaces spaces);
+    Style makeStyle(std::uint32_t format, RTFCellIndex cell, Spaces spaces);
     const NSAttributedString::Attributes& attributesOf(std::uint32_t format, std::uint32_t style);
     NSTextAttributes makeAttributes(const RTFCharacterFormat& format) const;
 

@@ -202,6 +202,7 @@ bool operator==(const RTFParagraphFormat& left, const RTFParagraphFormat& right)
     };
     return left.alignment == right.alignment && left.direction == right.direction &&
            left.isInTable == right.isInTable && left.isLineHeightMultiple == right.isLineHeightMultiple &&
+           left.isSpacingContextual == right.isSpacingContextual &&
            left.headerLevel == right.headerLevel && left.outlineLevel == right.outlineLevel &&
            left.listLevel == right.listLevel && numbers(left) == numbers(right) &&
            (left.tabs == right.tabs || (left.tabs && right.tabs && *left.tabs == *right.tabs));
@@ -294,6 +295,9 @@ void RTFParagraphFormat::apply(RTFWord word, const RTFToken& token) {
         break;
     case RTFWord::ilvl:
         listLevel = static_cast<std::int8_t>(std::clamp(number, 0, 8));
+        break;
+    case RTFWord::contextualspace:
+        isSpacingContextual = isOn(token);
         break;
     case RTFWord::intbl:
         isInTable = isOn(token);

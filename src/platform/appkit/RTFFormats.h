@@ -80,6 +80,8 @@ struct RTFParagraphFormat {
     bool isInTable = false;
     /// \slmult1: `lineHeight` is in 240ths of the font's.
     bool isLineHeightMultiple = false;
+    /// There is no space between it and neighbours of the same style that say so too.
+    bool isSpacingContextual = false;
     std::int8_t headerLevel = 0;
     /// -1 when the paragraph does not state its own level.
     std::int8_t outlineLevel = -1;

@@ -501,7 +501,10 @@ std::uint32_t RTFReader::paragraphFormat() {
     format.headerLevel = static_cast<std::int8_t>(level);
     // Said otherwise from here on.
     format.outlineLevel = -1;
-    format.style = format.nesting = 0;
+    format.nesting = 0;
+    // Only then does it matter for how the paragraph looks which of the styles it has.
+    if (!format.isSpacingContextual)
+        format.style = 0;
     format.isInTable = false;
     const std::uint32_t index = resources_.paragraphFormats.indexOf(format);
     state().paragraphFormat = static_cast<std::int32_t>(index);

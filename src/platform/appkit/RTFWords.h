@@ -22,7 +22,8 @@
     WORD(character, ululdbwave) WORD(character, ulw) WORD(character, ulwave) WORD(character, up)             \
     WORD(character, v)                                                                                       \
     /* Formats of paragraphs. */                                                                             \
-    WORD(paragraph, fi) WORD(paragraph, ilvl) WORD(paragraph, intbl) WORD(paragraph, itap)                   \
+    WORD(paragraph, contextualspace) WORD(paragraph, fi) WORD(paragraph, ilvl) WORD(paragraph, intbl)        \
+    WORD(paragraph, itap)                                                                                    \
     WORD(paragraph, li) WORD(paragraph, ls) WORD(paragraph, ltrpar) WORD(paragraph, outlinelevel)            \
     WORD(paragraph, pard) WORD(paragraph, pardeftab) WORD(paragraph, pardirnatural) WORD(paragraph, qc)      \
     WORD(paragraph, qj) WORD(paragraph, ql) WORD(paragraph, qnatural) WORD(paragraph, qr)                    \

@@ -201,6 +201,9 @@ TEST(RTFReading, Paragraphs) {
         {"words of the last one, without an end", "\\pard\\qj\\rtlpar a", "\"a\" align=-1 direction=2\n"},
         {"lengths", "\\li720\\fi-360\\ri200\\sb20\\sa40\\slleading60\\pardeftab400\\outlinelevel2 a",
          "\"a\" first=18 head=36 tail=-10 before=1 after=2 spacing=3 heading=3 tabs=20\n"},
+        {"no space between neighbours of one style",
+         "\\sb20\\sa40\\s1\\contextualspace a\\par b\\par c\\par\\s2 d\\par\\contextualspace0 e",
+         "\"a|\" before=1\n\"b|\"\n\"c|\" after=2\n\"d|e\" before=1 after=2\n"},
         {"heights of lines",
          "\\sl360\\slmult1 a\\par\\slmult0\\slmaximum800 b\\par\\sl-240\\slmaximum0 c\\par\\sl0\\slminimum20 "
          "d",
