@@ -202,9 +202,9 @@ bool operator==(const RTFParagraphFormat& left, const RTFParagraphFormat& right)
     };
     return left.alignment == right.alignment && left.direction == right.direction &&
            left.isInTable == right.isInTable && left.isLineHeightMultiple == right.isLineHeightMultiple &&
-           left.isSpacingContextual == right.isSpacingContextual &&
-           left.headerLevel == right.headerLevel && left.outlineLevel == right.outlineLevel &&
-           left.listLevel == right.listLevel && numbers(left) == numbers(right) &&
+           left.isSpacingContextual == right.isSpacingContextual && left.headerLevel == right.headerLevel &&
+           left.outlineLevel == right.outlineLevel && left.listLevel == right.listLevel &&
+           numbers(left) == numbers(right) &&
            (left.tabs == right.tabs || (left.tabs && right.tabs && *left.tabs == *right.tabs));
 }
 
