@@ -3,11 +3,6 @@
 #include "platform/appkit/documentengine/Messages.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSPathUtilities.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
 
 namespace kelvo {
 namespace {
@@ -17,11 +12,10 @@ constexpr std::int64_t mostResidentBytes = 600LL << 20;
 
 } // namespace
 
-DocumentEngine::DocumentEngine() : process_(documentengine::programName) {}
+DocumentEngine::DocumentEngine() : process_(documentengine::programName), folder_("plumwick-documents") {}
 
 DocumentEngine::~DocumentEngine() {
     process_.stop();
-    removeFolder();
 }
 
 DocumentEngine& DocumentEngine::sharedEngine() {
@@ -30,29 +24,11 @@ DocumentEngine& DocumentEngine::sharedEngine() {
     return *engine;
 }
 
-const std::string& DocumentEngine::folder() {
-    if (folder_.empty()) {
-        const auto place =
-            NSFileManager::defaultManager().fileSystemRepresentationWithPath(NSTemporaryDirectory());
-        std::string pattern = place.value_or("/tmp/") + "plumwick-documents-XXXXXX";
-        if (::mkdtemp(pattern.data()))
-            folder_ = pattern;
-    }
-    return folder_;
-}
-
-void DocumentEngine::removeFolder() {
-    std::error_code ignored;
-    if (!folder_.empty())
-        std::filesystem::remove_all(folder_, ignored);
-    folder_.clear();
-}
-
 NSData DocumentEngine::RTFOfDocument(const NSData& document, const NSString& extension,
                                      double timeoutSeconds) {
     if (document.isNil() || isAtWork_)
         return nullptr;
-    const Value path = NSFileManager::defaultManager().stringWithFileSystemRepresentation(folder());
+    const Value path = NSFileManager::defaultManager().stringWithFileSystemRepresentation(folder_.path());
     const Value message = NSMutableDictionary::dictionaryWithObjectsAndKeys({
         {path, documentengine::folderKey},
         {document, documentengine::documentKey},
@@ -68,7 +44,7 @@ NSData DocumentEngine::RTFOfDocument(const NSData& document, const NSString& ext
     if (resident && resident->longLongValue() > mostResidentBytes)
         process_.stop();
     if (process_.processIdentifier() == 0)
-        removeFolder();
+        folder_.remove();
     return answer.objectForKey(documentengine::rtfKey).data();
 }
 

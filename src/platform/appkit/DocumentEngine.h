@@ -3,8 +3,9 @@
 #include "platform/foundation/EngineProcess.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/PrivateFolder.h"
 
-#include <string>
+#include <sys/types.h>
 
 namespace kelvo {
 
@@ -35,12 +36,8 @@ public:
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
 private:
-    /// Empty when there can be none.
-    const std::string& folder();
-    void removeFolder();
-
     EngineProcess process_;
-    std::string folder_;
+    PrivateFolder folder_;
     bool isAtWork_ = false;
 };
 

@@ -2,17 +2,14 @@
 
 #include "platform/appkit/HTMLReading.h"
 #include "platform/appkit/PlainTextReading.h"
-#include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/PrivateFolder.h"
 #include "platform/webkit/WebResourceLoadDelegate.h"
 
 #include <kj/encoding.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <unordered_map>
 
 namespace kelvo {
@@ -43,11 +40,6 @@ public:
 class ArchivedResources final : public NSObject, public WebResourceLoadDelegate {
 public:
     explicit ArchivedResources(const WebArchive& archive) { add(archive); }
-    ~ArchivedResources() override {
-        std::error_code ignored;
-        if (!folder_.empty())
-            std::filesystem::remove_all(folder_, ignored);
-    }
 
     NSString className() const override { return u"ArchivedResources"; }
 
@@ -61,7 +53,7 @@ public:
             return NSURLRequest::requestWithURL(urlWithContents(found->second));
         // What was given out is asked about once more.
         const bool isOurs =
-            !folder_.empty() && url.isFileURL() && url.path().UTF8String().starts_with(folder_ + '/');
+            folder_.exists() && url.isFileURL() && url.path().UTF8String().starts_with(folder_.path() + '/');
         return isOurs || (!url.isFileURL() && url.host().isEmpty()) ? request : nullptr;
     }
 
@@ -91,14 +83,11 @@ private:
 
     /// Nil, which refuses the request, when there is no room for it.
     NSURL urlOfFile(const WebResource& resource) {
-        if (folder_.empty()) {
-            std::string pattern = NSTemporaryDirectory().UTF8String() + "plumwick-page-XXXXXX";
-            if (!::mkdtemp(pattern.data()))
-                return nullptr;
-            folder_ = pattern;
-        }
-        const NSString path = NSString::stringWithUTF8String(folder_ + '/' + std::to_string(fileCount_++) +
-                                                             '.' + extensionOfMIMEType(resource.MIMEType()));
+        if (folder_.path().empty())
+            return nullptr;
+        const NSString path =
+            NSString::stringWithUTF8String(folder_.path() + '/' + std::to_string(fileCount_++) + '.' +
+                                           extensionOfMIMEType(resource.MIMEType()));
         return resource.data().writeToFile_atomically(path, false) ? NSURL::fileURLWithPath(path) : NSURL();
     }
 
@@ -128,7 +117,7 @@ private:
     }
 
     std::unordered_map<std::string, WebResource> resources_;
-    std::string folder_;
+    PrivateFolder folder_{"plumwick-page"};
     int fileCount_ = 0;
 };
 
