@@ -17,7 +17,10 @@ void requireOrder(const NSAttributedString& text) {
         require(range.location == end && range.length > 0);
         end += range.length;
         require(end <= units.size());
-        require(!last || !(*last == *attributes));
+        // Equal neighbours are in two tables or lists.
+        require(!last || !(*last == *attributes) ||
+                last->style().textLists != attributes->style().textLists ||
+                last->style().textBlocks != attributes->style().textBlocks);
         last = attributes.get();
         const std::u16string_view run = units.substr(range.location, range.length);
         const std::size_t other = attributes->attachment ? run.find_first_not_of(NSAttachmentCharacter)
