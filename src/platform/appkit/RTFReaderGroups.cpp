@@ -191,7 +191,7 @@ void RTFReader::endDestination(const State& ended) {
         break;
     case Destination::body:
         if (ended.word == RTFWord::listtext && ended.story == state().story)
-            state().story->endMarker();
+            state().story->endMarker(characterFormat());
         break;
     case Destination::captured:
         endCapture(ended.word);

@@ -46,20 +46,25 @@ void RTFStory::endParagraph(char16_t unit, std::uint32_t characterFormat, std::u
     }
 }
 
-void RTFStory::endMarker() {
+void RTFStory::endMarker(std::uint32_t format) {
     if (!hasOpenParagraph() || units_.size() > maximumLength - 2)
         return;
     if (units_.back() == u' ')
         units_.back() = u'\t';
     else if (units_.back() != u'\t')
-        append(u"\t", runs_.back().format);
+        append(u"\t", format);
     char16_t& first = units_[startOfParagraph()];
     if (first == u' ')
         first = u'\t';
     if (first == u'\t')
         return;
     units_.insert(startOfParagraph(), 1, u'\t');
-    ++runs_[paragraphs_.empty() ? 0 : paragraphs_.back().endRun].length;
+    const auto firstRun =
+        runs_.begin() + static_cast<std::ptrdiff_t>(paragraphs_.empty() ? 0 : paragraphs_.back().endRun);
+    if (firstRun->format == format)
+        ++firstRun->length;
+    else
+        runs_.insert(firstRun, {1, format});
 }
 
 void RTFStory::addFrame(RTFStory&& frame) {

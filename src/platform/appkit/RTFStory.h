@@ -69,8 +69,8 @@ public:
     /// Ends the paragraph with the unit; 0 is none.
     void endParagraph(char16_t unit, std::uint32_t characterFormat, std::uint32_t format, std::int32_t level);
     /// What there is of the open paragraph is the marker of its list: it comes to stand between two tabs,
-    /// however the writer set it apart.
-    void endMarker();
+    /// however the writer set it apart. Tabs that are missing get the format.
+    void endMarker(std::uint32_t format);
     void endCell(std::int32_t level) { tables_.cellEnded(level); }
     void endRow(std::int32_t level) { tables_.rowEnded(level); }
     RTFRowDefinition& rowDefinition(std::int32_t level) { return tables_.definition(level); }

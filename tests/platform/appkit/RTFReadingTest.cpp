@@ -339,6 +339,8 @@ TEST(RTFReading, Pictures) {
          "\"\uFFFC\" file=picture-1.png/3 width=7.5 height=10\n\"\uFFFC\" file=picture-2.jpg/3\n"},
         {"metafiles get the header of a file", "{\\pict\\wmetafile8\\picw2540\\pich1270 0102}",
          "\"\uFFFC\" file=picture-1.wmf/24 width=72 height=36\n"},
+        {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
+         "\"\t\"\n\"\uFFFC\" file=picture-1.png/1\n\"\ta\"\n"},
         {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "\"\uFFFC\" file=picture-1.bmp/18\n"},
         {"kinds by their contents", "{\\pict 474946383961}", "\"\uFFFC\" file=picture-1.gif/6\n"},
         {"the better one of two", "a{\\*\\shppict{\\pict\\pngblip 01}}{\\nonshppict{\\pict\\wmetafile8 02}}b",
