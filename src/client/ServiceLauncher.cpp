@@ -4,6 +4,7 @@
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/NSTask.h"
+#include "platform/foundation/ProcessFacts.h"
 #include "protocol/KelvoImExport.h"
 
 #include <dlfcn.h>
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <climits>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -31,12 +31,6 @@ bool isProgram(const std::string& path) {
 std::string folderOf(std::string_view path) {
     const std::size_t slash = path.rfind('/');
     return std::string(path.substr(0, slash == std::string_view::npos ? 0 : slash));
-}
-
-std::string folderOfCallingProgram() {
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    return folderOf(std::string_view(path, length > 0 ? static_cast<std::size_t>(length) : 0));
 }
 
 /// Empty when this code is no shared library: the program itself goes by the name that it was called by.
@@ -70,7 +64,7 @@ std::unique_ptr<NSConnection> connectionIfAny() {
 NSString pathOfServiceProgram(const NSString& given) {
     if (!given.isNil())
         return given;
-    const std::string programs = folderOfCallingProgram();
+    const std::string programs = folderOfThisProgram();
     const std::string libraries = folderOfThisLibrary();
     for (const std::string& folder :
          {programs, programs + "/" KELVO_HELPER_FROM_COMMAND,

@@ -1,5 +1,7 @@
 #include "client/ServiceStatus.h"
 
+#include "platform/foundation/ProcessFacts.h"
+
 #include <elf.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -41,15 +43,6 @@ double uptimeOfProcess(pid_t processIdentifier) {
     if (!(fields >> startTicks) || !(std::istringstream(textOfFile("/proc/uptime")) >> systemUptime))
         return 0;
     return systemUptime - startTicks / static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
-std::uint64_t residentBytesOfProcess(pid_t processIdentifier) {
-    std::uint64_t pages = 0;
-    std::uint64_t residentPages = 0;
-    std::istringstream fields(textOfFile(folderOfProcess(processIdentifier) + "/statm"));
-    return fields >> pages >> residentPages
-               ? residentPages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE))
-               : 0;
 }
 
 /// A program file, read at given places; what lies outside it is absent.

@@ -3,12 +3,13 @@
 #include "platform/appkit/documentengine/Messages.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/ProcessFacts.h"
 
 namespace kelvo {
 namespace {
 
 /// An engine holds about 200 MiB from its first document on and keeps part of every large one.
-constexpr std::int64_t mostResidentBytes = 600LL << 20;
+constexpr std::uint64_t mostResidentBytes = 600ULL << 20;
 
 } // namespace
 
@@ -40,8 +41,7 @@ NSData DocumentEngine::RTFOfDocument(const NSData& document, const NSString& ext
     const NSString complaint = answer.objectForKey(documentengine::complaintKey).string();
     if (!complaint.isNil())
         NSLogMessage(complaint);
-    const NSNumber* const resident = answer.objectForKey(documentengine::residentBytesKey).numberIfAny();
-    if (resident && resident->longLongValue() > mostResidentBytes)
+    if (residentBytesOfProcess(process_.processIdentifier()) > mostResidentBytes)
         process_.stop();
     if (process_.processIdentifier() == 0)
         folder_.remove();

@@ -6,9 +6,9 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSRunLoopInternals.h"
 #include "platform/foundation/NSTask.h"
+#include "platform/foundation/ProcessFacts.h"
 
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <utility>
 
@@ -22,11 +22,8 @@ namespace {
 constexpr double secondsToBeGone = 1;
 
 NSString pathBesideThisProgram(const std::string& name) {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    const std::string own(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    return NSFileManager::defaultManager().stringWithFileSystemRepresentation(
-        own.substr(0, own.rfind('/') + 1) + name);
+    return NSFileManager::defaultManager().stringWithFileSystemRepresentation(folderOfThisProgram() + '/' +
+                                                                              name);
 }
 
 } // namespace

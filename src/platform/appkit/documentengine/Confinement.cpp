@@ -73,11 +73,4 @@ void moveInto(const std::filesystem::path& folder) {
     ::setenv("SAL_USE_VCLPLUGIN", "svp", 1);
 }
 
-long long residentBytes() {
-    std::ifstream file("/proc/self/statm");
-    long long total = 0;
-    long long resident = 0;
-    return file >> total >> resident ? resident * ::sysconf(_SC_PAGESIZE) : 0;
-}
-
 } // namespace kelvo::documentengine

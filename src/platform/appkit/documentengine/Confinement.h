@@ -17,7 +17,4 @@ void boundResources();
 /// or desktop at all, so that neither the user's own settings count nor anything is left among them.
 void moveInto(const std::filesystem::path& folder);
 
-/// The memory of this process, 0 when it is not known.
-long long residentBytes();
-
 } // namespace kelvo::documentengine

@@ -18,8 +18,6 @@ inline constexpr const char16_t* extensionKey = u"Extension";
 // Its answer:
 /// The bytes of the document as RTF; missing when it is encrypted or cannot be read.
 inline constexpr const char16_t* rtfKey = u"RTF";
-/// A number: the memory of the engine afterwards.
-inline constexpr const char16_t* residentBytesKey = u"ResidentBytes";
 /// A string for the log: why there is no engine at all.
 inline constexpr const char16_t* complaintKey = u"Complaint";
 

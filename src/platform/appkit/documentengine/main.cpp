@@ -62,7 +62,6 @@ public:
             if (auto rtf = office_->RTFOfDocument(document.characters(), extension))
                 answer.setObject_forKey(NSData::dataWithBytesNoCopy(std::move(*rtf)), rtfKey);
         }
-        answer.setObject_forKey(NSNumber::numberWithLongLong(residentBytes()), residentBytesKey);
         return answer;
     }
 

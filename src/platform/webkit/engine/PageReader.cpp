@@ -1,6 +1,7 @@
 #include "platform/webkit/engine/PageReader.h"
 
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/ProcessFacts.h"
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/engine/PageScripts.h"
 #include "platform/webkit/engine/PageSettings.h"
@@ -8,7 +9,6 @@
 #include <gtk/gtk.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -45,17 +45,6 @@ constexpr int pagesPerProcess = 60;
 
 gint64 microseconds(double seconds) {
     return static_cast<gint64>(seconds * G_USEC_PER_SEC);
-}
-
-/// 0 when there is no such process.
-std::size_t residentBytes(pid_t process) {
-    if (process <= 0)
-        return 0;
-    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    file >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 double secondsUntil(gint64 end) {
@@ -175,7 +164,8 @@ bool PageReader::runUntil(const std::function<bool()>& condition, gint64 end) {
         &isTimeToLook);
     while (!condition() && g_get_monotonic_time() < end) {
         g_main_context_iteration(nullptr, TRUE);
-        if (std::exchange(isTimeToLook, false) && residentBytes(gate_.peerProcess()) > mostResidentBytes)
+        if (std::exchange(isTimeToLook, false) &&
+            residentBytesOfProcess(gate_.peerProcess()) > mostResidentBytes)
             giveUp();
     }
     g_source_remove(alarm);

@@ -1,5 +1,6 @@
 #include "platform/foundation/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/ProcessFacts.h"
 #include "platform/foundation/Value.h"
 #include "platform/webkit/engine/DisplayServer.h"
 #include "platform/webkit/engine/PageReader.h"
@@ -8,7 +9,6 @@
 #include <gtk/gtk.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <optional>
 
@@ -23,13 +23,6 @@ namespace {
 constexpr int millisecondsForDisplay = 5000;
 /// So that the path of a socket in it is not too long for one.
 constexpr std::size_t mostBytesInSocketFolder = 96;
-
-std::string ownFolder() {
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string own(path, length > 0 ? static_cast<std::size_t>(length) : 0);
-    return own.substr(0, own.rfind('/') + 1);
-}
 
 /// Whether this system lets the web processes be shut in: containers often do not.
 class SandboxProbe {
@@ -156,7 +149,7 @@ int run() {
     if (!isSandboxed)
         NSLog(u"Pages are read without a sandbox: bwrap may not make one here.");
 
-    PageReader reader(ownFolder() + "plumwick-web-extension", runtimeFolder, isSandboxed);
+    PageReader reader(folderOfThisProgram() + "/plumwick-web-extension", runtimeFolder, isSandboxed);
     for (;;) {
         bool isMessageThere = false;
         g_unix_fd_add(

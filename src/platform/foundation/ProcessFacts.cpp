@@ -1,0 +1,29 @@
+#include "platform/foundation/ProcessFacts.h"
+
+#include <climits>
+#include <fstream>
+
+#include <unistd.h>
+
+namespace kelvo {
+
+std::string folderOfThisProgram() {
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+    const std::string program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::size_t slash = program.rfind('/');
+    return program.substr(0, slash == std::string::npos ? 0 : slash);
+}
+
+std::uint64_t residentBytesOfProcess(pid_t process) {
+    if (process <= 0)
+        return 0;
+    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
+    std::uint64_t pages = 0;
+    std::uint64_t residentPages = 0;
+    return file >> pages >> residentPages
+               ? residentPages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE))
+               : 0;
+}
+
+} // namespace kelvo
