@@ -2,10 +2,12 @@
 #include "platform/appkit/documentengine/Messages.h"
 #include "platform/appkit/documentengine/OfficeLibrary.h"
 #include "platform/foundation/EngineChannel.h"
+#include "platform/foundation/Leftovers.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSNumber.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -78,6 +80,7 @@ private:
             return u"Word-processor documents cannot be read: no temporary folder.";
         if (folder_.empty()) {
             folder_ = *path;
+            folderUse_ = openFolderInUse(AT_FDCWD, folder_);
             std::thread(removeFolderWithOtherSide, channel_.descriptor(), folder_).detach();
         }
         const auto program = officeProgramFolder();
@@ -90,6 +93,7 @@ private:
 
     const EngineChannel& channel_;
     fs::path folder_;
+    FileDescriptor folderUse_;
     std::unique_ptr<OfficeLibrary> office_;
 };
 
