@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <string>
 
 #include <unistd.h>
 
@@ -29,6 +30,11 @@ int main() {
                     ::pause();
             }
             channel.answer(NSNumber::numberWithLongLong(helper));
+        } else if (command == u"environment") {
+            std::string names;
+            for (char** entry = environ; *entry; ++entry)
+                names.append(*entry).append("\n");
+            channel.answer(NSString::stringWithUTF8String(names));
         } else if (command == u"exit") {
             return 0;
         } else if (command == u"crash") {

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
 #include <sys/socket.h>
@@ -24,6 +25,23 @@ constexpr double secondsToBeGone = 1;
 NSString pathBesideThisProgram(const std::string& name) {
     return NSFileManager::defaultManager().stringWithFileSystemRepresentation(folderOfThisProgram() + '/' +
                                                                               name);
+}
+
+/// Libraries obey hundreds of variables: they load modules that these name, talk to the services of a
+/// desktop, send what they fetch through other machines. An engine inherits none but where programs and
+/// temporary files are, the time zone, and what sanitizers are told. Its home is nowhere until it has made
+/// itself one.
+NSDictionary environmentOfEngines() {
+    auto environment = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{u"C.UTF-8", u"LANG"}, {u"/nonexistent", u"HOME"}});
+    for (const char* name :
+         {"PATH", "TMPDIR", "XDG_RUNTIME_DIR", "TZ", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
+        if (const char* value = std::getenv(name))
+            environment.setObject_forKey(
+                NSFileManager::defaultManager().stringWithFileSystemRepresentation(value),
+                NSString::stringWithUTF8String(name));
+    }
+    return environment;
 }
 
 } // namespace
@@ -74,6 +92,7 @@ bool EngineProcess::Internals::start() {
     try {
         child->setStandardInput(otherEnd);
         child->setLaunchPath(pathBesideThisProgram(programName));
+        child->setEnvironment(environmentOfEngines());
         child->setSession(NSTask::Session::own);
         child->launch();
     } catch (const NSException& exception) {

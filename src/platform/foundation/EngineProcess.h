@@ -12,7 +12,8 @@ namespace kelvo {
 
 /// An engine in a process of its own: a program of this system that is started when it is first needed, kept
 /// for the next time, and ended with this process, however that ends. What the engine does to itself
-/// (crashes, runs for ever, grows) does not reach the one who asks.
+/// (crashes, runs for ever, grows) does not reach the one who asks. It starts with an environment made for
+/// engines: of this process's own only PATH, TMPDIR, XDG_RUNTIME_DIR, TZ and the sanitizers' options.
 ///
 /// The two talk in property lists over a socket that is the child's standard input; the child's side is
 /// EngineChannel. One thread, one message at a time.

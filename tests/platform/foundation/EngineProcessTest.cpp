@@ -65,6 +65,23 @@ TEST(EngineProcess, QuestionsAreAnsweredInTheMidstOfAMessage) {
     EXPECT_EQ(engine.ask(message(u"echo", NSString(u"on")), ample), Value(u"on"));
 }
 
+TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {
+    const char* const refused[] = {"http_proxy",        "LD_LIBRARY_PATH",          "GTK_MODULES",
+                                   "GIO_EXTRA_MODULES", "DBUS_SESSION_BUS_ADDRESS", "DISPLAY"};
+    for (const char* name : refused)
+        ::setenv(name, "/elsewhere", 1);
+    ::setenv("TZ", "Asia/Tokyo", 1);
+    EngineProcess engine("RehearsalEngine");
+    const std::string own = '\n' + engine.ask(message(u"environment"), ample).string().UTF8String();
+    for (const char* name : refused) {
+        EXPECT_EQ(own.find(std::string("\n") + name + '='), std::string::npos) << own;
+        ::unsetenv(name);
+    }
+    ::unsetenv("TZ");
+    for (const char* entry : {"\nTZ=Asia/Tokyo\n", "\nHOME=/nonexistent\n", "\nLANG=C.UTF-8\n", "\nPATH="})
+        EXPECT_NE(own.find(entry), std::string::npos) << own;
+}
+
 TEST(EngineProcess, AFailedChildIsNilAndTheNextMessageHasANewOne) {
     EngineProcess engine("RehearsalEngine");
     for (const char16_t* command : {u"exit", u"crash", u"garbage"}) {
