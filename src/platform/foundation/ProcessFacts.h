@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -10,6 +12,9 @@ namespace kelvo {
 /// The folder of the program that this process runs, in file-system bytes and without a slash at its end;
 /// empty when the kernel does not tell.
 std::string folderOfThisProgram();
+
+/// Running children of this process by their name, of which the kernel keeps 15 bytes.
+std::vector<pid_t> childProcessesNamed(std::string_view name);
 
 /// What a process holds in memory; 0 when there is no such process.
 std::uint64_t residentBytesOfProcess(pid_t process);

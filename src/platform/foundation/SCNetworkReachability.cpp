@@ -32,7 +32,7 @@ using Clock = std::chrono::steady_clock;
 constexpr double lookUpSeconds = 2;
 constexpr auto answersHold = std::chrono::seconds(15);
 constexpr std::size_t keptAnswers = 512;
-constexpr int simultaneousLookUps = 4;
+constexpr int simultaneousLookUps = 32;
 constexpr std::size_t longestHostInBytes = 1024;
 
 struct Address {
@@ -66,9 +66,11 @@ using Addresses = std::vector<Address>;
 using Attachments = std::vector<Attachment>;
 
 struct Answer {
-    bool isKnown = false;
+    Addresses addresses;
     std::uint32_t flags = 0;
     Clock::time_point until;
+
+    bool isKnown() const { return !addresses.empty(); }
 };
 
 struct Rehearsal {
@@ -140,56 +142,88 @@ Addresses resolveAll(const std::vector<std::string>& texts) {
 /// The resolver cannot be interrupted, so it works on a thread that may be left alone with what it shares.
 class LookUp {
 public:
-    static Addresses addressesOfName(const std::string& name) {
+    explicit LookUp(std::string name)
+        : name_(std::move(name)),
+          end_(Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+                                  rehearsal() ? rehearsal()->lookUpSeconds : lookUpSeconds))) {}
+
+    /// Starts it, unless too many are under way; whether it has been started now or before.
+    bool start() {
+        if (shared_)
+            return true;
         if (running_.fetch_add(1) >= simultaneousLookUps) {
             --running_;
-            return {};
+            return false;
         }
-        const auto lookUp = std::make_shared<LookUp>();
-        const auto rehearsed = rehearsal() ? rehearsal()->lookUp : nullptr;
+        auto shared = std::make_shared<Shared>();
         // Signals are for the threads that expect them; a new thread inherits this one's mask.
         sigset_t everySignal;
         sigset_t before;
         sigfillset(&everySignal);
         pthread_sigmask(SIG_SETMASK, &everySignal, &before);
-        bool isStarted = true;
         try {
-            std::thread([lookUp, name, rehearsed] { lookUp->run(name, rehearsed); }).detach();
+            std::thread(run, shared, name_, rehearsal() ? rehearsal()->lookUp : nullptr).detach();
+            shared_ = std::move(shared);
         } catch (const std::system_error&) {
-            isStarted = false;
             --running_;
         }
         pthread_sigmask(SIG_SETMASK, &before, nullptr);
-        return isStarted ? lookUp->wait() : Addresses();
+        return shared_ != nullptr;
+    }
+
+    bool isOver() const { return Clock::now() >= end_; }
+    /// The addresses, empty when there are none or the time is over; absent before.
+    std::optional<Addresses> result() {
+        if (start()) {
+            const std::lock_guard lock(shared_->mutex);
+            if (shared_->isDone)
+                return shared_->addresses;
+        }
+        return isOver() ? std::optional(Addresses()) : std::nullopt;
+    }
+
+    Addresses wait() {
+        while (!start() && !isOver())
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        if (!shared_)
+            return {};
+        std::unique_lock lock(shared_->mutex);
+        shared_->done.wait_until(lock, end_, [this] { return shared_->isDone; });
+        return shared_->addresses;
     }
 
 private:
-    void run(const std::string& name, const SCNetworkRehearsal::LookUp& rehearsed) {
+    struct Shared {
+        std::mutex mutex;
+        std::condition_variable done;
+        Addresses addresses;
+        bool isDone = false;
+    };
+
+    static void run(const std::shared_ptr<Shared>& shared, const std::string& name,
+                    const SCNetworkRehearsal::LookUp& rehearsed) {
         Addresses found;
         if (!rehearsed)
             found = resolve(name, 0);
         else if (const auto texts = rehearsed(name))
             found = resolveAll(*texts);
         --running_;
-        const std::lock_guard lock(mutex_);
-        addresses_ = std::move(found);
-        isDone_ = true;
-        done_.notify_one();
-    }
-
-    Addresses wait() {
-        std::unique_lock lock(mutex_);
-        const std::chrono::duration<double> time(rehearsal() ? rehearsal()->lookUpSeconds : lookUpSeconds);
-        done_.wait_for(lock, time, [this] { return isDone_; });
-        return addresses_;
+        const std::lock_guard lock(shared->mutex);
+        shared->addresses = std::move(found);
+        shared->isDone = true;
+        shared->done.notify_one();
     }
 
     static inline std::atomic<int> running_{0};
-    std::mutex mutex_;
-    std::condition_variable done_;
-    Addresses addresses_;
-    bool isDone_ = false;
+    std::string name_;
+    Clock::time_point end_;
+    std::shared_ptr<Shared> shared_;
 };
+
+std::unordered_map<std::string, LookUp>& lookUps() {
+    static std::unordered_map<std::string, LookUp> underWay;
+    return underWay;
+}
 
 unsigned prefixLengthOfMask(const Address& mask) {
     unsigned length = 0;
@@ -319,50 +353,87 @@ bool isLocalhost(std::string_view host) {
     return host == "localhost" || host.ends_with(".localhost");
 }
 
-Answer answerOfHost(const std::string& host) {
-    Answer answer;
-    Addresses addresses;
+enum class Patience : std::uint8_t { none, untilAnswered };
+
+/// Absent when it has to be waited for.
+std::optional<Addresses> addressesOfHost(const std::string& host, Patience patience) {
     if (isLocalhost(host))
-        addresses = resolveAll({"127.0.0.1"});
-    else
-        addresses = resolve(host, AI_NUMERICHOST);
-    if (addresses.empty() && host.find_first_of(":%") == std::string::npos)
-        addresses = LookUp::addressesOfName(host);
+        return resolveAll({"127.0.0.1", "::1"});
+    Addresses addresses = resolve(host, AI_NUMERICHOST);
+    if (!addresses.empty() || host.find_first_of(":%") != std::string::npos)
+        return addresses;
+    auto& underWay = lookUps();
+    // Whoever prepared an answer may never have come back for it.
+    if (underWay.size() >= keptAnswers)
+        std::erase_if(underWay, [](const auto& entry) { return entry.second.isOver(); });
+    if (underWay.size() >= keptAnswers)
+        return Addresses();
+    const auto lookUp = underWay.try_emplace(host, host).first;
+    std::optional<Addresses> found =
+        patience == Patience::none ? lookUp->second.result() : lookUp->second.wait();
+    if (found)
+        underWay.erase(lookUp);
+    return found;
+}
+
+Answer answerWithAddresses(Addresses addresses) {
+    Answer answer;
     answer.until = Clock::now() + answersHold;
     if (addresses.empty())
         return answer;
     const Attachments attachments = attachmentsOfThisMachine();
-    answer.isKnown = true;
     answer.flags = ~std::uint32_t{0};
     for (const Address& address : addresses)
         answer.flags &= flagsOfAddress(address, attachments);
+    answer.addresses = std::move(addresses);
     return answer;
+}
+
+/// Null when it has to be waited for, and when the host can be none.
+const Answer* answerOfHost(const std::string& host, Patience patience) {
+    auto& kept = answers();
+    const auto entry = kept.find(host);
+    if (entry != kept.end() && Clock::now() < entry->second.until)
+        return &entry->second;
+    auto addresses = host.empty() ? std::nullopt : addressesOfHost(host, patience);
+    if (!addresses)
+        return nullptr;
+    if (kept.size() >= keptAnswers)
+        kept.clear();
+    return &(kept[host] = answerWithAddresses(std::move(*addresses)));
+}
+
+std::string textOfAddress(const Address& address) {
+    char text[INET6_ADDRSTRLEN] = "";
+    inet_ntop(address.isIPv6 ? AF_INET6 : AF_INET, address.bytes.data(), text, sizeof text);
+    char interface[IF_NAMESIZE];
+    return address.zone != 0 && if_indextoname(address.zone, interface) ? std::string(text) + '%' + interface : std::string(text);
 }
 
 } // namespace
 
 bool SCNetworkCheckReachabilityByName(const std::string& hostUTF8, std::uint32_t* flags) {
-    *flags = 0;
+    const Answer* answer = answerOfHost(comparableHost(hostUTF8), Patience::untilAnswered);
+    *flags = answer ? answer->flags : 0;
+    return answer && answer->isKnown();
+}
+
+bool SCNetworkPrepareReachabilityByName(const std::string& hostUTF8) {
     const std::string host = comparableHost(hostUTF8);
-    if (host.empty())
-        return false;
-    auto& kept = answers();
-    const auto entry = kept.find(host);
-    if (entry != kept.end() && Clock::now() < entry->second.until) {
-        *flags = entry->second.flags;
-        return entry->second.isKnown;
-    }
-    const Answer answer = answerOfHost(host);
-    if (kept.size() >= keptAnswers)
-        kept.clear();
-    kept[host] = answer;
-    *flags = answer.flags;
-    return answer.isKnown;
+    return host.empty() || answerOfHost(host, Patience::none);
+}
+
+std::vector<std::string> SCNetworkAddressesByName(const std::string& hostUTF8) {
+    std::vector<std::string> texts;
+    if (const Answer* answer = answerOfHost(comparableHost(hostUTF8), Patience::untilAnswered))
+        std::ranges::transform(answer->addresses, std::back_inserter(texts), textOfAddress);
+    return texts;
 }
 
 SCNetworkRehearsal::SCNetworkRehearsal(LookUp lookUp, const std::vector<SCNetworkAttachment>& attachments,
                                        double seconds) {
     answers().clear();
+    lookUps().clear();
     rehearsal().emplace();
     rehearsal()->lookUp = std::move(lookUp);
     rehearsal()->lookUpSeconds = seconds;
@@ -376,6 +447,7 @@ SCNetworkRehearsal::SCNetworkRehearsal(LookUp lookUp, const std::vector<SCNetwor
 SCNetworkRehearsal::~SCNetworkRehearsal() {
     rehearsal().reset();
     answers().clear();
+    lookUps().clear();
 }
 
 } // namespace kelvo

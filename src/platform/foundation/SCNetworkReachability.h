@@ -27,10 +27,18 @@ inline constexpr std::uint32_t kSCNetworkFlagsIsDirect = 0x20000;
 /// have no bit but perhaps the first.
 ///
 /// False, with no bit set, when the name is none, is not known, or was not looked up in time. A look-up may
-/// take 2 s; of those that took longer four go on by themselves, and while they do every other name fails at
-/// once. Answers, failures as well, hold for 15 s, the time that a page has to load: asking for each of its
-/// resources is cheap. Not for use from two threads at once.
+/// take 2 s; what takes longer goes on by itself, to no effect. Names are looked up side by side, 32 at a
+/// time, and wait for their turn within the same 2 s. Answers, failures as well, hold for 15 s, the time that
+/// a page has to load: asking for each of its resources is cheap. Not for use from two threads at once.
 bool SCNetworkCheckReachabilityByName(const std::string& hostUTF8, std::uint32_t* flags);
+
+/// Whether the answer is held already. Starts looking the name up where it is not, and does not wait.
+bool SCNetworkPrepareReachabilityByName(const std::string& hostUTF8);
+
+/// The addresses that the answer stands on, as text ("192.0.2.7", "fe80::1%eth0"): of the name each time it
+/// is looked up, others may come. In the resolver's order; empty where the check gives false. Waits as that
+/// does.
+std::vector<std::string> SCNetworkAddressesByName(const std::string& hostUTF8);
 
 /// An address of an interface and the network that it stands in.
 struct SCNetworkAttachment {

@@ -145,9 +145,11 @@ TEST(ReachabilityOfASilentResolver, FailsAndLeavesAddressesAlone) {
             return std::vector<std::string>{"127.0.0.1"};
         },
         {}, 0.05);
-    for (const char* name : {"a.test", "b.test", "c.test", "d.test", "e.test", "f.test"})
-        EXPECT_EQ(judgement(name), "unknown") << name;
-    EXPECT_EQ(*waiting, 4);
+    for (int name = 0; name < 40; ++name)
+        SCNetworkPrepareReachabilityByName(std::to_string(name) + ".test");
+    for (int name = 0; name < 40; ++name)
+        EXPECT_EQ(judgement(std::to_string(name) + ".test"), "unknown") << name;
+    EXPECT_EQ(*waiting, 32);
     EXPECT_EQ(judgement("127.0.0.1"), "local");
     *isSilent = false;
     while (*waiting != 0)
@@ -159,6 +161,36 @@ TEST(ReachabilityOfASilentResolver, FailsAndLeavesAddressesAlone) {
         answer = judgement("new" + std::to_string(attempt) + ".test");
     }
     EXPECT_EQ(answer, "local");
+}
+
+TEST(ReachabilityOfManyNames, AreLookedUpSideBySide) {
+    const auto isSilent = std::make_shared<std::atomic<bool>>(true);
+    int attempts = 0;
+    {
+        const SCNetworkRehearsal rehearsal(
+            [isSilent](const std::string& name) -> std::optional<std::vector<std::string>> {
+                while (*isSilent && name.starts_with("slow"))
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                if (name == "none.test")
+                    return std::nullopt;
+                return std::vector<std::string>{"192.0.2.7", "::ffff:127.0.0.1", "fe80::1%lo"};
+            },
+            {}, 60);
+        for (int name = 0; name < 20; ++name)
+            EXPECT_FALSE(SCNetworkPrepareReachabilityByName("slow" + std::to_string(name) + ".test"));
+        for (const char* name : {"quick.test", "none.test"})
+            while (!SCNetworkPrepareReachabilityByName(name) && ++attempts < 10000)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_EQ(judgement("quick.test"), "far");
+        EXPECT_EQ(SCNetworkAddressesByName("QUICK.test"),
+                  (std::vector<std::string>{"192.0.2.7", "127.0.0.1", "fe80::1%lo"}));
+        EXPECT_TRUE(SCNetworkAddressesByName("none.test").empty());
+        EXPECT_TRUE(SCNetworkPrepareReachabilityByName("127.1"));
+        EXPECT_EQ(SCNetworkAddressesByName("localhost"), (std::vector<std::string>{"127.0.0.1", "::1"}));
+        EXPECT_FALSE(SCNetworkPrepareReachabilityByName("slow7.test"));
+        *isSilent = false;
+        EXPECT_EQ(judgement("slow7.test"), "far");
+    }
 }
 
 TEST(ReachabilityOfThisMachine, ItsOwnAddressesAreLocal) {
