@@ -29,6 +29,8 @@ public:
                                                                        bool canUseSpotlight) override;
     NSData PDFImageRepOfFile(const NSString& file) override;
 
+    /// Names are looked up side by side; what needs no name, or one that is known, can be decided at once.
+    bool webView_canDecideRequest(const Value& webView, const NSURLRequest& request) override;
     /// Lets files, what has no host, and hosts that are this machine or need no gateway go; refuses the rest.
     NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(
         const Value& webView, const Value& resource, const NSURLRequest& request,

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 namespace kelvo {
 namespace {
 
@@ -94,6 +97,31 @@ TEST(PlumwickHelperTest, RendersPagesWithWhatMayBeLoaded) {
     EXPECT_EQ(lookUps, 0) << "nobody is asked";
     EXPECT_EQ(server.count("/near.gif"), 3);
     EXPECT_TRUE(helper->RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, true).isNil());
+}
+
+TEST(PlumwickHelperTest, ANameIsTheAddressThatWasJudged) {
+    int turns = 0;
+    const SCNetworkRehearsal network(
+        [&turns](const std::string& name) -> std::optional<std::vector<std::string>> {
+            if (name.starts_with("silent"))
+                std::this_thread::sleep_for(std::chrono::seconds(2));
+            // Of this machine when it is looked up first, and of anybody's afterwards.
+            if (name == "turning.test")
+                return {{turns++ == 0 ? "127.0.0.1" : "203.0.113.5"}};
+            return std::nullopt;
+        },
+        {}, 1);
+    tests::LocalServer server;
+    const std::string port = server.url("").substr(std::string("http://127.0.0.1").size());
+    std::string page;
+    for (int name = 0; name < 12; ++name)
+        page += "<img src='http://silent" + std::to_string(name) + ".test/x.gif'>";
+    for (const char* path : {"/a.gif", "/b.gif"}) {
+        server.respond(path, "image/gif", tests::smallPicture);
+        page += "<img width=9 height=9 src='http://turning.test" + port + path + "'>";
+    }
+    EXPECT_EQ(attachments(std::make_shared<PlumwickHelper>(), page, false), "a.gif b.gif ");
+    EXPECT_EQ(turns, 1);
 }
 
 } // namespace

@@ -50,12 +50,24 @@ public:
         set(path, "HTTP/1.1 200 OK\r\nContent-Type: " + type + "\r\nContent-Length: " +
                       std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
     }
-    void redirect(const std::string& path, const std::string& to) {
-        set(path,
-            "HTTP/1.1 302 Found\r\nLocation: " + to + "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    /// Scripts of any page may follow.
+    void redirect(const std::string& path, const std::string& to, const char* status = "302 Found") {
+        set(path, redirection(to, status));
     }
-    /// The connection is taken and nothing ever comes.
+    /// The connection is taken and nothing comes, unless release() is called.
     void keepSilent(const std::string& path) { set(path, ""); }
+    /// Redirects what has been kept waiting so far; how many there were.
+    int releaseTo(const std::string& to) {
+        const std::lock_guard lock(mutex_);
+        const std::string response = redirection(to, "302 Found");
+        for (const int held : held_) {
+            send(held, response.data(), response.size(), MSG_NOSIGNAL);
+            close(held);
+        }
+        const auto count = static_cast<int>(held_.size());
+        held_.clear();
+        return count;
+    }
 
     int count(const std::string& path) {
         const std::lock_guard lock(mutex_);
@@ -63,6 +75,10 @@ public:
     }
 
 private:
+    static std::string redirection(const std::string& to, const char* status) {
+        return std::string("HTTP/1.1 ") + status + "\r\nLocation: " + to +
+               "\r\nAccess-Control-Allow-Origin: *\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+    }
     void set(const std::string& path, const std::string& response) {
         const std::lock_guard lock(mutex_);
         responses_[path] = response;
@@ -76,10 +92,12 @@ private:
             if (waits[1].revents != 0)
                 return;
             const int peer = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-            if (peer >= 0 && !answer(peer))
-                held_.push_back(peer);
-            else if (peer >= 0)
+            if (peer >= 0 && answer(peer)) {
                 close(peer);
+            } else if (peer >= 0) {
+                const std::lock_guard lock(mutex_);
+                held_.push_back(peer);
+            }
         }
     }
 

@@ -1,6 +1,8 @@
 #include "platform/webkit/WebEngine.h"
 
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSStringFormat.h"
+#include "platform/foundation/SCNetworkReachability.h"
 #include "platform/webkit/PageBase.h"
 
 #include <chrono>
@@ -22,9 +24,13 @@ NSURL URLOfEngine(const NSString& string) {
     return strict.isNil() ? NSURL::URLWithTolerantString(string) : strict;
 }
 
-/// The address to send to, or nil.
-Value decision(const Value& question, WebResourceLoadDelegate& delegate) {
-    const NSDictionary fields = question.dictionary();
+/// What has not been decided yet.
+Value pending() {
+    return NSNumber::numberWithBool(true);
+}
+
+/// The address to send to, nil, or that it is pending.
+Value decision(const NSDictionary& fields, WebResourceLoadDelegate& delegate) {
     const NSString address = fields.objectForKey(u"url").string();
     const NSURL url = URLOfEngine(address);
     if (url.isNil())
@@ -36,6 +42,8 @@ Value decision(const Value& question, WebResourceLoadDelegate& delegate) {
             {{URLOfEngine(redirectedFrom), u"URL"}, {fields.objectForKey(u"statusCode"), u"StatusCode"}});
     const NSURLRequest request = NSURLRequest::requestWithURL(url);
     try {
+        if (!delegate.webView_canDecideRequest({}, request))
+            return pending();
         const NSURLRequest decided =
             delegate.webView_resource_willSendRequest_redirectResponse_fromDataSource({}, {}, request,
                                                                                       redirectResponse, {});
@@ -48,6 +56,29 @@ Value decision(const Value& question, WebResourceLoadDelegate& delegate) {
               NSString::stringByRepairingUTF8String(exception.what()));
         return {};
     }
+}
+
+/// The addresses to connect to, nil, or that it is pending. The delegate judges the answer that the resolver
+/// gave and that is still held, and these are the addresses of that very answer.
+Value connectionDecision(const NSDictionary& fields, WebResourceLoadDelegate* delegate) {
+    const std::string host = fields.objectForKey(u"host").string().UTF8String();
+    if (!SCNetworkPrepareReachabilityByName(host))
+        return pending();
+    if (delegate) {
+        const NSNumber* port = fields.objectForKey(u"port").numberIfAny();
+        const NSString root =
+            stringWithFormat(host.find(':') == std::string::npos ? u"http://%@:%d/" : u"http://[%@]:%d/",
+                             fields.objectForKey(u"host"), port ? port->intValue() : 0);
+        auto asked = NSMutableDictionary::dictionary();
+        asked.setObject_forKey(root, u"url");
+        const Value decided = decision(asked, *delegate);
+        if (decided != Value(root))
+            return decided.numberIfAny() ? decided : Value();
+    }
+    auto addresses = NSMutableArray::array();
+    for (const std::string& address : SCNetworkAddressesByName(host))
+        addresses.addObject(NSString::stringByRepairingUTF8String(address));
+    return addresses.count() > 0 ? Value(addresses) : Value();
 }
 
 void placeData(RenderedPage& page, const NSArray& resources) {
@@ -68,9 +99,8 @@ void placeData(RenderedPage& page, const NSArray& resources) {
 /// page knows. The engine does not give their contents back.
 using Substitutes = std::unordered_map<std::string, NSString>;
 
-void noteSubstitute(Substitutes& substitutes, const Value& question, const Value& decided) {
-    const NSString address = question.dictionary().objectForKey(u"url").string();
-    const NSURL url = decided.isNil() || decided == Value(address) ? NSURL() : URLOfEngine(decided.string());
+void noteSubstitute(Substitutes& substitutes, const NSString& address, const NSString& decided) {
+    const NSURL url = decided.isNil() || decided == address ? NSURL() : URLOfEngine(decided);
     if (url.isFileURL())
         substitutes[address.UTF8String()] = url.path();
 }
@@ -86,6 +116,10 @@ void placeSubstitutes(RenderedPage& page, const Substitutes& substitutes) {
 } // namespace
 
 WebResourceLoadDelegate::~WebResourceLoadDelegate() = default;
+
+bool WebResourceLoadDelegate::webView_canDecideRequest(const Value&, const NSURLRequest&) {
+    return true;
+}
 
 WebEngine& WebEngine::sharedEngine() {
     // Never taken apart: the run loop of its thread may be gone by then. The engine sees the end by itself.
@@ -108,10 +142,15 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     const Value answer =
         process_.ask(message, options.timeoutSeconds + secondsOfGrace, [&](const Value& question) {
             // What is decided too late is of no use to this page.
-            if (!options.delegate || monotonicSeconds() >= deadline)
+            if (monotonicSeconds() >= deadline)
                 return Value();
-            const Value decided = decision(question, *options.delegate);
-            noteSubstitute(substitutes, question, decided);
+            const NSDictionary asked = question.dictionary();
+            if (!asked.objectForKey(u"host").isNil())
+                return connectionDecision(asked, options.delegate);
+            if (!options.delegate)
+                return Value();
+            const Value decided = decision(asked, *options.delegate);
+            noteSubstitute(substitutes, asked.objectForKey(u"url").string(), decided.string());
             return decided;
         });
     if (answer.isNil())

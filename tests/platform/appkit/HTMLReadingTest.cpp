@@ -1,6 +1,7 @@
 #include "platform/appkit/HTMLReading.h"
 
 #include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSObject.h"
 #include "platform/webkit/WebEngine.h"
 #include "support/AttributedText.h"
@@ -13,6 +14,11 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
+#include <sstream>
+
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace kelvo {
 namespace {
@@ -303,6 +309,98 @@ TEST_F(HTMLResourcesTest, NothingGoesPastTheDelegate) {
                              "/fetch", "/es", "/w", "/img"})
         EXPECT_EQ(server.count(path), 0) << path;
     EXPECT_NE(judge->asked.find("/img\n"), std::string::npos) << judge->asked;
+}
+
+TEST_F(HTMLResourcesTest, NoConnectionGoesPastTheDelegate) {
+    LocalServer other;
+    const char* const paths[] = {"/xhr", "/fetch", "/ping", "/img", "/style", "/script", "/frame", "/form"};
+    for (const char* path : paths)
+        server.redirect(path, other.url(path), "307 Temporary Redirect");
+    const std::string page =
+        "<link rel=stylesheet href=/style><script src=/script></script><iframe src=/frame></iframe>"
+        "<iframe name=f></iframe><form id=o action=/form method=post target=f></form><img src=/img>"
+        "<a id=l href='#x' ping=/ping></a><p>x<script>l.click();o.submit();"
+        "fetch('/fetch',{keepalive:true,mode:'no-cors'}).catch(e=>0);"
+        "try{var r=new XMLHttpRequest();r.open('GET','/xhr',false);r.send()}catch(e){}</script>";
+    // The delegate of the first pass is asked about redirects too. That of the second lets them go when it is
+    // asked for the request, and not when it is asked for the connection, as with a name that means another
+    // host by then.
+    for (const bool isPatient : {false, true}) {
+        const auto judge = std::make_shared<Judge>([&](const std::string& url) {
+            return url.find(other.url("/")) != 0 || (isPatient && url != other.url("/"));
+        });
+        EXPECT_NE(describe(read(page, {judge, server.url("/")})).find("x"), std::string::npos);
+        EXPECT_NE(judge->asked.find(server.url("/") + "\n"), std::string::npos) << "the connection";
+    }
+    for (const char* path : {"/xhr", "/fetch", "/img", "/style", "/script"})
+        EXPECT_GE(server.count(path), 2) << path;
+    for (const char* path : paths)
+        EXPECT_EQ(other.count(path), 0) << path;
+}
+
+TEST_F(HTMLResourcesTest, NothingOfAPageOutlivesIt) {
+    LocalServer other;
+    server.keepSilent("/late");
+    server.respond("/b.gif", "image/gif", tests::smallPicture);
+    const auto judge = std::make_shared<Judge>([](const std::string&) { return true; });
+    EXPECT_EQ(
+        describe(read("<p>x<script>fetch('/late',{keepalive:true,mode:'no-cors'})</script><img src=/b.gif>",
+                      {judge, server.url("/")})),
+        "x\n");
+    EXPECT_EQ(server.count("/late"), 1);
+    EXPECT_EQ(server.releaseTo(other.url("/late")), 1);
+    // The next page may load what it likes, and has to wait for nobody's leftovers.
+    other.respond("/a.gif", "image/gif", tests::smallPicture);
+    EXPECT_EQ(describe(read("<img width=9 height=9 src=/a.gif>", {judge, other.url("/")})),
+              "{a.gif 9x9:\uFFFC}");
+    EXPECT_EQ(other.count("/late"), 0);
+}
+
+/// The sockets of the file system on which the X servers of the engine listen.
+std::set<std::string> socketsOfDisplays() {
+    const std::string engine = std::to_string(WebEngine::sharedEngine().processIdentifier());
+    std::set<std::string> inodes;
+    std::ifstream children("/proc/" + engine + "/task/" + engine + "/children");
+    for (std::string child; children >> child;) {
+        std::string name;
+        std::getline(std::ifstream("/proc/" + child + "/comm"), name);
+        if (name != "Xvfb")
+            continue;
+        for (const auto& descriptor : std::filesystem::directory_iterator("/proc/" + child + "/fd")) {
+            std::error_code ignored;
+            inodes.insert(std::filesystem::read_symlink(descriptor, ignored).string());
+        }
+    }
+    std::set<std::string> paths;
+    std::ifstream sockets("/proc/net/unix");
+    for (std::string line; std::getline(sockets, line);) {
+        std::istringstream fields(line);
+        std::string field[7], path;
+        for (std::string& one : field)
+            fields >> one;
+        if (fields >> path && path[0] == '/' && inodes.count("socket:[" + field[6] + "]") != 0)
+            paths.insert(path);
+    }
+    return paths;
+}
+
+TEST(WebEngineTest, ItsDisplaysTakeNobodyElse) {
+    read("start");
+    const auto paths = socketsOfDisplays();
+    EXPECT_EQ(paths.size(), 2U);
+    for (const std::string& path : paths) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        const FileDescriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        // A client of protocol 11 without a cookie.
+        const char greeting[12] = {'l', 0, 11, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+        char answer = 2;
+        ASSERT_TRUE(writeAll(client.get(), greeting, sizeof greeting));
+        ASSERT_EQ(readSome(client.get(), &answer, 1), 1);
+        EXPECT_EQ(answer, 0) << "refused";
+    }
 }
 
 TEST_F(HTMLResourcesTest, WithoutABaseRelativeReferencesAreNothing) {

@@ -1,20 +1,50 @@
 #include "platform/webkit/engine/DisplayServer.h"
 
+#include "platform/foundation/FileIO.h"
+
+#include <X11/Xauth.h>
+
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/random.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace kelvo {
+namespace {
 
-DisplayServer::DisplayServer() {
+/// A new cookie for any display, whose number is not known yet.
+bool writeAuthority(const std::string& path) {
+    char cookie[16];
+    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    FILE* const stream = file ? fdopen(dup(file.get()), "w") : nullptr;
+    if (!stream)
+        return false;
+    bool isWritten = getrandom(cookie, sizeof cookie, 0) == sizeof cookie;
+    char name[] = "MIT-MAGIC-COOKIE-1";
+    Xauth entry{};
+    entry.family = FamilyWild;
+    entry.name = name;
+    entry.name_length = sizeof name - 1;
+    entry.data = cookie;
+    entry.data_length = sizeof cookie;
+    isWritten = isWritten && XauWriteAuth(stream, &entry) == 1;
+    return fclose(stream) == 0 && isWritten;
+}
+
+} // namespace
+
+DisplayServer::DisplayServer(std::string authorityPath, const char* screen)
+    : authorityPath_(std::move(authorityPath)) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (!writeAuthority(authorityPath_) || pipe2(ends, O_CLOEXEC) != 0)
         return;
     const pid_t parent = getpid();
     process_ = fork();
@@ -30,8 +60,8 @@ DisplayServer::DisplayServer() {
         dup2(nothing, STDERR_FILENO);
         // The number goes to standard output.
         dup2(ends[1], STDOUT_FILENO);
-        execlp("Xvfb", "Xvfb", "-displayfd", "1", "-screen", "0", "1024x1024x24", "-nolisten", "tcp",
-               "-noreset", "-dpi", "96", "-extension", "GLX", nullptr);
+        execlp("Xvfb", "Xvfb", "-displayfd", "1", "-auth", authorityPath_.c_str(), "-screen", "0", screen,
+               "-nolisten", "tcp", "-noreset", "-dpi", "96", "-extension", "GLX", nullptr);
         _exit(127);
     }
     close(ends[1]);

@@ -13,6 +13,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include <csignal>
+
 #include <unistd.h>
 
 namespace kelvo {
@@ -86,8 +88,10 @@ void cancelDownload(WebKitWebContext*, WebKitDownload* download, gpointer) {
 } // namespace
 
 PageReader::PageReader(const std::string& extensionFolder, const std::string& runtimeFolder, bool sandboxed)
-    : gate_(runtimeFolder, [this](const GateQuestion& question) { return decide(question); }) {
+    : gate_(runtimeFolder, [this](const GateQuestion& question) { return decide(question); }),
+      proxy_([this](const std::string& host, std::uint16_t port) { return decideConnection(host, port); }) {
     context_ = webkit_web_context_new_ephemeral();
+    setProxy();
     webkit_web_context_set_cache_model(context_, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
     webkit_web_context_set_sandbox_enabled(context_, sandboxed);
     if (sandboxed) {
@@ -176,6 +180,24 @@ void PageReader::giveUp() {
     if (phase_ != Phase::gone)
         webkit_web_view_terminate_web_process(view_);
     phase_ = Phase::gone;
+    replaceNetworkProcess();
+}
+
+void PageReader::setProxy() {
+    // Nothing goes around it: neither the hosts that are ignored by default nor what the system says of
+    // proxies.
+    WebKitNetworkProxySettings* settings =
+        webkit_network_proxy_settings_new(proxy_.renewAddress().c_str(), nullptr);
+    webkit_website_data_manager_set_network_proxy_settings(
+        webkit_web_context_get_website_data_manager(context_), WEBKIT_NETWORK_PROXY_MODE_CUSTOM, settings);
+    webkit_network_proxy_settings_free(settings);
+}
+
+void PageReader::replaceNetworkProcess() {
+    proxy_.close();
+    for (const pid_t process : childProcessesNamed("WebKitNetworkPr"))
+        kill(process, SIGKILL);
+    setProxy();
 }
 
 void PageReader::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageReader* self) {
@@ -214,11 +236,17 @@ std::string PageReader::decide(const GateQuestion& question) {
     return isSecondLoad_ && needsNetwork(decided) ? std::string() : decided;
 }
 
+ConnectionDecision PageReader::decideConnection(const std::string& host, std::uint16_t port) {
+    return request_ && phase_ == Phase::loading && !isSecondLoad_ ? request_->decideConnection(host, port)
+                                                                  : ConnectionDecision();
+}
+
 void PageReader::load(const PageRequest& request) {
     request_ = &request;
     phase_ = Phase::loading;
     isCommitted_ = false;
     dropResources();
+    proxy_.open();
     // Where nobody says what the bytes are, they are UTF-8 if they can be.
     const bool isUnicode = g_utf8_validate_len(request.bytes.data(), request.bytes.size(), nullptr);
     webkit_settings_set_default_charset(settings_, isUnicode ? "UTF-8" : "ISO-8859-1");
@@ -270,6 +298,8 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     }
     description.fields = std::move(*fields);
     description.resources = collectResources(description.fields, end);
+    // What goes on all the same (a request may outlive its page) comes to its end before the answer is out.
+    proxy_.close();
     return phase_ == Phase::gone ? std::nullopt : std::optional(std::move(description));
 }
 
@@ -358,7 +388,10 @@ bool PageReader::goBlank(double secondsToWait) {
 
 void PageReader::rest() {
     dropResources();
-    if (phase_ == Phase::gone || pagesOfProcess_ >= pagesPerProcess || !goBlank(secondsToLeave)) {
+    // A page that was in the network may have requests that outlive it. They end with the network process,
+    // and a web process is of no use without the one that it started with.
+    if (phase_ == Phase::gone || proxy_.wasUsed() || pagesOfProcess_ >= pagesPerProcess ||
+        !goBlank(secondsToLeave)) {
         giveUp();
         closeView();
         open();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/webkit/engine/NetworkProxy.h"
 #include "platform/webkit/engine/RequestGate.h"
 
 #include <webkit2/webkit2.h>
@@ -22,6 +23,8 @@ struct PageRequest {
     double deadlineSeconds = 0;
     /// Asked for every request of the page.
     RequestGate::Decision decide;
+    /// Asked for every connection that such requests need.
+    NetworkProxy::Decision decideConnection;
 };
 
 /// A picture as it came over the wire.
@@ -74,6 +77,11 @@ private:
     std::optional<std::string> evaluate(const char* script, gint64 end);
     std::vector<PageResource> collectResources(const std::string& fields, gint64 end);
     std::string decide(const GateQuestion& question);
+    ConnectionDecision decideConnection(const std::string& host, std::uint16_t port);
+    /// Leads WebKit's traffic through the proxy, by a password that is new each time.
+    void setProxy();
+    /// Ends the network process, with whatever it has under way, and has WebKit start another.
+    void replaceNetworkProcess();
 
     static void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageReader* self);
     static gboolean onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError*, PageReader* self);
@@ -87,6 +95,7 @@ private:
     };
 
     RequestGate gate_;
+    NetworkProxy proxy_;
     WebKitWebContext* context_ = nullptr;
     WebKitSettings* settings_ = nullptr;
     GtkWidget* window_ = nullptr;

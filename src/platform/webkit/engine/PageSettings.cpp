@@ -67,7 +67,7 @@ WebKitSettings* newPageSettings() {
     webkit_settings_set_media_playback_requires_user_gesture(settings, TRUE);
     webkit_settings_set_enable_html5_local_storage(settings, FALSE);
     webkit_settings_set_enable_html5_database(settings, FALSE);
-
+    webkit_settings_set_enable_webrtc(settings, FALSE);
     webkit_settings_set_enable_page_cache(settings, FALSE);
     webkit_settings_set_enable_fullscreen(settings, FALSE);
     webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);

@@ -1,5 +1,6 @@
 #include "platform/foundation/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/PrivateFolder.h"
 #include "platform/foundation/ProcessFacts.h"
 #include "platform/foundation/Value.h"
 #include "platform/webkit/engine/DisplayServer.h"
@@ -11,9 +12,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,8 +25,8 @@ namespace kelvo {
 namespace {
 
 constexpr int millisecondsForDisplay = 5000;
-/// So that the path of a socket in it is not too long for one.
-constexpr std::size_t mostBytesInSocketFolder = 96;
+/// So that the path of a socket below it is not too long for one.
+constexpr std::size_t mostBytesInFolder = 95;
 
 /// Whether this system lets the web processes be shut in: containers often do not.
 class SandboxProbe {
@@ -57,22 +61,36 @@ void silenceLibraries() {
     close(nothing);
 }
 
-/// Of mode 0700, for the sockets and notes of the web processes.
-std::string newRuntimeFolder() {
-    const char* const users = std::getenv("XDG_RUNTIME_DIR");
-    for (const char* parent : {users, "/tmp"}) {
-        std::string folder = std::string(parent ? parent : "") + "/plumwick-web-XXXXXX";
-        if (parent && folder.size() < mostBytesInSocketFolder && mkdtemp(folder.data()))
-            return folder;
+/// What they end this process for is.
+GLogWriterOutput logFatal(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer) {
+    if (level & (G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL)) {
+        char* message = g_log_writer_format_fields(level, fields, count, FALSE);
+        NSLog(u"The web engine ends: %@", NSString::stringByRepairingUTF8String(message));
+        g_free(message);
     }
-    return {};
+    return G_LOG_WRITER_HANDLED;
 }
 
-void prepareEnvironment(const std::string& display, const std::string& runtimeFolder) {
-    // Only the private display, and no services of a desktop: what the page is read with is the same
-    // everywhere.
-    const char* const set[][2] = {{"DISPLAY", display.c_str()},
+std::vector<std::string> parentsOfRuntimeFolder() {
+    const char* const users = std::getenv("XDG_RUNTIME_DIR");
+    return {users ? users : "", "/tmp"};
+}
+
+/// What GTK, GLib and WebKit look for: the private display, settings and data in the own folder only, no
+/// services of a desktop. What a page is read with is the same everywhere. All else the environment has not
+/// been given.
+void prepareEnvironment(const std::string& folder, const std::string& runtimeFolder) {
+    const std::string home = folder + "/home";
+    mkdir(home.c_str(), 0700);
+    // Has to be there when WebKit is told what its sandboxes may see.
+    mkdir(runtimeFolder.c_str(), 0700);
+    const char* const set[][2] = {{"HOME", home.c_str()},
                                   {"XDG_RUNTIME_DIR", runtimeFolder.c_str()},
+                                  {"XDG_CONFIG_HOME", home.c_str()},
+                                  {"XDG_DATA_HOME", home.c_str()},
+                                  {"XDG_CACHE_HOME", home.c_str()},
+                                  // None is found, nor started.
+                                  {"DBUS_SESSION_BUS_ADDRESS", "disabled:"},
                                   {"GDK_BACKEND", "x11"},
                                   {"NO_AT_BRIDGE", "1"},
                                   {"GTK_A11Y", "none"},
@@ -83,9 +101,13 @@ void prepareEnvironment(const std::string& display, const std::string& runtimeFo
                                   {"WEBKIT_DISABLE_DMABUF_RENDERER", "1"}};
     for (const auto& [name, value] : set)
         setenv(name, value, 1);
-    for (const char* name : {"WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "GTK_MODULES",
-                             "GTK_IM_MODULE", "GDK_SCALE", "GDK_DPI_SCALE", "WEBKIT_INSPECTOR_SERVER"})
-        unsetenv(name);
+}
+
+bool useDisplay(DisplayServer& server) {
+    const std::string display = server.waitForDisplay(millisecondsForDisplay);
+    setenv("DISPLAY", display.c_str(), 1);
+    setenv("XAUTHORITY", server.authorityPath().c_str(), 1);
+    return !display.empty();
 }
 
 std::string bytesOf(const NSString& text) {
@@ -115,7 +137,23 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
             asked.setObject_forKey(NSNumber::numberWithInt(question.statusCode), u"statusCode");
         }
         const auto reply = channel.ask(asked);
-        return reply ? bytesOf(reply->string()) : std::string();
+        // What is not decided yet is held where it would connect.
+        return !reply ? std::string() : reply->numberIfAny() ? question.url : bytesOf(reply->string());
+    };
+    request.decideConnection = [&channel](const std::string& host, std::uint16_t port) {
+        auto asked = NSMutableDictionary::dictionary();
+        asked.setObject_forKey(textOf(host), u"host");
+        asked.setObject_forKey(NSNumber::numberWithInt(port), u"port");
+        const auto reply = channel.ask(asked);
+        ConnectionDecision decision;
+        if (reply && reply->numberIfAny())
+            decision.state = ConnectionDecision::State::pending;
+        if (const NSArray addresses = reply ? reply->array() : NSArray(); addresses.count() > 0) {
+            decision.state = ConnectionDecision::State::allowed;
+            for (const Value& address : addresses)
+                decision.addresses.push_back(bytesOf(address.string()));
+        }
+        return decision;
     };
     const auto description = reader.read(request);
     auto answer = NSMutableDictionary::dictionary();
@@ -135,14 +173,18 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
 
 int run() {
     EngineChannel channel;
-    DisplayServer displayServer;
+    PrivateFolder folder("plumwick-web", parentsOfRuntimeFolder(), mostBytesInFolder);
+    const std::string runtimeFolder = folder.path() + "/run";
+    // Web processes will not start without a display either. They draw nothing, and get one where nobody else
+    // is: who shares a display can do harm to those who do.
+    DisplayServer ownDisplay(folder.path() + "/authority", "1024x1024x24");
+    DisplayServer webDisplay(folder.path() + "/web-authority", "64x64x24");
     SandboxProbe sandboxProbe;
-    const std::string display = displayServer.waitForDisplay(millisecondsForDisplay);
     const bool isSandboxed = sandboxProbe.result();
-    const std::string runtimeFolder = newRuntimeFolder();
-    prepareEnvironment(display, runtimeFolder);
+    prepareEnvironment(folder.path(), runtimeFolder);
     silenceLibraries();
-    if (display.empty() || !gtk_init_check(nullptr, nullptr)) {
+    g_log_set_writer_func(logFatal, nullptr, nullptr);
+    if (!useDisplay(ownDisplay) || !gtk_init_check(nullptr, nullptr) || !useDisplay(webDisplay)) {
         NSLog(u"No page can be read: Xvfb gives no display.");
         return EXIT_FAILURE;
     }
