@@ -74,6 +74,7 @@ public:
     /// False when anything could not be written whole. Every entry is first written under a hidden name
     /// beside its place, and all are renamed once they are there, so that a failure before (such as a full
     /// disk) leaves everything as it was; after one between the renamings, new entries are removed again.
+    /// What a killed process left under hidden names in the folders that are written into goes before.
     ///
     /// Atomically: with a flush to the disk, and a folder that is there already is replaced as a whole.
     /// `updateFilenames` has no meaning here, where wrappers keep no names of the disk.

@@ -1,5 +1,6 @@
 #include "platform/appkit/NSFileWrapper.h"
 
+#include "platform/foundation/Leftovers.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileHandle.h"
 #include "platform/foundation/NSFileManager.h"
@@ -149,10 +150,15 @@ bool isWritable(const NSFileWrapper& wrapper, std::size_t depth) {
     });
 }
 
-std::string hiddenName() {
-    std::array<unsigned char, 12> random = {};
+// What stands under such a name goes with the next write into the same folder, so no other program's names
+// may look like it.
+constexpr std::string_view hiddenPrefix = ".plumwick-";
+constexpr std::size_t hiddenLetters = 12;
+
+std::string hiddenName(std::string_view prefix = hiddenPrefix) {
+    std::array<unsigned char, hiddenLetters> random = {};
     static_cast<void>(::getrandom(random.data(), random.size(), 0));
-    std::string name = ".tmp-";
+    std::string name(prefix);
     for (const unsigned char byte : random)
         name += static_cast<char>('a' + byte % 26);
     return name;
@@ -179,13 +185,11 @@ public:
         if (name.empty() || name == "." || name == "..")
             return false;
         const std::string parent = path.substr(0, path.size() - name.size());
-        folders_.emplace_back(
-            ::open(parent.empty() ? "." : parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        if (!folders_.back() || !stage(wrapper, folders_.back().get(), name) || !commit())
+        if (!openFolder(AT_FDCWD, parent.empty() ? "." : parent, 0) ||
+            !stage(wrapper, folders_.back().get(), name) || !commit())
             return false;
         for (const std::string& old : replacedFolders_)
-            NSFileManager::defaultManager().removeFileAtPath(
-                NSFileManager::defaultManager().stringWithFileSystemRepresentation(parent + old));
+            removeEntry(folders_.front().get(), old);
         return true;
     }
 
@@ -214,13 +218,29 @@ private:
         return create(wrapper, folder, staged_.back().hiddenName, keepsMode ? status.st_mode & 0777 : 0);
     }
 
+    /// What an interrupted write has left there goes first, unless another write is under way.
+    bool openFolder(int parent, const std::string& path, int flags) {
+        FileDescriptor folder(::openat(parent, path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+        if (!folder) {
+            // One may be written without being read.
+            folder = FileDescriptor(::openat(parent, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags));
+        } else {
+            if (isFolderOutOfUse(folder.get()))
+                forEachLeftover(folder.get(), hiddenPrefix, hiddenLetters,
+                                [&](const std::string& name) { removeEntry(folder.get(), name); });
+            markFolderInUse(folder.get());
+        }
+        folders_.push_back(std::move(folder));
+        return static_cast<bool>(folders_.back());
+    }
+
     bool stageInto(const NSFileWrapper& wrapper, int folder, const std::string& name) {
-        folders_.emplace_back(::openat(folder, name.c_str(), O_PATH | folderFlags));
+        if (!openFolder(folder, name, O_NOFOLLOW))
+            return false;
         const int own = folders_.back().get();
-        return own >= 0 &&
-               std::ranges::all_of(wrapper.fileWrappers(), [&](const NSFileWrapper::Entry& entry) {
-                   return stage(*entry.second, own, bytesOfName(entry.first));
-               });
+        return std::ranges::all_of(wrapper.fileWrappers(), [&](const NSFileWrapper::Entry& entry) {
+            return stage(*entry.second, own, bytesOfName(entry.first));
+        });
     }
 
     /// `mode` 0 leaves it to the umask.
@@ -263,7 +283,8 @@ private:
                 return entry.isInPlace = true;
             }
             // Not every file system can exchange.
-            const std::string old = hiddenName();
+            // The only copy until the new one is there, so it must not look like a leftover meanwhile.
+            const std::string old = hiddenName(".replaced-");
             if ((errno != EINVAL && errno != ENOSYS) ||
                 ::renameat(entry.folder, to, entry.folder, old.c_str()) != 0)
                 return false;

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include <dirent.h>
@@ -74,7 +75,11 @@ bool isFolderOutOfUse(int folder) {
 }
 
 void markFolderInUse(int folder) {
-    ::flock(folder, LOCK_SH | LOCK_NB);
+    // Whoever removes leftovers there is soon done; a stranger's lock is not waited for any longer.
+    const auto end = std::chrono::steady_clock::now() + 2 * timeToRemove;
+    while (::flock(folder, LOCK_SH | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
+           std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void forEachLeftover(int folder, std::string_view prefix, std::size_t randomLetters,

@@ -1,12 +1,15 @@
 #include "platform/appkit/NSFileWrapper.h"
+#include "platform/foundation/Leftovers.h"
 #include "platform/foundation/NSException.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -254,6 +257,63 @@ TEST_F(FileWrapperFilesTest, WritesIntoAFolderAndReplacesFilesAndLinks) {
         EXPECT_FALSE(fs::is_symlink(disk.path("p.rtfd"))) << kind;
         EXPECT_EQ(treeOf(disk.path("elsewhere")), std::set<std::string>{"kept"}) << kind;
         EXPECT_EQ(disk.read("p.rtfd/TXT.rtf"), "text") << kind;
+    }
+}
+
+TEST_F(FileWrapperFilesTest, TakesAwayWhatAKilledWriteLeft) {
+    disk.write("outside/kept", "");
+    const auto leave = [&] {
+        disk.write("p.rtfd/TXT.rtf", "old");
+        disk.write(".plumwick-abcdefghijkl/TXT.rtf", "half");
+        disk.write("p.rtfd/.plumwick-abcdefghijkl", "half");
+        fs::create_directory_symlink("../outside", disk.path("p.rtfd/.plumwick-mnopqrstuvwx"));
+    };
+    leave();
+    for (const char* name :
+         {".plumwick-", ".plumwick-abcdefghijk", ".plumwick-abcdefghijk.", ".tmp-abcdefghijkl"})
+        disk.write(name, "of others");
+    std::set<std::string> expected = treeOf(disk.path());
+    for (const char* name : {".plumwick-abcdefghijkl", ".plumwick-abcdefghijkl/TXT.rtf",
+                             "p.rtfd/.plumwick-abcdefghijkl", "p.rtfd/.plumwick-mnopqrstuvwx"})
+        expected.erase(name);
+    expected.insert("p.rtfd/a.png");
+    ASSERT_TRUE(write(package, disk.path("p.rtfd")));
+    EXPECT_EQ(treeOf(disk.path()), expected);
+
+    // Another process that writes there now.
+    fs::remove(disk.path("p.rtfd/a.png"));
+    leave();
+    expected = treeOf(disk.path());
+    expected.insert("p.rtfd/a.png");
+    {
+        const FileDescriptor besides = openFolderInUse(AT_FDCWD, disk.path());
+        const FileDescriptor within = openFolderInUse(AT_FDCWD, disk.path("p.rtfd"));
+        ASSERT_TRUE(write(package, disk.path("p.rtfd")));
+        EXPECT_EQ(treeOf(disk.path()), expected);
+    }
+    // Its own mark goes with the write.
+    const FileDescriptor after(::open(disk.path().c_str(), O_RDONLY | O_DIRECTORY));
+    EXPECT_TRUE(isFolderOutOfUse(after.get()));
+}
+
+TEST_F(FileWrapperFilesTest, WritesAtATimeDoNotTakeEachOthersWork) {
+    std::vector<pid_t> processes;
+    for (int count = 0; count < 4; ++count) {
+        processes.push_back(fork());
+        if (processes.back() != 0)
+            continue;
+        const std::string path = disk.path(std::to_string(count) + ".rtfd");
+        for (int turn = 0; turn < 100; ++turn) {
+            if (!write(package, path))
+                _exit(1);
+            fs::remove_all(path);
+        }
+        _exit(0);
+    }
+    for (const pid_t process : processes) {
+        int status = -1;
+        waitpid(process, &status, 0);
+        EXPECT_EQ(status, 0);
     }
 }
 
