@@ -1,5 +1,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Files.h"
+#include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/RTFWriting.h"
 #include "support/OfficeDocuments.h"
 #include "support/ServiceSession.h"
 
@@ -266,7 +268,11 @@ TEST_F(CommandTest, OddNamesReachNoTerminalRaw) {
 }
 
 TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
-    files.write("a.bin", "{\\rtf1{\\info{\\title T}}words\\par}");
+    NSMutableDictionary attributes = NSMutableDictionary::dictionary();
+    attributes.setObject_forKey(u"T", NSTitleDocumentAttribute);
+    const NSAttributedString words(u"words\n");
+    files.write("a.bin",
+                RTFDFromRange_documentAttributes(words, {0, words.length()}, attributes).characters());
     files.write("old.rtfd/TXT.rtf", "old");
     files.write("old.rtfd/picture.png", "");
     EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "old.rtfd"}).status, 0);
@@ -275,7 +281,8 @@ TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
     EXPECT_NE(files.read("any name/TXT.rtf").find("{\\title T}"), std::string::npos);
     EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "plain.rtf"}).status, 0);
     EXPECT_EQ(files.read("plain.rtf"), files.read("old.rtfd/TXT.rtf"));
-    EXPECT_EQ(plumwick({"write-rtfd", "text.zzz", "plain.rtf"}).status, 1);
+    for (const char* name : {"text.zzz", "plain.rtf"})
+        EXPECT_EQ(plumwick({"write-rtfd", name, "plain.rtf"}).status, 1) << name;
     EXPECT_EQ(plumwick({"write-rtfd", "a.bin", "none/plain.rtf"}).status, 4);
     EXPECT_EQ(files.read("plain.rtf"), files.read("old.rtfd/TXT.rtf")) << "left as it was";
     EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again.rtf"}).status, 0);

@@ -70,7 +70,13 @@ TEST_F(ServiceTest, WritesPackages) {
         EXPECT_EQ(folder.read(name + std::string("/TXT.rtf")).find("{\\rtf1"), 0u) << name;
     }
     EXPECT_TRUE(std::filesystem::exists(folder.path("there.rtfd/kept")));
-    EXPECT_TRUE(write(NSData::dataWithBytes("{\\rtf1 plain}"), folder.path("plain.rtfd")));
+    EXPECT_FALSE(write(NSData::dataWithBytes("{\\rtf1 plain}"), folder.path("plain.rtfd")));
+    std::filesystem::create_directory_symlink("there.rtfd", folder.path("link.rtfd"));
+    folder.write("file.rtfd", "a file");
+    EXPECT_TRUE(write(rtfd, folder.path("link.rtfd")));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link.rtfd")));
+    EXPECT_FALSE(write(rtfd, folder.path("file.rtfd")));
+    EXPECT_EQ(folder.read("file.rtfd"), "a file");
     EXPECT_FALSE(write(rtfd, folder.path("none/x.rtfd")));
     EXPECT_FALSE(write(rtfd.subdataWithRange({0, rtfd.length() - 1}), folder.path("cut.rtfd")));
     EXPECT_FALSE(write(nullptr, folder.path("nil.rtfd")));

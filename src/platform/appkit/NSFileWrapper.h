@@ -66,18 +66,18 @@ public:
     /// it would pass maximumSizeInBytes or maximumEntries.
     NSData serializedRepresentation() const;
 
-    /// Writes it to the path. A folder that is there already is written into, and entries of it with other
-    /// names stay; a file or link that is there already is replaced. Nothing else is: no pipe or device, and
-    /// no folder by a file. Nothing is ever written outside of `path`: links that stand there are replaced,
-    /// not followed.
+    /// Writes it to the path. A folder that is there already, or that a link at the path leads to, is written
+    /// into, and entries of it with other names stay; there a file or link makes way for a file or link.
+    /// Nothing else does: no pipe or device, no folder for a file, and nothing but a folder for a folder.
+    /// Links within the folder are replaced, not followed.
     ///
     /// False when anything could not be written whole. Every entry is first written under a hidden name
     /// beside its place, and all are renamed once they are there, so that a failure before (such as a full
     /// disk) leaves everything as it was; after one between the renamings, new entries are removed again.
     /// What a killed process left under hidden names in the folders that are written into goes before.
     ///
-    /// Atomically: with a flush to the disk, and a folder that is there already is replaced as a whole.
-    /// `updateFilenames` has no meaning here, where wrappers keep no names of the disk.
+    /// Atomically: with a flush to the disk, and a folder, file or link that is there already is replaced as
+    /// a whole by a folder. `updateFilenames` has no meaning here, where wrappers keep no names of the disk.
     bool writeToFile_atomically_updateFilenames(const NSString& path, bool atomically,
                                                 bool updateFilenames) const;
 

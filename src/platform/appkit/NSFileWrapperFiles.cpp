@@ -185,10 +185,16 @@ public:
         if (name.empty() || name == "." || name == "..")
             return false;
         const std::string parent = path.substr(0, path.size() - name.size());
-        if (!openFolder(AT_FDCWD, parent.empty() ? "." : parent, 0) ||
-            !stage(wrapper, folders_.back().get(), name) || !commit())
+        if (!openFolder(AT_FDCWD, parent.empty() ? "." : parent, 0))
             return false;
-        for (const std::string& old : replacedFolders_)
+        const int place = folders_.back().get();
+        // Just here a link is followed: the entries of a package are what its writer makes them.
+        const bool isStaged = wrapper.isDirectory() && !atomically_ && isLink(place, name)
+                                  ? stageInto(wrapper, place, name, 0)
+                                  : stage(wrapper, place, name);
+        if (!isStaged || !commit())
+            return false;
+        for (const std::string& old : replaced_)
             removeEntry(folders_.front().get(), old);
         return true;
     }
@@ -200,20 +206,28 @@ private:
         std::string name;
         std::string hiddenName;
         bool wasThere;
-        bool replacesFolder;
+        /// What is there makes way for it as a whole, because renaming alone would not take its place.
+        bool exchanges;
         bool isInPlace = false;
     };
+
+    static bool isLink(int folder, const std::string& name) {
+        struct stat status = {};
+        return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+    }
 
     bool stage(const NSFileWrapper& wrapper, int folder, const std::string& name) {
         struct stat status = {};
         const bool exists = ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
         const bool isFolder = exists && S_ISDIR(status.st_mode);
         if (isFolder && wrapper.isDirectory() && !atomically_)
-            return stageInto(wrapper, folder, name);
-        if (isFolder ? !wrapper.isDirectory()
-                     : exists && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode))
+            return stageInto(wrapper, folder, name, O_NOFOLLOW);
+        const bool isReplaceable = isFolder ? wrapper.isDirectory()
+                                            : (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode)) &&
+                                                  (!wrapper.isDirectory() || atomically_);
+        if (exists && !isReplaceable)
             return false;
-        staged_.push_back({&wrapper, folder, name, hiddenName(), exists, isFolder});
+        staged_.push_back({&wrapper, folder, name, hiddenName(), exists, exists && wrapper.isDirectory()});
         const bool keepsMode = exists && S_ISREG(status.st_mode) && wrapper.isRegularFile();
         return create(wrapper, folder, staged_.back().hiddenName, keepsMode ? status.st_mode & 0777 : 0);
     }
@@ -234,8 +248,8 @@ private:
         return static_cast<bool>(folders_.back());
     }
 
-    bool stageInto(const NSFileWrapper& wrapper, int folder, const std::string& name) {
-        if (!openFolder(folder, name, O_NOFOLLOW))
+    bool stageInto(const NSFileWrapper& wrapper, int folder, const std::string& name, int flags) {
+        if (!openFolder(folder, name, flags))
             return false;
         const int own = folders_.back().get();
         return std::ranges::all_of(wrapper.fileWrappers(), [&](const NSFileWrapper::Entry& entry) {
@@ -277,9 +291,9 @@ private:
     bool putInPlace(Staged& entry) {
         const char* from = entry.hiddenName.c_str();
         const char* to = entry.name.c_str();
-        if (entry.replacesFolder) {
+        if (entry.exchanges) {
             if (::renameat2(entry.folder, from, entry.folder, to, RENAME_EXCHANGE) == 0) {
-                replacedFolders_.push_back(entry.hiddenName);
+                replaced_.push_back(entry.hiddenName);
                 return entry.isInPlace = true;
             }
             // Not every file system can exchange.
@@ -290,14 +304,11 @@ private:
                 return false;
             entry.isInPlace = ::renameat(entry.folder, from, entry.folder, to) == 0;
             if (entry.isInPlace)
-                replacedFolders_.push_back(old);
+                replaced_.push_back(old);
             else
                 ::renameat(entry.folder, old.c_str(), entry.folder, to);
             return entry.isInPlace;
         }
-        // A folder does not take the place of a file by itself.
-        if (entry.wasThere && entry.wrapper->isDirectory() && ::unlinkat(entry.folder, to, 0) != 0)
-            return false;
         return entry.isInPlace = ::renameat(entry.folder, from, entry.folder, to) == 0;
     }
 
@@ -321,7 +332,7 @@ private:
     std::vector<FileDescriptor> folders_;
     std::vector<Staged> staged_;
     /// Hidden names beside the path.
-    std::vector<std::string> replacedFolders_;
+    std::vector<std::string> replaced_;
 };
 
 } // namespace

@@ -11,8 +11,6 @@ namespace kelvo {
 namespace NSAttributedStringKitAdditions {
 namespace {
 
-constexpr std::string_view packageSignature{"rtfd\0\0\0\0", 8};
-
 /// What is from the brace of RTF on; empty when there is none.
 std::string_view sourceIn(const NSData& data) {
     std::string_view source = data.characters();
@@ -42,10 +40,11 @@ NSAttributedString initWithRTF_documentAttributes(const NSData& data, NSDictiona
 }
 
 NSAttributedString initWithRTFD_documentAttributes(const NSData& data, NSDictionary* documentAttributes) {
-    if (data.characters().starts_with(packageSignature))
-        if (const auto package = NSFileWrapper::initWithSerializedRepresentation(data))
-            return initWithRTFDFileWrapper_documentAttributes(*package, documentAttributes);
-    return read(data, nullptr, documentAttributes);
+    if (const auto package = NSFileWrapper::initWithSerializedRepresentation(data))
+        return initWithRTFDFileWrapper_documentAttributes(*package, documentAttributes);
+    if (documentAttributes)
+        *documentAttributes = nullptr;
+    return nullptr;
 }
 
 NSAttributedString initWithRTFDFileWrapper_documentAttributes(const NSFileWrapper& wrapper,

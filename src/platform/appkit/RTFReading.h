@@ -23,7 +23,7 @@ namespace NSAttributedStringKitAdditions {
 
 /// Plain RTF of any writer. Pictures in it become attachments.
 NSAttributedString initWithRTF_documentAttributes(const NSData& data, NSDictionary* documentAttributes);
-/// The serialised form of an RTFD package; plain RTF is read as well.
+/// The serialised form of an RTFD package, and nothing else: plain RTF is none.
 NSAttributedString initWithRTFD_documentAttributes(const NSData& data, NSDictionary* documentAttributes);
 /// A package: a folder with "TXT.rtf" and its attachments, or a file that holds RTF.
 NSAttributedString initWithRTFDFileWrapper_documentAttributes(const NSFileWrapper& wrapper,

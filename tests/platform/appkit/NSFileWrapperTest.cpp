@@ -249,13 +249,18 @@ TEST_F(FileWrapperFilesTest, WritesIntoAFolderAndReplacesFilesAndLinks) {
     fs::remove(disk.path("outside"));
     EXPECT_EQ(treeOf(disk.path()), packageNames) << "an atomically written folder is replaced whole";
     disk.write("elsewhere/kept", "");
+    fs::remove_all(disk.path("p.rtfd"));
+    fs::create_symlink("elsewhere", disk.path("p.rtfd"));
+    ASSERT_TRUE(write(package, disk.path("p.rtfd") + '/'));
+    EXPECT_TRUE(fs::is_symlink(disk.path("p.rtfd")));
+    EXPECT_EQ(treeOf(disk.path("elsewhere")), (std::set<std::string>{"TXT.rtf", "a.png", "kept"}));
     for (const char* kind : {"file", "link"}) {
         fs::remove_all(disk.path("p.rtfd"));
         kind == "file"s ? static_cast<void>(disk.write("p.rtfd", "a file"))
                         : fs::create_symlink("elsewhere", disk.path("p.rtfd"));
-        ASSERT_TRUE(write(package, disk.path("p.rtfd"))) << kind;
-        EXPECT_FALSE(fs::is_symlink(disk.path("p.rtfd"))) << kind;
-        EXPECT_EQ(treeOf(disk.path("elsewhere")), std::set<std::string>{"kept"}) << kind;
+        ASSERT_TRUE(write(package, disk.path("p.rtfd"), true)) << kind;
+        EXPECT_TRUE(fs::symlink_status(disk.path("p.rtfd")).type() == fs::file_type::directory) << kind;
+        EXPECT_EQ(treeOf(disk.path()).size(), 7u) << kind;
         EXPECT_EQ(disk.read("p.rtfd/TXT.rtf"), "text") << kind;
     }
 }
@@ -322,6 +327,10 @@ TEST_F(FileWrapperFilesTest, FailureLeavesEverythingAsItWas) {
     disk.write("folder/TXT.rtf/inner", "");
     disk.write("sealed/p.rtfd/TXT.rtf", "old");
     ASSERT_EQ(mkfifo(disk.path("pipe").c_str(), 0600), 0);
+    fs::create_directory(disk.path("links"));
+    for (const auto& [name, target] :
+         {std::pair("link", "../p.rtfd"), std::pair("file", "../p.rtfd/TXT.rtf"), std::pair("dangling", "x")})
+        fs::create_symlink(target, disk.path("links/"s + name));
     const std::set<std::string> before = treeOf(disk.path());
     const std::string longName(256, 'n');
     struct rlimit unlimited = {};
@@ -357,6 +366,13 @@ TEST_F(FileWrapperFilesTest, FailureLeavesEverythingAsItWas) {
         {"folder in the way of a file", [&] { return write(package, disk.path("folder")); }},
         {"folder in the way of a sole file", [&] { return write(file("x"), disk.path("folder")); }},
         {"pipe", [&] { return write(package, disk.path("pipe")); }},
+        {"file in the way", [&] { return write(package, disk.path("p.rtfd/TXT.rtf")); }},
+        {"file in the way of an inner folder",
+         [&] { return write(folder({folder({}, u"TXT.rtf")}), disk.path("p.rtfd")); }},
+        {"link to a folder in the way of an inner folder",
+         [&] { return write(folder({folder({}, u"link")}), disk.path("links")); }},
+        {"link to a file", [&] { return write(package, disk.path("links/file")); }},
+        {"link to nothing", [&] { return write(package, disk.path("links/dangling")); }},
         {"no folder to write into", [&] { return write(package, disk.path("none/p.rtfd")); }},
         {"no name", [&] { return write(package, disk.path(".")); }},
         {"nil", [&] { return package->writeToFile_atomically_updateFilenames(nullptr, false, false); }},
