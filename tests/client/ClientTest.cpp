@@ -4,6 +4,7 @@
 #include "support/ServiceSession.h"
 
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -219,6 +220,85 @@ TEST_F(ClientTest, ClosesOnlyTheConversationThatMisbehaves) {
     close(garbage);
     close(tooLarge);
     expectService();
+}
+
+/// Begins a message of one segment and sends so much of it, or less when the service stops taking it for a
+/// while. Tells how much went.
+std::size_t beginMessage(int descriptor, std::uint32_t lengthInBytes, std::size_t sentInBytes) {
+    const std::uint32_t head[] = {0, lengthInBytes / 8};
+    EXPECT_EQ(send(descriptor, head, sizeof head, MSG_NOSIGNAL), 8);
+    const timeval patience{0, 100'000};
+    setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    const std::string part(std::size_t{1} << 20, '\0');
+    std::size_t sent = 0;
+    while (sent < sentInBytes) {
+        const ssize_t count = send(descriptor, part.data(), part.size(), MSG_NOSIGNAL);
+        if (count <= 0)
+            break;
+        sent += static_cast<std::size_t>(count);
+    }
+    return sent;
+}
+
+TEST_F(ClientTest, UnfinishedMessagesTakeBoundedMemoryAndDelayOthersAtMost) {
+    expectService();
+    constexpr std::size_t sentInBytes = 16 << 20;
+    std::vector<int> halves;
+    std::size_t taken = 0;
+    for (int count = 0; count < 5; ++count) {
+        halves.push_back(rawConnection(session.socketPath()));
+        taken += beginMessage(halves.back(), 256 << 20, sentInBytes);
+    }
+    EXPECT_LT(taken, 3 * sentInBytes) << "room for two";
+    expectService();
+    const NSData large = NSData::dataWithBytesNoCopy(std::vector<std::uint8_t>(70'000'000));
+    for (int turn = 0; turn < 2; ++turn)
+        EXPECT_EQ(
+            client.attributed_stringWithPDF(false, large).objectForKey(u"length").numberIfAny()->intValue(),
+            70'000'000);
+    EXPECT_TRUE(isClosed(halves.front()));
+    for (const int half : halves)
+        close(half);
+    expectService();
+}
+
+TEST_F(ClientTest, LargeMessagesOfManyClientsWaitForEachOther) {
+    expectService();
+    // Pages that are only read take no memory.
+    constexpr std::size_t length = 200'000'000;
+    void* const pages = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    const std::span bytes(static_cast<const std::uint8_t*>(pages), length);
+    std::vector<std::future<int>> calls;
+    for (int count = 0; count < 3; ++count) {
+        calls.push_back(std::async(std::launch::async, [this, bytes] {
+            Client own(session.options(false));
+            const NSData data = NSData::dataWithBytesNoCopy(bytes, nullptr);
+            return own.attributed_stringWithPDF(true, data).objectForKey(u"length").numberIfAny()->intValue();
+        }));
+    }
+    for (auto& call : calls)
+        EXPECT_EQ(call.get(), 200'000'000);
+    munmap(pages, length);
+}
+
+TEST_F(ClientTest, LetsClientsInAgainAfterTheDescriptorsWereUsedUp) {
+    expectService();
+    const pid_t service = client.status().processIdentifier;
+    rlimit limit{};
+    ASSERT_EQ(prlimit(service, RLIMIT_NOFILE, nullptr, &limit), 0);
+    EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
+    limit.rlim_cur = 40;
+    ASSERT_EQ(prlimit(service, RLIMIT_NOFILE, &limit, nullptr), 0);
+    std::vector<int> crowd;
+    for (int count = 0; count < 60; ++count)
+        crowd.push_back(rawConnection(session.socketPath()));
+    // Those that are in are served meanwhile.
+    expectService();
+    for (const int each : crowd)
+        close(each);
+    Client later(session.options(false));
+    EXPECT_FALSE(later.metaDataForFile(u"/later").isNil());
 }
 
 TEST_F(ClientTest, ClientThatVanishesInACallHarmsNobody) {

@@ -1,10 +1,12 @@
 #include "platform/foundation/NSConnection.h"
 
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSConnectionInternals.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/Value.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -17,6 +19,7 @@
 #include <limits>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -52,6 +55,15 @@ sockaddr_un addressOfPath(const std::string& path) {
     return address;
 }
 
+NSString reasonOfFailedAccept(const kj::Exception& exception) {
+    const FileDescriptor free(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (!free && errno == EMFILE)
+        return stringWithFormat(u"All %lld file descriptors of the service are in use.",
+                                static_cast<long long>(sysconf(_SC_OPEN_MAX)));
+    return stringWithFormat(u"A client could not be let in: %@.",
+                            stringFromBytes(exception.getDescription().cStr()));
+}
+
 /// 0, or the error. A full queue of waiting clients is tried again until the patience ends.
 int connectSocket(int descriptor, const sockaddr_un& address, double patienceSeconds) {
     using Clock = std::chrono::steady_clock;
@@ -72,8 +84,7 @@ int connectSocket(int descriptor, const sockaddr_un& address, double patienceSec
 
 capnp::ReaderOptions messageLimits() {
     capnp::ReaderOptions options;
-    options.traversalLimitInWords =
-        (NSConnection::fieldLimitInBytes + (std::size_t{64} << 20)) / sizeof(capnp::word);
+    options.traversalLimitInWords = messageLimitInBytes / sizeof(capnp::word);
     // A value takes a struct, a list and an entry per level.
     options.nestingLimit = static_cast<int>(Value::maximumDepth) * 3 + 16;
     return options;
@@ -113,7 +124,9 @@ void Conversation::enqueue(std::shared_ptr<PendingRequest> request) {
 
 NSConnection::Internals::Internals()
     : requestTimeoutSeconds(std::numeric_limits<double>::infinity()),
-      replyTimeoutSeconds(std::numeric_limits<double>::infinity()) {}
+      replyTimeoutSeconds(std::numeric_limits<double>::infinity()),
+      messageRoom(
+          kj::refcounted<MessageRoom>(loop.internals().io.provider->getTimer(), messageLimitInBytes)) {}
 
 NSConnection::Internals::~Internals() noexcept {
     loop.removeSource(*this);
@@ -157,18 +170,22 @@ void NSConnection::Internals::listen(int descriptor) {
 }
 
 kj::Promise<void> NSConnection::Internals::acceptNext() {
-    return receiver->acceptAuthenticated().then(
-        [this](kj::AuthenticatedStream&& authenticated) {
-            converse(kj::mv(authenticated));
-            return acceptNext();
-        },
-        [this](kj::Exception&& exception) {
-            NSLog(u"A client could not be let in: %@",
-                  NSString::stringByRepairingUTF8String(exception.getDescription().cStr()));
-            return loop.internals().io.provider->getTimer().afterDelay(pauseAfterFailedAccept).then([this] {
+    // It may also fail at once instead of by its promise.
+    return kj::evalNow([this] { return receiver->acceptAuthenticated(); })
+        .then(
+            [this](kj::AuthenticatedStream&& authenticated) {
+                isAcceptFailing = false;
+                converse(kj::mv(authenticated));
                 return acceptNext();
+            },
+            [this](kj::Exception&& exception) {
+                if (!std::exchange(isAcceptFailing, true))
+                    NSLog(u"%@ Clients wait until one can be let in again.", reasonOfFailedAccept(exception));
+                return loop.internals()
+                    .io.provider->getTimer()
+                    .afterDelay(pauseAfterFailedAccept)
+                    .then([this] { return acceptNext(); });
             });
-        });
 }
 
 void NSConnection::Internals::converse(kj::AuthenticatedStream&& authenticated) {
@@ -187,17 +204,19 @@ void NSConnection::Internals::converse(kj::AuthenticatedStream&& authenticated) 
         return;
 
     struct Client {
-        Client(kj::Own<kj::AsyncIoStream> connected, capnp::Capability::Client bootstrap)
+        Client(kj::Own<kj::AsyncIoStream> connected, MessageRoom& room, capnp::Capability::Client bootstrap)
             : stream(kj::mv(connected)),
-              network(*stream, capnp::rpc::twoparty::Side::SERVER, messageLimits()),
+              messages(*stream, room),
+              network(messages, capnp::rpc::twoparty::Side::SERVER, messageLimits()),
               system(capnp::makeRpcServer(network, kj::mv(bootstrap))) {
             system.setFlowLimit(flowLimitInWords);
         }
         kj::Own<kj::AsyncIoStream> stream;
+        BoundedMessageStream messages;
         capnp::TwoPartyVatNetwork network;
         capnp::RpcSystem<capnp::rpc::twoparty::VatId> system;
     };
-    auto client = kj::heap<Client>(kj::mv(authenticated.stream),
+    auto client = kj::heap<Client>(kj::mv(authenticated.stream), *messageRoom,
                                    rootObject->capabilityFor(std::make_shared<Conversation>(*this)));
     auto end = client->network.onDisconnect();
     tasks.add(end.attach(kj::mv(client)));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/MessageRoom.h"
 #include "platform/foundation/NSAutoreleasePool.h"
 #include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSException.h"
@@ -16,8 +17,10 @@
 
 namespace kelvo {
 
-/// How much of one message is read: the largest field with room for what stands beside it, and as many levels
-/// as the deepest value takes.
+/// The largest field, with room for what stands beside it.
+inline constexpr std::size_t messageLimitInBytes = NSConnection::fieldLimitInBytes + (std::size_t{64} << 20);
+
+/// How much of one message is read, and as many levels as the deepest value takes.
 capnp::ReaderOptions messageLimits();
 
 /// A request that has come in and waits for its turn.
@@ -84,6 +87,9 @@ struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandle
     double replyTimeoutSeconds;
 
     // Vending.
+    /// For the messages of all clients; one of the largest fits.
+    kj::Own<MessageRoom> messageRoom;
+    bool isAcceptFailing = false;
     std::shared_ptr<NSVendedObject> rootObject;
     std::unique_ptr<PortLock> nameLock;
     bool conversationsWait = false;

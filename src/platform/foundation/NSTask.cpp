@@ -1,5 +1,6 @@
 #include "platform/foundation/NSTask.h"
 
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSPathUtilities.h"
@@ -232,9 +233,13 @@ void NSTask::launch() {
 
     const SpawnAttributes attributes(session_ == Session::own);
     pid_t process = 0;
-    const int error = ::posix_spawn(&process, arguments[0].c_str(), actions.get(), attributes.get(),
-                                    pointersTo(arguments).data(),
-                                    environment_.isNil() ? environ : pointersTo(environment).data());
+    int error = 0;
+    {
+        const FormerDescriptorLimit limitOfChild;
+        error = ::posix_spawn(&process, arguments[0].c_str(), actions.get(), attributes.get(),
+                              pointersTo(arguments).data(),
+                              environment_.isNil() ? environ : pointersTo(environment).data());
+    }
     if (error != 0) {
         const bool isScarcity = error == EAGAIN || error == ENOMEM || error == EMFILE || error == ENFILE;
         throw NSException(isScarcity ? NSGenericException : NSInvalidArgumentException,

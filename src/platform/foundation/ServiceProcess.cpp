@@ -1,5 +1,7 @@
 #include "platform/foundation/ServiceProcess.h"
 
+#include "platform/foundation/DescriptorLimit.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,6 +19,7 @@ void becomeServiceProcess() {
     } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
     if (descriptor > STDERR_FILENO)
         close(descriptor);
+    raiseDescriptorLimit();
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);

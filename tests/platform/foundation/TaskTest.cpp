@@ -1,3 +1,4 @@
+#include "platform/foundation/DescriptorLimit.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSTask.h"
@@ -8,6 +9,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace kelvo {
@@ -30,6 +32,26 @@ NSString nameOfExceptionFrom(const std::function<void()>& action) {
         return exception.name();
     }
     return nullptr;
+}
+
+TEST(Task, GetsTheDescriptorLimitFromBeforeItWasRaised) {
+    rlimit own{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &own), 0);
+    const rlimit lower{200, own.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &lower), 0);
+    raiseDescriptorLimit();
+    const FileDescriptor beyond(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 300));
+    EXPECT_TRUE(beyond);
+    const auto output = NSPipe::pipe();
+    NSTask task;
+    setShellScript(task, u"ulimit -S -n");
+    task.setStandardOutput(output);
+    task.launch();
+    task.waitUntilExit();
+    EXPECT_EQ(output->fileHandleForReading()->readDataToEndOfFile().characters(), "200\n");
+    rlimit raised{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &raised), 0);
+    EXPECT_EQ(raised.rlim_cur, own.rlim_max);
 }
 
 TEST(Task, ArgumentsAndEnvironmentArriveAsTheyAre) {
