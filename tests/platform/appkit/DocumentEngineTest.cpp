@@ -1,6 +1,8 @@
 #include "platform/appkit/DocumentEngine.h"
 
+#include "platform/appkit/RTFReading.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSTask.h"
 #include "support/Listener.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
@@ -33,6 +35,14 @@ protected:
     std::string read(const std::string& document, const char16_t* extension, double seconds = ample) {
         const NSData rtf = engine.RTFOfDocument(NSData::dataWithBytes(document), extension, seconds);
         return rtf.isNil() ? "nil" : std::string(rtf.characters());
+    }
+    std::string text(const std::string& document, const char16_t* extension, double seconds = ample) {
+        const std::string rtf = read(document, extension, seconds);
+        return rtf == "nil" ? rtf
+                            : NSAttributedStringKitAdditions::initWithRTF_documentAttributes(
+                                  NSData::dataWithBytes(rtf), nullptr)
+                                  .string()
+                                  .UTF8String();
     }
     std::string paragraph(const std::string& text) {
         return tests::flatOpenDocument("<text:p>" + text + "</text:p>");
@@ -93,6 +103,111 @@ TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
     for (const char* part : {"SECRET", "pngblip"})
         EXPECT_EQ(rtf.find(part), std::string::npos) << part;
     EXPECT_FALSE(listener.wasAsked());
+}
+
+/// An odt whose text is not in UTF-8.
+std::string inUTF16Package(const std::string& body) {
+    const NSString content =
+        NSString::stringWithUTF8String("<?xml version=\"1.0\" encoding=\"UTF-16\"?><office:document-content" +
+                                       tests::odfNamespaces() + "><office:body><office:text><text:p>" + body +
+                                       "</text:p></office:text></office:body></office:document-content>");
+    std::string bytes = "\xFF\xFE";
+    for (const char16_t unit : content.characters())
+        bytes.append({static_cast<char>(unit), static_cast<char>(unit >> 8)});
+    return tests::zipPackage(
+        {{"mimetype", "application/vnd.oasis.opendocument.text"},
+         {"META-INF/manifest.xml",
+          R"(<?xml version="1.0"?><m:manifest xmlns:m="urn:oasis:names:tc:opendocument:xmlns:manifest:1.0")"
+          R"( m:version="1.2"><m:file-entry m:full-path="/")"
+          R"( m:media-type="application/vnd.oasis.opendocument.text"/>)"
+          R"(<m:file-entry m:full-path="content.xml" m:media-type="text/xml"/></m:manifest>)"},
+         {"content.xml", bytes}});
+}
+
+TEST_F(DocumentEngineTest, FileNamesAreThoseThatWereSaved) {
+    using namespace tests;
+    const std::string field = "A<text:file-name text:display=\"full\">saved</text:file-name>B";
+    const auto odt = [](const std::string& body) { return openDocument("<text:p>" + body + "</text:p>"); };
+    const auto run = [](const std::string& inner) { return "<w:r>" + inner + "</w:r>"; };
+    const auto mark = [&](const std::string& type) {
+        return run("<w:fldChar w:fldCharType=\"" + type + "\"/>");
+    };
+    const auto instruction = [&](const std::string& part) {
+        return run("<w:instrText xml:space=\"preserve\">" + part + "</w:instrText>");
+    };
+    const auto docx = [](const std::string& runs) {
+        return officeOpenXML("A</w:t></w:r>" + runs + "<w:r><w:t>B", "");
+    };
+    const auto complexField = [&](const std::string& instructions) {
+        return mark("begin") + instructions + mark("separate") + run("<w:t>saved</w:t>") + mark("end");
+    };
+    const struct {
+        const char* name;
+        std::string document;
+        const char16_t* extension;
+        const char* text = "AsavedB";
+    } rows[] = {
+        {"odt", odt(field), u"odt"},
+        {"odt, fixed", odt("A<text:file-name text:fixed='true' >saved</text:file-name >B"), u"odt"},
+        {"odt, empty", odt("A<text:file-name/>B"), u"odt", "AB"},
+        {"odt, no field", odt("A<![CDATA[<text:file-name>]]><!-- ' --><?p '?>" + field), u"odt",
+         "A<text:file-name>AsavedB"},
+        {"fodt", paragraph(field), u"fodt"},
+        {"odt in UTF-16", inUTF16Package("\u0159" + field), u"odt", "\u0159AsavedB"},
+        {"sxw", openOfficeText(field), u"sxw"},
+        {"docx", docx(complexField(instruction(" FILENAME  \\p "))), u"docx"},
+        {"docx, in pieces", docx(complexField(instruction(" File") + instruction("Name\\* UPPER"))), u"docx"},
+        {"docx, simple",
+         docx("<w:fldSimple w:dirty='0' w:instr = ' FILENAME \\* MERGEFORMAT '>" + run("<w:t>saved</w:t>") +
+              "</w:fldSimple>"),
+         u"docx"},
+        {"docx, within another",
+         docx(complexField(instruction(" QUOTE ") + complexField(instruction("FILENAME")))), u"docx"},
+        {"docx, no field", docx(run("<w:t>FILENAME</w:t>")), u"docx", "AFILENAMEB"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(text(row.document, row.extension).substr(0, std::string(row.text).size()), row.text)
+            << row.name;
+}
+
+TEST_F(DocumentEngineTest, FileNamesAreThoseThatTheWriterOfTheFileSaved) {
+    const std::string field = "<text:file-name text:display=\"name-and-extension\">x</text:file-name>";
+    folder.write(
+        "original.fodt",
+        paragraph(field +
+                  "<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+                  "<text:note-body><text:p>" +
+                  field + "</text:p></text:note-body></text:note>"));
+    for (const char16_t* extension : {u"doc", u"docx", u"odt"}) {
+        NSTask writer;
+        writer.setLaunchPath(u"/usr/bin/soffice");
+        writer.setArguments(NSArray::arrayWithObjects(
+            {NSString::stringWithUTF8String("-env:UserInstallation=file://" + folder.path("profile")),
+             u"--headless", u"--convert-to", extension, u"--outdir",
+             NSString::stringWithUTF8String(folder.path()),
+             NSString::stringWithUTF8String(folder.path("original.fodt"))}));
+        const auto output = NSPipe::pipe();
+        writer.setStandardOutput(output);
+        writer.setStandardError(output);
+        writer.launch();
+        writer.waitUntilExit();
+        const std::string name = NSString(extension).UTF8String();
+        const std::string shown = text(folder.read("original." + name), extension);
+        const std::size_t first = shown.find("original.fodt");
+        EXPECT_NE(first, std::string::npos) << name << ": " << shown;
+        EXPECT_NE(shown.find("original.fodt", first + 1), std::string::npos) << name << ": " << shown;
+        EXPECT_EQ(shown.find("document."), std::string::npos) << name << ": " << shown;
+    }
+}
+
+TEST_F(DocumentEngineTest, ADocumentIsNotLoadedAgain) {
+    const std::string other = folder.write("other.fodt", paragraph("other"));
+    std::string document = paragraph("words");
+    document.insert(document.find("<office:body>"),
+                    "<office:meta><meta:auto-reload xlink:href=\"file://" + other +
+                        "\" xmlns:meta=\"urn:oasis:names:tc:opendocument:xmlns:meta:1.0\" "
+                        "meta:delay=\"PT0S\"/></office:meta>");
+    EXPECT_EQ(text(document, u"fodt", 12).substr(0, 5), "words");
 }
 
 TEST_F(DocumentEngineTest, ItLeavesNothing) {

@@ -1,5 +1,6 @@
 #include "platform/appkit/documentengine/OfficeLibrary.h"
 
+#include "platform/appkit/documentengine/FrozenDocument.h"
 #include "platform/appkit/documentengine/OfficeSettings.h"
 
 // The kinds of documents are declared with the calls that may change.
@@ -111,7 +112,8 @@ std::optional<std::string> OfficeLibrary::RTFOfDocument(std::string_view documen
     };
     {
         std::ofstream file(source, std::ios::binary);
-        file.write(document.data(), static_cast<std::streamsize>(document.size()));
+        const std::string copy = frozenDocument(document, extension);
+        file.write(copy.data(), static_cast<std::streamsize>(copy.size()));
         if (!file.flush())
             return removeFiles(), std::nullopt;
     }
