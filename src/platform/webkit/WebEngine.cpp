@@ -139,20 +139,26 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     message.setObject_forKey(NSNumber::numberWithBool(options.delegate != nullptr), u"asks");
 
     Substitutes substitutes;
-    const Value answer =
-        process_.ask(message, options.timeoutSeconds + secondsOfGrace, [&](const Value& question) {
-            // What is decided too late is of no use to this page.
-            if (monotonicSeconds() >= deadline)
-                return Value();
-            const NSDictionary asked = question.dictionary();
-            if (!asked.objectForKey(u"host").isNil())
-                return connectionDecision(asked, options.delegate);
-            if (!options.delegate)
-                return Value();
-            const Value decided = decision(asked, *options.delegate);
-            noteSubstitute(substitutes, asked.objectForKey(u"url").string(), decided.string());
-            return decided;
-        });
+    const EngineProcess::Questions decide = [&](const Value& question) {
+        // What is decided too late is of no use to this page.
+        if (monotonicSeconds() >= deadline)
+            return Value();
+        const NSDictionary asked = question.dictionary();
+        if (!asked.objectForKey(u"host").isNil())
+            return connectionDecision(asked, options.delegate);
+        if (!options.delegate)
+            return Value();
+        const Value decided = decision(asked, *options.delegate);
+        noteSubstitute(substitutes, asked.objectForKey(u"url").string(), decided.string());
+        return decided;
+    };
+    const auto ask = [&] {
+        return process_.ask(message, deadline - monotonicSeconds() + secondsOfGrace, decide);
+    };
+    Value answer = ask();
+    // An engine that ended under a page, or shortly before, need not be the page's fault.
+    if (answer.isNil() && deadline - monotonicSeconds() > options.timeoutSeconds / 2)
+        answer = ask();
     if (answer.isNil())
         NSLog(u"The web engine gave no answer.");
     const NSDictionary fields = answer.dictionary();

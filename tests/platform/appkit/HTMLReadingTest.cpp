@@ -16,6 +16,7 @@
 #include <functional>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -510,6 +511,14 @@ TEST_F(HTMLFailuresTest, DeadProcessesAreReplaced) {
         EXPECT_NE(judge->asked, "");
         EXPECT_EQ(describe(read("next")), "next");
     }
+    // An engine that ends once need not be the page's fault.
+    bool hasKilled = false;
+    const auto judge = std::make_shared<Judge>([&](const std::string&) {
+        if (!std::exchange(hasKilled, true))
+            kill(WebEngine::sharedEngine().processIdentifier(), SIGKILL);
+        return true;
+    });
+    EXPECT_EQ(describe(read("a<img src=/none.gif>", {judge, server.url("/")})), "a");
 }
 
 } // namespace
