@@ -33,6 +33,7 @@ public:
         else if (!isAbsolute_)
             names_.emplace_back(u"..");
     }
+    bool isAbsolute() const { return isAbsolute_; }
     const std::vector<std::u16string_view>& names() const { return names_; }
 
 private:
@@ -59,18 +60,29 @@ void appendName(NSMutableString& path, std::u16string_view name, char16_t separa
         path.appendCharacter(unit == inName ? instead : unit);
 }
 
-NSString joined(const Value* first, const Value* last) {
-    NSMutableString path = NSMutableString::string();
-    for (; first != last; ++first) {
-        if (!path.isEmpty() && path.characters().back() != u'/')
-            path.appendCharacter(u'/');
-        path.appendString(first->string());
-    }
-    return path.takeString();
+Way wayOf(std::u16string_view path) {
+    Way way(path.starts_with(u'/'));
+    forEachPart(path, u'/', [&](std::u16string_view name, bool) {
+        if (name == u"..")
+            way.goUp();
+        else if (!name.empty() && name != u".")
+            way.goTo(name);
+    });
+    return way;
 }
 
-bool isRooted(const NSMutableArray& components) {
-    return components.count() > 0 && components.begin()->string() == u"/";
+NSString joined(bool isAbsolute, std::span<const std::u16string_view> names) {
+    NSMutableString path = NSMutableString::string();
+    if (isAbsolute)
+        path.appendCharacter(u'/');
+    for (const std::u16string_view name : names) {
+        if (!path.isEmpty() && path.characters().back() != u'/')
+            path.appendCharacter(u'/');
+        path.appendString(name);
+    }
+    if (path.isEmpty())
+        path.appendCharacter(u'.');
+    return path.takeString();
 }
 
 int compareMapped(std::u16string_view first, std::u16string_view second, const char16_t* table) {
@@ -112,23 +124,25 @@ NSMutableArray standardizedPathComponents(const NSString& path) {
 NSString standardizedPath(const NSString& path) {
     if (path.isEmpty())
         return path;
-    const NSMutableArray components = standardizedPathComponents(path);
-    const NSString standardized = joined(components.begin(), components.end());
+    const Way way = wayOf(path);
+    const NSString standardized = joined(way.isAbsolute(), way.names());
     return standardized == path ? path : standardized;
 }
 
 NSString relativePathToDirectory(const NSString& path, const NSString& directory) {
     if (path.isEmpty() || directory.isNil())
         return path;
-    const NSMutableArray to = standardizedPathComponents(path), from = standardizedPathComponents(directory);
-    if (isRooted(to) != isRooted(from))
+    const Way to = wayOf(path), from = wayOf(directory);
+    if (to.isAbsolute() != from.isAbsolute())
         return path;
-    const auto [rest, above] = std::mismatch(to.begin(), to.end(), from.begin(), from.end());
-    std::vector<Value> components(static_cast<std::size_t>(from.end() - above), Value(u".."));
-    components.insert(components.end(), rest, to.end());
-    if (components.empty())
-        components.emplace_back(u".");
-    return joined(components.data(), components.data() + components.size());
+    const auto [rest, above] =
+        std::mismatch(to.names().begin(), to.names().end(), from.names().begin(), from.names().end());
+    // The name of what lies below a folder that only ".." leads to is not in the text.
+    if (std::find(above, from.names().end(), u"..") != from.names().end())
+        return path;
+    std::vector<std::u16string_view> names(static_cast<std::size_t>(from.names().end() - above), u"..");
+    names.insert(names.end(), rest, to.names().end());
+    return joined(false, names);
 }
 
 NSString stringByDeletingFileComponent(const NSString& path) {
@@ -158,17 +172,10 @@ int nonUmlautedCaseInsensitiveCompareWithLastPathComponent(const NSString& path,
 NSString HFSPath(const NSString& path) {
     if (path.isEmpty())
         return path;
-    const bool isAbsolute = path.characters().front() == u'/';
-    Way way(isAbsolute);
-    forEachPart(path, u'/', [&](std::u16string_view name, bool) {
-        if (name == u"..")
-            way.goUp();
-        else if (!name.empty() && name != u".")
-            way.goTo(name);
-    });
+    const Way way = wayOf(path);
     std::span<const std::u16string_view> names = way.names();
     NSMutableString classic = NSMutableString::string();
-    if (!isAbsolute) {
+    if (!way.isAbsolute()) {
         for (; !names.empty() && names.front() == u".."; names = names.subspan(1))
             classic.appendCharacter(u':');
     } else if (names.size() > 1 && names.front() == volumesFolder) {

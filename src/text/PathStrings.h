@@ -15,12 +15,15 @@ bool isTemporaryPath(const NSString& path);
 /// The components without "." and empty ones, each ".." taken away together with the component before it, and
 /// "/" only where it comes first. What ".." takes away may be the "/" itself: "/../a" gives "a" alone.
 NSMutableArray standardizedPathComponents(const NSString& path);
-/// The standardized components as a path: "a/./b/../c/" gives "a/c"; empty when no component is left. Links
-/// and tildes are not resolved.
+/// The shortest path to the same place, as HFSPath goes it and not by the array above: "a/./b/../c/" gives
+/// "a/c", "a/.." gives "."; ".." stays at the beginning of a relative path ("../a") and leads nowhere from
+/// the root ("/../a" gives "/a"). Nil and the empty string are returned as they are. Links and tildes are not
+/// resolved.
 NSString standardizedPath(const NSString& path);
 
 /// The path as seen from the directory, both standardized: "/a/b/c" from "/a/d" is "../b/c", and "." is the
-/// directory itself. The receiver when the directory is nil or when only one of the two is absolute.
+/// directory itself. The receiver when the directory is nil, when only one of the two is absolute, and when
+/// the text does not tell the way ("a" from "..").
 NSString relativePathToDirectory(const NSString& path, const NSString& directory);
 
 /// Without what stands after the last slash, and without the slashes before that: "/a/b" gives "/a", "/b"
