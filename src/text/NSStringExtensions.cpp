@@ -1,7 +1,7 @@
 #include "text/NSStringExtensions.h"
 
 #include "platform/foundation/Value.h"
-#include "text/StringComparison.h"
+#include "text/StringFolding.h"
 
 #include <algorithm>
 
@@ -24,8 +24,9 @@ std::size_t indexOfStringEqualTo(const NSArray& array, const NSString& string) {
 }
 
 std::size_t indexOfStringEqualToNoCase(const NSArray& array, const NSString& string) {
-    return indexOfFirst(array,
-                        [&](const NSString& element) { return isEqualToStringNoCase(element, string); });
+    return indexOfFirst(array, [&](const NSString& element) {
+        return range_isEqualToNoCase(element, {0, element.length()}, string);
+    });
 }
 
 } // namespace kelvo

@@ -8,7 +8,7 @@
 namespace kelvo {
 
 // Strings in arrays. Elements that are not strings equal no string; a nil array, and a nil string, are not
-// found. NoCase compares as isEqualToStringNoCase does. Indices are NSNotFound for what is not there.
+// found. NoCase compares as range_isEqualToNoCase does. Indices are NSNotFound for what is not there.
 
 /// The index of the first element that equals the string.
 std::size_t indexOfStringEqualTo(const NSArray& array, const NSString& string);

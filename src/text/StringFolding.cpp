@@ -1,6 +1,5 @@
 #include "text/StringFolding.h"
 
-#include "platform/foundation/CFString.h"
 #include "text/CharacterSetReps.h"
 #include "text/CopyingForm.h"
 #include "text/FoldingTables.h"
@@ -102,11 +101,7 @@ bool isAsciiEqualToStringNoCase(const NSString& string, const NSString& other) {
 }
 
 bool range_isEqualToNoCase(const NSString& string, NSRange range, const NSString& other) {
-    if (string.isNil() || other.isNil() || range.length != other.length() ||
-        !rangeFits(range, string.length()))
-        return false;
-    return CFStringCompareCaseInsensitive(string.characters().substr(range.location, range.length), other) ==
-           0;
+    return isEqualMappedBy(string, range, other, through(initUpperCharsTable()));
 }
 
 bool range_isEqualTo(const NSString& string, NSRange range, const NSString& other) {

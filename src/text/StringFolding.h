@@ -45,7 +45,7 @@ bool range_isNonUmlautedEqualToNoCase(const NSString& string, NSRange range, con
 /// Of uppercaseAsciiString; so all units without an ASCII counterpart are equal to each other and to a space.
 bool isAsciiEqualToStringNoCase(const NSString& string, const NSString& other);
 bool range_isAsciiEqualToNoCase(const NSString& string, NSRange range, const NSString& other);
-/// As isEqualToStringNoCase.
+/// By the entries of the upper-case table, and not as isEqualToStringNoCase.
 bool range_isEqualToNoCase(const NSString& string, NSRange range, const NSString& other);
 bool range_isEqualTo(const NSString& string, NSRange range, const NSString& other);
 

@@ -22,10 +22,15 @@ std::size_t firstUnitToFix(std::u16string_view text) {
     return lengthOfPrefixInRanges(text, sound);
 }
 
+// Callers pass numbers on.
+bool isForm(CFStringNormalizationForm form) {
+    return form <= CFStringNormalizationForm::KC;
+}
+
 } // namespace
 
 void normalizeString(NSMutableString& string, CFStringNormalizationForm form) {
-    if (!string.isEmpty())
+    if (!string.isEmpty() && isForm(form))
         unlessRefused([&] { CFStringNormalize(string, form); });
 }
 
@@ -34,7 +39,7 @@ void normalizeString(NSMutableString& string) {
 }
 
 NSString normalizedString(const NSString& string, CFStringNormalizationForm form) {
-    if (CFStringIsNormalized(string, form))
+    if (!isForm(form) || CFStringIsNormalized(string, form))
         return string;
     return copyChangedBy(string, [&](NSMutableString& copy) { normalizeString(copy, form); });
 }

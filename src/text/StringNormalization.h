@@ -14,6 +14,7 @@ namespace kelvo {
 /// Form C.
 void normalizeString(NSMutableString& string);
 NSString normalizedString(const NSString& string);
+/// A number that is none of the four forms leaves the string as it is.
 void normalizeString(NSMutableString& string, CFStringNormalizationForm form);
 NSString normalizedString(const NSString& string, CFStringNormalizationForm form);
 

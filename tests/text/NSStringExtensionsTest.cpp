@@ -13,6 +13,8 @@ TEST(NSStringExtensionsTest, stringsInArrays) {
     EXPECT_EQ(indexOfStringEqualToNoCase(array, u"FOO"), 1u);
     EXPECT_EQ(indexOfStringEqualTo(array, u""), 3u);
     EXPECT_FALSE(containsStringNoCase(array, u"strasse"));
+    EXPECT_TRUE(containsStringNoCase(NSArray::arrayWithObjects({u"\u0131"}), u"I"));
+    EXPECT_FALSE(containsStringNoCase(NSArray::arrayWithObjects({u"\u212A"}), u"k"));
     EXPECT_FALSE(containsString(array, u"bar"));
     EXPECT_FALSE(containsString(array, nullptr));
     EXPECT_FALSE(containsStringNoCase(array, nullptr));

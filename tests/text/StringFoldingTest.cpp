@@ -1,9 +1,13 @@
 #include "text/StringFolding.h"
 
+#include "platform/foundation/Value.h"
+#include "text/FoldingTables.h"
+#include "text/NSStringExtensions.h"
 #include "text/StringMatching.h"
 #include "text/StringRemoval.h"
 
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
 
 #include <string>
 
@@ -80,6 +84,21 @@ TEST(StringFoldingTest, equality) {
     for (const auto equal : tests)
         for (const NSRange outside : {NSRange{2, 1}, NSRange{3, 0}, NSRange{1, ~std::size_t{0}}})
             EXPECT_FALSE(equal(u"ab", outside, outside.length == 0 ? u"" : u"b"));
+}
+
+TEST(StringFoldingTest, equalityWithoutCaseFollowsTheUpperCaseTable) {
+    const char16_t* upper = initUpperCharsTable();
+    for (unsigned number = 0; number <= 0xFFFF; ++number) {
+        const auto unit = static_cast<char16_t>(number);
+        for (const UChar32 other :
+             {u_toupper(unit), u_tolower(unit), u_foldCase(unit, U_FOLD_CASE_DEFAULT)}) {
+            const auto partner = static_cast<char16_t>(other);
+            const bool isEqual = upper[unit] == upper[partner];
+            const NSString text(std::u16string_view(&unit, 1)), wanted(std::u16string_view(&partner, 1));
+            ASSERT_EQ(range_isEqualToNoCase(text, {0, 1}, wanted), isEqual) << number;
+            ASSERT_EQ(containsStringNoCase(NSArray::arrayWithObjects({text}), wanted), isEqual) << number;
+        }
+    }
 }
 
 TEST(StringFoldingTest, keysWithoutCaseAreEqualForEqualStrings) {

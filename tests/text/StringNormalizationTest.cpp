@@ -31,6 +31,14 @@ TEST(StringNormalizationTest, forms) {
     EXPECT_EQ(normalizedString(u"\uFB01\u00C9", CFStringNormalizationForm::KD), u"fiE\u0301");
     EXPECT_EQ(normalizedString(u"\uFB01E\u0301", CFStringNormalizationForm::C), u"\uFB01\u00C9");
     EXPECT_EQ(normalizedString(u"\uFB01E\u0301", CFStringNormalizationForm::KC), u"fi\u00C9");
+    for (const unsigned number : {4u, 255u}) {
+        const auto none = static_cast<CFStringNormalizationForm>(number);
+        const NSString text = u"\uFB01E\u0301\u00C9";
+        NSMutableString changed(text);
+        normalizeString(changed, none);
+        EXPECT_TRUE(changed.takeString() == text && normalizedString(text, none).isIdenticalTo(text))
+            << number;
+    }
 }
 
 TEST(StringNormalizationTest, fullCaseMappings) {
