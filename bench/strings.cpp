@@ -5,6 +5,7 @@
 
 #include "text/NSMutableStringKelvoExtensions.h"
 #include "text/NSStringKelvoExtensions.h"
+#include "text/NSStringTextFinding.h"
 
 #include <cstring>
 #include <string>

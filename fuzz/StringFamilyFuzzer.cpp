@@ -6,6 +6,7 @@
 #include "text/NSStringExtensions.h"
 #include "text/NSStringKelvoExtensions.h"
 #include "text/NSStringKelvoPathExtensions.h"
+#include "text/NSStringTextFinding.h"
 #include "text/UnicharCompare.h"
 
 #include <algorithm>

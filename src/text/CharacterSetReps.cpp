@@ -23,45 +23,45 @@ struct alignas(64) RepStorage {
 } // namespace
 
 CharacterSetRep emptyCharacterSetRep() {
-    static const RepStorage rep;
-    return rep.bytes.data();
+    static const RepStorage bitmapRep;
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep whiteCharacterSetRep() {
-    static const RepStorage rep(
+    static const RepStorage bitmapRep(
         NSCharacterSet::whitespaceAndNewlineCharacterSet(),
         {0x0000, 0x000C, 0x000A, 0x000D, 0x2028, 0x2029, 0x0003, 0xFFFC, 0x0009, 0xFEFF, 0x00A0});
-    return rep.bytes.data();
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep spaceCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::whitespaceCharacterSet(), {0x0009, 0x0000});
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::whitespaceCharacterSet(), {0x0009, 0x0000});
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep upperCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::uppercaseLetterCharacterSet());
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::uppercaseLetterCharacterSet());
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep lowerCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::lowercaseLetterCharacterSet());
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::lowercaseLetterCharacterSet());
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep digitCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::decimalDigitCharacterSet());
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::decimalDigitCharacterSet());
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep alphaNumCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::alphanumericCharacterSet());
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::alphanumericCharacterSet());
+    return bitmapRep.bytes.data();
 }
 
 CharacterSetRep alphaCharacterSetRep() {
-    static const RepStorage rep(NSCharacterSet::letterCharacterSet());
-    return rep.bytes.data();
+    static const RepStorage bitmapRep(NSCharacterSet::letterCharacterSet());
+    return bitmapRep.bytes.data();
 }
 
 char16_t firstAlphaCharacter() {

@@ -1,9 +1,8 @@
 #pragma once
 
 // Everything that the category adds to strings, by theme. The mutable strings' members stand beside their
-// copying forms.
+// copying forms, and searching is a category of its own (NSStringTextFinding.h).
 
-#include "text/CharacterSearch.h"
 #include "text/CharacterSetReps.h"
 #include "text/ConfigurationText.h"
 #include "text/FoldingTables.h"
@@ -14,11 +13,9 @@
 #include "text/StringFiles.h"
 #include "text/StringFolding.h"
 #include "text/StringLines.h"
-#include "text/StringMatching.h"
 #include "text/StringNormalization.h"
 #include "text/StringRemoval.h"
 #include "text/StringReplacement.h"
 #include "text/StringTrimming.h"
-#include "text/SubstringSearch.h"
 #include "text/UnicharCompare.h"
 #include "text/WordsAndLines.h"

@@ -92,24 +92,31 @@ bool containsSubCStrings_caseSensitive(std::u16string_view string, const char* c
                                    caseSensitive ? nullptr : initLowerCharsTable());
 }
 
+bool _equalStringsUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,
+                                       CharacterSetRep rep, bool noCase, bool prefix) {
+    const Match match = prefix ? Match::Prefix : Match::Whole;
+    return noCase ? equalInRep<Case::DoesNot>(first, second, rep, match)
+                  : equalInRep<Case::Matters>(first, second, rep, match);
+}
+
 bool equalStringsUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,
                                       CharacterSetRep rep) {
-    return equalInRep<Case::Matters>(first, second, rep, Match::Whole);
+    return _equalStringsUsingCharacterSetRep(first, second, rep, false, false);
 }
 
 bool equalStringsNoCaseUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,
                                             CharacterSetRep rep) {
-    return equalInRep<Case::DoesNot>(first, second, rep, Match::Whole);
+    return _equalStringsUsingCharacterSetRep(first, second, rep, true, false);
 }
 
 bool hasPrefixUsingCharacterSetRep(std::u16string_view string, std::u16string_view prefix,
                                    CharacterSetRep rep) {
-    return equalInRep<Case::Matters>(string, prefix, rep, Match::Prefix);
+    return _equalStringsUsingCharacterSetRep(string, prefix, rep, false, true);
 }
 
 bool hasPrefixNoCaseUsingCharacterSetRep(std::u16string_view string, std::u16string_view prefix,
                                          CharacterSetRep rep) {
-    return equalInRep<Case::DoesNot>(string, prefix, rep, Match::Prefix);
+    return _equalStringsUsingCharacterSetRep(string, prefix, rep, true, true);
 }
 
 bool equalCharsOfCharacterSetRep(const char16_t* first, std::size_t firstCount, const char16_t* second,

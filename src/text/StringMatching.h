@@ -25,6 +25,11 @@ bool containsSubCStrings_caseSensitive(std::u16string_view string, const char* c
 // of the second string that count begin those of the first. Two empty strings are equal; nil is taken for
 // empty. A null rep makes nothing equal but two empty strings.
 
+bool _equalStringsUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,
+                                       CharacterSetRep rep, bool noCase, bool prefix);
+
+// The same by name.
+
 bool equalStringsUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,
                                       CharacterSetRep rep);
 bool equalStringsNoCaseUsingCharacterSetRep(std::u16string_view first, std::u16string_view second,

@@ -5,6 +5,7 @@
 #include "text/FoldingTables.h"
 #include "text/NSMutableStringKelvoExtensions.h"
 #include "text/NSStringKelvoExtensions.h"
+#include "text/NSStringTextFinding.h"
 #include "text/UnitBitmap.h"
 
 #include "platform/foundation/NSCharacterSet.h"

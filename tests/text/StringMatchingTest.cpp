@@ -83,6 +83,10 @@ void expectComparison(std::u16string_view first, std::u16string_view second, Cha
     EXPECT_EQ(equalStringsNoCaseUsingCharacterSetRep(first, second, rep), expected.equalNoCase);
     EXPECT_EQ(hasPrefixUsingCharacterSetRep(first, second, rep), expected.prefix);
     EXPECT_EQ(hasPrefixNoCaseUsingCharacterSetRep(first, second, rep), expected.prefixNoCase);
+    EXPECT_EQ(_equalStringsUsingCharacterSetRep(first, second, rep, false, false), expected.equal);
+    EXPECT_EQ(_equalStringsUsingCharacterSetRep(first, second, rep, true, false), expected.equalNoCase);
+    EXPECT_EQ(_equalStringsUsingCharacterSetRep(first, second, rep, false, true), expected.prefix);
+    EXPECT_EQ(_equalStringsUsingCharacterSetRep(first, second, rep, true, true), expected.prefixNoCase);
     const auto *a = first.data(), *b = second.data();
     const std::size_t m = first.size(), n = second.size();
     EXPECT_EQ(equalCharsOfCharacterSetRep(a, m, b, n, rep), expected.equal);
