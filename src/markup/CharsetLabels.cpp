@@ -280,16 +280,8 @@ CFStringEncoding charset2CFStringEncoding(const NSString& label) {
 
 NSStringEncoding charset2NSStringEncoding(const NSString& label) {
     const CFStringEncoding encoding = charset2CFStringEncoding(label);
-    switch (encoding) {
-    case kCFStringEncodingKamenicky:
-        return NSKamenickyStringEncoding;
-    case kCFStringEncodingKOI8_CS2:
-        return NSKOI8CS2StringEncoding;
-    case kCFStringEncodingShiftJIS:
+    if (encoding == kCFStringEncodingShiftJIS)
         return NSShiftJISStringEncoding;
-    default:
-        break;
-    }
     if (encoding != kCFStringEncodingInvalidId && CFStringIsEncodingAvailable(encoding))
         return CFStringConvertEncodingToNSStringEncoding(encoding);
     if (!meansUnknown(label))

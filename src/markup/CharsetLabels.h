@@ -7,14 +7,6 @@
 
 namespace kelvo {
 
-// Two Czech encodings that no platform converter knows (see CzechCodePages.h). Their numbers are of our own
-// choosing and lie outside the ranges of the platform's, so that they never meet a real one.
-
-inline constexpr CFStringEncoding kCFStringEncodingKamenicky = 0xA001;
-inline constexpr CFStringEncoding kCFStringEncodingKOI8_CS2 = 0xA002;
-inline constexpr NSStringEncoding NSKamenickyStringEncoding = 0xFFFFFFF0;
-inline constexpr NSStringEncoding NSKOI8CS2StringEncoding = 0xFFFFFFF1;
-
 /// The encoding that a charset label means, whether there is a converter for it or not;
 /// kCFStringEncodingInvalidId when it means none, and for nil and labels of fewer than 3 units. Case does not
 /// matter, nor do "-", "_", spaces, quotes and full stops. A number in the label decides before its words do:
@@ -25,8 +17,8 @@ CFStringEncoding charset2CFStringEncoding(const NSString& label);
 /// separators. MacRoman for the empty one, kCFStringEncodingInvalidId for an unknown one.
 CFStringEncoding macEncoding(std::u16string_view script);
 
-/// charset2CFStringEncoding as an NSStringEncoding, and only of encodings that text can be converted from (or
-/// the two above); else kCFStringEncodingInvalidId. Logs a label that fails, but for those that are known to
+/// charset2CFStringEncoding as an NSStringEncoding, and only of encodings that text can be converted from;
+/// else kCFStringEncodingInvalidId. Logs a label that fails, but for those that are known to
 /// stand for "unknown": nil, "", "/", "0", "<", ">" and "auto".
 NSStringEncoding charset2NSStringEncoding(const NSString& label);
 

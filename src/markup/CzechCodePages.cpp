@@ -1,89 +1,15 @@
 #include "markup/CzechCodePages.h"
 
-#include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/VectorScan.h"
+#include "platform/foundation/NSStringEncoding.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <span>
-
-namespace kelvo {
-
-namespace {
-
-// The upper halves of the code pages, 16 codes a row. Tables of Kamenický agree up to AD and print AE to FF
-// as the code page 437 does, or with look-alikes.
-// clang-format off
-constexpr char16_t kamenickyUpperHalf[128] = {
-    0x010C, 0x00FC, 0x00E9, 0x010F, 0x00E4, 0x010E, 0x0164, 0x010D, 0x011B, 0x011A, 0x0139, 0x00CD, 0x013E, 0x013A, 0x00C4, 0x00C1, // 80
-    0x00C9, 0x017E, 0x017D, 0x00F4, 0x00F6, 0x00D3, 0x016F, 0x00DA, 0x00FD, 0x00D6, 0x00DC, 0x0160, 0x013D, 0x00DD, 0x0158, 0x0165, // 90
-    0x00E1, 0x00ED, 0x00F3, 0x00FA, 0x0148, 0x0147, 0x016E, 0x00D4, 0x0161, 0x0159, 0x0155, 0x0154, 0x00BC, 0x00A7, 0x00AB, 0x00BB, // A0
-    0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x2561, 0x2562, 0x2556, 0x2555, 0x2563, 0x2551, 0x2557, 0x255D, 0x255C, 0x255B, 0x2510, // B0
-    0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F, 0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x2567, // C0
-    0x2568, 0x2564, 0x2565, 0x2559, 0x2558, 0x2552, 0x2553, 0x256B, 0x256A, 0x2518, 0x250C, 0x2588, 0x2584, 0x258C, 0x2590, 0x2580, // D0
-    0x03B1, 0x00DF, 0x0393, 0x03C0, 0x03A3, 0x03C3, 0x00B5, 0x03C4, 0x03A6, 0x0398, 0x03A9, 0x03B4, 0x221E, 0x03C6, 0x03B5, 0x2229, // E0
-    0x2261, 0x00B1, 0x2265, 0x2264, 0x2320, 0x2321, 0x00F7, 0x2248, 0x00B0, 0x2219, 0x00B7, 0x221A, 0x207F, 0x00B2, 0x25A0, 0x00A0, // F0
-};
-
-// From A0 on; below are the controls. Tables of KOI8-CS2 agree about the letters; of the others some leave A0
-// to BF empty, and the symbols here are those of the fuller ones. C7 and E7 stand for two letters.
-constexpr char16_t koi8cs2FromA0[96] = {
-    0x00A0, 0xFFFD, 0x00B4, 0xFFFD, 0x007E, 0xFFFD, 0x02D8, 0x02D9, 0x00A8, 0xFFFD, 0x02DA, 0x00B8, 0xFFFD, 0x02DD, 0x02DB, 0x02C7, // A0
-    0x00A9, 0x2122, 0x250C, 0x2510, 0x2514, 0x2518, 0x2500, 0x2193, 0x03A9, 0x00A7, 0x03B1, 0x03B3, 0x03B5, 0x03BC, 0x03C0, 0x03C9, // B0
-    0x00E0, 0x00E1, 0x01CE, 0x010D, 0x010F, 0x011B, 0x0155, 0x0063, 0x00FC, 0x00ED, 0x016F, 0x013A, 0x013E, 0x00F6, 0x0148, 0x00F3, // C0
-    0x00F4, 0x00E4, 0x0159, 0x0161, 0x0165, 0x00FA, 0x00EB, 0x00E9, 0x0171, 0x00FD, 0x017E, 0xFFFD, 0xFFFD, 0x0151, 0x0117, 0x00DF, // D0
-    0x00C0, 0x00C1, 0x01CD, 0x010C, 0x010E, 0x011A, 0x0154, 0x0043, 0x00DC, 0x00CD, 0x016E, 0x0139, 0x013D, 0x00D6, 0x0147, 0x00D3, // E0
-    0x00D4, 0x00C4, 0x0158, 0x0160, 0x0164, 0x00DA, 0x00CB, 0x00C9, 0x0170, 0x00DD, 0x017D, 0xFFFD, 0xFFFD, 0x0150, 0x0116, 0xFFFD, // F0
-};
-// clang-format on
-
-// `decodeHigh(byte, units)` writes what a byte from 80 on stands for and returns the next place.
-template <typename DecodeHigh>
-NSString decoded(std::span<const std::uint8_t> bytes, std::size_t length, DecodeHigh decodeHigh) {
-    if (bytes.empty())
-        return NSString::string();
-    NSMutableString text = NSMutableString::stringWithCapacity(length);
-    char16_t* units = text.mutableCharacters();
-    while (!bytes.empty()) {
-        const std::size_t ascii = widenASCIIPrefix(bytes.data(), bytes.size(), units);
-        units += ascii;
-        bytes = bytes.subspan(ascii);
-        while (!bytes.empty() && bytes[0] >= 0x80) {
-            units = decodeHigh(bytes[0], units);
-            bytes = bytes.subspan(1);
-        }
-    }
-    text.setLength(length);
-    return text.takeString();
-}
-
-} // namespace
-
-namespace XmlExtensions {
+namespace kelvo::XmlExtensions {
 
 NSString initWithKamenickyData(const NSData& data) {
-    if (data.isNil())
-        return nullptr;
-    return decoded(data.bytes(), data.length(), [](std::uint8_t byte, char16_t* units) {
-        *units = kamenickyUpperHalf[byte - 0x80];
-        return units + 1;
-    });
+    return stringByRepairingData_encoding(data, NSKamenickyStringEncoding);
 }
 
 NSString initWithKoi8cs2Data(const NSData& data) {
-    if (data.isNil())
-        return nullptr;
-    const auto isPair = [](std::uint8_t byte) { return byte == 0xC7 || byte == 0xE7; };
-    const auto pairs = static_cast<std::size_t>(std::ranges::count_if(data.bytes(), isPair));
-    return decoded(data.bytes(), data.length() + pairs, [=](std::uint8_t byte, char16_t* units) {
-        *units++ = byte < 0xA0 ? byte : koi8cs2FromA0[byte - 0xA0];
-        if (isPair(byte))
-            *units++ = byte == 0xC7 ? u'h' : u'H';
-        return units;
-    });
+    return stringByRepairingData_encoding(data, NSKOI8CS2StringEncoding);
 }
 
-} // namespace XmlExtensions
-
-} // namespace kelvo
+} // namespace kelvo::XmlExtensions

@@ -69,8 +69,16 @@ NSString decoded(const NSData& data, CFStringEncoding encoding) {
     return decoded(data, encoding, std::max(data.length(), smallestCapacity));
 }
 
-NSString decodedAsAsked(const NSData& data, NSStringEncoding encoding) {
-    return decoded(data, CFStringConvertNSStringEncodingToEncoding(encoding));
+NSString decodedIn(const NSData& data, NSStringEncoding encoding) {
+    switch (encoding) {
+    case NSKamenickyStringEncoding:
+        return nilWithoutMemory([&] { return XmlExtensions::initWithKamenickyData(data); });
+    case NSKOI8CS2StringEncoding:
+        // Not cut off where it passes the bytes, as it does with every "ch".
+        return nilWithoutMemory([&] { return XmlExtensions::initWithKoi8cs2Data(data); });
+    default:
+        return decoded(data, CFStringConvertNSStringEncodingToEncoding(encoding));
+    }
 }
 
 // What a document declares when it is read in an encoding that nobody asked for. Such a text is of no use
@@ -82,17 +90,6 @@ NSString charsetOfBeginning(const NSData& data, NSStringEncoding encoding) {
         return nullptr;
     return markupCharsetOfBeginning(
         decoded(data, CFStringConvertNSStringEncodingToEncoding(encoding), beginningLength));
-}
-
-NSString decodedAsDeclared(const NSData& data, NSStringEncoding encoding) {
-    switch (encoding) {
-    case NSKamenickyStringEncoding:
-        return nilWithoutMemory([&] { return XmlExtensions::initWithKamenickyData(data); });
-    case NSKOI8CS2StringEncoding:
-        return nilWithoutMemory([&] { return XmlExtensions::initWithKoi8cs2Data(data); });
-    default:
-        return decodedAsAsked(data, encoding);
-    }
 }
 
 bool isCzech(NSStringEncoding encoding) {
@@ -142,10 +139,10 @@ NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& dat
     const bool isExplicit = named != 0 && named != kCFStringEncodingInvalidId;
     NSStringEncoding asked = isExplicit ? named : defaultEncoding;
     const NSString charset = isExplicit ? NSString() : charsetOfBeginning(data, asked);
-    NSString first = charset.isNil() ? decodedAsAsked(data, asked) : NSString();
+    NSString first = charset.isNil() ? decodedIn(data, asked) : NSString();
     const NSStringEncoding declared =
         charset.isNil() ? markupEncoding(first) : charset2NSStringEncoding(charset);
-    const auto firstText = [&] { return first.isNil() ? decodedAsAsked(data, asked) : first; };
+    const auto firstText = [&] { return first.isNil() ? decodedIn(data, asked) : first; };
     if (declared == asked || declared == NSASCIIStringEncoding || declared == kCFStringEncodingInvalidId)
         return firstText();
 
@@ -161,7 +158,7 @@ NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& dat
     // when that gives nothing is it made again.
     if (!mayBeFirst || !isExplicit)
         first = nullptr;
-    if (const NSString second = decodedAsDeclared(data, declared); !second.isNil())
+    if (const NSString second = decodedIn(data, declared); !second.isNil())
         return first.isNil() ? second : betterText(first, asked, second, declared);
 
     NSString other;

@@ -15,10 +15,10 @@ namespace XmlExtensions {
 /// better result is taken: the declared one but where it has more U+FFFD than the one that was asked for.
 ///
 /// Any bytes have a result, "" for none at all. It is nil only for documents past 1 GiB, when there is no
-/// memory, and when the encoding of the first decoding is not available (the two Czech ones of
-/// CharsetLabels.h can be declared, but not be asked for). Bytes that an encoding cannot decode become
-/// U+FFFD, a byte-order mark in UTF-8 is kept as U+FEFF, and a text never has more units than the document
-/// has bytes (or 32): what an encoding would make beyond that is cut off.
+/// memory, and when the encoding of the first decoding is not available. Bytes that an encoding cannot decode
+/// become U+FFFD, a byte-order mark in UTF-8 is kept as U+FEFF, and a text never has more units than the
+/// document has bytes (or 32): what an encoding would make beyond that is cut off, but for the letter "ch" of
+/// KOI8-CS2.
 ///
 /// `url` does not matter.
 NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& data,

@@ -77,19 +77,6 @@ NSData contentsOfFile(const NSString& path) {
     }
 }
 
-/// The encoding that a byte-order mark tells, or none.
-NSStringEncoding encodingOfMark(std::string_view bytes) {
-    using namespace std::string_view_literals;
-    if (bytes.starts_with("\xEF\xBB\xBF"sv))
-        return NSUTF8StringEncoding;
-    // The mark of UTF-32 in this order begins like that of UTF-16.
-    if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv))
-        return NSUTF32StringEncoding;
-    if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv))
-        return NSUnicodeStringEncoding;
-    return kCFStringEncodingInvalidId;
-}
-
 } // namespace
 
 namespace NSStringKelvoExtensions {
@@ -127,8 +114,8 @@ NSString stringWithContentsOfFile_encoding_usedEncoding(const NSString& path, NS
     if (usedEncoding)
         *usedEncoding = kCFStringEncodingInvalidId;
     for (const NSStringEncoding candidate :
-         {encodingOfMark(data.characters()), encoding, NSUTF8StringEncoding, NSWindowsCP1252StringEncoding,
-          NSISOLatin1StringEncoding})
+         {encodingOfByteOrderMark(data.characters()), encoding, NSUTF8StringEncoding,
+          NSWindowsCP1252StringEncoding, NSISOLatin1StringEncoding})
         if (NSString text = NSStringKelvoExtensions::stringWithData_encoding(data, candidate);
             !text.isNil()) {
             if (usedEncoding)

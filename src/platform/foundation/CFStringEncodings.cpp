@@ -149,6 +149,8 @@ constexpr EncodingRow rows[] = {
     {kCFStringEncodingNonLossyASCII, "NonLossyASCII", Kind::NonLossyASCII, ""},
     {kCFStringEncodingEBCDIC_US, "EBCDIC_US", Kind::IconvPage, "EBCDIC-US"},
     {kCFStringEncodingEBCDIC_CP037, "EBCDIC_CP037", Kind::ICU, "ibm-37"},
+    {kCFStringEncodingKamenicky, "Kamenicky", Kind::OwnPage, ""},
+    {kCFStringEncodingKOI8_CS2, "KOI8-CS2", Kind::OwnPage, ""},
     {kCFStringEncodingUTF7, "UTF-7", Kind::ICU, "UTF-7"},
     {kCFStringEncodingUTF8, "UTF-8", Kind::UTF8, ""},
     {kCFStringEncodingUTF32, "UTF-32", Kind::UTF32, ""},
@@ -158,12 +160,12 @@ constexpr EncodingRow rows[] = {
     {kCFStringEncodingUTF32LE, "UTF-32LE", Kind::UTF32LE, ""},
 };
 
-struct SmallNumber {
+struct NumberPair {
     NSStringEncoding number;
     CFStringEncoding encoding;
 };
 
-constexpr SmallNumber smallNumbers[] = {
+constexpr NumberPair ownNumbers[] = {
     {NSASCIIStringEncoding, kCFStringEncodingASCII},
     {NSNEXTSTEPStringEncoding, kCFStringEncodingNextStepLatin},
     {NSJapaneseEUCStringEncoding, kCFStringEncodingEUC_JP},
@@ -181,6 +183,8 @@ constexpr SmallNumber smallNumbers[] = {
     {NSWindowsCP1250StringEncoding, kCFStringEncodingWindowsLatin2},
     {NSISO2022JPStringEncoding, kCFStringEncodingISO_2022_JP},
     {NSMacOSRomanStringEncoding, kCFStringEncodingMacRoman},
+    {NSKamenickyStringEncoding, kCFStringEncodingKamenicky},
+    {NSKOI8CS2StringEncoding, kCFStringEncodingKOI8_CS2},
 };
 
 constexpr NSStringEncoding largeNumberBit = 0x80000000;
@@ -199,12 +203,11 @@ const EncodingRow* encodingRow(CFStringEncoding encoding) {
 }
 
 NSStringEncoding CFStringConvertEncodingToNSStringEncoding(CFStringEncoding encoding) {
-    for (const SmallNumber& small : smallNumbers) {
-        const bool isExact = small.encoding == kCFStringEncodingUTF8 ||
-                             small.encoding == kCFStringEncodingASCII ||
-                             small.encoding == kCFStringEncodingUnicode;
-        if ((isExact ? encoding : encoding & 0xFFF) == small.encoding)
-            return small.number;
+    for (const NumberPair& pair : ownNumbers) {
+        const bool isExact = pair.encoding > 0xFFF || pair.encoding == kCFStringEncodingASCII ||
+                             pair.encoding == kCFStringEncodingUnicode;
+        if ((isExact ? encoding : encoding & 0xFFF) == pair.encoding)
+            return pair.number;
     }
     return encoding | largeNumberBit;
 }
@@ -212,12 +215,10 @@ NSStringEncoding CFStringConvertEncodingToNSStringEncoding(CFStringEncoding enco
 CFStringEncoding CFStringConvertNSStringEncodingToEncoding(NSStringEncoding encoding) {
     if (encoding == kCFStringEncodingInvalidId)
         return kCFStringEncodingInvalidId;
-    if (encoding & largeNumberBit)
-        return encoding & ~largeNumberBit;
-    for (const SmallNumber& small : smallNumbers)
-        if (encoding == small.number)
-            return small.encoding;
-    return kCFStringEncodingInvalidId;
+    for (const NumberPair& pair : ownNumbers)
+        if (encoding == pair.number)
+            return pair.encoding;
+    return encoding & largeNumberBit ? encoding & ~largeNumberBit : kCFStringEncodingInvalidId;
 }
 
 bool CFStringIsEncodingAvailable(CFStringEncoding encoding) {

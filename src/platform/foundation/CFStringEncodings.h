@@ -173,6 +173,14 @@ inline constexpr CFStringEncoding kCFStringEncodingNonLossyASCII = 0xBFF;
 inline constexpr CFStringEncoding kCFStringEncodingEBCDIC_US = 0xC01;
 inline constexpr CFStringEncoding kCFStringEncodingEBCDIC_CP037 = 0xC02;
 
+// Two Czech encodings that the platform lacks. Their numbers are of our own choosing and lie outside the
+// ranges of the platform's, so that they never meet a real one. Kamenický is the code page of Czech and
+// Slovak DOS: ASCII, the letters 80 to AB where the code page 437 has its own, 437 for the rest. KOI8-CS2
+// (ČSN 36 9103) has capitals 20 (hexadecimal) above their small letters; its bytes C7 and E7, one letter "ch"
+// to a Czech, are two units.
+inline constexpr CFStringEncoding kCFStringEncodingKamenicky = 0xA001;
+inline constexpr CFStringEncoding kCFStringEncodingKOI8_CS2 = 0xA002;
+
 inline constexpr NSStringEncoding NSASCIIStringEncoding = 1;
 inline constexpr NSStringEncoding NSNEXTSTEPStringEncoding = 2;
 inline constexpr NSStringEncoding NSJapaneseEUCStringEncoding = 3;
@@ -195,6 +203,8 @@ inline constexpr NSStringEncoding NSUTF16LittleEndianStringEncoding = 0x94000100
 inline constexpr NSStringEncoding NSUTF32StringEncoding = 0x8C000100;
 inline constexpr NSStringEncoding NSUTF32BigEndianStringEncoding = 0x98000100;
 inline constexpr NSStringEncoding NSUTF32LittleEndianStringEncoding = 0x9C000100;
+inline constexpr NSStringEncoding NSKamenickyStringEncoding = 0xFFFFFFF0;
+inline constexpr NSStringEncoding NSKOI8CS2StringEncoding = 0xFFFFFFF1;
 
 /// Any number is converted, whether there is a converter for it or not. DOSJapanese (0x420) gives 8,
 /// NSShiftJISStringEncoding, and ShiftJIS (0xA01) does not.

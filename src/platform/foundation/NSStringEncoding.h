@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace kelvo {
 
@@ -16,6 +17,17 @@ namespace kelvo {
 /// A byte-order mark at the beginning is taken off for UTF-8, UTF-16 and UTF-32 (not for the encodings that
 /// name an order); UTF-16 and UTF-32 without one are big-endian. Unpaired surrogates in UTF-16 are kept.
 NSString stringWithData_encoding(const NSData& data, NSStringEncoding encoding);
+/// The same for bytes that need not be valid: what is not becomes U+FFFD.
+NSString stringByRepairingData_encoding(const NSData& data, NSStringEncoding encoding);
+
+/// The encoding whose byte-order mark the bytes begin with: UTF-8, UTF-32, UTF-16 (NSUnicodeStringEncoding),
+/// or kCFStringEncodingInvalidId. FF FE 00 00 is taken for the mark of UTF-32.
+NSStringEncoding encodingOfByteOrderMark(std::string_view bytes);
+/// The text of data that begins with a byte-order mark, in whose encoding it is decoded, without the mark;
+/// what is not valid in UTF-8 and UTF-16 becomes U+FFFD, and a part of a unit at the end of UTF-16 and UTF-32
+/// is left out. What begins like UTF-32 and is none is UTF-16. Nil without a mark, and when the text is not
+/// valid in UTF-32. `encoding` may be null; it is set when there is a text.
+NSString stringWithMarkedData(const NSData& data, NSStringEncoding* encoding);
 
 /// The bytes of the text; nil when the string is nil, when the encoding is not available and when it cannot
 /// hold a character. UTF-16 and UTF-32 (not those that name an order) begin with a byte-order mark and have

@@ -201,8 +201,16 @@ private:
                                  std::size_t capacity) const {
         Progress progress;
         std::size_t written = 0;
-        for (std::uint8_t byte : bytes) {
-            const char16_t unit = page_.units[byte];
+        while (progress.bytesRead < bytes.size()) {
+            const std::span<const std::uint8_t> rest = bytes.subspan(progress.bytesRead);
+            if (page_.isASCIICompatible && rest[0] < 0x80 && written < capacity) {
+                const std::size_t ascii =
+                    widenASCIIPrefix(rest.data(), std::min(rest.size(), capacity - written), units + written);
+                progress.bytesRead += ascii;
+                written += ascii;
+                continue;
+            }
+            const char16_t unit = page_.units[rest[0]];
             const std::u16string_view sequence = encodingPageSequence(unit);
             if (capacity - written < std::max<std::size_t>(sequence.size(), 1)) {
                 progress.isOutputFull = true;

@@ -65,6 +65,8 @@ TEST(Encoding, Numbers) {
         {0x80000632, 0x0632},
         {0x80000A01, 0x0A01},
         {0x80000001, 0x0001},
+        {0xFFFFFFF0, 0xA001},
+        {0xFFFFFFF1, 0xA002},
         {0xFFFFFFFF, 0xFFFFFFFF},
     };
     for (const Row& row : rows) {
@@ -95,11 +97,11 @@ TEST(Encoding, Availability) {
             unavailable.insert(row.encoding);
     }
     EXPECT_EQ(unavailable, withoutConverter);
-    EXPECT_EQ(encodingTable().size(), 136u);
-    for (CFStringEncoding unknown : {0xFFFFFFFFu, 0x8u, 0xA001u, 0xA002u, 0x20Cu, 0x10600u})
+    EXPECT_EQ(encodingTable().size(), 138u);
+    for (CFStringEncoding unknown : {0xFFFFFFFFu, 0x8u, 0xA000u, 0xA003u, 0x20Cu, 0x10600u})
         EXPECT_FALSE(CFStringIsEncodingAvailable(unknown)) << unknown;
     EXPECT_TRUE(CFStringGetNameOfEncoding(0x500) == u"windows-1252");
-    EXPECT_TRUE(CFStringGetNameOfEncoding(0xA001).isNil());
+    EXPECT_TRUE(CFStringGetNameOfEncoding(0xA003).isNil());
 }
 
 // Where the C library has the page too, and agrees.
@@ -180,6 +182,8 @@ TEST(Encoding, Rows) {
         {"MacSymbol", 0x21, "aA\xA0\xF2", u"\u03B1\u0391\u20AC\u222B"},
         {"MacDingbats", 0x22, "!\xFE", u"\u2701\u27BE"},
         {"NextStepLatin", 0xB01, "\x80\xAE\xFB", u"\u00A0\uFB01\u00DF"},
+        {"Kamenicky", 0xA001, "a\x80\xA9\xFF", u"a\u010C\u0159\u00A0"},
+        {"KOI8-CS2", 0xA002, "ch\xC1\xE1", u"ch\u00E1\u00C1"},
         {"JIS_X0201_76", 0x620, "a\\~\xA1\xDF", u"a\u00A5\u203E\uFF61\uFF9F"},
         {"JIS_X0208_83", 0x621, "0!0\"\n\x25\x22", u"\u4E9C\u5516\n\u30A2"},
         {"JIS_X0212_90", 0x623, "0!", u"\u4E02"},
@@ -232,6 +236,7 @@ TEST(Encoding, Rows) {
         {"UTF-32, marked", 0xC000100, "\xFF\xFE\0\0a\0\0\0"sv, u"a"},
         {"UTF-32, unmarked", 0xC000100, "\0\0\0a"sv, u"a"},
         {"MacThai, mark in another position", 0x15, "\x83\x88", u"\u0E48\u0E48"},
+        {"KOI8-CS2, bytes for two letters", 0xA002, "\xC7h\xE7\xC7", u"chhCHch"},
         {"MacArabic, right-to-left copy", 0x4, "\xA1", u"!"},
         {"KSC_5601_87 in seven bits", 0x640, "0!", u"\uAC00"},
         {"MacJapanese", 0x1, "\x88\x9F", u"\u4E9C"},
@@ -286,9 +291,49 @@ TEST(Encoding, BytesThatAreNotValid) {
         SCOPED_TRACE(row.name);
         EXPECT_TRUE(decoded(row.bytes, row.encoding).isNil());
         EXPECT_EQ(decodedLeniently(row.bytes, row.encoding), row.repaired);
+        EXPECT_EQ(stringByRepairingData_encoding(NSData::dataWithBytes(row.bytes),
+                                                 CFStringConvertEncodingToNSStringEncoding(row.encoding))
+                      .characters(),
+                  row.repaired);
     }
     EXPECT_TRUE(stringWithData_encoding(NSData(), NSUTF8StringEncoding).isNil());
+    EXPECT_TRUE(stringByRepairingData_encoding(NSData(), NSUTF8StringEncoding).isNil());
     EXPECT_TRUE(decoded("\xEF\xBF\xBD", kCFStringEncodingUTF8) == u"\uFFFD");
+}
+
+TEST(Encoding, MarkedData) {
+    struct Row {
+        const char* name;
+        std::string_view bytes;
+        NSStringEncoding mark;
+        const char16_t* text;
+    };
+    const Row rows[] = {
+        {"none", "ab", kCFStringEncodingInvalidId, nullptr},
+        {"empty", "", kCFStringEncodingInvalidId, nullptr},
+        {"half a mark", "\xEF\xBB", kCFStringEncodingInvalidId, nullptr},
+        {"UTF-8", "\xEF\xBB\xBF\xC3\xA9", NSUTF8StringEncoding, u"\u00E9"},
+        {"UTF-8 that is not", "\xEF\xBB\xBFz\xE9", NSUTF8StringEncoding, u"z\uFFFD"},
+        {"UTF-16, little-endian", "\xFF\xFE\xE9\0"sv, NSUnicodeStringEncoding, u"\u00E9"},
+        {"UTF-16, big-endian, cut off", "\xFE\xFF\0\xE9\0"sv, NSUnicodeStringEncoding, u"\u00E9"},
+        {"UTF-32, little-endian", "\xFF\xFE\0\0\xE9\0\0\0"sv, NSUTF32StringEncoding, u"\u00E9"},
+        {"UTF-32, big-endian, cut off", "\0\0\xFE\xFF\0\0\0\xE9\0"sv, NSUTF32StringEncoding, u"\u00E9"},
+        {"UTF-32 that is not", "\0\0\xFE\xFF\x7F\0\0\0"sv, NSUTF32StringEncoding, nullptr},
+        {"the mark alone", "\xFE\xFF", NSUnicodeStringEncoding, u""},
+    };
+    for (const Row& row : rows) {
+        NSStringEncoding used = kCFStringEncodingInvalidId;
+        EXPECT_EQ(encodingOfByteOrderMark(row.bytes), row.mark) << row.name;
+        EXPECT_EQ(stringWithMarkedData(NSData::dataWithBytes(row.bytes), &used), NSString(row.text))
+            << row.name;
+        EXPECT_EQ(used, row.text ? row.mark : NSStringEncoding(kCFStringEncodingInvalidId)) << row.name;
+    }
+    NSStringEncoding used = 0;
+    EXPECT_EQ(stringWithMarkedData(NSData::dataWithBytes("\xFF\xFE\0\0\0\xD8\x61\0"sv), &used),
+              NSString(u"\0\xD800\x61"sv))
+        << "UTF-16 that begins with U+0000";
+    EXPECT_EQ(used, NSUnicodeStringEncoding);
+    EXPECT_TRUE(stringWithMarkedData(NSData(), nullptr).isNil());
 }
 
 TEST(Encoding, CharactersThatDoNotFit) {
