@@ -100,7 +100,8 @@ FontEffect effectOfFontTag(std::u16string_view tag, std::u16string_view bodyColo
             const std::size_t points = findIgnoringCase(style, "PT");
             if (points != style.npos && points > 1) {
                 const char16_t before = style[points - 2], digit = style[points - 1];
-                const bool isLonger = before <= 0xFF && unitIsInBitmap(digitCharacterSetRep(), before);
+                const bool isLonger =
+                    before == u'.' || (before <= 0xFF && unitIsInBitmap(digitCharacterSetRep(), before));
                 effect.hidesText = !isLonger && digit >= u'1' && digit <= u'4';
             }
         }

@@ -19,7 +19,8 @@ struct FontEffect {
 };
 
 /// Of a font tag. It hides text in the colour of the body (which may be empty: unknown), and of 1 to 4
-/// points by the first "pt" of a style that speaks of "font-size". Class "feed_date" is compared exactly.
+/// points, without a decimal point, by the first "pt" of a style that speaks of "font-size". Class
+/// "feed_date" is compared exactly.
 FontEffect effectOfFontTag(std::u16string_view tag, std::u16string_view bodyColor);
 
 /// The marker bits (PlainTextContext.h) after a comment. The names that follow "googleon:" are set, then

@@ -55,7 +55,7 @@ bool RetrieveEncodingHandler(const NSString&, char16_t* characters, std::size_t 
     if (second == u'?' && isNamed(name, u"xml")) {
         discovery.charset = XmlExtensions::attributeOfTagCharacters_range_withName(
             characters, {tagLocation, tagLength}, "ENCODING");
-        discovery.hasStopped = true;
+        discovery.hasStopped = !discovery.charset.isNil();
     } else if (isNamed(name, u"body")) {
         discovery.hasStopped = true;
     } else if (second != u'/' && isNamed(name, u"meta")) {

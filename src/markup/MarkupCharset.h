@@ -5,9 +5,9 @@
 
 namespace kelvo {
 
-/// The charset label that a document declares: in its XML declaration, which is final even when it names
-/// none, or else in the first of its meta tags that has one, long or short form. The document is read no
-/// further than that tag or its body tag. Never nil: empty when there is none.
+/// The charset label that a document declares: in its XML declaration, or else in the first of its meta tags
+/// that has one, long or short form. The document is read no further than that tag or its body tag. Never
+/// nil: empty when there is none.
 NSString markupCharset(const NSString& markup);
 /// charset2NSStringEncoding of that label.
 NSStringEncoding markupEncoding(const NSString& markup);

@@ -14,12 +14,13 @@ namespace kelvo {
 ///   them and never merged.
 /// - p, div, hr, h1 to h9, blockquote, pre: paragraph break. br, dd, dt, dl, li, ol, ul, tr: line break. td
 ///   and th: a space where there is no white space.
-/// - a, img, input, and table, caption, thead, tbody, tfoot, button, label, textarea, audio, canvas, embed,
+/// - a, img, input, and title, table, caption, thead, tbody, tfoot, button, label, textarea, audio, canvas,
+/// embed,
 ///   object, video: the words on both sides belong apart, so a space follows if the line goes on. Their text
 ///   is text like any other; the alternative text of images is not read.
 /// - address, article, aside, center, details, dialog, dir, fieldset, figcaption, figure, footer, form,
 ///   header, hgroup, legend, main, menu, nav, section, summary: line break, as browsers show them.
-/// - All other tags, title among them, leave no trace: "<b>w</b>ord" is one word.
+/// - All other tags leave no trace: "<b>w</b>ord" is one word.
 /// - body, head, noframes and noscript count the depth of the body inside it as outside.
 /// - The feed-date flag is kept for callers; it does not change the text. Of the marker bits only the index
 ///   bit does.

@@ -61,6 +61,7 @@ constexpr Row rows[] = {
     {"tbody", Rule::separation},
     {"tfoot", Rule::separation},
     {"thead", Rule::separation},
+    {"title", Rule::separation},
     {"video", Rule::separation},
 
     {"button", Rule::separation},

@@ -46,7 +46,7 @@ TEST(Html2Text, OnlyBody) {
     for (const auto& row : rows) {
         EXPECT_EQ(onlyBody(row.html), row.text) << row.name;
     }
-    EXPECT_EQ(stringByConvertingHtml2PlainText(u"<head><title>T</title></head> <body>A"), u"T A");
+    EXPECT_EQ(stringByConvertingHtml2PlainText(u"<head><title>T</title></head><body>A"), u"T A");
 }
 
 TEST(Html2Text, Simplified) {

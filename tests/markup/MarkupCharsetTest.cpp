@@ -32,7 +32,7 @@ TEST(MarkupCharsetTest, firstDeclarationBeforeTheBody) {
         {"behind the closing body", u"</body><meta charset=no>", u""},
         {"in a script", u"<script>'<meta charset=no><body>'</script><meta charset=yes>", u"yes"},
         {"XML", u"<?xml version='1.0' ENCODING=\"a-1\"?><meta charset=no>", u"a-1"},
-        {"XML without encoding is final", u"<?XML version='1.0'?><meta charset=no>", u""},
+        {"XML without encoding", u"<?XML version='1.0'?><meta charset=yes>", u"yes"},
         {"references in XML stay", u"<?xml encoding='&#97;-1'?>", u"&#97;-1"},
         {"XML style sheet", u"<?xml-stylesheet encoding='no'?><meta charset=yes>", u"yes"},
         {"element xml", u"<xml encoding='no'></xml><meta charset=yes>", u"yes"},

@@ -39,8 +39,8 @@ TEST(PlainTextHandler, TagsWriteWhatTheirRuleSays) {
     for (const auto& [names, between] : std::vector<TagRow>{
              {"p div hr h1 h9 blockquote BLOCKQUOTE", u"\n\n"},
              {"br dd dt dl li ol ul tr address article figcaption form LEGEND nav section summary", u"\n"},
-             {"td th TH img a table caption tbody button label textarea object input iNPUT", u" "},
-             {"b span title h0 h10 px body noscript/ font em wbr", u""},
+             {"td th TH img a TITLE table caption tbody button label textarea object input iNPUT", u" "},
+             {"b span h0 h10 px body noscript/ font em wbr", u""},
          }) {
         const std::string list = names;
         for (std::size_t start = 0; start < list.size();) {
@@ -143,6 +143,8 @@ TEST(PlainTextHandler, HiddenFonts) {
         {"4 points", u"a<font style=\"font-size:4pt\">b</font>c", u"ac"},
         {"5 points", u"a<font style=\"font-size:5pt\">b</font>c", u"abc"},
         {"14 points", u"a<font style=\"FONT-SIZE:14PT\">b</font>c", u"abc"},
+        {"points and a half", u"a<font style=\"font-size:1.5pt\">b</font>c", u"abc"},
+        {"ten points and two tenths", u"a<font style=\"font-size: 10.2pt\">b</font>c", u"abc"},
         {"0 points", u"a<font style=\"font-size:0pt\">b</font>c", u"abc"},
         {"not a size", u"a<font style=\"margin:: 4pt\">b</font>c", u"abc"},
         {"body clears it", u"a<font style=\"font-size:4pt\">b<body>c", u"ac"},
