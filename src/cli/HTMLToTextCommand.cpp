@@ -4,45 +4,31 @@
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
+#include "markup/CharsetLabels.h"
 #include "markup/Html2Text.h"
 #include "markup/MarkupDecoding.h"
-#include "markup/TagScanner.h"
+#include "platform/foundation/NSStringEncoding.h"
 #include "protocol/ResultKeys.h"
-
-#include <string_view>
 
 namespace kelvo::cli {
 namespace {
 
-bool stopAtMarkup(const NSString&, char16_t*, std::size_t, std::size_t, std::size_t, std::size_t, std::size_t,
-                  TagKind kind, void* hasMarkup) {
-    const bool isMarkup = kind != TagKind::text;
-    *static_cast<bool*>(hasMarkup) = isMarkup;
-    return isMarkup;
-}
-
-/// A byte-order mark says for sure what follows it, and the markup cannot be read without heeding it. Nil
-/// when there is none.
-NSString charsetOfByteOrderMark(std::string_view bytes) {
-    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
-        return u"utf-16";
-    return bytes.starts_with("\xEF\xBB\xBF") ? NSString(u"utf-8") : NSString();
+/// What the user says about the page is heeded as it is, then its byte-order mark, then its own declaration.
+NSString markupOfPage(const NSData& page, const NSString& charset) {
+    if (!charset.isNil())
+        return stringByRepairingData_encoding(page, NSEncodingFromName(charset));
+    if (const NSString marked = stringWithMarkedData(page, nullptr); !marked.isNil())
+        return marked;
+    return XmlExtensions::stringWithMarkupData_defaultEncoding(page, NSISOLatin1StringEncoding);
 }
 
 /// Nil when the page has no text.
 NSString textOfPage(const NSData& page, const Options& options) {
-    const NSString charset =
-        options.charset.isNil() ? charsetOfByteOrderMark(page.characters()) : options.charset;
-    const NSString markup = XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
-        page, charset, NSISOLatin1StringEncoding, nullptr);
+    const NSString markup = markupOfPage(page, options.charset);
     const NSString text = stringByConvertingHtml2PlainTextNonUmlauted_reformat_onlyBody_removeJunk_googleTags(
         markup, options.foldsAccents, options.reformats, options.takesOnlyBody, options.removesJunk, nullptr,
         options.honoursMarkers);
-    // A page without text comes back as it is, and so does text without markup; only the latter is an answer.
-    bool hasMarkup = false;
-    if (text.isIdenticalTo(markup))
-        GetTagsOfString(markup, stopAtMarkup, &hasMarkup, false);
-    return text.isEmpty() || hasMarkup ? NSString() : text;
+    return text.isEmpty() || isBareMarkup(text, markup) ? NSString() : text;
 }
 
 ExitStatus runPage(Session& session, const std::string& file) {

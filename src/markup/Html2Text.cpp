@@ -64,6 +64,13 @@ private:
     char16_t* units_ = nullptr;
 };
 
+bool stopAtMarkup(const NSString&, char16_t*, std::size_t, std::size_t, std::size_t, std::size_t, std::size_t,
+                  TagKind kind, void* hasMarkup) {
+    const bool isMarkup = kind != TagKind::text;
+    *static_cast<bool*>(hasMarkup) = isMarkup;
+    return isMarkup;
+}
+
 } // namespace
 
 NSString
@@ -105,6 +112,13 @@ _convertHtml2PlainTextUsingHandler_entities_stdEntities_nonUmlauted_reformat_onl
     if (junkFound)
         *junkFound = context.junkFound;
     return buffer.takeString(static_cast<std::size_t>(context.write - context.outputStart));
+}
+
+bool isBareMarkup(const NSString& text, const NSString& html) {
+    bool hasMarkup = false;
+    if (text.isIdenticalTo(html))
+        GetTagsOfString(html, stopAtMarkup, &hasMarkup, false);
+    return hasMarkup;
 }
 
 NSString stringByConvertingHtml2PlainText(const NSString& string) {

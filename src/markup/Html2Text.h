@@ -36,6 +36,10 @@ stringByConvertingHtml2PlainTextEntities_stdEntities_nonUmlauted_reformat_onlyBo
 /// The text of the body alone, unformatted: a space before each run of text.
 NSString stringByConvertingHtml2SimplifiedPlainText(const NSString& string);
 
+/// Whether `text`, which one of them made of `html`, is the markup of a page that has no text, and not a text
+/// without markup. Both come back as they were; only the latter is something to read.
+bool isBareMarkup(const NSString& text, const NSString& html);
+
 /// The driver of them all. The handler is one that writes as a PlainTextContext tells.
 NSString
 _convertHtml2PlainTextUsingHandler_entities_stdEntities_nonUmlauted_reformat_onlyBody_removeJunk_googleTags(

@@ -13,9 +13,9 @@ namespace kelvo {
 NSURL baseURL(const WebArchive& archive);
 /// The markup of the archive's document.
 NSString documentSource(const WebArchive& archive);
-/// The text of the resource when its MIME type is one of markup (URLUtilities.h), else nil. It is decoded as
-/// MarkupDecoding.h says, with the resource's label and ISO Latin 1 where neither label nor document tells
-/// more.
+/// The text of the resource when its MIME type is one of markup (URLUtilities.h), else nil. Without a
+/// label a byte-order mark tells the encoding; else it is decoded as MarkupDecoding.h says, with the
+/// resource's label and ISO Latin 1 where neither label nor document tells more.
 NSString documentSource(const WebResource& resource);
 
 namespace WebKitAdditions {

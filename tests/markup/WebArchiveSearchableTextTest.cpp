@@ -130,5 +130,27 @@ TEST(WebArchiveSearchableTextTest, WhatIsMissingIsNil) {
     }
 }
 
+TEST(WebArchiveSearchableTextTest, LabelsAndMarksTellTheEncoding) {
+    const std::string meta = "<meta charset=windows-1251>";
+    const struct {
+        const char* name;
+        std::string charset, html;
+        const char16_t* source;
+    } rows[] = {
+        {"mark against the page", "", "\xEF\xBB\xBF" + meta + "\xC3\xA9",
+         u"<meta charset=windows-1251>\u00E9"},
+        {"UTF-16", "", std::string("\xFF\xFE<\0p\0>\0\x30\x04", 10), u"<p>\u0430"},
+        {"label against the mark", "latin1", "\xEF\xBB\xBF", u"\u00EF\u00BB\u00BF"},
+        {"page without a mark", "", meta + "\xE0", u"<meta charset=windows-1251>\u0430"},
+        {"Czech labels", "x-kam-cs", "<p>\xA9", u"<p>\u0159"},
+        {"the other one", "koi8-cs2", "<p>\xC7", u"<p>ch"},
+    };
+    for (const auto& row : rows) {
+        const Page page{"p", "text/html", row.charset, row.html, {}};
+        for (const NSData& data : {propertyList(page, NSPropertyListBinaryFormat_v1_0), MIMEHTML(page)})
+            EXPECT_EQ(documentSource(WebArchive::initWithData(data)), row.source) << row.name;
+    }
+}
+
 } // namespace
 } // namespace kelvo

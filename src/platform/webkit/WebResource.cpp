@@ -1,5 +1,7 @@
 #include "platform/webkit/WebResource.h"
 
+#include "platform/foundation/NSStringEncoding.h"
+
 #include <utility>
 
 namespace kelvo {
@@ -31,6 +33,13 @@ NSString WebResource::MIMEType() const {
 
 NSString WebResource::textEncodingName() const {
     return fields_ ? fields_->textEncodingName : NSString();
+}
+
+NSString WebResource::_stringValue() const {
+    constexpr std::size_t longest = maximumSizeInBytes / sizeof(char16_t);
+    if (!textEncodingName().isEmpty() || data().length() > longest)
+        return nullptr;
+    return stringWithMarkedData(data(), nullptr);
 }
 
 NSString WebResource::frameName() const {

@@ -28,6 +28,9 @@ public:
     NSString MIMEType() const;
     /// The charset label that came with the data, which need not be one that exists.
     NSString textEncodingName() const;
+    /// The text of data that tells its encoding by a byte-order mark, without the mark; nil when it has none,
+    /// when a label came with it, and when it is longer than 1 GiB.
+    NSString _stringValue() const;
     /// Of a frame's main resource; empty for the frame of the page itself.
     NSString frameName() const;
 
