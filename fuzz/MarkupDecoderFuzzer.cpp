@@ -13,10 +13,10 @@ using namespace kelvo;
 
 namespace {
 
-const NSString labels[] = {nullptr,         u"utf-8",      u"latin1",        u"us-ascii",
-                           u"windows-1251", u"big5",       u"x-sjis",        u"gbk",
-                           u"utf-16",       u"mac-hebrew", u"iso-2022-jp",   u"kam-cs",
-                           u"windows-1255", u"euc-cn",     u"iso-2022-jp-3", u"martian"};
+const NSString labels[] = {nullptr,        u"utf-8",   u"latin1",       u"us-ascii", u"windows-1251",
+                           u"big5",        u"x-sjis",  u"gbk",          u"utf-16",   u"mac-hebrew",
+                           u"iso-2022-jp", u"kam-cs",  u"windows-1255", u"euc-cn",   u"iso-2022-jp-3",
+                           u"martian",     u"koi8-cs2"};
 constexpr NSStringEncoding defaults[] = {NSISOLatin1StringEncoding, NSUTF8StringEncoding,
                                          NSUnicodeStringEncoding, NSWindowsCP1251StringEncoding,
                                          kCFStringEncodingInvalidId};
@@ -25,7 +25,9 @@ NSString decoded(const std::string& bytes, NSStringEncoding encoding) {
     const auto codec = makeTextCodec(CFStringConvertNSStringEncodingToEncoding(encoding));
     if (!codec)
         return nullptr;
-    std::vector<char16_t> units(std::max<std::size_t>(bytes.size(), 32));
+    // The letter "ch" is not cut off.
+    const std::size_t most = bytes.size() * (encoding == NSKOI8CS2StringEncoding ? 2 : 1);
+    std::vector<char16_t> units(std::max<std::size_t>(most, 32));
     const auto length = codec
                             ->decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()},
                                      units.data(), units.size())
@@ -55,7 +57,8 @@ bool isRight(const std::string& bytes, const NSString& label, NSStringEncoding d
         !isNamed || (isRussian && !isUTF8) || declared == (0x80000000 | kCFStringEncodingBig5);
     if (isDiscarded)
         return result == second;
-    if (losses(second) > 0)
+    const bool isCzech = declared == NSKamenickyStringEncoding || declared == NSKOI8CS2StringEncoding;
+    if (!isCzech && losses(second) > 0)
         return result == (losses(second) > losses(first) ? first : second);
     const bool keepsFirst = losses(first) == 0 && isUTF8 &&
                             (isRussian || declared == NSISOLatin1StringEncoding) &&

@@ -27,11 +27,11 @@ void walk(const WebArchive& archive, std::size_t depth, Count& count) {
     if (!document.isNil())
         check(document);
     const NSString source = documentSource(document);
-    require(source.length() <= document.data().length() + 32);
+    require(source.length() <= document.data().length() * 2 + 32);
     const NSString piece = stringByConvertingHtml2PlainTextNonUmlauted_reformat_onlyBody_googleTags(
         source, false, true, true, false);
     if (!piece.isNil())
-        (count.text += u"\n\n") += piece.characters();
+        (count.text += u"\n\n") += isBareMarkup(piece, source) ? u"" : piece.characters();
     for (const WebResource& resource : archive.subresources())
         check(resource);
     count.resources += archive.subresources().size();

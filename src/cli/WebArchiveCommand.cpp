@@ -24,7 +24,7 @@ ExitStatus runWebArchive(Session& session, const std::string& file) {
 
     const NSDictionary dictionary = result.dictionary();
     if (dictionary.count() == 0) {
-        session.complain(subject + ": is no web archive that can be read");
+        session.complain(subject + ": has no text, or is no web archive that can be read");
         return ExitStatus::noAnswer;
     }
     if (options.printsJSON)

@@ -15,7 +15,8 @@ void appendTextOfSource(const NSString& source, NSMutableString& text) {
     if (piece.isNil())
         return;
     text.appendString(u"\n\n");
-    text.appendString(piece);
+    if (!isBareMarkup(piece, source))
+        text.appendString(piece);
 }
 
 // Depth first, without recursion.

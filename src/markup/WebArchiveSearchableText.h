@@ -11,9 +11,9 @@ namespace kelvo {
 // has the address and the source.)
 //
 // Each document with a source gives one piece: two line feeds and the text of its body as Html2Text.h makes
-// it, with the lines of preformatted text kept. Two line feeds begin the first piece too. As there, a
-// document without any text (a frameset, say) gives its markup. The archive's own document comes first, then
-// its frames in order, each before the frames within it.
+// it, with the lines of preformatted text kept. Two line feeds begin the first piece too. A
+// document without any text (a frameset, say) gives the line feeds alone. The archive's own document comes
+// first, then its frames in order, each before the frames within it.
 
 /// Appends the pieces; nothing when there are none. Throws NSException (NSMallocException) when the text
 /// would pass maximumSizeInBytes.

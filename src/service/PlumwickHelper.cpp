@@ -9,6 +9,7 @@
 #include "platform/foundation/SCNetworkReachability.h"
 #include "platform/foundation/Value.h"
 #include "protocol/ResultKeys.h"
+#include "text/CharacterSetReps.h"
 #include "url/NSURLKelvoExtensions.h"
 
 #include <cstdint>
@@ -100,7 +101,10 @@ NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString& file) {
     NSURL baseURL;
     NSString source;
     const NSString text = SearchableText::searchableTextOfFile_baseURL_source(file, &baseURL, &source);
-    NSMutableDictionary result = NSMutableDictionary::dictionaryWithObjectsAndKeys({{text, ResultStringKey}});
+    NSMutableDictionary result = NSMutableDictionary::dictionary();
+    // What separates pieces without text is no text either.
+    if (!text.isNil() && !isWhiteString(text))
+        result.setObject_forKey(text, ResultStringKey);
     if (!source.isNil())
         result.setObject_forKey(source, ResultSourceKey);
     if (!baseURL.isNil())

@@ -184,7 +184,7 @@ TEST_F(CommandTest, PrintsTheTextOfWebArchives) {
         {{"page.zzz", "--json", "--source"}, 2, ""},
         {{"picture.mht"}, 1, ""},
         {{"picture.mht", "--source"}, 1, ""},
-        {{"picture.mht", "--json"}, 0, "{\"String\":\"\"}\n"},
+        {{"picture.mht", "--json"}, 1, "{}\n"},
         {{"text.zzz"}, 1, ""},
         {{"text.zzz", "--json"}, 1, "{}\n"},
         {{"missing.mht"}, 4, ""},

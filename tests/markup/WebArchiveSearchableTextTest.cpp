@@ -115,7 +115,11 @@ TEST(WebArchiveSearchableTextTest, WhatIsMissingIsNil) {
     EXPECT_TRUE(source.isNil());
     EXPECT_EQ(textOf({"e", "text/html", "", "", {{"f", "text/html", "", "x", {}}}}, source), "\n\n\n\nx");
     EXPECT_EQ(source, u"");
-    EXPECT_EQ(textOf({"e", "text/html", "", "<frameset><frame>", {}}, source), "\n\n<frameset><frame>");
+    EXPECT_EQ(textOf({"e", "text/html", "", "<frameset><frame>", {}}, source), "\n\n");
+    EXPECT_EQ(
+        textOf({"e", "text/html", "", "<body><img src=a>", {{"f", "text/html", "", "a < b", {}}}}, source),
+        "\n\n\n\na < b");
+    EXPECT_EQ(source, u"<body><img src=a>");
     EXPECT_EQ(searchableText(WebArchive()), u"");
     EXPECT_TRUE(baseURL(WebArchive()).isNil());
 

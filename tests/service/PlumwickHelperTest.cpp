@@ -124,5 +124,33 @@ TEST(PlumwickHelperTest, ANameIsTheAddressThatWasJudged) {
     EXPECT_EQ(turns, 1);
 }
 
+TEST(PlumwickHelperTest, ArchivesWithoutTextHaveNoString) {
+    const tests::TemporaryFolder folder;
+    const struct {
+        const char* name;
+        std::string type, content;
+        std::vector<const char16_t*> keys;
+    } rows[] = {
+        {"text", "text/html", "<p>x", {u"String", u"Source", u"URL"}},
+        {"white", "text/html", "<p> &nbsp;", {u"Source", u"URL"}},
+        {"pictures", "text/html", "<body><img src=a>", {u"Source", u"URL"}},
+        {"empty", "text/html", "", {u"Source", u"URL"}},
+        {"no markup",
+         "multipart/related; boundary=b",
+         "--b\r\nContent-Type: image/png\r\nContent-Location: http://h/i\r\n\r\nx\r\n--b--\r\n",
+         {u"URL"}},
+    };
+    for (const auto& row : rows) {
+        const std::string file =
+            folder.write("page.mht", "MIME-Version: 1.0\r\nContent-Type: " + row.type +
+                                         "\r\nContent-Location: http://h/\r\n\r\n" + row.content);
+        const NSDictionary result = std::make_shared<PlumwickHelper>()->searchableTextOfWebArchive(
+            NSString::stringWithUTF8String(file));
+        EXPECT_EQ(result.count(), row.keys.size()) << row.name;
+        for (const char16_t* key : row.keys)
+            EXPECT_FALSE(result.objectForKey(key).isNil()) << row.name << ": " << NSString(key).UTF8String();
+    }
+}
+
 } // namespace
 } // namespace kelvo
