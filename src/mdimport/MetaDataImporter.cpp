@@ -2,14 +2,23 @@
 
 namespace kelvo {
 
-std::shared_ptr<MetaDataImporter> MetaDataImporter::sharedImporter() {
-    static std::weak_ptr<MetaDataImporter> shared;
-    std::shared_ptr<MetaDataImporter> importer = shared.lock();
-    if (!importer) {
-        importer = std::make_shared<MetaDataImporter>();
-        shared = importer;
-    }
+namespace {
+
+std::shared_ptr<MetaDataImporter>& shared() {
+    static std::shared_ptr<MetaDataImporter> importer;
     return importer;
+}
+
+} // namespace
+
+std::shared_ptr<MetaDataImporter> MetaDataImporter::sharedImporter() {
+    if (!shared())
+        shared() = std::make_shared<MetaDataImporter>();
+    return shared();
+}
+
+void MetaDataImporter::releaseSharedImporter() {
+    shared() = nullptr;
 }
 
 NSString MetaDataImporter::className() const {

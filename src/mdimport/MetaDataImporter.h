@@ -12,9 +12,10 @@ public:
     /// Both tables are nil: nothing has been loaded.
     MetaDataImporter() = default;
 
-    /// The process-wide instance, made at the first call. It lasts as long as somebody holds it; after that,
-    /// the next call makes another.
+    /// The process-wide instance, made at the first call and kept with its tables, whoever else holds it.
     static std::shared_ptr<MetaDataImporter> sharedImporter();
+    /// Lets go of it: it is destroyed with its last holder, and the next sharedImporter makes another.
+    static void releaseSharedImporter();
 
     NSString className() const override;
 
