@@ -18,7 +18,8 @@ namespace {
 /// Who asks waits 15 s, in which the engine may have to start first, and what was read has to be written and
 /// sent.
 constexpr float secondsToLoad = 10;
-/// Addresses are copied from hand to hand, and the web engine takes none of more than 1 MiB.
+/// Of those in an answer: they are copied from hand to hand, and the web engine takes none of more than 1
+/// MiB.
 constexpr std::size_t mostBytesInAddress = 256 << 10;
 
 class LocalResources final : public NSObject, public WebResourceLoadDelegate {

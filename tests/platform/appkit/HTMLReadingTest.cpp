@@ -277,13 +277,17 @@ TEST_F(HTMLResourcesTest, TheDelegateIsAskedForEveryRequest) {
     const std::string page = "<link rel=stylesheet href='" + file +
                              "'><p>x<img width=9 height=9 src='/go'><img src='/away'>"
                              "<img src='/refused2.gif'><img width=9 height=9 src='" +
-                             dataURL() + "'>";
+                             dataURL() + "'><img width=8 height=8 src='" + dataURL() +
+                             std::string(3 << 20, 'A') + "'>";
     const auto judge = std::make_shared<Judge>(
         [](const std::string& url) { return url.find("refused") == std::string::npos; });
     EXPECT_EQ(describe(read(page, {judge, server.url("/")})),
-              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}\n");
+              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}"
+              "{#ff0000;image.gif 8x8:\uFFFC}\n");
+    // Of what is embedded the kind is asked about, however much it is.
     for (const std::string& line :
-         {file, server.url("/go"), server.url("/a.gif after 302 of ") + server.url("/go"),
+         {file, dataURL(), std::string("data:image/gif;base64,"), server.url("/go"),
+          server.url("/a.gif after 302 of ") + server.url("/go"),
           server.url("/refused.gif after 302 of ") + server.url("/away"), server.url("/refused2.gif")})
         EXPECT_NE(("\n" + judge->asked).find("\n" + line + "\n"), std::string::npos) << line << " in\n"
                                                                                      << judge->asked;

@@ -13,7 +13,7 @@
 /// length in 32 bits. Three (address, the one that redirected, status code) ask, one answers.
 namespace kelvo::gate {
 
-/// Longer addresses, such as embedded data, are no question: nothing is sent for them.
+/// Longer addresses are no question: nothing is sent for them. Of embedded data only the kind is asked about.
 inline constexpr std::uint32_t maximumLength = 1 << 20;
 
 /// Absent for a path that is too long for a socket.

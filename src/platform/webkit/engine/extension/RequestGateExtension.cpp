@@ -2,6 +2,7 @@
 
 #include <webkit2/webkit-web-extension.h>
 
+#include <algorithm>
 #include <string>
 
 #include <unistd.h>
@@ -22,6 +23,15 @@ int connectToGate(const std::string& path) {
     return -1;
 }
 
+/// Embedded data can be megabytes, of which only the beginning is of interest, up to where the contents
+/// stand.
+std::string addressInQuestion(const std::string& url) {
+    constexpr std::size_t mostBytes = 1024;
+    if (url.size() <= mostBytes || url.rfind("data:", 0) != 0)
+        return url;
+    return url.substr(0, std::min(url.find(','), mostBytes - 1) + 1);
+}
+
 /// Whatever goes wrong refuses the request.
 std::string askGate(const std::string& url, const std::string& redirectedFrom, unsigned statusCode) {
     using namespace kelvo::gate;
@@ -38,11 +48,11 @@ gboolean onSendRequest(WebKitWebPage*, WebKitURIRequest* request, WebKitURIRespo
     const char* address = webkit_uri_request_get_uri(request);
     if (!address)
         return TRUE;
-    const std::string url = address;
+    const std::string url = addressInQuestion(address);
     std::string redirectedFrom;
     unsigned statusCode = 0;
     if (redirectResponse) {
-        redirectedFrom = webkit_uri_response_get_uri(redirectResponse);
+        redirectedFrom = addressInQuestion(webkit_uri_response_get_uri(redirectResponse));
         statusCode = webkit_uri_response_get_status_code(redirectResponse);
     }
     const std::string decided = askGate(url, redirectedFrom, statusCode);
