@@ -5,6 +5,7 @@
 #include "platform/foundation/SCNetworkReachability.h"
 #include "platform/webkit/PageBase.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <unordered_map>
@@ -12,8 +13,10 @@
 namespace kelvo {
 namespace {
 
-/// After the engine should have ended a page by itself, how long until it is ended.
-constexpr double secondsOfGrace = 0.5;
+/// Who asks waits no longer than the page may take, and what the engine gives has to be handed on and made
+/// text of.
+constexpr double secondsToHandOn = 0.3;
+constexpr double mostShareToHandOn = 0.1;
 
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -134,7 +137,8 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     message.setObject_forKey(pageByPlacingBase(page, options.textEncodingName, options.baseURL), u"page");
     if (!options.textEncodingName.isNil())
         message.setObject_forKey(options.textEncodingName, u"charset");
-    const double deadline = monotonicSeconds() + options.timeoutSeconds;
+    const double deadline = monotonicSeconds() + options.timeoutSeconds -
+                            std::min(secondsToHandOn, mostShareToHandOn * options.timeoutSeconds);
     message.setObject_forKey(NSNumber::numberWithDouble(deadline), u"deadline");
     message.setObject_forKey(NSNumber::numberWithBool(options.delegate != nullptr), u"asks");
 

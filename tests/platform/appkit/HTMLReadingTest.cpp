@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -416,9 +418,9 @@ TEST_F(HTMLResourcesTest, WithoutABaseRelativeReferencesAreNothing) {
 }
 
 TEST_F(HTMLResourcesTest, ScriptsSeeNoFilesAndCannotLeave) {
-    const std::string file = "file://" + folder.write("secret", "secret");
+    const std::string file = "file://" + folder.write("secret.html", "secret");
     const std::string page =
-        "<iframe id=f src='" + file +
+        "<iframe width=0 id=f src='" + file +
         "'></iframe><p id=p>x<script>function put(t){p.append(t)}try{var "
         "r=new XMLHttpRequest();r.open('GET','" +
         file +
@@ -439,6 +441,79 @@ TEST_F(HTMLResourcesTest, PagesCannotDeceiveTheWalk) {
                  "</script><form name=body><input name=tagName value=a><input name=childNodes value=b></form>"
                  "<img name=documentElement>c")),
         "[after 12] {Helvetica;13:ab}\nc");
+}
+
+TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
+    LocalServer elsewhere;
+    const std::string remote = elsewhere.url("/remote");
+    const std::string inner = server.url("/inner");
+    const std::string file = "file://" + folder.write("own.html", "<title>t</title><p>own");
+    elsewhere.respond("/b.gif", "image/gif", tests::smallPicture);
+    elsewhere.respond("/remote", "text/html",
+                      "r<a href=x>l</a><img width=9 height=9 src=b.gif><iframe src=" + inner + "></iframe>");
+    server.respond("/inner", "text/html",
+                   "<style>body{color:red}p:before{content:'g'}</style><p>i<iframe srcdoc=d></iframe>");
+    server.respond("/set", "text/html",
+                   "<frameset rows='*,*'><frame src=plain><frameset cols='*,*,0'><frame src=inner><frame "
+                   "src=none><frame src=inner></frameset></frameset>");
+    server.respond("/plain", "text/plain", "p  q");
+    server.respond("/busting", "text/html",
+                   "<script>if(top!=self)top.location=self.location</script>busting");
+    server.respond(
+        "/forging", "text/html",
+        "<script>parent.frames=top.Map=Map=String=null;closed=true;Object.prototype.get=Date.now=null;"
+        "</script><img name=self><form name=document></form>own");
+    const struct {
+        const char* name;
+        std::string page;
+        std::string expected;
+    } rows[] = {
+        {"file", "a<iframe src='" + file + "'></iframe>b", "[after 14] a\n[after 14] own\nb"},
+        {"embedded",
+         "<iframe src='data:text/html,<b>x'></iframe><object data='data:text/html,y' "
+         "type=text/html>z</object>",
+         "[after 2] {bold:x}\ny\n"},
+        {"elsewhere, with a picture and a frame of its own", "<iframe src='" + remote + "'></iframe>c",
+         "[after 14] r{#0000ee;under;to " + elsewhere.url("/x") +
+             ":l}{b.gif 9x9:\uFFFC}\n"
+             "[after 2] {#ff0000:gi}\n[after 18] d\nc"},
+        {"object, shown and missing", "<object data=set>not shown</object><object data=/none>shown</object>",
+         "[after 12] {Courier;10:p  q}\n[after 2] {#ff0000:gi}\n[after 14] d\nshown"},
+        {"frames without a page",
+         "<frameset cols='50%,*'><frame src=set><frame src='" + file + "'></frameset>",
+         "[after 12] {Courier;10:p  q}\n[after 2] {#ff0000:gi}\n[after 14] d\nown\n"},
+        {"not in the order of their loading",
+         "<iframe srcdoc=1></iframe><iframe id=m srcdoc=2></iframe><iframe id=r srcdoc=3></iframe>"
+         "<script>r.remove();document.body.prepend(m)</script>",
+         "[after 4] 2\n1\n"},
+        {"not seen",
+         "<iframe style=display:none srcdoc=1></iframe><iframe style=visibility:hidden srcdoc=2></iframe>"
+         "<iframe width=1 height=1 srcdoc=3></iframe><iframe height=0 srcdoc=4></iframe>x",
+         "x"},
+        {"in a cell", "<table><tr><td>a<td><iframe srcdoc='<p>b<p>c'></iframe></table>",
+         "[cell 0,0 of 2] a\n[after 12 cell 0,1 of 2] b\n[cell 0,1 of 2] c\n"},
+        {"that would rather be the page", "a<iframe src=busting></iframe>", "[after 2] a\nbusting\n"},
+        {"that want to be taken for others", "<iframe src=forging></iframe><iframe srcdoc=b></iframe>",
+         "[after 4] own\nb\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(describe(read(row.page, {nullptr, server.url("/")})), row.expected) << row.name;
+}
+
+TEST_F(HTMLResourcesTest, FramesShareTheBoundsOfThePage) {
+    server.respond("/again", "text/html", "a<iframe src=again></iframe><iframe src=again></iframe>");
+    const std::string deep = describe(read("<iframe src=again></iframe>", {nullptr, server.url("/")}));
+    EXPECT_LT(deep.size(), 10000U);
+    std::string wide;
+    for (int count = 0; count < 400; ++count)
+        wide += "<iframe srcdoc=x></iframe>";
+    // Those that come and go do not count.
+    const std::string churning = "<script>for(var i=0;i<600;i++){var "
+                                 "f=document.createElement('iframe');document.body.append(f);f.remove()}"
+                                 "</script><iframe srcdoc=y></iframe>";
+    const std::string text = describe(read("<body>" + churning + wide));
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'y'), 1);
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'x'), 254);
 }
 
 class HTMLFailuresTest : public HTMLResourcesTest {
@@ -493,10 +568,74 @@ TEST_F(HTMLFailuresTest, RedirectsWithoutEndEnd) {
     EXPECT_EQ(describe(read("a<img src=/r>b", {nullptr, server.url("/"), "", 10})), "ab");
 }
 
-TEST_F(HTMLFailuresTest, ScriptsWithoutEndAreEnded) {
+TEST_F(HTMLFailuresTest, PagesThatAScriptLeavesAreReadWithoutScripts) {
+    server.respond("/other", "text/html", "other");
+    server.respond("/a.gif", "image/gif", tests::smallPicture);
+    constexpr const char* all = "abc{a.gif 9x9:\uFFFC}";
+    constexpr const char* withoutScripts = "bn{a.gif 9x9:\uFFFC}";
+    const struct {
+        const char* name;
+        const char* script;
+        const char* expected = withoutScripts;
+    } rows[] = {
+        {"another page", "location='/other'"},
+        {"the same, secured", "if(location.protocol!='https:')location.protocol='https:'"},
+        {"replaced", "location.replace('/other')"},
+        {"reloaded", "location.reload()"},
+        {"a form", "document.write('<form id=f action=/other></form>');f.submit()"},
+        {"opened in its place", "open('/other','_self')"},
+        {"stopped", "stop()"},
+        {"a link, which waits", "document.write('<a id=f href=/other></a>');f.click()", all},
+        {"once it has loaded", "onload=function(){location='/other'}", all},
+        {"a place in it", "location.hash='x'", all},
+        {"by itself", "document.write('<meta http-equiv=refresh content=0;url=/other>')", all},
+    };
+    const auto readWith = [&](const std::string& script) {
+        return describe(
+            read("<head><script>" + script +
+                     "</script></head><body><script>document.write('a')</script>b<noscript>n</"
+                     "noscript><script>document.write('c')</script><img src=a.gif width=9 height=9>",
+                 {nullptr, server.url("/")}));
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(readWith(row.script), row.expected) << row.name;
+    // What these do depends on the pages before.
+    for (const char* script : {"history.back()", "history.go(-2)", "close()"}) {
+        const std::string text = readWith(script);
+        EXPECT_TRUE(text == all || text == withoutScripts) << script << ": " << text;
+    }
+    EXPECT_EQ(server.count("/other"), 0);
+}
+
+TEST_F(HTMLFailuresTest, WithoutScriptsThePageIsTheOneForSuchReaders) {
+    server.respond("/a.gif", "image/gif", tests::smallPicture);
+    server.respond("/n", "text/html",
+                   "<p>x<noscript><b>f</b></noscript><script>document.write('s')</script>");
+    EXPECT_EQ(
+        describe(read(
+            "<head><script>stop()</script><noscript><style>i{color:red}</style><meta "
+            "http-equiv=refresh content='0;url=/other'></noscript></head><body onload='x.append(1)'>"
+            "<i id=x>a</i><noscript><img src=a.gif width=9 height=9><script>2</script>b &amp; c</noscript>"
+            "<iframe src=n></iframe><iframe srcdoc='<noscript>d</noscript>'></iframe>",
+            {nullptr, server.url("/")})),
+        "[after 14] {italic;#ff0000:a}{a.gif 9x9:\uFFFC}b & c\n[after 16] x{bold:f}\nd\n");
+    EXPECT_EQ(server.count("/other"), 0);
+}
+
+TEST_F(HTMLFailuresTest, PagesWithScriptsWithoutEndAreReadWithout) {
+    server.keepSilent("/never");
     read("start");
-    EXPECT_EQ(describe(read("a<script>for(;;);</script>", {nullptr, "", "", 1})), "(nil)");
-    EXPECT_EQ(describe(read("next")), "next");
+    for (const char* page : {"a<script>for(;;);</script>", "a<script>onload=function(){for(;;);}</script>",
+                             "a<img src=/never><script>setTimeout(function(){for(;;);},0)</script>",
+                             "a<iframe width=0 srcdoc='<script>for(;;);</script>'></iframe>"}) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(
+            describe(read(page + std::string("b<noscript>c</noscript>"), {nullptr, server.url("/"), "", 4})),
+            "abc")
+            << page;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3700)) << page;
+        EXPECT_EQ(describe(read("<script>document.write('next')</script>")), "next");
+    }
 }
 
 TEST_F(HTMLFailuresTest, DeadProcessesAreReplaced) {

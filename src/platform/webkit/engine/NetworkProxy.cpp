@@ -335,7 +335,6 @@ NetworkProxy::~NetworkProxy() {
 void NetworkProxy::open() {
     close();
     isOpen_ = true;
-    wasUsed_ = false;
 }
 
 void NetworkProxy::close() {
@@ -348,6 +347,7 @@ void NetworkProxy::close() {
 
 std::string NetworkProxy::renewAddress() {
     password_ = newPassword();
+    wasUsed_ = false;
     return std::string("socks5://") + userName + ':' + password_ + "@127.0.0.1:" + std::to_string(port_);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/engine/PageScripts.h"
 #include "platform/webkit/engine/PageSettings.h"
+#include "platform/webkit/engine/PageWorld.h"
 
 #include <gtk/gtk.h>
 
@@ -23,7 +24,6 @@ namespace {
 /// The page's own address: as a local file it may show local pictures, and by the settings read nothing
 /// local.
 constexpr char pageAddress[] = "file:///";
-constexpr char isolatedWorld[] = "plumwick";
 /// In pixels: about what a printed page holds, and what pages made for large screens still stand.
 constexpr int viewWidth = 800;
 constexpr int viewHeight = 1024;
@@ -34,7 +34,7 @@ constexpr double shareForSecondLoad = 0.15;
 constexpr double mostSecondsForSecondLoad = 2;
 /// Of the time that is left for describing it: what has not been seen by then is left out.
 constexpr double shareForWalk = 0.6;
-constexpr double secondsForReadyState = 0.2;
+constexpr double secondsForState = 0.2;
 /// How long the script of a page may hold up the leaving of it.
 constexpr double secondsToLeave = 0.5;
 constexpr double secondsToStart = 5;
@@ -44,6 +44,8 @@ constexpr guint millisecondsBetweenLooks = 100;
 constexpr std::size_t mostResidentBytes = std::size_t{3} << 29;
 /// A web process keeps some memory of each page.
 constexpr int pagesPerProcess = 60;
+/// For all that a page loads, frames too; our own scripts do not come under it.
+constexpr char withoutScriptsPolicy[] = "script-src 'none'";
 
 gint64 microseconds(double seconds) {
     return static_cast<gint64>(seconds * G_USEC_PER_SEC);
@@ -54,14 +56,14 @@ double secondsUntil(gint64 end) {
                     static_cast<double>(end - g_get_monotonic_time()) / static_cast<double>(G_USEC_PER_SEC));
 }
 
-/// The walk with its bounds: the nodes, the UTF-16 units of text, the depth, the length of a link and of a
-/// drawing, and the pixels below which a drawing is but the sign of a button.
-std::string walkForSeconds(double seconds) {
-    return std::string(walkScript) +
-           "({nodes: 1000000, units: 20000000, depth: 2000, link: 8192, drawing: 1000000, leastDrawing: 32,"
-           " nowhere: '" +
+/// What all frames of a page share: the nodes, the UTF-16 units of text, the depth of elements and that of
+/// frames, the length of a link and of a drawing, and the pixels below which a drawing is but the sign of a
+/// button.
+std::string walkBounds(double seconds) {
+    return "({nodes: 1000000, units: 20000000, depth: 2000, frames: 12, link: 8192, drawing: 1000000,"
+           " leastDrawing: 32, nowhere: '" +
            std::string(nowhereURL) + "', milliseconds: " + std::to_string(static_cast<int>(seconds * 1000)) +
-           "});";
+           "})";
 }
 
 bool needsNetwork(const std::string& url) {
@@ -79,6 +81,14 @@ std::unordered_set<std::string_view> addressesIn(std::string_view fields) {
         at = end + 1;
     }
     return addresses;
+}
+
+void addScript(WebKitUserContentManager* content, const char* source, WebKitUserContentInjectedFrames frames,
+               WebKitUserScriptInjectionTime time) {
+    WebKitUserScript* script =
+        webkit_user_script_new_for_world(source, frames, time, isolatedWorld, nullptr, nullptr);
+    webkit_user_content_manager_add_script(content, script);
+    webkit_user_script_unref(script);
 }
 
 void cancelDownload(WebKitWebContext*, WebKitDownload* download, gpointer) {
@@ -105,7 +115,7 @@ PageReader::PageReader(const std::string& extensionFolder, const std::string& ru
                                             WEBKIT_COOKIE_POLICY_ACCEPT_NEVER);
     g_signal_connect(context_, "download-started", G_CALLBACK(cancelDownload), nullptr);
     settings_ = newPageSettings();
-    open();
+    open(Without::nothing, secondsToStart);
 }
 
 PageReader::~PageReader() {
@@ -119,13 +129,15 @@ void PageReader::openView() {
     WebKitUserContentManager* content = webkit_user_content_manager_new();
     // The page that was given is the page that is read: leaving it for another is prevented, from this world,
     // where the page cannot take that back.
-    WebKitUserScript* script = webkit_user_script_new_for_world(
-        stayScript, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
-        isolatedWorld, nullptr, nullptr);
-    webkit_user_content_manager_add_script(content, script);
-    webkit_user_script_unref(script);
+    addScript(content, stayScript, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+              WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START);
+    const bool hasScripts = without_ != Without::scripts;
+    if (!hasScripts)
+        addScript(content, noscriptScript, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                  WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END);
     view_ = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context_, "settings", settings_,
-                                         "user-content-manager", content, nullptr));
+                                         "user-content-manager", content, "default-content-security-policy",
+                                         hasScripts ? nullptr : withoutScriptsPolicy, nullptr));
     g_object_unref(content);
     // Never shown, so that nothing is painted; it is laid out in the size that it is given.
     window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
@@ -177,7 +189,7 @@ bool PageReader::runUntil(const std::function<bool()>& condition, gint64 end) {
 }
 
 void PageReader::giveUp() {
-    if (phase_ != Phase::gone)
+    if (isThere())
         webkit_web_view_terminate_web_process(view_);
     phase_ = Phase::gone;
     replaceNetworkProcess();
@@ -201,7 +213,10 @@ void PageReader::replaceNetworkProcess() {
 }
 
 void PageReader::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageReader* self) {
-    if (event == WEBKIT_LOAD_COMMITTED)
+    if (event == WEBKIT_LOAD_COMMITTED && self->isCommitted_ && self->phase_ == Phase::loading)
+        // Another page has taken its place.
+        self->phase_ = Phase::left;
+    else if (event == WEBKIT_LOAD_COMMITTED)
         self->isCommitted_ = true;
     else if (event == WEBKIT_LOAD_FINISHED && self->isCommitted_ && self->phase_ == Phase::loading)
         self->phase_ = Phase::finished;
@@ -233,15 +248,28 @@ std::string PageReader::decide(const GateQuestion& question) {
     if (question.url == pageAddress)
         return isCommitted_ ? std::string() : question.url;
     const std::string decided = request_->decide(question);
-    return isSecondLoad_ && needsNetwork(decided) ? std::string() : decided;
+    return without_ == Without::network && needsNetwork(decided) ? std::string() : decided;
 }
 
 ConnectionDecision PageReader::decideConnection(const std::string& host, std::uint16_t port) {
-    return request_ && phase_ == Phase::loading && !isSecondLoad_ ? request_->decideConnection(host, port)
-                                                                  : ConnectionDecision();
+    return request_ && phase_ == Phase::loading && without_ == Without::nothing
+               ? request_->decideConnection(host, port)
+               : ConnectionDecision();
 }
 
-void PageReader::load(const PageRequest& request) {
+void PageReader::load(const PageRequest& request, Without without, gint64 end) {
+    // It may have ended since.
+    const bool isDead = !view_ || phase_ == Phase::gone || gate_.peerProcess() == 0;
+    if (isDead || without == Without::scripts) {
+        if (!isDead)
+            giveUp();
+        closeView();
+        open(without, std::min(secondsToStart, secondsUntil(end)));
+    }
+    if (!view_)
+        return;
+    ++pagesOfProcess_;
+    without_ = without;
     request_ = &request;
     phase_ = Phase::loading;
     isCommitted_ = false;
@@ -254,48 +282,53 @@ void PageReader::load(const PageRequest& request) {
     GBytes* bytes = g_bytes_new(request.bytes.data(), request.bytes.size());
     webkit_web_view_load_bytes(view_, bytes, "text/html", request.charset.c_str(), pageAddress);
     g_bytes_unref(bytes);
+    runUntil([this] { return phase_ != Phase::loading; }, end);
+}
+
+PageReader::Without PageReader::whatToDoWithout(gint64 end) {
+    if (phase_ == Phase::left)
+        return Without::scripts;
+    const auto state = ask(stateMessage, nullptr, end);
+    // A script keeps the process to itself, or has ended the page half-read.
+    if (!state || (phase_ == Phase::finished && *state != "loaded"))
+        return Without::scripts;
+    // A page that waits for the scripts or style sheets of a server has no text yet.
+    return *state == "loading" ? Without::network : Without::nothing;
 }
 
 std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     const gint64 end = microseconds(request.deadlineSeconds);
     const double seconds = secondsUntil(end);
+    const double secondsForSecondLoad = std::min(seconds * shareForSecondLoad, mostSecondsForSecondLoad);
     const gint64 endOfLoad =
         end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
-    const gint64 endOfFirstLoad =
-        endOfLoad - microseconds(std::min(seconds * shareForSecondLoad, mostSecondsForSecondLoad));
-    const auto hasLoaded = [this] { return phase_ != Phase::loading; };
+    const gint64 endOfFirstLoad = endOfLoad - microseconds(secondsForSecondLoad);
 
-    // It may have ended since.
-    if (!view_ || phase_ == Phase::gone || gate_.peerProcess() == 0) {
-        closeView();
-        open();
-    }
-    if (!view_)
+    load(request, Without::nothing, endOfFirstLoad);
+    if (!isThere())
         return std::nullopt;
-    ++pagesOfProcess_;
-    isSecondLoad_ = false;
-    load(request);
-    if (!runUntil(hasLoaded, endOfFirstLoad)) {
-        // A page that waits for the scripts or style sheets of a server has no text yet. Without them it has.
-        const auto state =
-            evaluate("document.readyState", g_get_monotonic_time() + microseconds(secondsForReadyState));
-        isSecondLoad_ = state == "loading";
-        if (isSecondLoad_)
-            load(request);
-        if (!runUntil(hasLoaded, endOfLoad))
-            webkit_web_view_stop_loading(view_);
+    std::optional<std::string> fields;
+    Without without =
+        whatToDoWithout(std::max(endOfFirstLoad, g_get_monotonic_time() + microseconds(secondsForState)));
+    if (without == Without::nothing) {
+        runUntil([this] { return phase_ != Phase::loading; }, endOfLoad);
+        // A script may still begin that does not end.
+        const bool isEarly = secondsUntil(endOfFirstLoad) > secondsForSecondLoad;
+        fields = walk(isEarly ? endOfFirstLoad : end);
+        if (!fields && isEarly)
+            without = Without::scripts;
     }
-    // Nothing is asked for from here on.
+    if (without != Without::nothing && isThere()) {
+        load(request, without, endOfLoad);
+        if (isThere())
+            fields = walk(end);
+    }
     request_ = nullptr;
-    if (phase_ == Phase::gone)
+    if (!fields && isThere())
+        giveUp();
+    if (!isThere())
         return std::nullopt;
     PageDescription description;
-    auto fields = evaluate(walkForSeconds(shareForWalk * secondsUntil(end)).c_str(), end);
-    if (!fields) {
-        // A script of the page keeps the process to itself.
-        giveUp();
-        return std::nullopt;
-    }
     description.fields = std::move(*fields);
     description.resources = collectResources(description.fields, end);
     // What goes on all the same (a request may outlive its page) comes to its end before the answer is out.
@@ -303,31 +336,39 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     return phase_ == Phase::gone ? std::nullopt : std::optional(std::move(description));
 }
 
-std::optional<std::string> PageReader::evaluate(const char* script, gint64 end) {
+std::optional<std::string> PageReader::walk(gint64 end) {
+    // Nothing is asked for from here on.
+    request_ = nullptr;
+    if (phase_ == Phase::loading)
+        webkit_web_view_stop_loading(view_);
+    const std::string bounds = walkBounds(shareForWalk * secondsUntil(end));
+    return ask(walkMessage, g_variant_new_string(bounds.c_str()), end);
+}
+
+std::optional<std::string> PageReader::ask(const char* message, GVariant* parameter, gint64 end) {
     struct Answer {
         bool isThere = false;
         std::optional<std::string> text;
     };
     // Outlives this call when the answer does.
     const auto answer = std::make_shared<Answer>();
-    webkit_web_view_evaluate_javascript(
-        view_, script, -1, isolatedWorld, nullptr, nullptr,
+    webkit_web_view_send_message_to_page(
+        view_, webkit_user_message_new(message, parameter), nullptr,
         [](GObject* view, GAsyncResult* result, gpointer data) {
             const std::unique_ptr<std::shared_ptr<Answer>> held(static_cast<std::shared_ptr<Answer>*>(data));
             Answer& own = **held;
             own.isThere = true;
-            JSCValue* value =
-                webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-            if (!value)
+            WebKitUserMessage* reply =
+                webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
+            if (!reply)
                 return;
-            if (jsc_value_is_string(value)) {
-                GBytes* bytes = jsc_value_to_string_as_bytes(value);
+            GVariant* variant = webkit_user_message_get_parameters(reply);
+            if (variant && g_variant_is_of_type(variant, G_VARIANT_TYPE_BYTESTRING)) {
                 gsize size = 0;
-                const void* contents = g_bytes_get_data(bytes, &size);
-                own.text.emplace(static_cast<const char*>(contents), size);
-                g_bytes_unref(bytes);
+                const void* bytes = g_variant_get_fixed_array(variant, &size, 1);
+                own.text.emplace(static_cast<const char*>(bytes), size);
             }
-            g_object_unref(value);
+            g_object_unref(reply);
         },
         new std::shared_ptr<Answer>(answer));
     runUntil([&] { return answer->isThere || phase_ == Phase::gone; }, end);
@@ -390,18 +431,19 @@ void PageReader::rest() {
     dropResources();
     // A page that was in the network may have requests that outlive it. They end with the network process,
     // and a web process is of no use without the one that it started with.
-    if (phase_ == Phase::gone || proxy_.wasUsed() || pagesOfProcess_ >= pagesPerProcess ||
-        !goBlank(secondsToLeave)) {
+    if (!isThere() || without_ == Without::scripts || proxy_.wasUsed() ||
+        pagesOfProcess_ >= pagesPerProcess || !goBlank(secondsToLeave)) {
         giveUp();
         closeView();
-        open();
+        open(Without::nothing, secondsToStart);
     }
     phase_ = Phase::idle;
 }
 
-void PageReader::open() {
+void PageReader::open(Without without, double secondsToWait) {
+    without_ = without;
     openView();
-    if (!goBlank(secondsToStart)) {
+    if (!goBlank(secondsToWait)) {
         NSLog(u"No page can be read: WebKit does not start, or its extension is missing.");
         giveUp();
         closeView();

@@ -58,23 +58,31 @@ public:
     void rest();
 
 private:
-    enum class Phase { idle, loading, finished, gone };
+    enum class Phase { idle, loading, finished, left, gone };
+    /// What a load does without. A page is loaded once more, without one of the two, where the first load
+    /// gives none, or only the beginning.
+    enum class Without { nothing, network, scripts };
 
-    /// Leaves view_ null when WebKit does not start.
-    void open();
+    /// Leaves view_ null when WebKit does not start in time.
+    void open(Without without, double secondsToWait);
     void openView();
     void closeView();
     /// Until the condition holds or the monotonic time (microseconds) has come; whether it holds. Gives up on
     /// a web process that grows too large meanwhile.
     bool runUntil(const std::function<bool()>& condition, gint64 end);
-    void load(const PageRequest& request);
+    /// Until the page is there or the time has come.
+    void load(const PageRequest& request, Without without, gint64 end);
+    /// Once the first load has ended, or its time is over.
+    Without whatToDoWithout(gint64 end);
+    bool isThere() const { return view_ && phase_ != Phase::gone; }
     /// Leaves the page; whether that came to an end.
     bool goBlank(double secondsToWait);
     /// Ends the web process.
     void giveUp();
     void dropResources();
-    /// What the script gives, in the isolated world, if that is a text and comes in time.
-    std::optional<std::string> evaluate(const char* script, gint64 end);
+    /// What the extension answers, if that is a text and comes in time.
+    std::optional<std::string> ask(const char* message, GVariant* parameter, gint64 end);
+    std::optional<std::string> walk(gint64 end);
     std::vector<PageResource> collectResources(const std::string& fields, gint64 end);
     std::string decide(const GateQuestion& question);
     ConnectionDecision decideConnection(const std::string& host, std::uint16_t port);
@@ -102,8 +110,7 @@ private:
     WebKitWebView* view_ = nullptr;
     Phase phase_ = Phase::idle;
     bool isCommitted_ = false;
-    /// Without what comes over the network.
-    bool isSecondLoad_ = false;
+    Without without_ = Without::nothing;
     /// Null unless a page is being loaded: what goes on before and after is not let through.
     const PageRequest* request_ = nullptr;
     std::vector<Resource> resources_;

@@ -1,6 +1,6 @@
 # Writes the page scripts as C++ string literals.
 set(text "")
-foreach(script Walk Stay)
+foreach(script Walk Stay Noscript)
   file(READ ${FOLDER}/${script}.js source)
   string(LENGTH "${source}" length)
   string(TOLOWER ${script} name)

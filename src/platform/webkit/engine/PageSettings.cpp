@@ -7,7 +7,8 @@ namespace {
 
 void setFeatures(WebKitSettings* settings) {
     // On: all of a page is described, whether it would have been scrolled to or not, and what it navigates to
-    // is not. Off: what connects without the question of the request gate, what stores, and what plays.
+    // is not. Off: what connects without the question of the request gate, what stores, what plays, and what
+    // would spread a page over several processes.
     constexpr struct {
         const char* name;
         gboolean isOn;
@@ -33,6 +34,7 @@ void setFeatures(WebKitSettings* settings) {
                    {"HiddenPageDOMTimerThrottling", FALSE},
                    {"HiddenPageDOMTimerThrottlingAutoIncreases", FALSE},
                    {"ProcessSwapOnCrossSiteNavigation", FALSE},
+                   {"SiteIsolation", FALSE},
                    {"UsesBackForwardCache", FALSE},
                    {"ThreadedScrolling", FALSE},
                    {"AcceleratedCompositing", FALSE},

@@ -1,13 +1,18 @@
 // Describes the rendered page as one flat list of fields, see RenderedPageReader.cpp; runs in a world of its own,
 // so that nothing that the page does to its prototypes is seen here.
-(function (limits) {
+//
+// Each frame of a page has this function in its own world, and may look at its own document only. That of the main
+// frame is called with the limits and with the functions of all frames by their windows (`walks`). Where a frame
+// stands it calls that one's, with what they all write to (`shared`), which no page gets hold of.
+(function (limits, walks, shared) {
     'use strict';
     const TEXT = 0, BREAK = 1, BLOCK = 2, END = 3, ITEM = 4, LIST = 5, TABLE = 6, ROW = 7, CELL = 8, IMAGE = 9,
         RULE = 10;
-    const events = [], styles = [], blocks = [], images = [];
-    const styleNumbers = new Map(), blockNumbers = new Map();
-    let imageCount = 0, isAtEdge = true, nodesLeft = limits.nodes, unitsLeft = limits.units;
-    const end = performance.now() + limits.milliseconds;
+    const isMain = !shared;
+    shared = shared || {events: [], styles: [], blocks: [], images: [], styleNumbers: new Map(), blockNumbers: new Map(),
+        isAtEdge: true, nodesLeft: limits.nodes, unitsLeft: limits.units, end: Date.now() + limits.milliseconds,
+        frames: 0, depth: 0};
+    const events = shared.events, styles = shared.styles, blocks = shared.blocks, images = shared.images;
 
     // Controls named "tagName" or "childNodes" hide those properties of their form, and documents have the same.
     function getter(prototype, name) {
@@ -97,7 +102,7 @@
         // The shorthand is one question in place of four; it is empty where it cannot say all.
         const font = css.font || [css.fontStyle, css.fontWeight, css.fontSize, css.fontFamily].join(' ');
         const key = [font, color, back, context.lines, context.raise, spacing, context.space, context.link].join('\0');
-        return context.style = number(styles, styleNumbers, key, function () {
+        return context.style = number(styles, shared.styleNumbers, key, function () {
             return [css.fontFamily, length(css.fontSize), parseInt(css.fontWeight, 10) || 400,
                 css.fontStyle === 'normal' ? 0 : 1, color, back, context.lines, context.raise, length(spacing),
                 context.space, field(context.link)];
@@ -119,13 +124,13 @@
     function putText(text, context) {
         if (!text)
             return;
-        if (text.length > unitsLeft)
-            text = text.slice(0, unitsLeft);
-        unitsLeft -= text.length;
+        if (text.length > shared.unitsLeft)
+            text = text.slice(0, shared.unitsLeft);
+        shared.unitsLeft -= text.length;
         // Between boxes blanks are nothing, and need no style.
-        if (isAtEdge && context.style < 0 && !ink.test(text) && spaceOf(context) === 'collapse')
+        if (shared.isAtEdge && context.style < 0 && !ink.test(text) && spaceOf(context) === 'collapse')
             return;
-        isAtEdge = false;
+        shared.isAtEdge = false;
         const style = styleOf(context);
         events.push(TEXT, style, field(transformed(text, context.transform)));
     }
@@ -209,8 +214,8 @@
         }
         if (box.height < 2)
             return;
-        isAtEdge = false;
-        events.push(IMAGE, styleOf(context), imageCount++);
+        shared.isAtEdge = false;
+        events.push(IMAGE, styleOf(context), images.length / 5);
         images.push(field(address), field(alternative), length(box.width), length(box.height), '');
     }
 
@@ -304,8 +309,8 @@
         const keeps = display !== 'block' && display !== 'list-item';
         const key = [align, direction, indent, lineHeight, margin, padding, border, heading, isCell, isIndented,
             !!indenting[tag], isCentred, keeps].join(' ');
-        isAtEdge = true;
-        events.push(BLOCK, number(blocks, blockNumbers, key, function () {
+        shared.isAtEdge = true;
+        events.push(BLOCK, number(blocks, shared.blockNumbers, key, function () {
             let left = 0, right = 0;
             if (isIndented) {
                 left = length(css.marginLeft) + length(css.paddingLeft) + length(css.borderLeftWidth);
@@ -397,7 +402,7 @@
         case 'HR':
             openBlock(element, css, display);
             events.push(RULE, END);
-            isAtEdge = true;
+            shared.isAtEdge = true;
             return;
         case 'IMG':
         case 'IMAGE':
@@ -419,6 +424,10 @@
                 putImage(element, element.data || element.src, '', context);
                 return;
             }
+            if (walkOf(element)) {
+                visitFrame(element, context);
+                return;
+            }
             break;
         case 'INPUT':
             if (element.type === 'image') {
@@ -438,18 +447,9 @@
                 visitDrawing(element, context);
             return;
         case 'IFRAME':
-        case 'FRAME': {
-            let inside = null;
-            try {
-                inside = element.contentDocument;
-            } catch (error) { /* of another origin */ }
-            const body = inside && bodyOf(inside);
-            if (body && stack.length < limits.depth) {
-                openBlock(element, css, 'block');
-                enter([body], context, 1, '');
-            }
+        case 'FRAME':
+            visitFrame(element, context);
             return;
-        }
         case 'Q':
             context.quotes++;
             break;
@@ -519,9 +519,35 @@
         const source = new XMLSerializer().serializeToString(element);
         if (source.length > limits.drawing)
             return;
-        isAtEdge = false;
-        events.push(IMAGE, styleOf(context), imageCount++);
+        shared.isAtEdge = false;
+        events.push(IMAGE, styleOf(context), images.length / 5);
         images.push('', '', length(box.width), length(box.height), field(source));
+    }
+
+    function walkOf(element) {
+        const inside = element.contentWindow;
+        return inside ? walks.get(inside) : undefined;
+    }
+
+    function visitFrame(element, context) {
+        const walk = walkOf(element);
+        if (!walk || context.hidden || element.clientWidth < 2 || element.clientHeight < 2 ||
+            shared.frames >= limits.frames)
+            return;
+        openBlock(element, context.css, 'block');
+        const start = events.length, outer = shared.depth;
+        shared.frames++;
+        shared.depth += stack.length;
+        try {
+            walk(limits, walks, shared);
+        } catch (error) {
+            // What it has opened would stay open.
+            events.length = start;
+        }
+        shared.depth = outer;
+        shared.frames--;
+        shared.isAtEdge = true;
+        events.push(END);
     }
 
     const whole = getter(Document.prototype, 'documentElement')(document), start = bodyOf(document) || whole;
@@ -533,27 +559,27 @@
     }
     while (stack.length) {
         const top = stack[stack.length - 1];
-        if (top.at >= top.children.length || nodesLeft <= 0 || unitsLeft <= 0) {
+        if (top.at >= top.children.length || shared.nodesLeft <= 0 || shared.unitsLeft <= 0) {
             stack.pop();
             if (top.after)
                 putText(top.after, top.context);
-            isAtEdge = isAtEdge || top.closes > 0;
+            shared.isAtEdge = shared.isAtEdge || top.closes > 0;
             for (let count = top.closes; count > 0; count--)
                 events.push(END);
             continue;
         }
         const node = top.children[top.at++];
         // The clock is not looked at more often than it is worth.
-        if (--nodesLeft % 64 === 0 && performance.now() > end)
-            nodesLeft = 0;
+        if (--shared.nodesLeft % 64 === 0 && Date.now() > shared.end)
+            shared.nodesLeft = 0;
         const kind = nodeTypeOf(node);
         if (kind === 3) {
             if (!top.context.hidden && !(top.table > 0 && !ink.test(node.data)))
                 putText(node.data, top.context);
-        } else if (kind === 1 && stack.length < limits.depth) {
+        } else if (kind === 1 && shared.depth + stack.length < limits.depth) {
             visitElement(node, top.context, top.table);
         }
     }
-    return [field(getter(Document.prototype, 'title')(document)), styleNumbers.size, blockNumbers.size, imageCount]
-        .concat(styles, blocks, images, events).join('\0');
+    return isMain ? [field(getter(Document.prototype, 'title')(document)), shared.styleNumbers.size,
+        shared.blockNumbers.size, images.length / 5].concat(styles, blocks, images, events).join('\0') : '';
 })

@@ -1,4 +1,5 @@
 #include "platform/webkit/engine/GateMessages.h"
+#include "platform/webkit/engine/extension/FrameWalk.h"
 
 #include <webkit2/webkit-web-extension.h>
 
@@ -72,4 +73,5 @@ extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(W
     if (userData && g_variant_is_of_type(const_cast<GVariant*>(userData), G_VARIANT_TYPE_STRING))
         gateDescriptor = connectToGate(g_variant_get_string(const_cast<GVariant*>(userData), nullptr));
     g_signal_connect(extension, "page-created", G_CALLBACK(onPageCreated), nullptr);
+    kelvo::answerWalks(extension);
 }
