@@ -3,6 +3,7 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/SCNetworkReachability.h"
+#include "platform/webkit/EngineURL.h"
 #include "platform/webkit/PageBase.h"
 
 #include <algorithm>
@@ -20,11 +21,6 @@ constexpr double mostShareToHandOn = 0.1;
 
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-NSURL URLOfEngine(const NSString& string) {
-    const NSURL strict = NSURL::URLWithString(string);
-    return strict.isNil() ? NSURL::URLWithTolerantString(string) : strict;
 }
 
 /// What has not been decided yet.
@@ -137,6 +133,8 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     message.setObject_forKey(pageByPlacingBase(page, options.textEncodingName, options.baseURL), u"page");
     if (!options.textEncodingName.isNil())
         message.setObject_forKey(options.textEncodingName, u"charset");
+    if (!options.baseURL.isNil())
+        message.setObject_forKey(options.baseURL.absoluteString(), u"base");
     const double deadline = monotonicSeconds() + options.timeoutSeconds -
                             std::min(secondsToHandOn, mostShareToHandOn * options.timeoutSeconds);
     message.setObject_forKey(NSNumber::numberWithDouble(deadline), u"deadline");

@@ -23,6 +23,9 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace kelvo {
 namespace {
 
@@ -431,6 +434,26 @@ TEST_F(HTMLResourcesTest, ScriptsSeeNoFilesAndCannotLeave) {
         "body.textContent)}catch(e){put('!')}};location.href='" +
         file + "';alert(1);open('" + file + "')</script>";
     EXPECT_EQ(describe(read(page)), "x!!!\n");
+}
+
+TEST_F(HTMLResourcesTest, OfThisMachinePagesLoadOnlyWhatIsMeantForThem) {
+    folder.write("page/own.js", "document.write('own')");
+    folder.write("page/notes.txt", "not shown");
+    folder.write("other.js", "document.write('other')");
+    folder.write("frame.html", "frame");
+    ASSERT_EQ(mkfifo(folder.path("page/fifo.gif").c_str(), 0600), 0);
+    ASSERT_EQ(symlink("/dev/zero", folder.path("page/zero.gif").c_str()), 0);
+    const std::string page =
+        "<script src=own.js></script><script src=../other.js></script><img alt=f src=fifo.gif>"
+        "<img alt=z src=zero.gif><iframe src=notes.txt></iframe><iframe src=../frame.html></iframe>";
+    // With and without somebody who lets everything go.
+    for (const auto& judge :
+         {std::shared_ptr<Judge>(), std::make_shared<Judge>([](const std::string&) { return true; })}) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(describe(read(page, {judge, "file://" + folder.path("page/p.html")})),
+                  "[after 6] ownfz\nframe\n");
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    }
 }
 
 TEST_F(HTMLResourcesTest, PagesCannotDeceiveTheWalk) {

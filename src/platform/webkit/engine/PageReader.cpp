@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/ProcessFacts.h"
+#include "platform/webkit/EngineURL.h"
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/engine/PageScripts.h"
 #include "platform/webkit/engine/PageSettings.h"
@@ -248,11 +249,16 @@ std::string PageReader::decide(const GateQuestion& question) {
     if (question.url == pageAddress)
         return isCommitted_ ? std::string() : question.url;
     const std::string decided = request_->decide(question);
+    if (decided != question.url)
+        substitutes_.insert(decided);
+    else if (decided.rfind("file:", 0) == 0 && substitutes_.count(decided) == 0 &&
+             !request_->files.mayLoad(URLOfEngine(NSString::stringByRepairingUTF8String(decided))))
+        return {};
     return without_ == Without::network && needsNetwork(decided) ? std::string() : decided;
 }
 
 ConnectionDecision PageReader::decideConnection(const std::string& host, std::uint16_t port) {
-    return request_ && phase_ == Phase::loading && without_ == Without::nothing
+    return request_ && phase_ == Phase::loading && without_ != Without::network
                ? request_->decideConnection(host, port)
                : ConnectionDecision();
 }
@@ -304,6 +310,7 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
     const gint64 endOfFirstLoad = endOfLoad - microseconds(secondsForSecondLoad);
 
+    substitutes_.clear();
     load(request, Without::nothing, endOfFirstLoad);
     if (!isThere())
         return std::nullopt;

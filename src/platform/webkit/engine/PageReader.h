@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/webkit/PageFiles.h"
 #include "platform/webkit/engine/NetworkProxy.h"
 #include "platform/webkit/engine/RequestGate.h"
 
@@ -9,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace kelvo {
@@ -21,6 +23,8 @@ struct PageRequest {
     std::string charset;
     /// By the monotonic clock: when the description is to be there.
     double deadlineSeconds = 0;
+    /// What the page may load from this machine's disk.
+    PageFiles files{nullptr};
     /// Asked for every request of the page.
     RequestGate::Decision decide;
     /// Asked for every connection that such requests need.
@@ -114,6 +118,8 @@ private:
     /// Null unless a page is being loaded: what goes on before and after is not let through.
     const PageRequest* request_ = nullptr;
     std::vector<Resource> resources_;
+    /// What the page is given in place of what it asked for; it is asked about once more.
+    std::unordered_set<std::string> substitutes_;
     int pagesOfProcess_ = 0;
 };
 

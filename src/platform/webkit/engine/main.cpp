@@ -126,6 +126,7 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
     PageRequest request;
     request.bytes.assign(reinterpret_cast<const char*>(page.bytes().data()), page.length());
     request.charset = bytesOf(fields.objectForKey(u"charset").string());
+    request.files = PageFiles(NSURL::URLWithString(fields.objectForKey(u"base").string()));
     request.deadlineSeconds = deadline ? deadline->doubleValue() : 0;
     request.decide = [&channel, isAsking = asks && asks->boolValue()](const GateQuestion& question) {
         if (!isAsking)
