@@ -3,6 +3,7 @@
 #include "platform/appkit/HTMLReading.h"
 #include "platform/appkit/PlainTextReading.h"
 #include "platform/foundation/PrivateFolder.h"
+#include "platform/webkit/PageBase.h"
 #include "platform/webkit/WebResourceLoadDelegate.h"
 
 #include <kj/encoding.h>
@@ -51,7 +52,7 @@ public:
         const NSURL& url = request.URL();
         const auto found = resources_.find(key(url));
         if (found != resources_.end())
-            return NSURLRequest::requestWithURL(urlWithContents(found->second));
+            return NSURLRequest::requestWithURL(urlWithContents(standingWhereItWas(found->second)));
         // What was given out is asked about once more.
         const bool isOurs =
             folder_.exists() && url.isFileURL() && url.path().UTF8String().starts_with(folder_.path() + '/');
@@ -63,6 +64,15 @@ private:
     static std::string key(const NSURL& url) {
         const std::string address = url.absoluteString().UTF8String();
         return address.substr(0, address.find('#'));
+    }
+
+    /// A frame's page loses its address; what it refers to is to be found all the same.
+    static WebResource standingWhereItWas(const WebResource& resource) {
+        if (resource.MIMEType() != u"text/html")
+            return resource;
+        return WebResource(pageByPlacingBase(resource.data(), resource.textEncodingName(), resource.URL()),
+                           resource.URL(), resource.MIMEType(), resource.textEncodingName(),
+                           resource.frameName());
     }
 
     /// Of pictures the web engine wants the file, which it can hand on.

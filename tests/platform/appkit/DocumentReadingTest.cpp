@@ -4,6 +4,7 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/foundation/CFStringEncodings.h"
 #include "platform/foundation/Value.h"
+#include "support/AttributedText.h"
 #include "support/Listener.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
@@ -152,6 +153,19 @@ TEST_F(DocumentReading, PagesHaveTheirFilesButNoNetwork) {
     EXPECT_FALSE(listener.wasAsked());
 }
 
+/// Of a web archive.
+std::string resource(const std::string& url, const std::string& type, const std::string& data) {
+    return "<dict><key>WebResourceURL</key><string>" + url +
+           "</string><key>WebResourceMIMEType</key><string>" + type +
+           "</string><key>WebResourceData</key><data>" +
+           std::string(kj::encodeBase64(kj::StringPtr(data.c_str()).asBytes()).cStr()) + "</data></dict>";
+}
+
+/// Of a MIME message.
+std::string part(const std::string& header, const std::string& type, const std::string& data) {
+    return "\r\n--B\r\nContent-Type: " + type + "\r\n" + header + "\r\n\r\n" + data;
+}
+
 TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
     const tests::Listener listener;
     const std::string local = folder.write("local.svg", picture);
@@ -159,26 +173,18 @@ TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
                                listener.url() + "/two.svg'> or <img src='" + listener.url() +
                                "/three.svg#x'> or <img src='file://" + local + "'> water<p class=b>boldly";
     const std::string style = ".b { font-weight: bold }" + std::string(300000, ' ');
-    const auto resource = [](const std::string& url, const std::string& type, const std::string& data) {
-        return "<dict><key>WebResourceURL</key><string>" + url +
-               "</string><key>WebResourceMIMEType</key><string>" + type +
-               "</string><key>WebResourceData</key><data>" +
-               std::string(kj::encodeBase64(kj::StringPtr(data.c_str()).asBytes()).cStr()) + "</data></dict>";
-    };
-    const auto part = [](const std::string& url, const std::string& type, const std::string& data) {
-        return "\r\n--B\r\nContent-Type: " + type + "\r\nContent-Location: " + url + "\r\n\r\n" + data;
-    };
     const std::string archive =
         "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>WebMainResource</key>" +
         resource(listener.url() + "/a/", "text/html", source) + "<key>WebSubresources</key><array>" +
         resource(listener.url() + "/a/one.svg", "image/svg+xml", picture) +
         resource(listener.url() + "/three.svg", "image/svg+xml", picture) +
         resource(listener.url() + "/a/s.css", "text/css", style) + "</array></dict></plist>";
+    const std::string location = "Content-Location: " + listener.url();
     const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
-                                part(listener.url() + "/a/", "text/html", source) +
-                                part(listener.url() + "/a/one.svg", "image/svg+xml", picture) +
-                                part(listener.url() + "/three.svg", "image/svg+xml", picture) +
-                                part(listener.url() + "/a/s.css", "text/css", style) + "\r\n--B--\r\n";
+                                part(location + "/a/", "text/html", source) +
+                                part(location + "/a/one.svg", "image/svg+xml", picture) +
+                                part(location + "/three.svg", "image/svg+xml", picture) +
+                                part(location + "/a/s.css", "text/css", style) + "\r\n--B--\r\n";
     for (const auto& [contents, UTI] :
          {std::pair(archive, "com.apple.webarchive"), std::pair(message, "com.microsoft.word.mhtml")}) {
         write("saved", contents);
@@ -199,6 +205,46 @@ TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
     write("text.webarchive", "<?xml version=\"1.0\"?><plist><dict><key>WebMainResource</key>" +
                                  resource("http://h/", "text/plain", "just <b>text") + "</dict></plist>");
     EXPECT_EQ(string(), "just <b>text");
+}
+
+TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
+    const tests::Listener listener;
+    const std::string url = listener.url();
+    const std::string page =
+        "<frameset rows='*,*,*'><frame src=f/one.html><frame src='/two.html'><frame src='" + url +
+        "/missing.html'></frameset>";
+    const std::string messagePage =
+        "<frameset rows='*,*,*'><frame src=f/one.html><frame src=cid:2@x><frame src='" + url +
+        "/missing.html'></frameset>";
+    const std::string one = "<p>one <img width=20 height=20 src=one.svg><iframe src=inner.html></iframe>";
+    const std::string two = "<p style='font-weight:bold'>two" + std::string(300000, ' ');
+    const std::string inner = "inner <a href=l>link</a>";
+    const auto frame = [](const std::string& main, const std::string& frames) {
+        return "<dict><key>WebMainResource</key>" + main + "<key>WebSubframeArchives</key><array>" + frames +
+               "</array></dict>";
+    };
+    const std::string archive =
+        "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>WebMainResource</key>" +
+        resource(url + "/", "text/html", page) + "<key>WebSubresources</key><array>" +
+        resource(url + "/f/one.svg", "image/svg+xml", picture) +
+        "</array><key>WebSubframeArchives</key><array>" +
+        frame(resource(url + "/f/one.html", "text/html", one),
+              frame(resource(url + "/f/inner.html", "text/html", inner), "")) +
+        frame(resource(url + "/two.html", "text/html", two), "") + "</array></dict></plist>";
+    const std::string location = "Content-Location: " + url;
+    const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
+                                part(location + "/", "text/html", messagePage) +
+                                part(location + "/f/one.html", "text/html", one) +
+                                part(location + "/f/inner.html", "text/html", inner) +
+                                part(location + "/f/one.svg", "image/svg+xml", picture) +
+                                part("Content-ID: <2@x>", "text/html", two) + "\r\n--B--\r\n";
+    for (const std::string& contents : {archive, message}) {
+        write("saved", contents);
+        EXPECT_EQ(tests::describe(text),
+                  "[after 2] one {one.svg 20x20:\uFFFC}\n[after 14] inner {#0000ee;under;to " + url +
+                      "/f/l:link}\n{bold:two}\n");
+    }
+    EXPECT_FALSE(listener.wasAsked());
 }
 
 TEST_F(DocumentReading, NoDocumentIsNil) {
