@@ -18,6 +18,8 @@ namespace {
 /// text of.
 constexpr double secondsToHandOn = 0.3;
 constexpr double mostShareToHandOn = 0.1;
+/// After the engine should have ended a page by itself, how long until it is ended.
+constexpr double secondsOfGrace = 0.2;
 
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -135,8 +137,9 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
         message.setObject_forKey(options.textEncodingName, u"charset");
     if (!options.baseURL.isNil())
         message.setObject_forKey(options.baseURL.absoluteString(), u"base");
-    const double deadline = monotonicSeconds() + options.timeoutSeconds -
-                            std::min(secondsToHandOn, mostShareToHandOn * options.timeoutSeconds);
+    const double seconds =
+        options.timeoutSeconds - std::min(secondsToHandOn, mostShareToHandOn * options.timeoutSeconds);
+    const double deadline = monotonicSeconds() + seconds;
     message.setObject_forKey(NSNumber::numberWithDouble(deadline), u"deadline");
     message.setObject_forKey(NSNumber::numberWithBool(options.delegate != nullptr), u"asks");
 

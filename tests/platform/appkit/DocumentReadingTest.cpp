@@ -171,24 +171,29 @@ TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
     const std::string local = folder.write("local.svg", picture);
     const std::string source = "<link rel=stylesheet href=s.css><p>Low <img src=one.svg> and <img src='" +
                                listener.url() + "/two.svg'> or <img src='" + listener.url() +
-                               "/three.svg#x'> or <img src='file://" + local + "'> water<p class=b>boldly";
+                               "/three.svg#x'> or <img src='file://" + local +
+                               "'> water<p class=b>boldly<script src=s.js></script>";
     const std::string style = ".b { font-weight: bold }" + std::string(300000, ' ');
+    const std::string script = "document.querySelector('.b').append('script')" + std::string(300000, ' ');
     const std::string archive =
         "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>WebMainResource</key>" +
         resource(listener.url() + "/a/", "text/html", source) + "<key>WebSubresources</key><array>" +
         resource(listener.url() + "/a/one.svg", "image/svg+xml", picture) +
         resource(listener.url() + "/three.svg", "image/svg+xml", picture) +
+        resource(listener.url() + "/a/s.js", "text/javascript", script) +
         resource(listener.url() + "/a/s.css", "text/css", style) + "</array></dict></plist>";
     const std::string location = "Content-Location: " + listener.url();
     const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
                                 part(location + "/a/", "text/html", source) +
                                 part(location + "/a/one.svg", "image/svg+xml", picture) +
                                 part(location + "/three.svg", "image/svg+xml", picture) +
+                                part(location + "/a/s.js", "text/javascript", script) +
                                 part(location + "/a/s.css", "text/css", style) + "\r\n--B--\r\n";
     for (const auto& [contents, UTI] :
          {std::pair(archive, "com.apple.webarchive"), std::pair(message, "com.microsoft.word.mhtml")}) {
         write("saved", contents);
         EXPECT_TRUE(contains("water")) << string();
+        EXPECT_TRUE(contains("script")) << string();
         EXPECT_EQ(attachments(), 2U) << UTI;
         for (const auto& run : text.runs()) {
             if (run.attributes->attachment) {

@@ -31,7 +31,7 @@ constexpr int viewHeight = 1024;
 /// Of the time for a page, what is kept for describing it, and before that for loading it once more.
 constexpr double shareForDescription = 0.1;
 constexpr double mostSecondsForDescription = 1;
-constexpr double shareForSecondLoad = 0.15;
+constexpr double shareForSecondLoad = 0.2;
 constexpr double mostSecondsForSecondLoad = 2;
 /// Of the time that is left for describing it: what has not been seen by then is left out.
 constexpr double shareForWalk = 0.6;
@@ -292,7 +292,7 @@ void PageReader::load(const PageRequest& request, Without without, gint64 end) {
 }
 
 PageReader::Without PageReader::whatToDoWithout(gint64 end) {
-    if (phase_ == Phase::left)
+    if (phase_ == Phase::left || !isCommitted_)
         return Without::scripts;
     const auto state = ask(stateMessage, nullptr, end);
     // A script keeps the process to itself, or has ended the page half-read.
@@ -327,7 +327,8 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     }
     if (without != Without::nothing && isThere()) {
         load(request, without, endOfLoad);
-        if (isThere())
+        // Until then the page before is there.
+        if (isThere() && isCommitted_)
             fields = walk(end);
     }
     request_ = nullptr;

@@ -11,7 +11,7 @@
     const isMain = !shared;
     shared = shared || {events: [], styles: [], blocks: [], images: [], styleNumbers: new Map(), blockNumbers: new Map(),
         isAtEdge: true, nodesLeft: limits.nodes, unitsLeft: limits.units, end: Date.now() + limits.milliseconds,
-        frames: 0, depth: 0};
+        frames: 0, depth: 0, shown: 0};
     const events = shared.events, styles = shared.styles, blocks = shared.blocks, images = shared.images;
 
     // Controls named "tagName" or "childNodes" hide those properties of their form, and documents have the same.
@@ -130,9 +130,14 @@
         // Between boxes blanks are nothing, and need no style.
         if (shared.isAtEdge && context.style < 0 && !ink.test(text) && spaceOf(context) === 'collapse')
             return;
-        shared.isAtEdge = false;
+        noteContent();
         const style = styleOf(context);
         events.push(TEXT, style, field(transformed(text, context.transform)));
+    }
+
+    function noteContent() {
+        shared.isAtEdge = false;
+        shared.shown++;
     }
 
     // Elements with generated text, by the style rules of the page that can be read.
@@ -214,7 +219,7 @@
         }
         if (box.height < 2)
             return;
-        shared.isAtEdge = false;
+        noteContent();
         events.push(IMAGE, styleOf(context), images.length / 5);
         images.push(field(address), field(alternative), length(box.width), length(box.height), '');
     }
@@ -419,15 +424,14 @@
             return;
         case 'EMBED':
         case 'OBJECT':
-            if (/^image\//.test(element.type) && element.getBoundingClientRect().width > 1 &&
-                !element.firstElementChild) {
+            if (!walkOf(element) && element.getBoundingClientRect().width > 1 &&
+                (element.type ? /^image\//.test(element.type) && !element.firstElementChild : !element.firstChild)) {
                 putImage(element, element.data || element.src, '', context);
                 return;
             }
-            if (walkOf(element)) {
-                visitFrame(element, context);
+            // What could not be loaded has an empty frame, and its own contents are in its place.
+            if (visitFrame(element, context))
                 return;
-            }
             break;
         case 'INPUT':
             if (element.type === 'image') {
@@ -519,7 +523,7 @@
         const source = new XMLSerializer().serializeToString(element);
         if (source.length > limits.drawing)
             return;
-        shared.isAtEdge = false;
+        noteContent();
         events.push(IMAGE, styleOf(context), images.length / 5);
         images.push('', '', length(box.width), length(box.height), field(source));
     }
@@ -529,25 +533,27 @@
         return inside ? walks.get(inside) : undefined;
     }
 
+    // Whether there was anything in it.
     function visitFrame(element, context) {
-        const walk = walkOf(element);
+        const walk = walkOf(element), before = events.length, shown = shared.shown;
         if (!walk || context.hidden || element.clientWidth < 2 || element.clientHeight < 2 ||
             shared.frames >= limits.frames)
-            return;
+            return false;
         openBlock(element, context.css, 'block');
-        const start = events.length, outer = shared.depth;
+        const depth = shared.depth;
         shared.frames++;
         shared.depth += stack.length;
         try {
             walk(limits, walks, shared);
+            events.push(END);
         } catch (error) {
             // What it has opened would stay open.
-            events.length = start;
+            events.length = before;
         }
-        shared.depth = outer;
+        shared.depth = depth;
         shared.frames--;
         shared.isAtEdge = true;
-        events.push(END);
+        return shared.shown > shown;
     }
 
     const whole = getter(Document.prototype, 'documentElement')(document), start = bodyOf(document) || whole;
