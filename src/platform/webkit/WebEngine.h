@@ -17,7 +17,7 @@ public:
         NSString textEncodingName;
         /// What relative references are resolved against; nil: they resolve to nothing.
         NSURL baseURL;
-        /// For all of it. What has loaded shortly before is used.
+        /// For all of it, with what the caller does with the page. What has loaded shortly before is used.
         double timeoutSeconds = 60;
         /// Asked before every request; null: everything is fetched.
         WebResourceLoadDelegate* delegate = nullptr;
@@ -26,9 +26,10 @@ public:
     /// The one of this process. Its engine is started at the first page, kept, and ended with the process.
     static WebEngine& sharedEngine();
 
-    /// Loads, lays out and describes the page. Runs the current run loop meanwhile. Absent when there is no
-    /// engine here, when it failed, or when the page's scripts do not come to an end; the next page is read
-    /// all the same. What the delegate throws refuses that request.
+    /// Loads, lays out and describes the page. Runs the current run loop meanwhile. A page that a script
+    /// leaves, or keeps from ending, is read as without scripts. Absent when there is no engine here, when it
+    /// failed, and when it gave no answer in time; the next page is read all the same. What the delegate
+    /// throws refuses that request.
     std::optional<RenderedPage> render(const NSData& page, const Options& options);
 
     /// Of the engine, 0 when none runs.

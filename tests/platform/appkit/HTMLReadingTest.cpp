@@ -482,7 +482,9 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
                    "src=none><frame src=inner></frameset></frameset>");
     server.respond("/plain", "text/plain", "p  q");
     server.respond("/busting", "text/html",
-                   "<script>if(top!=self)top.location=self.location</script>busting");
+                   "busting<form id=f action=/other target=_top></form><a id=l href=/other target=_top></a>"
+                   "<script>if(top!=self)try{top.location=self.location}catch(e){}f.submit();l.click();open('"
+                   "/other','_top')</script>");
     server.respond(
         "/forging", "text/html",
         "<script>parent.frames=top.Map=Map=String=null;closed=true;Object.prototype.get=Date.now=null;"
@@ -519,7 +521,10 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
          "x"},
         {"in a cell", "<table><tr><td>a<td><iframe srcdoc='<p>b<p>c'></iframe></table>",
          "[cell 0,0 of 2] a\n[after 12 cell 0,1 of 2] b\n[cell 0,1 of 2] c\n"},
-        {"that would rather be the page", "a<iframe src=busting></iframe>", "[after 2] a\nbusting\n"},
+        {"that would rather be the page",
+         "a<iframe src=busting></iframe><iframe "
+         "srcdoc=\"b<script>parent.location='/other'</script>\"></iframe>",
+         "[after 2] a\n[after 16] busting\nb\n"},
         {"that want to be taken for others", "<iframe src=forging></iframe><iframe srcdoc=b></iframe>",
          "[after 4] own\nb\n"},
     };

@@ -249,10 +249,9 @@ std::string PageReader::decide(const GateQuestion& question) {
     if (question.url == pageAddress)
         return isCommitted_ ? std::string() : question.url;
     const std::string decided = request_->decide(question);
-    if (decided != question.url)
-        substitutes_.insert(decided);
-    else if (decided.rfind("file:", 0) == 0 && substitutes_.count(decided) == 0 &&
-             !request_->files.mayLoad(URLOfEngine(NSString::stringByRepairingUTF8String(decided))))
+    // What the delegate puts in the place of a request is its own affair.
+    if (decided == question.url && decided.rfind("file:", 0) == 0 &&
+        !request_->files.mayLoad(URLOfEngine(NSString::stringByRepairingUTF8String(decided))))
         return {};
     return without_ == Without::network && needsNetwork(decided) ? std::string() : decided;
 }
@@ -310,7 +309,6 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
     const gint64 endOfFirstLoad = endOfLoad - microseconds(secondsForSecondLoad);
 
-    substitutes_.clear();
     load(request, Without::nothing, endOfFirstLoad);
     if (!isThere())
         return std::nullopt;

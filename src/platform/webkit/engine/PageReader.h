@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace kelvo {
@@ -118,8 +117,6 @@ private:
     /// Null unless a page is being loaded: what goes on before and after is not let through.
     const PageRequest* request_ = nullptr;
     std::vector<Resource> resources_;
-    /// What the page is given in place of what it asked for; it is asked about once more.
-    std::unordered_set<std::string> substitutes_;
     int pagesOfProcess_ = 0;
 };
 
