@@ -1,6 +1,6 @@
 #include "markup/MarkupDecoding.h"
-#include "platform/foundation/NSStringEncoding.h"
-#include "platform/foundation/TextCodec.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
+#include "platform/foundation/encodings/TextCodec.h"
 
 #include <benchmark/benchmark.h>
 #include <unicode/ucnv.h>

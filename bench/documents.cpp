@@ -2,7 +2,7 @@
 // makes RTF of the same file and is started for it; beside it, what one start costs that converts ten files.
 
 #include "Comparison.h"
-#include "platform/appkit/DocumentReading.h"
+#include "platform/appkit/documents/DocumentReading.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
 

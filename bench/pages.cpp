@@ -1,6 +1,6 @@
 #include "Comparison.h"
-#include "platform/appkit/HTMLReading.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/html/HTMLReading.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "platform/foundation/Value.h"
 #include "platform/webkit/WebEngine.h"
 

@@ -1,6 +1,6 @@
 #include "Comparison.h"
-#include "platform/appkit/RTFReading.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 
 #include <benchmark/benchmark.h>
 

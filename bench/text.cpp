@@ -4,7 +4,7 @@
 
 #include "Comparison.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSearch.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"

@@ -1,6 +1,6 @@
-#include "platform/foundation/CFString.h"
-#include "platform/foundation/NSCharacterSet.h"
-#include "platform/foundation/TextCodec.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
+#include "platform/foundation/encodings/TextCodec.h"
 
 #include <benchmark/benchmark.h>
 #include <unicode/ustring.h>

@@ -3,7 +3,7 @@
 
 #include "Comparison.h"
 #include "markup/WebArchiveSearchableText.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
 #include <plist/plist.h>
 

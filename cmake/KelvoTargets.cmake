@@ -20,26 +20,66 @@ if(KELVO_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# kelvo_floor(<folder below src/> [FLOORS target...] [LIBRARIES target...])
+# Libraries of others that are each for the floors that say so (USES), by the headers that tell them.
+set(kelvoFencedLibraries ICU CapnProto Expat Iconv Highway)
+set(kelvoFencedICU "unicode/*.h")
+set(kelvoFencedCapnProto "capnp/*.h" "kj/*.h")
+set(kelvoFencedExpat "expat.h")
+set(kelvoFencedIconv "iconv.h")
+set(kelvoFencedHighway "hwy/*.h")
+
+# Headers of the system are found by every compiler, whatever a link line says. For each fenced library there is a
+# folder of headers that go by the same names and do not compile; it stands first in the include path of each floor
+# that may not use the library.
+function(kelvo_make_fences)
+  foreach(library IN LISTS kelvoFencedLibraries)
+    foreach(pattern IN LISTS kelvoFenced${library})
+      file(GLOB headers RELATIVE /usr/include /usr/include/${pattern})
+      foreach(header IN LISTS headers)
+        file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/fences/${library}/${header}
+          CONTENT "#error \"<${header}> is not for this floor: its link line says nothing of ${library}\"\n")
+      endforeach()
+    endforeach()
+  endforeach()
+endfunction()
+kelvo_make_fences()
+
+# kelvo_stage_headers(<folder below src/> <name>): makes floors/<name> in the build folder an include path in which the
+# folder's own headers are found, and nothing else.
+function(kelvo_stage_headers folder name)
+  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.h)
+  set(stage ${CMAKE_BINARY_DIR}/floors/${name}/${folder})
+  file(REMOVE_RECURSE ${CMAKE_BINARY_DIR}/floors/${name})
+  file(MAKE_DIRECTORY ${stage})
+  foreach(header IN LISTS headers)
+    get_filename_component(file ${header} NAME)
+    file(CREATE_LINK ${header} ${stage}/${file} SYMBOLIC)
+  endforeach()
+endfunction()
+
+# kelvo_floor(<folder below src/> [NAME name] [FLOORS target...] [LIBRARIES target...] [USES fenced library...])
 #
-# One folder of src/ as a static library kelvo_<last part of the folder>. Its headers are reachable as
-# "<folder>/Name.h", and only by targets that name it in FLOORS: each floor's include path holds nothing but a link
-# to its own folder, so that an arrow that the link line does not state does not compile.
+# One folder of src/ as a static library kelvo_<name>, by default the last part of the folder. Its headers are
+# reachable as "<folder>/Name.h", and only by targets that name it in FLOORS: each floor's include path holds nothing
+# but links to its own headers, so that an arrow that the link line does not state does not compile.
 function(kelvo_floor folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FLOORS;LIBRARIES")
-  get_filename_component(stem ${folder} NAME)
-  set(target kelvo_${stem})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "NAME" "FLOORS;LIBRARIES;USES")
+  if(NOT arg_NAME)
+    get_filename_component(arg_NAME ${folder} NAME)
+  endif()
+  set(target kelvo_${arg_NAME})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.cpp)
   file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.h)
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
 
-  set(stage ${CMAKE_BINARY_DIR}/floors/${stem})
-  get_filename_component(parent ${stage}/${folder} DIRECTORY)
-  file(MAKE_DIRECTORY ${parent})
-  file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${folder} ${stage}/${folder} SYMBOLIC)
-
+  kelvo_stage_headers(${folder} ${arg_NAME})
   add_library(${target} STATIC ${sources} ${headers})
-  target_include_directories(${target} PUBLIC ${stage})
+  target_include_directories(${target} PUBLIC ${CMAKE_BINARY_DIR}/floors/${arg_NAME})
+  foreach(library IN LISTS kelvoFencedLibraries)
+    if(NOT library IN_LIST arg_USES)
+      target_include_directories(${target} BEFORE PRIVATE ${CMAKE_BINARY_DIR}/fences/${library})
+    endif()
+  endforeach()
   target_link_libraries(${target} PUBLIC ${arg_FLOORS} PRIVATE kelvo_options ${arg_LIBRARIES})
 endfunction()
 

@@ -1,8 +1,8 @@
 // What kind of document a file is, and the text of a plain one.
 
 #include "Input.h"
-#include "platform/appkit/DocumentKind.h"
-#include "platform/appkit/PlainTextReading.h"
+#include "platform/appkit/documents/DocumentKind.h"
+#include "platform/appkit/documents/PlainTextReading.h"
 
 #include <cstddef>
 #include <cstdint>

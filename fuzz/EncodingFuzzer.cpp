@@ -1,8 +1,8 @@
 #include "Input.h"
-#include "platform/foundation/CFString.h"
-#include "platform/foundation/EncodingTable.h"
-#include "platform/foundation/NSStringEncoding.h"
-#include "platform/foundation/TextEncodingConverter.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/encodings/EncodingTable.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
+#include "platform/foundation/encodings/TextEncodingConverter.h"
 
 #include <cstdlib>
 #include <cstring>

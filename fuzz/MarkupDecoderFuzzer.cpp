@@ -2,7 +2,7 @@
 #include "markup/MarkupCharset.h"
 #include "markup/MarkupDecoding.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/TextCodec.h"
+#include "platform/foundation/encodings/TextCodec.h"
 
 #include <algorithm>
 #include <cstdlib>

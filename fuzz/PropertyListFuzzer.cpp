@@ -1,7 +1,7 @@
 // Whatever the bytes are, reading them gives a value or a reason. What was read can be written as a binary
 // list, and in every form that takes it, and comes back equal but for what that form has not.
 
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
 #include <cmath>
 #include <cstdio>

@@ -4,8 +4,8 @@
 
 #include "Input.h"
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/appkit/RTFReading.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 
 #include <algorithm>
 

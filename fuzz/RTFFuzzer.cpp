@@ -2,7 +2,7 @@
 // stands for an attachment that is not there.
 
 #include "Input.h"
-#include "platform/appkit/RTFReading.h"
+#include "platform/appkit/rtfreader/RTFReading.h"
 #include "platform/foundation/Value.h"
 
 using namespace kelvo;

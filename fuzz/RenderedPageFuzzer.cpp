@@ -2,10 +2,10 @@
 // text, cells stand within their tables, and the text can be written.
 
 #include "Input.h"
-#include "platform/appkit/HTMLAttributes.h"
-#include "platform/appkit/HTMLParagraphs.h"
 #include "platform/appkit/NSTextTable.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/html/HTMLAttributes.h"
+#include "platform/appkit/html/HTMLParagraphs.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 
 using namespace kelvo;
 

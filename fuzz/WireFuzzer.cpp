@@ -1,8 +1,8 @@
 // Messages as a client may send them: whatever the bytes, a dictionary is refused with an exception or comes
 // out, and what comes out goes back onto the wire and reads the same.
 
-#include "platform/foundation/NSConnectionInternals.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/connections/NSConnectionInternals.h"
 #include "protocol/WireValues.h"
 
 #include <capnp/message.h>

@@ -4,8 +4,8 @@
 #include "cli/Output.h"
 #include "cli/Printable.h"
 #include "platform/foundation/FileIO.h"
-#include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/connections/NSConnection.h"
 
 #include <fmt/format.h>
 

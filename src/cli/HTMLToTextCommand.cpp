@@ -7,7 +7,7 @@
 #include "markup/CharsetLabels.h"
 #include "markup/Html2Text.h"
 #include "markup/MarkupDecoding.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 #include "protocol/ResultKeys.h"
 
 namespace kelvo::cli {

@@ -4,8 +4,8 @@
 #include "cli/Printable.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/NSJSONSerialization.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/propertylists/NSJSONSerialization.h"
 #include "text/Base64Text.h"
 
 namespace kelvo::cli {

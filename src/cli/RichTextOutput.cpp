@@ -3,8 +3,8 @@
 #include "cli/Files.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
-#include "platform/appkit/NSTextStorage.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/rtfreader/NSTextStorage.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 
 namespace kelvo::cli {
 namespace {

@@ -1,7 +1,7 @@
 #include "cli/RichTextView.h"
 
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/appkit/NSTextStorage.h"
+#include "platform/appkit/rtfreader/NSTextStorage.h"
 
 #include <string>
 #include <string_view>

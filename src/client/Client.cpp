@@ -2,9 +2,9 @@
 
 #include "client/ServiceLauncher.h"
 #include "client/ServiceStatus.h"
-#include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/connections/NSConnection.h"
 #include "protocol/KelvoImExportProxy.h"
 
 #include <chrono>

@@ -3,8 +3,8 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSStringFormat.h"
-#include "platform/foundation/NSTask.h"
-#include "platform/foundation/ProcessFacts.h"
+#include "platform/foundation/processes/NSTask.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 #include "protocol/KelvoImExport.h"
 
 #include <dlfcn.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSConnection.h"
+#include "platform/foundation/connections/NSConnection.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "client/ServiceStatus.h"
 
-#include "platform/foundation/ProcessFacts.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 
 #include <elf.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "markup/CharsetLabels.h"
 
-#include "platform/foundation/CFString.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/encodings/CFString.h"
 #include "text/StringRemoval.h"
 #include "text/UnitBitmap.h"
 

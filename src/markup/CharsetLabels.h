@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/CFStringEncodings.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/encodings/CFStringEncodings.h"
 
 #include <string_view>
 

@@ -3,7 +3,7 @@
 #include "markup/EntityTable.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
 

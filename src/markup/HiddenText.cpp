@@ -2,7 +2,7 @@
 
 #include "markup/PlainTextContext.h"
 #include "markup/TagAttributes.h"
-#include "platform/foundation/NSStringNumbers.h"
+#include "platform/foundation/encodings/NSStringNumbers.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
 #include "text/UnicharCompare.h"

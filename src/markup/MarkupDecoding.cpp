@@ -6,8 +6,8 @@
 #include "markup/MarkupCharset.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/NSStringEncoding.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/EncodingConverters.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "markup/PlainTextRuns.h"
 
 #include "markup/Entities.h"
-#include "platform/foundation/UnitCollapse.h"
+#include "platform/foundation/units/UnitCollapse.h"
 #include "text/CharacterSetReps.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 #include "markup/TagPredicates.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/UnitMasks.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitMasks.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
 

@@ -1,6 +1,6 @@
 #include "protocol/KelvoImExportAdapter.h"
 
-#include "platform/foundation/NSConnectionInternals.h"
+#include "platform/foundation/connections/NSConnectionInternals.h"
 #include "protocol/KelvoImExport.capnp.h"
 #include "protocol/WireValues.h"
 

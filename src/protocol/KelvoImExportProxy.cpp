@@ -1,6 +1,6 @@
 #include "protocol/KelvoImExportProxy.h"
 
-#include "platform/foundation/NSConnectionInternals.h"
+#include "platform/foundation/connections/NSConnectionInternals.h"
 #include "protocol/KelvoImExport.capnp.h"
 #include "protocol/Operations.h"
 #include "protocol/WireValues.h"

@@ -1,8 +1,8 @@
 #include "protocol/WireValues.h"
 
-#include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/connections/NSConnection.h"
 
 #include <bit>
 #include <cstring>

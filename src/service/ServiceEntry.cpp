@@ -2,9 +2,9 @@
 
 #include "platform/appkit/NSApplication.h"
 #include "platform/foundation/NSAutoreleasePool.h"
-#include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSRunLoop.h"
+#include "platform/foundation/connections/NSConnection.h"
+#include "platform/foundation/connections/NSRunLoop.h"
 #include "protocol/KelvoImExportAdapter.h"
 #include "service/PlumwickHelper.h"
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/ServiceProcess.h"
+#include "platform/foundation/processes/ServiceProcess.h"
 #include "service/ServiceEntry.h"
 
 #include <cstdint>

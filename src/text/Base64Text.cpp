@@ -2,7 +2,7 @@
 
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 
 #include <array>
 #include <cstdint>

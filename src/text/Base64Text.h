@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/CFStringEncodings.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/encodings/CFStringEncodings.h"
 
 namespace kelvo {
 

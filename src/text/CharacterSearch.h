@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/NSCharacterSet.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
+#include "platform/foundation/units/UnitScan.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #include "text/ConfigurationText.h"
 
-#include "platform/foundation/CFString.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/encodings/CFString.h"
 #include "text/CharacterSetReps.h"
 #include "text/LineScan.h"
 #include "text/StringLines.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/TextEncodingConverter.h"
+#include "platform/foundation/encodings/TextEncodingConverter.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #include "text/FileNames.h"
 
 #include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/NSHFSFileTypes.h"
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/files/NSHFSFileTypes.h"
 #include "text/CharacterSetReps.h"
 #include "text/CopyingForm.h"
 #include "text/NSStringExtensions.h"

@@ -1,7 +1,7 @@
 #include "text/FoldingTables.h"
 
-#include "platform/foundation/CFString.h"
-#include "platform/foundation/NSCharacterSet.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
 
 #include <memory>
 #include <mutex>

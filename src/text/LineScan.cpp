@@ -1,6 +1,6 @@
 #include "text/LineScan.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/UnitBitmap.h"
 
 namespace kelvo {

@@ -1,6 +1,6 @@
 #include "text/LinksAndNumbers.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
 #include "text/SubstringSearch.h"

@@ -1,7 +1,7 @@
 #include "text/StringComparison.h"
 
-#include "platform/foundation/CFString.h"
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/units/UnitScan.h"
 
 namespace kelvo {
 

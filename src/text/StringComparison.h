@@ -2,7 +2,7 @@
 
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/NSStringNumbers.h"
+#include "platform/foundation/encodings/NSStringNumbers.h"
 
 #include <string_view>
 

@@ -1,6 +1,6 @@
 #include "text/StringEditing.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CopyingForm.h"
 #include "text/StringLines.h"
 #include "text/StringTrimming.h"

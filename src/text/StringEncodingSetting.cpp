@@ -2,7 +2,7 @@
 
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 
 #include <string_view>
 

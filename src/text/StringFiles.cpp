@@ -1,7 +1,7 @@
 #include "text/StringFiles.h"
 
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 #include "text/StringEncodingSetting.h"
 
 #include <iterator>

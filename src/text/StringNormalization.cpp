@@ -1,7 +1,7 @@
 #include "text/StringNormalization.h"
 
-#include "platform/foundation/CFString.h"
-#include "platform/foundation/VectorScan.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/units/VectorScan.h"
 #include "text/CopyingForm.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/CFStringNormalization.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/encodings/CFStringNormalization.h"
 
 namespace kelvo {
 

@@ -1,6 +1,6 @@
 #include "text/StringRemoval.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CopyingForm.h"
 #include "text/FoldingTables.h"
 #include "text/StringLines.h"

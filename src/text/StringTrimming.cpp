@@ -1,6 +1,6 @@
 #include "text/StringTrimming.h"
 
-#include "platform/foundation/NSCharacterSet.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
 #include "text/CharacterSetReps.h"
 #include "text/CopyingForm.h"
 #include "text/StringLines.h"

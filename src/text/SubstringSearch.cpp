@@ -1,7 +1,7 @@
 #include "text/SubstringSearch.h"
 
-#include "platform/foundation/UnitScan.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSearch.h"
 #include "text/FoldingTables.h"
 

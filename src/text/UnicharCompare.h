@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 
 #include <cstddef>
 #include <limits>

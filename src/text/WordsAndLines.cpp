@@ -1,6 +1,6 @@
 #include "text/WordsAndLines.h"
 
-#include "platform/foundation/UnitScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSearch.h"
 #include "text/CharacterSetReps.h"
 #include "text/LineScan.h"

@@ -1,7 +1,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Files.h"
 #include "platform/appkit/NSDocumentAttributes.h"
-#include "platform/appkit/RTFWriting.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "support/OfficeDocuments.h"
 #include "support/ServiceSession.h"
 

@@ -1,6 +1,6 @@
 #include <plumwick/Client.h>
 
-#include "platform/foundation/NSConnection.h"
+#include "platform/foundation/connections/NSConnection.h"
 #include "support/ServiceSession.h"
 
 #include <sys/mman.h>

@@ -1,6 +1,6 @@
 #include "markup/CzechCodePages.h"
 
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "markup/WebArchiveSearchableText.h"
 #include "markup/WebKitAdditions.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

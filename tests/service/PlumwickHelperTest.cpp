@@ -1,7 +1,7 @@
 #include "service/PlumwickHelper.h"
 
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/foundation/SCNetworkReachability.h"
+#include "platform/foundation/connections/SCNetworkReachability.h"
 #include "support/LocalServer.h"
 #include "support/TemporaryFolder.h"
 

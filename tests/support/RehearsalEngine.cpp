@@ -1,8 +1,8 @@
 // An engine that does what it is told, for tests of the process that engines run in.
 
-#include "platform/foundation/EngineChannel.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSNumber.h"
+#include "platform/foundation/connections/EngineChannel.h"
 
 #include <csignal>
 #include <cstdio>

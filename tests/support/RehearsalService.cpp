@@ -1,11 +1,11 @@
 // A service on the real transport whose root object does what the name of the file tells it to, so that tests
 // can watch slow, failing and dying operations from outside.
 
-#include "platform/foundation/NSConnection.h"
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSRunLoop.h"
-#include "platform/foundation/ServiceProcess.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/connections/NSConnection.h"
+#include "platform/foundation/connections/NSRunLoop.h"
+#include "platform/foundation/processes/ServiceProcess.h"
 #include "protocol/KelvoImExport.h"
 #include "protocol/KelvoImExportAdapter.h"
 

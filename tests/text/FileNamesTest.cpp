@@ -1,8 +1,8 @@
 #include "text/FileNames.h"
 
 #include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/NSHFSFileTypes.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/files/NSHFSFileTypes.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 #include "text/NSStringTextFinding.h"
 #include "text/UnitBitmap.h"
 
-#include "platform/foundation/NSCharacterSet.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "platform/appkit/NSFileWrapper.h"
 
-#include "platform/foundation/CFString.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/encodings/CFString.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include "platform/appkit/NSFileWrapper.h"
 
-#include "platform/foundation/Leftovers.h"
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/NSFileHandle.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/files/Leftovers.h"
+#include "platform/foundation/processes/NSFileHandle.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "platform/appkit/RTFPackage.h"
 
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/foundation/CFStringNormalization.h"
+#include "platform/foundation/encodings/CFStringNormalization.h"
 
 #include <algorithm>
 

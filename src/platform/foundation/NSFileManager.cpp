@@ -2,9 +2,7 @@
 
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/Value.h"
-
-#include <unicode/utf16.h>
-#include <unicode/utf8.h>
+#include "platform/foundation/units/UTF8.h"
 
 #include <algorithm>
 #include <array>
@@ -26,13 +24,6 @@ namespace {
 constexpr char16_t firstByteUnit = 0xDC80;
 constexpr char16_t lastByteUnit = 0xDCFF;
 
-void appendUTF8(std::string& bytes, UChar32 character) {
-    char sequence[U8_MAX_LENGTH];
-    std::size_t length = 0;
-    U8_APPEND_UNSAFE(sequence, length, character);
-    bytes.append(sequence, length);
-}
-
 struct FolderCloser {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
@@ -52,15 +43,14 @@ std::optional<std::string> NSFileManager::fileSystemRepresentationWithPath(const
     bytes.reserve(units.size());
     bool hasRawBytes = false;
     for (std::size_t i = 0; i < units.size();) {
-        UChar32 character = 0;
-        U16_NEXT(units.data(), i, units.size(), character);
+        const char32_t character = nextCharacter(units, i);
         if (character >= firstByteUnit && character <= lastByteUnit) {
             bytes.push_back(static_cast<char>(character & 0xFF));
             hasRawBytes = true;
-        } else if (character == 0 || U_IS_SURROGATE(character)) {
+        } else if (character == 0 || isSurrogate(character)) {
             return std::nullopt;
         } else {
-            appendUTF8(bytes, character);
+            appendUTF8Character(bytes, character);
         }
     }
     if (hasRawBytes && stringWithFileSystemRepresentation(bytes) != path)
@@ -73,19 +63,16 @@ NSString NSFileManager::stringWithFileSystemRepresentation(std::string_view byte
     if (!wellFormed.isNil())
         return wellFormed;
     NSMutableString units = NSMutableString::stringWithCapacity(bytes.size());
-    const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const std::span data(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     for (std::size_t i = 0; i < bytes.size();) {
         const std::size_t start = i;
-        UChar32 character = 0;
-        U8_NEXT(data, i, bytes.size(), character);
-        if (character < 0) {
+        const char32_t character = nextUTF8Character(data, i);
+        if (character == notACharacter) {
             i = start + 1;
             units.appendCharacter(static_cast<char16_t>(0xDC00 + data[start]));
-        } else if (U_IS_BMP(character)) {
-            units.appendCharacter(static_cast<char16_t>(character));
         } else {
-            units.appendCharacter(U16_LEAD(character));
-            units.appendCharacter(U16_TRAIL(character));
+            char16_t pair[2];
+            units.appendString(std::u16string_view(pair, writeCharacter(character, pair)));
         }
     }
     return units.takeString();

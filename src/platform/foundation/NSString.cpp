@@ -1,13 +1,13 @@
 #include "platform/foundation/NSString.h"
 
 #include "platform/foundation/NSException.h"
-
-#include <unicode/ustring.h>
+#include "platform/foundation/units/UTF8.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <span>
 
 namespace kelvo {
 
@@ -49,42 +49,38 @@ const NSString& NSString::string() {
     return empty;
 }
 
-NSString NSString::stringWithUTF8String(std::string_view bytes) {
-    // A UTF-8 sequence never has fewer bytes than UTF-16 units, so one conversion into room for bytes.size()
-    // units is enough.
+namespace {
+
+std::span<const std::uint8_t> asBytes(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+} // namespace
+
+NSString NSString::stringByDecodingUTF8(std::string_view bytes, bool* hadErrors) {
+    // A UTF-8 sequence never has fewer bytes than UTF-16 units.
     checkedSizeInBytes(bytes.size(), sizeof(char16_t));
     char16_t small[256];
-    auto* units = bytes.size() <= std::size(small)
-                      ? small
-                      : static_cast<char16_t*>(std::malloc(bytes.size() * sizeof(char16_t)));
+    const bool isShort = bytes.size() <= std::size(small);
+    auto* const units =
+        isShort ? small : static_cast<char16_t*>(std::malloc(bytes.size() * sizeof(char16_t)));
     if (!units)
         throw std::bad_alloc();
-    std::int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8(units, static_cast<std::int32_t>(bytes.size()), &length, bytes.data(),
-                  static_cast<std::int32_t>(bytes.size()), &status);
-    if (units == small)
-        return U_FAILURE(status) ? NSString()
-                                 : NSString(std::u16string_view(small, static_cast<std::size_t>(length)));
-    if (U_FAILURE(status)) {
-        std::free(units);
-        return nullptr;
-    }
-    return stringWithCharactersNoCopy(units, static_cast<std::size_t>(length));
+    const UTF8Decoding decoding = decodeUTF8(asBytes(bytes), units, bytes.size());
+    *hadErrors = decoding.hadErrors;
+    return isShort ? NSString(std::u16string_view(small, decoding.unitsWritten))
+                   : stringWithCharactersNoCopy(units, decoding.unitsWritten);
+}
+
+NSString NSString::stringWithUTF8String(std::string_view bytes) {
+    bool hadErrors = false;
+    NSString string = stringByDecodingUTF8(bytes, &hadErrors);
+    return hadErrors ? NSString() : string;
 }
 
 NSString NSString::stringByRepairingUTF8String(std::string_view bytes) {
-    NSString wellFormed = stringWithUTF8String(bytes);
-    if (!wellFormed.isNil())
-        return wellFormed;
-    auto* units = static_cast<char16_t*>(std::malloc(bytes.size() * sizeof(char16_t)));
-    if (!units)
-        throw std::bad_alloc();
-    std::int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(units, static_cast<std::int32_t>(bytes.size()), &length, bytes.data(),
-                         static_cast<std::int32_t>(bytes.size()), 0xFFFD, nullptr, &status);
-    return stringWithCharactersNoCopy(units, U_FAILURE(status) ? 0 : static_cast<std::size_t>(length));
+    bool hadErrors = false;
+    return stringByDecodingUTF8(bytes, &hadErrors);
 }
 
 NSString NSString::stringWithLatin1Bytes(std::string_view bytes) {
@@ -151,20 +147,23 @@ std::string NSString::UTF8String() const {
 }
 
 std::string UTF8StringOfCharacters(std::u16string_view units) {
-    // The cheap guess, one byte a unit, is right for ASCII; three bytes a unit always suffice.
-    std::string bytes(units.size(), '\0');
-    for (;;) {
-        std::int32_t length = 0;
-        UErrorCode status = U_ZERO_ERROR;
-        u_strToUTF8WithSub(bytes.data(),
-                           static_cast<std::int32_t>(std::min(bytes.size(), maximumSizeInBytes)), &length,
-                           units.data(), static_cast<std::int32_t>(units.size()), 0xFFFD, nullptr, &status);
-        if (status != U_BUFFER_OVERFLOW_ERROR) {
-            bytes.resize(U_FAILURE(status) ? 0 : static_cast<std::size_t>(length));
-            return bytes;
-        }
-        bytes.resize(checkedSizeInBytes(static_cast<std::size_t>(length), 1));
+    // Most text is short and needs little more than one byte a unit: what is too much is given back.
+    std::string bytes;
+    for (std::size_t read = 0;;) {
+        const std::size_t start = bytes.size();
+        bytes.resize(checkedSizeInBytes(start + (units.size() - read) * 3, 1));
+        const UTF8Encoding encoding =
+            encodeUTF8(units.substr(read), reinterpret_cast<std::uint8_t*>(bytes.data()) + start);
+        bytes.resize(start + encoding.bytesWritten);
+        read += encoding.unitsRead;
+        if (read == units.size())
+            break;
+        appendUTF8Character(bytes, replacementCharacter);
+        ++read;
     }
+    if (bytes.capacity() > bytes.size() * 2)
+        bytes.shrink_to_fit();
+    return bytes;
 }
 
 } // namespace kelvo

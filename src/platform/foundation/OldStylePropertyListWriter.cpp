@@ -1,7 +1,7 @@
 #include "platform/foundation/OldStylePropertyListWriter.h"
 
 #include "platform/foundation/NSMutableString.h"
-#include "platform/foundation/PropertyListBuilder.h"
+#include "platform/foundation/PropertyListLimits.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -1,7 +1,6 @@
 #include "platform/foundation/RFC3986.h"
 
-#include <unicode/utf16.h>
-#include <unicode/utf8.h>
+#include "platform/foundation/units/UTF8.h"
 
 #include <algorithm>
 #include <array>
@@ -186,13 +185,12 @@ void appendEscaped(NSMutableString& result, std::u16string_view text, Set set, b
             ++i;
             continue;
         }
-        UChar32 character = 0;
-        U16_NEXT_OR_FFFD(text.data(), i, text.size(), character);
-        std::uint8_t bytes[U8_MAX_LENGTH];
-        std::size_t count = 0;
-        U8_APPEND_UNSAFE(bytes, count, character);
-        for (std::size_t j = 0; j < count; ++j)
-            appendEscapedByte(result, bytes[j]);
+        const char32_t character = nextCharacter(text, i);
+        std::uint8_t bytes[4];
+        const std::uint8_t* const end =
+            writeUTF8Character(isSurrogate(character) ? replacementCharacter : character, bytes);
+        for (const std::uint8_t* byte = bytes; byte != end; ++byte)
+            appendEscapedByte(result, *byte);
     }
 }
 

@@ -1,6 +1,6 @@
 #include "platform/webkit/PropertyListArchive.h"
 
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
 #include <algorithm>
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSStringFormat.h"
-#include "platform/foundation/SCNetworkReachability.h"
+#include "platform/foundation/connections/SCNetworkReachability.h"
 #include "platform/webkit/EngineURL.h"
 #include "platform/webkit/PageBase.h"
 

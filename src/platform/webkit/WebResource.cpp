@@ -1,6 +1,6 @@
 #include "platform/webkit/WebResource.h"
 
-#include "platform/foundation/NSStringEncoding.h"
+#include "platform/foundation/encodings/NSStringEncoding.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/foundation/Leftovers.h"
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/files/Leftovers.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

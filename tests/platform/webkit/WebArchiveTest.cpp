@@ -1,5 +1,5 @@
 #include "platform/webkit/WebArchive.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "platform/webkit/engine/PageReader.h"
 
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/ProcessFacts.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/webkit/EngineURL.h"
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/engine/PageScripts.h"

@@ -1,8 +1,8 @@
-#include "platform/foundation/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/PrivateFolder.h"
-#include "platform/foundation/ProcessFacts.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/connections/EngineChannel.h"
+#include "platform/foundation/files/PrivateFolder.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/webkit/engine/DisplayServer.h"
 #include "platform/webkit/engine/PageReader.h"
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/connections/EngineProcess.h"
+#include "platform/foundation/files/PrivateFolder.h"
+
+#include <sys/types.h>
+
+namespace kelvo {
+
+/// The office suite, which turns word-processor documents into RTF, in a process of its own. Nothing that a
+/// document holds runs or is fetched, and its file is not touched: the engine has a copy, in a folder of mode
+/// 0700 that is gone when the engine or this process ends.
+class DocumentEngine {
+public:
+    /// Nothing is started yet.
+    DocumentEngine();
+    DocumentEngine(const DocumentEngine&) = delete;
+    DocumentEngine& operator=(const DocumentEngine&) = delete;
+    /// Ends the engine.
+    ~DocumentEngine();
+
+    /// The one of this process.
+    static DocumentEngine& sharedEngine();
+
+    /// The document as RTF. `extension` is that of a file with such contents: "doc", "docx", "odt", "fodt",
+    /// "sxw", "xml". Runs the current run loop meanwhile.
+    ///
+    /// Nil when the document is encrypted or cannot be read, when that takes longer or ends the engine (the
+    /// next document has a new one), when the engine is at work on another document, in whose midst this one
+    /// was asked for, and, with one line in the log, when there is no office suite.
+    NSData RTFOfDocument(const NSData& document, const NSString& extension, double timeoutSeconds);
+
+    /// Of the engine, 0 when none runs.
+    pid_t processIdentifier() const { return process_.processIdentifier(); }
+
+private:
+    EngineProcess process_;
+    PrivateFolder folder_;
+    bool isAtWork_ = false;
+};
+
+} // namespace kelvo

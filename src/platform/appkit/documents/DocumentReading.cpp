@@ -1,0 +1,163 @@
+#include "platform/appkit/documents/DocumentReading.h"
+
+#include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/documents/DocumentEngine.h"
+#include "platform/appkit/documents/DocumentKind.h"
+#include "platform/appkit/documents/PageReading.h"
+#include "platform/appkit/documents/PlainTextReading.h"
+#include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSPathUtilities.h"
+#include "platform/webkit/WebArchive.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kelvo::NSAttributedStringKitAdditions {
+namespace {
+
+/// Who asks waits 15 s, in which what was read has to be written and sent as well.
+constexpr double secondsForConversion = 12;
+
+struct Reading {
+    NSAttributedString text;
+    NSDictionary attributes;
+};
+
+/// What the office suite turns into RTF.
+struct Conversion {
+    DocumentKind kind;
+    const char16_t* extension;
+    const char16_t* documentType;
+    const char16_t* UTI;
+};
+
+constexpr std::array conversions{
+    Conversion{DocumentKind::wordDocument, u"doc", NSDocFormatTextDocumentType, u"com.microsoft.word.doc"},
+    Conversion{DocumentKind::wordML, u"xml", NSWordMLTextDocumentType, u"com.microsoft.word.wordml"},
+    Conversion{DocumentKind::officeOpenXML, u"docx", NSOfficeOpenXMLTextDocumentType,
+               u"org.openxmlformats.wordprocessingml.document"},
+    Conversion{DocumentKind::openDocument, u"odt", NSOpenDocumentTextDocumentType,
+               u"org.oasis-open.opendocument.text"},
+    Conversion{DocumentKind::flatOpenDocument, u"fodt", NSOpenDocumentTextDocumentType,
+               u"org.oasis-open.opendocument.text"},
+    Conversion{DocumentKind::openOfficeText, u"sxw", NSOpenDocumentTextDocumentType, u"org.openoffice.text"},
+};
+
+NSMutableDictionary attributesWithType(const NSDictionary& others, const char16_t* documentType,
+                                       const char16_t* UTI) {
+    NSMutableDictionary attributes =
+        NSMutableDictionary(others.isNil() ? NSDictionary::dictionary() : others);
+    attributes.setObject_forKey(documentType, NSDocumentTypeDocumentAttribute);
+    attributes.setObject_forKey(UTI, NSUTIDocumentAttribute);
+    return attributes;
+}
+
+Reading readPlainText(const NSData& data) {
+    NSStringEncoding encoding = 0;
+    const NSString text = stringWithPlainText(data, &encoding);
+    NSMutableDictionary attributes =
+        attributesWithType(nullptr, NSPlainTextDocumentType, u"public.plain-text");
+    attributes.setObject_forKey(NSNumber::numberWithUnsignedInt(encoding),
+                                NSCharacterEncodingDocumentAttribute);
+    return {NSAttributedString(text), attributes.copy()};
+}
+
+Reading readRTF(const NSData& data) {
+    Reading reading;
+    reading.text = initWithRTF_documentAttributes(data, &reading.attributes);
+    return reading;
+}
+
+Reading readRTFD(const NSData& data) {
+    Reading reading;
+    reading.text = initWithRTFD_documentAttributes(data, &reading.attributes);
+    return reading;
+}
+
+Reading readPage(const NSData& data, const NSString& path) {
+    Reading reading;
+    reading.text = attributedStringWithPage(data, NSURL::fileURLWithPath(path), &reading.attributes);
+    return reading;
+}
+
+Reading readSavedPage(const NSData& data, DocumentKind kind) {
+    const WebArchive archive = WebArchive::initWithData(data);
+    if (archive.isNil())
+        return data.characters().starts_with("bplist") ? Reading() : readPlainText(data);
+    Reading reading;
+    reading.text = attributedStringWithSavedPage(archive, &reading.attributes);
+    reading.attributes = attributesWithType(reading.attributes, NSWebArchiveTextDocumentType,
+                                            kind == DocumentKind::MIMEHTML ? u"com.microsoft.word.mhtml"
+                                                                           : u"com.apple.webarchive");
+    return reading;
+}
+
+Reading readConverted(const NSData& data, const Conversion& conversion) {
+    const NSData rtf =
+        DocumentEngine::sharedEngine().RTFOfDocument(data, conversion.extension, secondsForConversion);
+    if (rtf.isNil())
+        return {};
+    Reading reading = readRTF(rtf);
+    NSMutableDictionary attributes =
+        attributesWithType(reading.attributes, conversion.documentType, conversion.UTI);
+    attributes.setObject_forKey(NSNumber::numberWithInt(1), NSConvertedDocumentAttribute);
+    // Which words of RTF the document was written with says nothing about it any more.
+    attributes.removeObjectForKey(NSCocoaVersionDocumentAttribute);
+    reading.attributes = attributes.copy();
+    return reading;
+}
+
+/// A folder is a document only when it holds what makes it a package; the rest of it is not even looked at
+/// otherwise.
+Reading readPackage(const NSString& path) {
+    bool isDirectory = false;
+    Reading reading;
+    if (!NSFileManager::defaultManager().fileExistsAtPath_isDirectory(
+            stringByAppendingPathComponent(path, u"TXT.rtf"), &isDirectory) ||
+        isDirectory)
+        return reading;
+    if (const auto wrapper = NSFileWrapper::initWithPath(path))
+        reading.text = initWithRTFDFileWrapper_documentAttributes(*wrapper, &reading.attributes);
+    return reading;
+}
+
+Reading readFile(const NSString& path) {
+    const NSData data = NSData::dataWithContentsOfFile(path);
+    if (data.isNil())
+        return {};
+    const DocumentKind kind = kindOfDocument(data.characters(), path);
+    switch (kind) {
+    case DocumentKind::none:
+        return {};
+    case DocumentKind::plainText:
+        return readPlainText(data);
+    case DocumentKind::RTF:
+        return readRTF(data);
+    case DocumentKind::RTFD:
+        return readRTFD(data);
+    case DocumentKind::HTML:
+        return readPage(data, path);
+    case DocumentKind::webArchive:
+    case DocumentKind::MIMEHTML:
+        return readSavedPage(data, kind);
+    default:
+        const auto* const conversion = std::ranges::find(conversions, kind, &Conversion::kind);
+        return conversion == conversions.end() ? Reading() : readConverted(data, *conversion);
+    }
+}
+
+} // namespace
+
+NSAttributedString initWithPath_documentAttributes(const NSString& path, NSDictionary* documentAttributes) {
+    bool isDirectory = false;
+    Reading reading;
+    if (NSFileManager::defaultManager().fileExistsAtPath_isDirectory(path, &isDirectory))
+        reading = isDirectory ? readPackage(path) : readFile(path);
+    if (documentAttributes)
+        *documentAttributes = reading.text.isNil() ? NSDictionary() : reading.attributes;
+    return reading.text;
+}
+
+} // namespace kelvo::NSAttributedStringKitAdditions

@@ -1,0 +1,169 @@
+#include "platform/appkit/documents/PageReading.h"
+
+#include "platform/appkit/documents/PlainTextReading.h"
+#include "platform/appkit/html/HTMLReading.h"
+#include "platform/foundation/files/PrivateFolder.h"
+#include "platform/webkit/PageBase.h"
+#include "platform/webkit/WebResourceLoadDelegate.h"
+
+#include <kj/encoding.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+namespace kelvo {
+namespace {
+
+/// Who asks waits 15 s, in which the engine may have to start first, and what was read has to be written and
+/// sent.
+constexpr float secondsToLoad = 10;
+/// Of those in an answer: they are copied from hand to hand, and the web engine takes none of more than 1
+/// MiB.
+constexpr std::size_t mostBytesInAddress = 256 << 10;
+
+class LocalResources final : public NSObject, public WebResourceLoadDelegate {
+public:
+    NSString className() const override { return u"LocalResources"; }
+
+    NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(const Value&, const Value&,
+                                                                                  const NSURLRequest& request,
+                                                                                  const Value&,
+                                                                                  const Value&) override {
+        const NSURL& url = request.URL();
+        return url.isFileURL() || url.host().isEmpty() ? request : nullptr;
+    }
+};
+
+/// Lets a page have the files that were saved with it, under the addresses that they had: style sheets and
+/// the like within the answer, pictures and what is large from a folder of mode 0700 that lasts as long as
+/// this object.
+class ArchivedResources final : public NSObject, public WebResourceLoadDelegate {
+public:
+    explicit ArchivedResources(const WebArchive& archive) { add(archive); }
+
+    NSString className() const override { return u"ArchivedResources"; }
+
+    NSURLRequest webView_resource_willSendRequest_redirectResponse_fromDataSource(const Value&, const Value&,
+                                                                                  const NSURLRequest& request,
+                                                                                  const Value&,
+                                                                                  const Value&) override {
+        const NSURL& url = request.URL();
+        const auto found = resources_.find(key(url));
+        if (found != resources_.end())
+            return NSURLRequest::requestWithURL(urlWithContents(standingWhereItWas(found->second)));
+        // What was given out is asked about once more.
+        const bool isOurs =
+            folder_.exists() && url.isFileURL() && url.path().UTF8String().starts_with(folder_.path() + '/');
+        return isOurs || (!url.isFileURL() && url.host().isEmpty()) ? request : nullptr;
+    }
+
+private:
+    /// The fragment is the page's own business.
+    static std::string key(const NSURL& url) {
+        const std::string address = url.absoluteString().UTF8String();
+        return address.substr(0, address.find('#'));
+    }
+
+    /// A frame's page loses its address; what it refers to is to be found all the same.
+    static WebResource standingWhereItWas(const WebResource& resource) {
+        if (resource.MIMEType() != u"text/html")
+            return resource;
+        return WebResource(pageByPlacingBase(resource.data(), resource.textEncodingName(), resource.URL()),
+                           resource.URL(), resource.MIMEType(), resource.textEncodingName(),
+                           resource.frameName());
+    }
+
+    /// Of pictures the web engine wants the file, which it can hand on.
+    NSURL urlWithContents(const WebResource& resource) {
+        const bool isSmallText = resource.data().length() <= mostBytesInAddress &&
+                                 !resource.MIMEType().characters().starts_with(u"image/");
+        return isSmallText ? urlOfData(resource) : urlOfFile(resource);
+    }
+
+    static NSURL urlOfData(const WebResource& resource) {
+        const auto bytes = resource.data().bytes();
+        const kj::String base64 = kj::encodeBase64(kj::arrayPtr(bytes.data(), bytes.size()));
+        std::string url = "data:" + resource.MIMEType().UTF8String();
+        if (!resource.textEncodingName().isEmpty())
+            url += ";charset=" + resource.textEncodingName().UTF8String();
+        url.append(";base64,").append(base64.begin(), base64.size());
+        return NSURL::URLWithTolerantString(NSString::stringWithUTF8String(url));
+    }
+
+    /// Nil, which refuses the request, when there is no room for it.
+    NSURL urlOfFile(const WebResource& resource) {
+        if (folder_.path().empty())
+            return nullptr;
+        const NSString path =
+            NSString::stringWithUTF8String(folder_.path() + '/' + std::to_string(fileCount_++) + '.' +
+                                           extensionOfMIMEType(resource.MIMEType()));
+        return resource.data().writeToFile_atomically(path, false) ? NSURL::fileURLWithPath(path) : NSURL();
+    }
+
+    /// Of pictures the second part of the type is an extension that is known.
+    static std::string extensionOfMIMEType(const NSString& type) {
+        const std::string text = type.UTF8String();
+        const std::string subtype = text.substr(text.find('/') + 1);
+        const auto end = std::ranges::find_if_not(subtype, [](char letter) {
+            return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9');
+        });
+        return {subtype.begin(), end};
+    }
+
+    void add(const WebResource& resource) {
+        if (!resource.data().isNil() && !resource.URL().isNil())
+            resources_.try_emplace(key(resource.URL()), resource);
+    }
+
+    /// Archives are bounded in depth.
+    void add(const WebArchive& archive) {
+        for (const WebResource& resource : archive.subresources())
+            add(resource);
+        for (const WebArchive& frame : archive.subframeArchives()) {
+            add(frame.mainResource());
+            add(frame);
+        }
+    }
+
+    std::unordered_map<std::string, WebResource> resources_;
+    PrivateFolder folder_{"plumwick-page"};
+    int fileCount_ = 0;
+};
+
+NSMutableDictionary optionsWithDelegate(std::shared_ptr<NSObject> delegate) {
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{NSNumber::numberWithBool(true), NSUseWebKitDocumentOption},
+         {NSNumber::numberWithFloat(secondsToLoad), NSTimeoutDocumentOption},
+         {std::move(delegate), NSWebResourceLoadDelegateDocumentOption}});
+}
+
+} // namespace
+
+NSAttributedString attributedStringWithPage(const NSData& page, const NSURL& fileURL,
+                                            NSDictionary* documentAttributes) {
+    NSMutableDictionary options = optionsWithDelegate(std::make_shared<LocalResources>());
+    options.setObject_forKey(fileURL, NSBaseURLDocumentOption);
+    return NSAttributedStringKitAdditions::initWithHTML_options_documentAttributes(page, options.copy(),
+                                                                                   documentAttributes);
+}
+
+NSAttributedString attributedStringWithSavedPage(const WebArchive& archive,
+                                                 NSDictionary* documentAttributes) {
+    const WebResource& page = archive.mainResource();
+    if (page.MIMEType() == u"text/plain") {
+        NSStringEncoding encoding = 0;
+        *documentAttributes = NSDictionary::dictionary();
+        return NSAttributedString(stringWithPlainText(page.data(), &encoding));
+    }
+    NSMutableDictionary options = optionsWithDelegate(std::make_shared<ArchivedResources>(archive));
+    if (!page.URL().isNil())
+        options.setObject_forKey(page.URL(), NSBaseURLDocumentOption);
+    if (!page.textEncodingName().isEmpty())
+        options.setObject_forKey(page.textEncodingName(), NSTextEncodingNameDocumentOption);
+    return NSAttributedStringKitAdditions::initWithHTML_options_documentAttributes(
+        page.data(), options.copy(), documentAttributes);
+}
+
+} // namespace kelvo

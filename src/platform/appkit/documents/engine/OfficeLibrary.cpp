@@ -1,0 +1,138 @@
+#include "platform/appkit/documents/engine/OfficeLibrary.h"
+
+#include "platform/appkit/documents/engine/FrozenDocument.h"
+#include "platform/appkit/documents/engine/OfficeSettings.h"
+
+// The kinds of documents are declared with the calls that may change.
+#define LOK_USE_UNSTABLE_API
+#include <LibreOfficeKit/LibreOfficeKitEnums.h>
+#include <LibreOfficeKit/LibreOfficeKitInit.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <vector>
+
+namespace kelvo::documentengine {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct DocumentDeleter {
+    void operator()(LibreOfficeKitDocument* document) const { document->pClass->destroy(document); }
+};
+
+bool isProgramFolder(const fs::path& folder) {
+    std::error_code ignored;
+    return fs::exists(folder / "libswlo.so", ignored) && (fs::exists(folder / "libsofficeapp.so", ignored) ||
+                                                          fs::exists(folder / "libmergedlo.so", ignored));
+}
+
+std::vector<fs::path> foldersOfPath() {
+    std::vector<fs::path> folders;
+    const char* path = std::getenv("PATH");
+    std::string_view rest = path ? path : "";
+    while (!rest.empty()) {
+        const std::size_t colon = rest.find(':');
+        // Relative entries depend on where the service was started, and are nobody's intention.
+        if (rest.starts_with('/'))
+            folders.emplace_back(rest.substr(0, colon));
+        rest.remove_prefix(colon == std::string_view::npos ? rest.size() : colon + 1);
+    }
+    return folders;
+}
+
+/// "/opt/libreoffice7.6/program" and its like, the latest first.
+std::vector<fs::path> foldersOfOwnInstallations() {
+    std::vector<fs::path> folders;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/opt", ignored)) {
+        if (entry.path().filename().string().starts_with("libreoffice"))
+            folders.push_back(entry.path() / "program");
+    }
+    std::ranges::sort(folders, std::greater());
+    return folders;
+}
+
+std::string fileURL(const fs::path& path) {
+    // The folder's path is our own, but the one above it comes from the environment.
+    constexpr std::string_view unreserved =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string url = "file://";
+    for (const char character : path.string()) {
+        if (unreserved.find(character) != std::string_view::npos) {
+            url += character;
+        } else {
+            const auto byte = static_cast<unsigned char>(character);
+            url += '%';
+            url += digits[byte >> 4];
+            url += digits[byte & 15];
+        }
+    }
+    return url;
+}
+
+} // namespace
+
+std::optional<fs::path> officeProgramFolder() {
+    std::error_code ignored;
+    for (const fs::path& folder : foldersOfPath()) {
+        const fs::path program = fs::canonical(folder / "soffice", ignored).parent_path();
+        if (isProgramFolder(program))
+            return program;
+    }
+    std::vector<fs::path> usual{"/usr/lib/libreoffice/program", "/usr/lib64/libreoffice/program",
+                                "/usr/local/lib/libreoffice/program"};
+    std::ranges::copy(foldersOfOwnInstallations(), std::back_inserter(usual));
+    const auto found = std::ranges::find_if(usual, isProgramFolder);
+    return found == usual.end() ? std::nullopt : std::optional(*found);
+}
+
+std::unique_ptr<OfficeLibrary> OfficeLibrary::load(const fs::path& programFolder, const fs::path& folder) {
+    const fs::path profile = folder / "profile";
+    if (!writeOfficeSettings(profile))
+        return nullptr;
+    LibreOfficeKit* const kit = lok_init_2(programFolder.c_str(), fileURL(profile).c_str());
+    if (!kit)
+        return nullptr;
+    return std::unique_ptr<OfficeLibrary>(new OfficeLibrary(folder, kit));
+}
+
+std::optional<std::string> OfficeLibrary::RTFOfDocument(std::string_view document,
+                                                        const std::string& extension) {
+    const fs::path source = folder_ / ("document." + extension);
+    const fs::path destination = folder_ / "document-as.rtf";
+    const auto removeFiles = [&] {
+        std::error_code ignored;
+        fs::remove(source, ignored);
+        fs::remove(destination, ignored);
+    };
+    {
+        std::ofstream file(source, std::ios::binary);
+        const std::string copy = frozenDocument(document, extension);
+        file.write(copy.data(), static_cast<std::streamsize>(copy.size()));
+        if (!file.flush())
+            return removeFiles(), std::nullopt;
+    }
+    std::optional<std::string> rtf;
+    // Without the optional feature for passwords an encrypted document fails at once, and batch mode answers
+    // every other question for us. The level 3 lets run no macro that is not from a trusted place.
+    if (const std::unique_ptr<LibreOfficeKitDocument, DocumentDeleter> loaded{
+            kit_->pClass->documentLoadWithOptions(kit_, fileURL(source).c_str(),
+                                                  "Batch=true,MacroSecurityLevel=3")}) {
+        if (loaded->pClass->getDocumentType(loaded.get()) == LOK_DOCTYPE_TEXT &&
+            loaded->pClass->saveAs(loaded.get(), fileURL(destination).c_str(), "rtf", nullptr) != 0) {
+            std::ifstream file(destination, std::ios::binary);
+            rtf.emplace(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+            if (!file.is_open() || file.bad() || rtf->empty())
+                rtf.reset();
+        }
+    }
+    removeFiles();
+    return rtf;
+}
+
+} // namespace kelvo::documentengine

@@ -1,0 +1,240 @@
+#include "platform/appkit/rtfreader/RTFCharsets.h"
+
+#include <algorithm>
+
+namespace kelvo {
+namespace {
+
+template <typename Row>
+auto valueOf(std::int32_t key, const Row& rows) {
+    const auto row = std::ranges::find(rows, key, [](const auto& pair) { return pair.first; });
+    return row == std::end(rows) ? std::begin(rows)->second : row->second;
+}
+
+// The first row is what all others are.
+constexpr std::pair<std::int32_t, RTFCodePage> charsets[] = {
+    {1, RTFDocumentCodePage},
+    {0, 1252},
+    {2, RTFOtherSignsCodePage},
+    {77, 10000},
+    {78, 10001},
+    {79, 10003},
+    {80, 10008},
+    {81, 10002},
+    {82, 1361},
+    {83, 10005},
+    {84, 10004},
+    {85, 10006},
+    {86, 10081},
+    {87, 10021},
+    {88, 10029},
+    {89, 10007},
+    {128, 932},
+    {129, 949},
+    {130, 1361},
+    {134, 936},
+    {136, 950},
+    {161, 1253},
+    {162, 1254},
+    {163, 1258},
+    {177, 1255},
+    {178, 1256},
+    {186, 1257},
+    {204, 1251},
+    {222, 874},
+    {238, 1250},
+    {254, 437},
+    {255, 850},
+};
+
+constexpr std::pair<RTFCodePage, CFStringEncoding> encodings[] = {
+    {1252, kCFStringEncodingWindowsLatin1},
+    {437, kCFStringEncodingDOSLatinUS},
+    {708, kCFStringEncodingISOLatinArabic},
+    {737, kCFStringEncodingDOSGreek},
+    {775, kCFStringEncodingDOSBalticRim},
+    {819, kCFStringEncodingISOLatin1},
+    {850, kCFStringEncodingDOSLatin1},
+    {851, kCFStringEncodingDOSGreek1},
+    {852, kCFStringEncodingDOSLatin2},
+    {855, kCFStringEncodingDOSCyrillic},
+    {857, kCFStringEncodingDOSTurkish},
+    {860, kCFStringEncodingDOSPortuguese},
+    {861, kCFStringEncodingDOSIcelandic},
+    {862, kCFStringEncodingDOSHebrew},
+    {863, kCFStringEncodingDOSCanadianFrench},
+    {864, kCFStringEncodingDOSArabic},
+    {865, kCFStringEncodingDOSNordic},
+    {866, kCFStringEncodingDOSRussian},
+    {869, kCFStringEncodingDOSGreek2},
+    {874, kCFStringEncodingDOSThai},
+    {932, kCFStringEncodingDOSJapanese},
+    {936, kCFStringEncodingDOSChineseSimplif},
+    {949, kCFStringEncodingDOSKorean},
+    {950, kCFStringEncodingDOSChineseTrad},
+    {1250, kCFStringEncodingWindowsLatin2},
+    {1251, kCFStringEncodingWindowsCyrillic},
+    {1253, kCFStringEncodingWindowsGreek},
+    {1254, kCFStringEncodingWindowsLatin5},
+    {1255, kCFStringEncodingWindowsHebrew},
+    {1256, kCFStringEncodingWindowsArabic},
+    {1257, kCFStringEncodingWindowsBalticRim},
+    {1258, kCFStringEncodingWindowsVietnamese},
+    {1361, kCFStringEncodingWindowsKoreanJohab},
+    {10000, kCFStringEncodingMacRoman},
+    {10001, kCFStringEncodingMacJapanese},
+    {10002, kCFStringEncodingMacChineseTrad},
+    {10003, kCFStringEncodingMacKorean},
+    {10004, kCFStringEncodingMacArabic},
+    {10005, kCFStringEncodingMacHebrew},
+    {10006, kCFStringEncodingMacGreek},
+    {10007, kCFStringEncodingMacCyrillic},
+    {10008, kCFStringEncodingMacChineseSimp},
+    {10010, kCFStringEncodingMacRomanian},
+    {10017, kCFStringEncodingMacUkrainian},
+    {10021, kCFStringEncodingMacThai},
+    {10029, kCFStringEncodingMacCentralEurRoman},
+    {10079, kCFStringEncodingMacIcelandic},
+    {10081, kCFStringEncodingMacTurkish},
+    {10082, kCFStringEncodingMacCroatian},
+    {20866, kCFStringEncodingKOI8_R},
+    {21866, kCFStringEncodingKOI8_U},
+    {28592, kCFStringEncodingISOLatin2},
+    {28593, kCFStringEncodingISOLatin3},
+    {28594, kCFStringEncodingISOLatin4},
+    {28595, kCFStringEncodingISOLatinCyrillic},
+    {28596, kCFStringEncodingISOLatinArabic},
+    {28597, kCFStringEncodingISOLatinGreek},
+    {28598, kCFStringEncodingISOLatinHebrew},
+    {28599, kCFStringEncodingISOLatin5},
+    {28603, kCFStringEncodingISOLatin7},
+    {28605, kCFStringEncodingISOLatin9},
+    {51932, kCFStringEncodingEUC_JP},
+    {51949, kCFStringEncodingEUC_KR},
+    {54936, kCFStringEncodingGB18030},
+    {65001, kCFStringEncodingUTF8},
+};
+
+// The signs of Wingdings that serve as bullets, arrows and ticks; the others have no characters of common
+// use.
+constexpr std::pair<int, char16_t> wingdings[] = {
+    {0x6C, 0x25CF}, {0x6E, 0x25A0}, {0x6F, 0x25A1}, {0x71, 0x2751}, {0x72, 0x2752}, {0x75, 0x25C6},
+    {0x76, 0x2756}, {0x9E, 0x00B7}, {0x9F, 0x2022}, {0xA1, 0x25CB}, {0xA7, 0x25AA}, {0xA8, 0x25FB},
+    {0xD8, 0x27A2}, {0xDF, 0x2190}, {0xE0, 0x2192}, {0xE1, 0x2191}, {0xE2, 0x2193}, {0xE8, 0x2794},
+    {0xF0, 0x21E8}, {0xFB, 0x2717}, {0xFC, 0x2713}, {0xFD, 0x2612}, {0xFE, 0x2611},
+};
+
+/// Where fonts of signs keep theirs.
+constexpr char16_t firstSign = 0xF000;
+
+CFStringEncoding encodingOf(RTFCodePage page) {
+    const CFStringEncoding encoding = valueOf(page, encodings);
+    return CFStringIsEncodingAvailable(encoding) ? encoding : kCFStringEncodingWindowsLatin1;
+}
+
+constexpr bool isMultiByte(RTFCodePage page) {
+    switch (page) {
+    case 932:
+    case 936:
+    case 949:
+    case 950:
+    case 1361:
+    case 10001:
+    case 10002:
+    case 10003:
+    case 10008:
+    case 51932:
+    case 51949:
+    case 54936:
+    case 65001:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+RTFCodePage rtfCodePageOfCharset(std::int32_t charset) {
+    return valueOf(charset, charsets);
+}
+
+RTFCharsets::Page RTFCharsets::makePage(RTFCodePage number) {
+    Page page;
+    if (number < 0) {
+        page.units.fill(0);
+        for (int byte = 0; byte < 256; ++byte)
+            page.units[byte] = static_cast<char16_t>(byte < 0x80 ? byte : firstSign + byte);
+        if (number == RTFWingdingsCodePage)
+            for (const auto& [byte, unit] : wingdings)
+                page.units[byte] = unit;
+    }
+    if (number < 0 && number != RTFSymbolCodePage)
+        return page;
+    page.codec = makeTextCodec(number < 0 ? kCFStringEncodingMacSymbol : encodingOf(number));
+    if (isMultiByte(number)) {
+        page.isSingleByte = false;
+        return page;
+    }
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::uint8_t source[] = {static_cast<std::uint8_t>(byte)};
+        char16_t units[8];
+        page.codec->reset();
+        const TextCodec::Progress progress = page.codec->decode(source, units, std::size(units));
+        // The few bytes that are two characters go through the codec, but for the tags of variants that some
+        // signs have.
+        if (progress.unitsWritten != 1 && number > 0)
+            page.isSingleByte = false;
+        else if (!progress.hadErrors || number > 0)
+            page.units[byte] = units[0];
+    }
+    return page;
+}
+
+RTFCharsets::Page& RTFCharsets::pageOf(RTFCodePage number) {
+    if (current_ && number == currentNumber_)
+        return *current_;
+    // All numbers that are not known are one page, so that their number is bounded.
+    const bool isKnown =
+        number < 0 || std::ranges::any_of(encodings, [&](const auto& row) { return row.first == number; });
+    const RTFCodePage key = isKnown ? number : 1252;
+    auto found = pages_.find(key);
+    if (found == pages_.end())
+        found = pages_.emplace(key, makePage(key)).first;
+    currentNumber_ = number;
+    current_ = &found->second;
+    return *current_;
+}
+
+void RTFCharsets::decode(std::string_view bytes, RTFCodePage number, std::u16string& units) {
+    Page& page = pageOf(number);
+    const std::size_t start = units.size();
+    if (page.isSingleByte) {
+        units.resize(start + bytes.size());
+        std::ranges::transform(bytes, units.begin() + static_cast<std::ptrdiff_t>(start),
+                               [&](char byte) { return page.units[static_cast<unsigned char>(byte)]; });
+        return;
+    }
+    page.codec->reset();
+    std::span<const std::uint8_t> rest(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    std::size_t length = start;
+    for (;;) {
+        units.resize(length + rest.size() * page.codec->mostUnitsPerByte() + 8);
+        const TextCodec::Progress progress =
+            page.codec->decode(rest, units.data() + length, units.size() - length);
+        length += progress.unitsWritten;
+        rest = rest.subspan(progress.bytesRead);
+        if (!progress.isOutputFull)
+            break;
+    }
+    units.resize(length);
+}
+
+char16_t RTFCharsets::unitOfSign(char16_t unit, RTFCodePage page) {
+    if (page >= 0 || unit < firstSign + 0x20 || unit > firstSign + 0xFF)
+        return unit;
+    const char16_t sign = pageOf(page).units[unit - firstSign];
+    return page == RTFSymbolCodePage || sign >= 0x80 ? sign : unit;
+}
+
+} // namespace kelvo

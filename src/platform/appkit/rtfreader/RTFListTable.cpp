@@ -1,0 +1,228 @@
+#include "platform/appkit/rtfreader/RTFListTable.h"
+
+#include "platform/appkit/rtfreader/RTFScanner.h"
+#include "platform/appkit/rtfreader/RTFWords.h"
+
+#include <algorithm>
+
+namespace kelvo {
+namespace {
+
+constexpr std::size_t maximumLists = 65536;
+constexpr std::int32_t bulletKind = 23;
+constexpr std::int32_t emptyKind = 255;
+
+const char16_t* kindNamed(std::int32_t number) {
+    switch (number) {
+    case 1:
+        return u"{upper-roman}";
+    case 2:
+        return u"{lower-roman}";
+    case 3:
+        return u"{upper-alpha}";
+    case 4:
+        return u"{lower-alpha}";
+    default:
+        return u"{decimal}";
+    }
+}
+
+// Bullets as characters, and as the places of them in the fonts of signs that word processors use.
+constexpr std::pair<char16_t, const char16_t*> bullets[] = {
+    {0x2022, u"{disc}"},    {0x00B7, u"{disc}"},    {0xF0B7, u"{disc}"},   {0x25CF, u"{disc}"},
+    {0x25E6, u"{circle}"},  {0x25CB, u"{circle}"},  {u'o', u"{circle}"},   {0x25AA, u"{square}"},
+    {0x25A0, u"{square}"},  {0xF0A7, u"{square}"},  {0x25FE, u"{square}"}, {u'-', u"{hyphen}"},
+    {0x2010, u"{hyphen}"},  {0x2013, u"{hyphen}"},  {0x2043, u"{hyphen}"}, {0x2713, u"{check}"},
+    {0xF0FC, u"{check}"},   {0x25A1, u"{box}"},     {0x25FB, u"{box}"},    {0xF0A8, u"{box}"},
+    {0x25C6, u"{diamond}"}, {0xF075, u"{diamond}"},
+};
+
+std::u16string_view withoutSemicolon(std::u16string_view text) {
+    return text.ends_with(u';') ? text.substr(0, text.size() - 1) : text;
+}
+
+} // namespace
+
+NSString markerFormatOfBullet(std::u16string_view bullet) {
+    if (bullet.size() == 1) {
+        const auto row = std::ranges::find(bullets, bullet[0], [](const auto& pair) { return pair.first; });
+        if (row != std::end(bullets))
+            return row->second;
+    }
+    return NSString(bullet);
+}
+
+void RTFListTable::beginList() {
+    isInOverrides_ = false;
+    if (lists_.size() < maximumLists)
+        lists_.emplace_back();
+}
+
+RTFListTable::Definition& RTFListTable::current() {
+    auto& table = isInOverrides_ ? overrides_ : lists_;
+    if (table.empty())
+        table.emplace_back();
+    return table.back();
+}
+
+RTFListTable::Level* RTFListTable::currentLevel() {
+    Definition& definition = current();
+    const int index = definition.currentLevel;
+    return index >= 0 && index < static_cast<int>(definition.levels.size()) ? &definition.levels[index]
+                                                                            : nullptr;
+}
+
+void RTFListTable::apply(RTFWord word, const RTFToken& token) {
+    Level* const level = currentLevel();
+    switch (word) {
+    case RTFWord::listoverride:
+        isInOverrides_ = true;
+        if (overrides_.size() < maximumLists)
+            overrides_.emplace_back();
+        break;
+    case RTFWord::listid:
+        current().identifier = token.parameter;
+        if (!isInOverrides_)
+            listOfIdentifier_.emplace(token.parameter, lists_.size() - 1);
+        break;
+    case RTFWord::ls:
+        if (isInOverrides_ && !overrides_.empty())
+            overrideOfNumber_.emplace(token.parameter, overrides_.size() - 1);
+        break;
+    case RTFWord::lfolevel:
+    case RTFWord::listlevel: {
+        // A level inside of an override describes the one that the override has begun.
+        Definition& definition = current();
+        if (isInOverrides_ && word == RTFWord::listlevel) {
+            if (level)
+                level->isFormatStated = true;
+        } else {
+            if (definition.levels.size() < levelCount)
+                definition.levels.emplace_back();
+            ++definition.currentLevel;
+        }
+        break;
+    }
+    case RTFWord::levelnfc:
+    case RTFWord::levelnfcn:
+        if (level)
+            level->kind = token.parameter;
+        break;
+    case RTFWord::levelstartat:
+        if (level)
+            level->startingNumber = token.parameter;
+        break;
+    default:
+        break;
+    }
+}
+
+void RTFListTable::setMarker(std::u16string_view marker) {
+    if (Level* const level = currentLevel())
+        level->marker = marker;
+}
+
+void RTFListTable::setText(std::u16string_view text) {
+    if (Level* const level = currentLevel())
+        level->text = withoutSemicolon(text);
+}
+
+NSTextList RTFListTable::makeList(const Level& level, int index) {
+    NSTextList list;
+    list.startingItemNumber = level.startingNumber.value_or(1);
+    if (!level.marker.empty()) {
+        list.markerFormat = NSString(level.marker);
+        return list;
+    }
+    // The first unit is the length; units below the count of levels stand for the numbers of levels.
+    std::u16string_view text = level.text;
+    if (!text.empty())
+        text.remove_prefix(1);
+    if (level.kind == bulletKind) {
+        list.markerFormat = markerFormatOfBullet(text);
+        return list;
+    }
+    std::u16string before;
+    std::u16string after;
+    bool isBehind = false;
+    for (const char16_t unit : text) {
+        if (unit == index)
+            isBehind = true;
+        else if (unit < levelCount) // The number of an outer level, which a format cannot say.
+            before.clear();
+        else
+            (isBehind ? after : before) += unit;
+    }
+    // A mark between the numbers of two levels is not one before the item's own.
+    if (isBehind && text.find_first_of(std::u16string_view(u"\0\1\2\3\4\5\6\7", 8)) < text.find(index) &&
+        !before.empty() && (before[0] == u'.' || before[0] == u'-'))
+        before.erase(0, 1);
+    const char16_t* const kind = level.kind == emptyKind || !isBehind ? u"" : kindNamed(level.kind);
+    list.markerFormat = NSString(std::u16string_view(before + kind + after));
+    return list;
+}
+
+std::vector<RTFListTable::List> RTFListTable::listsOf(std::int32_t number, int level) {
+    const auto override = overrideOfNumber_.find(number);
+    if (override == overrideOfNumber_.end())
+        return {};
+    const Definition& definition = overrides_[override->second];
+    const auto list = listOfIdentifier_.find(definition.identifier);
+    if (list == listOfIdentifier_.end())
+        return {};
+    const std::vector<Level>& levels = lists_[list->second].levels;
+    std::vector<List>& made = made_[number];
+    const int count = std::clamp(level, 0, levelCount - 1) + 1;
+    for (int index = static_cast<int>(made.size()); index < count; ++index) {
+        const auto place = static_cast<std::size_t>(index);
+        Level own = place < levels.size() ? levels[place] : Level();
+        if (place < definition.levels.size()) {
+            const Level& other = definition.levels[place];
+            const auto start = other.startingNumber ? other.startingNumber : own.startingNumber;
+            if (other.isFormatStated && !other.text.empty())
+                own = other;
+            own.startingNumber = start;
+        }
+        made.push_back(std::make_shared<const NSTextList>(makeList(own, index)));
+    }
+    return {made.begin(), made.begin() + count};
+}
+
+void RTFOldList::apply(RTFWord word, const RTFToken& token) {
+    if (word == RTFWord::pnstart)
+        startingNumber_ = token.parameter;
+    else
+        kind_ = word;
+}
+
+std::optional<NSTextList> RTFOldList::list() const {
+    NSTextList list;
+    list.startingItemNumber = startingNumber_;
+    const char16_t* kind = nullptr;
+    switch (kind_) {
+    case RTFWord::pnlvlblt:
+        list.markerFormat = markerFormatOfBullet(before_ + after_);
+        return list;
+    case RTFWord::pndec:
+        kind = u"{decimal}";
+        break;
+    case RTFWord::pnlcltr:
+        kind = u"{lower-alpha}";
+        break;
+    case RTFWord::pnucltr:
+        kind = u"{upper-alpha}";
+        break;
+    case RTFWord::pnlcrm:
+        kind = u"{lower-roman}";
+        break;
+    case RTFWord::pnucrm:
+        kind = u"{upper-roman}";
+        break;
+    default:
+        return std::nullopt;
+    }
+    list.markerFormat = NSString(std::u16string_view(before_ + kind + after_));
+    return list;
+}
+
+} // namespace kelvo

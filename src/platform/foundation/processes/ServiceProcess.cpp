@@ -1,0 +1,31 @@
+#include "platform/foundation/processes/ServiceProcess.h"
+
+#include "platform/foundation/processes/DescriptorLimit.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <climits>
+#include <csignal>
+
+namespace kelvo {
+
+void becomeServiceProcess() {
+    close_range(3, UINT_MAX, 0);
+    // The lowest free number is given out first: what is missing among 0, 1 and 2 is filled in order.
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor > STDERR_FILENO)
+        close(descriptor);
+    raiseDescriptorLimit();
+    std::signal(SIGPIPE, SIG_IGN);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    // A service that cannot even reach the root folder stays where it is.
+    [[maybe_unused]] const int changed = chdir("/");
+}
+
+} // namespace kelvo

@@ -1,0 +1,285 @@
+#include "platform/foundation/units/UnitScan.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+// One copy of the vector code per instruction set, chosen at run time. AVX-512 stays out: the scans are bound
+// by memory long before they would need it, and it costs build time and clock rate.
+#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "UnitScan.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kelvo::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using Units = hn::ScalableTag<std::uint16_t>;
+using Bytes = hn::ScalableTag<std::uint8_t>;
+
+const std::uint16_t* raw(const char16_t* units) {
+    return reinterpret_cast<const std::uint16_t*>(units);
+}
+
+template <class V, class... Vs>
+HWY_INLINE auto equalsAny(V units, V wanted, Vs... others) {
+    if constexpr (sizeof...(others) == 0)
+        return hn::Eq(units, wanted);
+    else
+        return hn::Or(hn::Eq(units, wanted), equalsAny(units, others...));
+}
+
+/// The first index in [0, count) at which `test` holds, where test(i) gives the mask for the vector at i.
+/// Four vectors share one branch; the last vector overlaps the one before it, so nothing past the end is
+/// read. Needs count >= Lanes(d).
+template <class D, class Test>
+HWY_INLINE std::size_t firstWhere(D d, std::size_t count, Test test) {
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t index = 0;
+    for (; index + 4 * lanes <= count; index += 4 * lanes) {
+        const auto m0 = test(index), m1 = test(index + lanes), m2 = test(index + 2 * lanes),
+                   m3 = test(index + 3 * lanes);
+        if (HWY_LIKELY(hn::AllFalse(d, hn::Or(hn::Or(m0, m1), hn::Or(m2, m3)))))
+            continue;
+        if (!hn::AllFalse(d, m0))
+            return index + hn::FindKnownFirstTrue(d, m0);
+        if (!hn::AllFalse(d, m1))
+            return index + lanes + hn::FindKnownFirstTrue(d, m1);
+        if (!hn::AllFalse(d, m2))
+            return index + 2 * lanes + hn::FindKnownFirstTrue(d, m2);
+        return index + 3 * lanes + hn::FindKnownFirstTrue(d, m3);
+    }
+    for (; index < count; index += lanes) {
+        const std::size_t start = std::min(index, count - lanes);
+        const auto mask = test(start);
+        if (!hn::AllFalse(d, mask))
+            return start + hn::FindKnownFirstTrue(d, mask);
+    }
+    return count;
+}
+
+std::size_t FirstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
+    const Units d;
+    if (count < hn::Lanes(d))
+        return unitScanPlain::firstUnitEqualTo(units, count, wanted);
+    const std::uint16_t* p = raw(units);
+    const auto w0 = hn::Set(d, wanted.units[0]), w1 = hn::Set(d, wanted.units[1]),
+               w2 = hn::Set(d, wanted.units[2]), w3 = hn::Set(d, wanted.units[3]);
+    if (wanted.count <= 1)
+        return firstWhere(d, count,
+                          [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0); });
+    if (wanted.count == 2)
+        return firstWhere(d, count,
+                          [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0, w1); });
+    return firstWhere(d, count,
+                      [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0, w1, w2, w3); });
+}
+
+std::size_t FirstPairOfUnits(const char16_t* units, std::size_t count, char16_t first, char16_t second) {
+    const Units d;
+    if (count <= hn::Lanes(d))
+        return unitScanPlain::firstPairOfUnits(units, count, first, second);
+    const std::uint16_t* p = raw(units);
+    const auto w0 = hn::Set(d, first), w1 = hn::Set(d, second);
+    const std::size_t found = firstWhere(d, count - 1, [&](std::size_t i) HWY_ATTR {
+        return hn::And(hn::Eq(hn::LoadU(d, p + i), w0), hn::Eq(hn::LoadU(d, p + i + 1), w1));
+    });
+    return found == count - 1 ? count : found;
+}
+
+/// `matches(v)` gives the mask of one loaded vector.
+template <class Matches>
+HWY_INLINE std::size_t countWhere(const std::uint16_t* p, std::size_t count, std::size_t* rest,
+                                  Matches matches) {
+    const Units d;
+    const std::size_t lanes = hn::Lanes(d);
+    // Each lane counts at most 65,535 matches before it is emptied.
+    constexpr std::size_t roundsPerFlush = 65535;
+    std::size_t found = 0, index = 0;
+    HWY_ALIGN std::array<std::uint16_t, hn::MaxLanes(Units())> counts;
+    while (index + 2 * lanes <= count) {
+        auto even = hn::Zero(d), odd = hn::Zero(d);
+        for (std::size_t round = 0; round < roundsPerFlush && index + 2 * lanes <= count;
+             ++round, index += 2 * lanes) {
+            even = hn::Sub(even, hn::VecFromMask(d, matches(hn::LoadU(d, p + index))));
+            odd = hn::Sub(odd, hn::VecFromMask(d, matches(hn::LoadU(d, p + index + lanes))));
+        }
+        for (const auto& lane : {even, odd}) {
+            hn::Store(lane, d, counts.data());
+            for (std::size_t k = 0; k < lanes; ++k)
+                found += counts[k];
+        }
+    }
+    *rest = index;
+    return found;
+}
+
+std::size_t CountUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
+    const Units d;
+    const std::uint16_t* p = raw(units);
+    const auto w0 = hn::Set(d, wanted.units[0]), w1 = hn::Set(d, wanted.units[1]),
+               w2 = hn::Set(d, wanted.units[2]), w3 = hn::Set(d, wanted.units[3]);
+    using V = hn::Vec<Units>;
+    std::size_t rest = 0, found = 0;
+    if (wanted.count <= 1)
+        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return equalsAny(v, w0); });
+    else if (wanted.count == 2)
+        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return equalsAny(v, w0, w1); });
+    else
+        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return equalsAny(v, w0, w1, w2, w3); });
+    return found + unitScanPlain::countUnitsEqualTo(units + rest, count - rest, wanted);
+}
+
+std::size_t FirstNonAsciiUnit(const char16_t* units, std::size_t count) {
+    const Units d;
+    if (count < hn::Lanes(d))
+        return unitScanPlain::firstNonAsciiUnit(units, count);
+    const std::uint16_t* p = raw(units);
+    const auto ascii = hn::Set(d, 0x7F);
+    return firstWhere(d, count, [&](std::size_t i) HWY_ATTR { return hn::Gt(hn::LoadU(d, p + i), ascii); });
+}
+
+std::size_t FirstNonAsciiByte(const std::uint8_t* bytes, std::size_t count) {
+    const Bytes d;
+    if (count < hn::Lanes(d))
+        return unitScanPlain::firstNonAsciiByte(bytes, count);
+    const auto high = hn::Set(d, 0x80);
+    return firstWhere(d, count,
+                      [&](std::size_t i) HWY_ATTR { return hn::TestBit(hn::LoadU(d, bytes + i), high); });
+}
+
+std::size_t FirstDifference(const char16_t* left, const char16_t* right, std::size_t count) {
+    const Units d;
+    if (count < hn::Lanes(d))
+        return unitScanPlain::firstDifference(left, right, count);
+    const std::uint16_t *l = raw(left), *r = raw(right);
+    return firstWhere(
+        d, count, [&](std::size_t i) HWY_ATTR { return hn::Ne(hn::LoadU(d, l + i), hn::LoadU(d, r + i)); });
+}
+
+/// The membership of the unit in the lowest bit; the others are rubbish. On a little-endian machine four
+/// bytes of the bitmap are a word in which the unit's lowest five bits number the bit, which saves masking
+/// them.
+HWY_INLINE unsigned membership(const std::uint8_t* bitmap, char16_t unit) {
+    if constexpr (std::endian::native == std::endian::little) {
+        std::uint32_t word;
+        std::memcpy(&word, bitmap + (unit >> 5) * sizeof word, sizeof word);
+        return word >> (unit & 31);
+    } else {
+        return bitmap[unit >> 3] >> (unit & 7);
+    }
+}
+
+/// Whether one of these eight is a member, or with `member` false whether one is not.
+template <bool member>
+HWY_INLINE bool anyOfEight(const char16_t* units, const std::uint8_t* bitmap) {
+    unsigned any = 0, all = 1;
+    for (std::size_t k = 0; k < 8; ++k) {
+        const unsigned bit = membership(bitmap, units[k]);
+        if constexpr (member)
+            any |= bit;
+        else
+            all &= bit;
+    }
+    return member ? any & 1 : !(all & 1);
+}
+
+/// ASCII text never touches the bitmap in memory: its first 16 bytes, which cover the ASCII units, are the
+/// table of a byte shuffle that is looked up with bits 3 to 6 of each unit, and a second shuffle makes the
+/// mask from bits 0 to 2. Two vectors of units fill one vector of bytes.
+template <bool member>
+HWY_INLINE std::size_t firstByMembership(const char16_t* units, std::size_t count,
+                                         const std::uint8_t* bitmap) {
+    const Units d;
+    const Bytes d8;
+    HWY_ALIGN static constexpr std::uint8_t bitOfIndex[16] = {1, 2, 4, 8, 16, 32, 64, 128,
+                                                              1, 2, 4, 8, 16, 32, 64, 128};
+    const auto rows = hn::LoadDup128(d8, bitmap);
+    const auto bits = hn::LoadDup128(d8, bitOfIndex);
+    const auto rowIndex = hn::Set(d8, 0x0F), bitIndex = hn::Set(d8, 0x07);
+    const auto notAscii = hn::Set(d, 0xFF80);
+    const std::size_t lanes = hn::Lanes(d), block = 2 * lanes;
+    const std::uint16_t* p = raw(units);
+    std::size_t index = 0;
+    for (; index + block <= count; index += block) {
+        const auto low = hn::LoadU(d, p + index), high = hn::LoadU(d, p + index + lanes);
+        if (hn::AllTrue(d, hn::Eq(hn::And(hn::Or(low, high), notAscii), hn::Zero(d)))) {
+            const auto bytes = hn::Or(low, hn::ShiftLeft<8>(high));
+            const auto row =
+                hn::TableLookupBytes(rows, hn::And(hn::BitCast(d8, hn::ShiftRight<3>(bytes)), rowIndex));
+            const auto bit = hn::TableLookupBytes(bits, hn::And(hn::BitCast(d8, bytes), bitIndex));
+            const auto wanted = member ? hn::Zero(d8) : bit;
+            if (HWY_LIKELY(hn::AllTrue(d8, hn::Eq(hn::And(row, bit), wanted))))
+                continue;
+        } else {
+            bool found = false;
+            for (std::size_t k = 0; k < block && !found; k += 8)
+                found = anyOfEight<member>(units + index + k, bitmap);
+            if (!found)
+                continue;
+        }
+        return index + unitScanPlain::firstUnitByMembership(units + index, block, bitmap, member);
+    }
+    return index + unitScanPlain::firstUnitByMembership(units + index, count - index, bitmap, member);
+}
+
+std::size_t FirstUnitByMembership(const char16_t* units, std::size_t count, const std::uint8_t* bitmap,
+                                  bool member) {
+    return member ? firstByMembership<true>(units, count, bitmap)
+                  : firstByMembership<false>(units, count, bitmap);
+}
+
+} // namespace
+} // namespace kelvo::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kelvo {
+namespace {
+HWY_EXPORT(FirstUnitEqualTo);
+HWY_EXPORT(FirstPairOfUnits);
+HWY_EXPORT(CountUnitsEqualTo);
+HWY_EXPORT(FirstUnitByMembership);
+HWY_EXPORT(FirstNonAsciiUnit);
+HWY_EXPORT(FirstNonAsciiByte);
+HWY_EXPORT(FirstDifference);
+} // namespace
+
+namespace unitScanVector {
+
+std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
+    return HWY_DYNAMIC_DISPATCH(FirstUnitEqualTo)(units, count, wanted);
+}
+
+std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first, char16_t second) {
+    return HWY_DYNAMIC_DISPATCH(FirstPairOfUnits)(units, count, first, second);
+}
+
+std::size_t countUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
+    return HWY_DYNAMIC_DISPATCH(CountUnitsEqualTo)(units, count, wanted);
+}
+
+std::size_t firstUnitByMembership(const char16_t* units, std::size_t count, const std::uint8_t* bitmap,
+                                  bool member) {
+    return HWY_DYNAMIC_DISPATCH(FirstUnitByMembership)(units, count, bitmap, member);
+}
+
+std::size_t firstNonAsciiUnit(const char16_t* units, std::size_t count) {
+    return HWY_DYNAMIC_DISPATCH(FirstNonAsciiUnit)(units, count);
+}
+
+std::size_t firstNonAsciiByte(const std::uint8_t* bytes, std::size_t count) {
+    return HWY_DYNAMIC_DISPATCH(FirstNonAsciiByte)(bytes, count);
+}
+
+std::size_t firstDifference(const char16_t* left, const char16_t* right, std::size_t count) {
+    return HWY_DYNAMIC_DISPATCH(FirstDifference)(left, right, count);
+}
+
+} // namespace unitScanVector
+} // namespace kelvo
+#endif

@@ -1,0 +1,482 @@
+#include "platform/appkit/rtfreader/RTFReading.h"
+
+#include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/NSFileWrapper.h"
+#include "platform/foundation/Value.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kelvo {
+namespace {
+
+using namespace NSAttributedStringKitAdditions;
+
+NSAttributedString read(std::string_view source, NSDictionary* attributes = nullptr) {
+    return initWithRTF_documentAttributes(NSData::dataWithBytes(source), attributes);
+}
+
+/// The text in braces with a head that names fonts: 0 plain, 1 Cyrillic, 2 Japanese, 3 Symbol, 4 Wingdings.
+std::string document(std::string_view body) {
+    return "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fcharset204 Arial;}"
+           "{\\f2\\fcharset128 Mincho;}{\\f3\\fcharset2 Symbol;}{\\f4\\fcharset2 Wingdings;}}" +
+           std::string(body) + "}";
+}
+
+std::string textOf(std::string_view body) {
+    return read(document(body)).string().UTF8String();
+}
+
+TEST(RTFReading, Text) {
+    struct Row {
+        const char* name;
+        const char* body;
+        const char* text;
+    };
+    const Row rows[] = {
+        {"line ends mean nothing but behind a backslash", "a\r\nb\\\r\nc\\\nd\\par e", "ab\nc\nd\ne"},
+        {"escapes", "\\{\\}\\\\\\~\\_\\-\\tab\\line\\page x", "{}\\\u00A0\u2011\u00AD\t\u2028\fx"},
+        {"bytes of the code page", "\\'e4\xE4\\'80", "ää€"},
+        {"bytes of a font's charset", "\\f1\\'d3{\\f0\\'d3}\\'e2", "УÓв"},
+        {"two bytes a character, across escapes", "\\f2\\'82\\'6c\\'83\\\\\\'83^\\'82\r\n\\'72", "ＭソタＳ"},
+        {"half a character", "\\f2\\'96\\tab", "–\t"},
+        {"signs", "\\f3 ab\\'b7\\u-4031?{\\f4\\'fc\\u61607?}", "αβ•Α✓▪"},
+        {"Unicode and its stand-ins",
+         "\\u8364?\\uc2\\u8364ab{\\uc0\\u8364}\\u-10179\\'3f?\\u-8704\\'3f\\'3fz", "€€€😀z"},
+        {"a stand-in ends with its group", "\\uc4{\\u8364 a}b", "€b"},
+        {"a number past 16 bits is one character", "\\u128512?", "😀"},
+        {"stand-ins that are words", "\\u8226\\bullet\\u8211\\endash x\\u8364\\b y", "•–x€y"},
+        {"unknown words and groups", "a\\unknown1 b{\\*\\unknown x{y}}{\\unknown c}\\*\\b d", "abcd"},
+        {"binary data with braces in it", "a{\\*\\unknown\\bin3 }}}}b{\\bin2 {{}c\\bin-1 d", "abcd"},
+        {"headers, comments, hidden and deleted text",
+         "a{\\header h}{\\footerl f}{\\*\\atnid x}{\\*\\annotation n}{\\v v\\par w\\par}{\\deleted d}b",
+         "a\nb"},
+        {"index entries and bookmarks", "a{\\xe {\\v x}}{\\*\\bkmkstart m}{\\tc t}b", "ab"},
+        {"one of two forms of a text", "{\\upr{ansi}{\\*\\ud{\\u8364 ?}}}", "€"},
+        {"notes behind the text",
+         "a{\\super\\chftn{\\footnote\\pard {\\super\\chftn} n}}b{\\footnote m}\\par c", "a1b\nc\n1 n\nm\n"},
+        {"frames behind their paragraph",
+         "a{\\shp{\\*\\shpinst{\\sp{\\sn x}{\\sv y}}{\\shptxt f\\par g}}{\\shprslt f}}b\\par c",
+         "ab\nf\ng\nc"},
+        {"frames at the end", "a{\\shptxt f}", "a\nf\n"},
+        {"frames behind the end of a paragraph", "a\\par{\\shptxt f}", "a\nf\n"},
+        {"markers of lists", "{\\listtext\t\\bullet\t}a\\par{\\pntext 1.\\tab}{\\*\\pn\\pnlvlbody\\pndec}b",
+         "\t•\ta\n\t1.\tb"},
+        {"markers set apart otherwise", "{\\listtext  {\\b 1}. }a\\par{\\listtext\\'b7}b\\par{\\listtext}c",
+         "\t1.\ta\n\t·\tb\nc"},
+        {"objects show their results", "{\\object{\\*\\objdata 00}{\\result r}}", "r"},
+        {"signs as fields", "{\\field{\\*\\fldinst SYMBOL 97 \\\\f \"Symbol\"}{\\fldrslt\\f3}}", "α"},
+        {"a document within a document", "a{\\rtf1{\\fonttbl{\\f9 X;}}b}c", "abc"},
+        {"nothing behind the end", "a}b", "a"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(textOf(row.body), row.text) << row.name;
+}
+
+/// The runs, each as its text in quotes and what differs from plain text.
+std::string runsOf(const NSAttributedString& text) {
+    std::ostringstream out;
+    const auto color = [&](const char* name, const std::optional<NSColor>& value) {
+        if (value)
+            out << ' ' << name << '=' << value->red << ',' << value->green << ',' << value->blue << ','
+                << value->alpha;
+    };
+    const auto number = [&](const char* name, double value) {
+        if (value != 0)
+            out << ' ' << name << '=' << value;
+    };
+    const auto length = [&](const std::optional<NSTextBlockLength>& value) {
+        if (value)
+            out << value->value << (value->unit == NSTextBlockLength::Unit::percent ? "%" : "pt");
+        else
+            out << "auto";
+    };
+    for (const auto& [range, attributes] : text.runs()) {
+        std::string units = text.string().substringWithRange(range).UTF8String();
+        std::ranges::replace(units, '\n', '|');
+        out << '"' << units << '"';
+        if (attributes->font.familyName != NSString(u"Arial"))
+            out << ' ' << attributes->font.familyName.UTF8String();
+        number("size", attributes->font.pointSize == 12 ? 0 : attributes->font.pointSize);
+        out << (attributes->font.isBold ? " bold" : "") << (attributes->font.isItalic ? " italic" : "")
+            << (attributes->font.isFixedPitch ? " fixed" : "");
+        color("color", attributes->foregroundColor);
+        color("behind", attributes->backgroundColor);
+        number("underline", attributes->underlineStyle);
+        number("strike", attributes->strikethroughStyle);
+        number("super", attributes->superscript);
+        number("up", attributes->baselineOffset);
+        number("kern", attributes->kern);
+        if (!attributes->link.isNil())
+            out << " link=" << attributes->link.UTF8String();
+        if (attributes->attachment) {
+            const NSFileWrapper& file = *attributes->attachment->fileWrapper;
+            out << " file=" << file.preferredFilename().UTF8String() << '/'
+                << file.regularFileContents().length();
+            number("width", attributes->attachment->displaySize.width);
+            number("height", attributes->attachment->displaySize.height);
+        }
+        const NSParagraphStyle& style = attributes->style();
+        number("align", static_cast<int>(style.alignment) - 4);
+        number("direction", static_cast<int>(style.baseWritingDirection) + 1);
+        number("first", style.firstLineHeadIndent);
+        number("head", style.headIndent);
+        number("tail", style.tailIndent);
+        number("before", style.paragraphSpacingBefore);
+        number("after", style.paragraphSpacing);
+        number("multiple", style.lineHeightMultiple);
+        number("minimum", style.minimumLineHeight);
+        number("maximum", style.maximumLineHeight);
+        number("spacing", style.lineSpacing);
+        number("heading", style.headerLevel);
+        number("tabs", style.defaultTabInterval);
+        for (const NSTextTab& tab : style.tabStops)
+            out << " tab=" << tab.location << '/' << static_cast<int>(tab.type);
+        for (const auto& list : style.textLists)
+            out << " list=" << list->markerFormat.UTF8String() << '@' << list->startingItemNumber;
+        for (const auto& block : style.textBlocks) {
+            out << " cell=" << block->startingRow << ',' << block->startingColumn;
+            if (block->rowSpan > 1 || block->columnSpan > 1)
+                out << '+' << block->rowSpan << ',' << block->columnSpan;
+            out << '/' << block->table->numberOfColumns << ':';
+            length(block->width);
+        }
+        out << '\n';
+    }
+    return out.str();
+}
+
+struct RunsRow {
+    const char* name;
+    const char* body;
+    const char* runs;
+};
+
+void expectRuns(std::span<const RunsRow> rows) {
+    for (const RunsRow& row : rows)
+        EXPECT_EQ(runsOf(read(document(row.body))), row.runs) << row.name;
+}
+
+TEST(RTFReading, Characters) {
+    const RunsRow rows[] = {
+        {"switches", "{\\b a}\\b\\i b\\b0 c\\i0 d\\plain\\fs25 e\\fsmilli10700 f",
+         "\"a\" bold\n\"b\" bold italic\n\"c\" italic\n\"d\"\n\"e\" size=12.5\n\"f\" size=10.7\n"},
+        {"lines under and through",
+         "\\ul a\\uldb b\\ulth c\\ulw d\\ulnone\\strike e\\strike0\\striked1 f\\striked0 g",
+         "\"a\" underline=1\n\"b\" underline=9\n\"c\" underline=2\n\"d\" underline=1\n\"e\" strike=1\n\"f\" "
+         "strike=9\n\"g\"\n"},
+        {"up and down", "\\super a\\super2 b\\sub c\\nosupersub\\up4 d\\dn6 e\\up0\\expnd4 f\\expndtw10 g",
+         "\"a\" super=1\n\"b\" super=2\n\"c\" super=-1\n\"d\" up=2\n\"e\" up=-3\n\"f\" kern=1\n\"g\" "
+         "kern=0.5\n"},
+        {"colours",
+         "{\\colortbl;\\red255\\green51\\blue0;;\\red0\\green0\\blue255;}{\\*\\expandedcolortbl;;"
+         "\\cssrgb\\c0\\c50000\\c100000\\c20000;}\\cf1 a\\cf2\\cb3 b\\cf3\\highlight0 c\\cf0 d\\cf9 e",
+         "\"a\" color=1,0.2,0,1\n\"b\" color=0,0.5,1,0.2 behind=0,0,1,1\n\"c\" color=0,0,1,1\n\"de\"\n"},
+        {"names of fonts",
+         "{\\fonttbl\\f7\\fnil Menlo-BoldItalic;\\f8\\fmodern Courier;{\\f9\\fcharset238{\\*\\fname "
+         "Q;}TimesNewRomanPS-BoldMT;}}\\f7 a\\f8 b\\f9 c\\f99 d",
+         "\"a\" Menlo bold italic\n\"b\" Courier fixed\n\"c\" Times New Roman bold\n\"d\" Helvetica\n"},
+        {"formats for text that runs to the left", "\\rtlch\\ab\\afs40\\ltrch\\b0 a{\\ltrch\\b\\rtlch b}",
+         "\"a\"\n\"b\" size=20 bold\n"},
+        {"links",
+         "{\\field{\\*\\fldinst{HYPERLINK \"a\\\\\\\\b\" \\\\o \"tip\"}}{\\fldrslt{\\b x\\par "
+         "y}{\\field{\\*\\fldinst PAGEREF z}{\\fldrslt 4}}}}{\\field{\\*\\fldinst HYPERLINK "
+         "\\\\l \"m\"}{\\fldrslt n}} o",
+         "\"x|y\" bold link=a\\b\n\"4\" link=a\\b\n\"n\" link=#m\n\" o\"\n"},
+    };
+    expectRuns(rows);
+}
+
+TEST(RTFReading, Paragraphs) {
+    const RunsRow rows[] = {
+        {"the words at its end hold for all of a paragraph", "a\\qc b\\par\\pard c{\\qr d}\\par",
+         "\"ab|\" align=-2\n\"cd|\"\n"},
+        {"words of the last one, without an end", "\\pard\\qj\\rtlpar a", "\"a\" align=-1 direction=2\n"},
+        {"lengths", "\\li720\\fi-360\\ri200\\sb20\\sa40\\slleading60\\pardeftab400\\outlinelevel2 a",
+         "\"a\" first=18 head=36 tail=-10 before=1 after=2 spacing=3 heading=3 tabs=20\n"},
+        {"no space between neighbours of one style",
+         "\\sb20\\sa40\\s1\\contextualspace a\\par b\\par c\\par\\s2 d\\par\\contextualspace0 e",
+         "\"a|\" before=1\n\"b|\"\n\"c|\" after=2\n\"d|e\" before=1 after=2\n"},
+        {"heights of lines",
+         "\\sl360\\slmult1 a\\par\\slmult0\\slmaximum800 b\\par\\sl-240\\slmaximum0 c\\par\\sl0\\slminimum20 "
+         "d",
+         "\"a|\" multiple=1.5\n\"b|\" minimum=18 maximum=40\n\"c|\" minimum=12 maximum=12\n\"d\" "
+         "minimum=1\n"},
+        {"tabs in whatever order", "\\tqr\\tx400\\tx200\\tqdec\\tx300 a",
+         "\"a\" tab=10/0 tab=15/3 tab=20/1\n"},
+        {"headings by their styles",
+         "{\\stylesheet{Normal;}{\\s3\\sbasedon0 heading 2;}{\\*\\cs4 heading 1;}{\\s5\\outlinelevel0 "
+         "x;}}\\s3 "
+         "a\\par\\s4 b\\par\\s5 c\\par\\outlinelevel9 d\\par\\pard e",
+         "\"a|\" heading=2\n\"b|\"\n\"c|\" heading=1\n\"d|e\"\n"},
+        {"lists",
+         "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat3{\\*\\levelmarker "
+         "(\\{decimal\\})}{\\leveltext\\'01\\'00;}}{\\listlevel\\levelnfc4{\\leveltext\\'04\\'00.\\'01);}}"
+         "\\listid7}"
+         "{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u-3929 ?;}}\\listid8}}"
+         "{\\*\\listoverridetable{\\listoverride\\listid8\\ls1}{\\listoverride\\listid7{\\lfolevel"
+         "\\listoverridestartat\\levelstartat9}\\ls2}}"
+         "\\ls2 a\\par\\ilvl1 b\\par\\ls1\\ilvl0 c\\par\\ls3 d",
+         "\"a|\" list=({decimal})@9\n\"b|\" list=({decimal})@9 list={lower-alpha})@1\n\"c|\" "
+         "list={square}@1\n\"d\"\n"},
+        {"lists of the old kind",
+         "{\\*\\pn\\pnlvlbody\\pnlcltr\\pnstart2{\\pntxta )}}a\\par b\\par\\pard "
+         "c\\par{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}d",
+         "\"a|b|\" list={lower-alpha})@2\n\"c|\"\n\"d\" list={disc}@1\n"},
+    };
+    expectRuns(rows);
+}
+
+TEST(RTFReading, Tables) {
+    const std::string definition = "\\trowd\\cellx1000\\cellx2000 ";
+    struct Row {
+        const char* name;
+        std::string body;
+        const char* runs;
+    };
+    const Row rows[] = {
+        {"rows, and a text behind",
+         definition + "\\pard\\intbl a\\par b\\cell c\\cell\\row\\intbl d\\cell\\cell\\row\\pard e",
+         "\"a|b|\" cell=0,0/2:50pt\n\"c|\" cell=0,1/2:50pt\n\"d|\" cell=1,0/2:50pt\n\"|\" "
+         "cell=1,1/2:50pt\n\"e\"\n"},
+        {"defined behind its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",
+         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c\" cell=1,0/2:50pt\n"},
+        {"never defined", "\\intbl a\\cell b\\cell\\row", "\"a|\" cell=0,0/2:auto\n\"b|\" cell=0,1/2:auto\n"},
+        {"stated widths",
+         "\\trowd\\clftsWidth3\\clwWidth400\\cellx1\\clftsWidth2\\clwWidth1000\\cellx900\\clftsWidth1\\cellx2"
+         "000"
+         "\\intbl a\\cell b\\cell c\\cell\\row",
+         "\"a|\" cell=0,0/3:20pt\n\"b|\" cell=0,1/3:20%\n\"c|\" cell=0,2/3:auto\n"},
+        {"wider cells span columns, edges that are near are one",
+         definition + "\\intbl a\\cell b\\cell\\row\\trowd\\cellx2010\\intbl c\\cell\\row",
+         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c|\" cell=1,0+1,2/2:100.5pt\n"},
+        {"merged both ways",
+         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\clvmgf\\cellx2000\\cellx3000\\intbl a\\cell\\cell "
+         "b\\cell\\row"
+         "\\trowd\\clmgf\\clvmrg\\cellx1000\\clmrg\\clvmrg\\cellx2000\\cellx3000\\intbl\\cell\\cell "
+         "c\\cell\\row"
+         "\\trowd\\cellx1000\\clvmrg\\cellx2000\\cellx3000\\intbl d\\cell\\cell e\\cell\\row",
+         "\"a|\" cell=0,0+2,2/3:100pt\n\"b|\" cell=0,2/3:50pt\n\"c|\" cell=1,2/3:50pt\n\"d|\" "
+         "cell=2,0/3:50pt\n"
+         "\"|\" cell=2,1/3:50pt\n\"e|\" cell=2,2/3:50pt\n"},
+        {"text of covered cells is not lost",
+         "\\trowd\\clmgf\\cellx1000\\clmrg\\cellx2000\\intbl a\\cell b\\cell\\row",
+         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n"},
+        {"tables in a row",
+         "\\trowd\\irow0\\lastrow\\cellx900\\intbl a\\cell\\row\\trowd\\irow0\\cellx1000\\cellx2000\\intbl "
+         "b\\cell c\\cell\\row"
+         "\\trowd\\irow1\\cellx1000\\intbl d\\cell\\row\\trowd\\irow0\\cellx1000\\intbl e\\cell\\row",
+         "\"a|\" cell=0,0/1:45pt\n\"b|\" cell=0,0/2:50pt\n\"c|\" cell=0,1/2:50pt\n\"d|\" "
+         "cell=1,0/2:50pt\n\"e|\" cell=0,0/1:50pt\n"},
+        {"tables in tables",
+         definition +
+             "\\intbl a\\par\\itap2 b\\nestcell c\\nestcell{\\*\\nesttableprops\\trowd\\cellx400\\cellx800"
+             "\\nestrow}{\\nonesttables\\par}\\pard\\intbl d\\cell e\\cell\\row",
+         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,0/2:50pt cell=0,0/2:20pt\n\"c|\" cell=0,0/2:50pt "
+         "cell=0,1/2:20pt\n"
+         "\"d|\" cell=0,0/2:50pt\n\"e|\" cell=0,1/2:50pt\n"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(runsOf(read(document(row.body))), row.runs) << row.name;
+}
+
+TEST(RTFReading, CellLooks) {
+    const NSAttributedString text =
+        read(document("{\\colortbl;\\red255\\green0\\blue0;}"
+                      "\\trowd\\trgaph100\\trpaddb60\\trftsWidth2\\trwWidth2500\\trbrdrv\\brdrs\\brdrw30"
+                      "\\clvertalc\\clcbpat1\\clbrdrl\\brdrw40\\brdrs\\brdrcf1\\clbrdrt\\brdrnil\\clpadt80\\c"
+                      "ellx1000\\cellx2000"
+                      "\\pard\\intbl\\brdrt\\brdrs\\brdrw90 a\\cell b\\cell\\row"));
+    const NSTextTableBlock& first = *text.runs()[0].attributes->style().textBlocks.at(0);
+    const NSTextTableBlock& second = *text.runs()[1].attributes->style().textBlocks.at(0);
+    const NSColor red{1, 0, 0, 1};
+    EXPECT_EQ(first.table, second.table);
+    EXPECT_EQ(first.table->width, (NSTextBlockLength{50, NSTextBlockLength::Unit::percent}));
+    EXPECT_EQ(first.borders, (NSTextTableBlock::Edges<NSTextBlockBorder>{{{2, red}, {}, {1.5, {}}, {}}}));
+    EXPECT_EQ(second.borders[0].width, 1.5);
+    EXPECT_EQ(first.padding, (NSTextTableBlock::Edges<float>{5, 4, 5, 3}));
+    const std::string padded =
+        "\\trowd\\clpadl20\\clpadfl3\\clpadt40\\clpadft3\\cellx900\\intbl a\\cell\\row";
+    for (const bool isOfPlatform : {false, true}) {
+        const NSAttributedString cell = read(document((isOfPlatform ? "\\cocoartf1671" : "") + padded));
+        EXPECT_EQ(cell.runs()[0].attributes->style().textBlocks.at(0)->padding[0], isOfPlatform ? 1 : 2);
+    }
+    EXPECT_EQ(first.verticalAlignment, NSTextBlockVerticalAlignment::middle);
+    EXPECT_EQ(first.backgroundColor, red);
+    EXPECT_EQ(second.backgroundColor, std::nullopt);
+}
+
+TEST(RTFReading, SharedObjects) {
+    const NSAttributedString text =
+        read(document("{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'01\\'00;}}\\listid7}}{\\*"
+                      "\\listoverridetable"
+                      "{\\listoverride\\listid7\\ls1}}\\ls1 a{\\b b}c\\par d{\\b e}\\par\\pard f\\par"
+                      "{\\*\\pn\\pnlvlbody\\pndec}g\\par\\qc{\\*\\pn\\pnlvlbody\\pndec}h\\par\\pard "
+                      "i\\par{\\*\\pn\\pnlvlbody\\pndec}j"));
+    const auto runs = text.runs();
+    ASSERT_EQ(runs.size(), 10u);
+    EXPECT_EQ(runs[0].attributes, runs[2].attributes) << "equal runs";
+    EXPECT_EQ(runs[1].attributes, runs[3].attributes) << "of the next paragraph";
+    const auto listOf = [&](std::size_t run) { return runs[run].attributes->style().textLists.at(0); };
+    EXPECT_EQ(listOf(0), listOf(3)) << "one list";
+    EXPECT_EQ(listOf(6), listOf(7)) << "one list that each paragraph describes";
+    EXPECT_NE(listOf(7), listOf(9)) << "another one behind plain text";
+}
+
+TEST(RTFReading, Pictures) {
+    const std::string wmf(18, '\1');
+    const RunsRow rows[] = {
+        {"kinds and sizes",
+         "{\\pict\\pngblip\\picwgoal400\\pichgoal200\\picscalex50\\piccropr100 0a "
+         "0B\r\n0c}{\\pict\\jpegblip\\bin3 }{}}",
+         "\"\uFFFC\" file=picture-1.png/3 width=7.5 height=10\n\"\uFFFC\" file=picture-2.jpg/3\n"},
+        {"metafiles get the header of a file", "{\\pict\\wmetafile8\\picw2540\\pich1270 0102}",
+         "\"\uFFFC\" file=picture-1.wmf/24 width=72 height=36\n"},
+        {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
+         "\"\t\"\n\"\uFFFC\" file=picture-1.png/1\n\"\ta\"\n"},
+        {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "\"\uFFFC\" file=picture-1.bmp/18\n"},
+        {"kinds by their contents", "{\\pict 474946383961}", "\"\uFFFC\" file=picture-1.gif/6\n"},
+        {"the better one of two", "a{\\*\\shppict{\\pict\\pngblip 01}}{\\nonshppict{\\pict\\wmetafile8 02}}b",
+         "\"a\"\n\"\uFFFC\" file=picture-1.png/1\n\"b\"\n"},
+        {"the worse one when there is none better",
+         "{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip 02}}",
+         "\"\uFFFC\" file=picture-1.jpg/1\n"},
+        {"of shapes",
+         "{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv{\\pict\\pngblip 01}}}{\\sp{\\sn q}{\\sv{\\pict\\pngblip "
+         "02}}}}}",
+         "\"\uFFFC\" file=picture-1.png/1\n"},
+        {"cut short", "{\\b{\\pict\\pngblip 0102030", "\"\uFFFC\" bold file=picture-1.png/3\n"},
+        {"nothing to show", "a{\\pict\\pngblip}{\\pict\\wbitmap0 01}{\\pict 01}b\\u65532?", "\"ab\"\n"},
+    };
+    expectRuns(rows);
+}
+
+TEST(RTFReading, Packages) {
+    const auto wrapper = [](std::string_view contents, const NSString& name) {
+        auto file = NSFileWrapper::initRegularFileWithContents(NSData::dataWithBytes(contents));
+        file->setPreferredFilename(name);
+        return file;
+    };
+    const auto package = NSFileWrapper::initDirectory();
+    package->addFileWrapper(wrapper(
+        "{\\rtf1{\\fonttbl\\f0 Arial;}{{\\NeXTGraphic a b.png \\width40 \\height60 \\noorient\n}\\'ac} "
+        "\\'ac{{\\*\\NeXTGraphic u\\'c3\\'bc\\{.txt}\xAC}{{\\NeXTGraphic gone}\\'ac}}",
+        u"txt.rtf"));
+    package->addFileWrapper(wrapper("12345", u"a b.png"));
+    package->addFileWrapper(wrapper("123", u"uu\u0308{.txt"));
+    const char* const runs =
+        "\"\uFFFC\" file=a b.png/5 width=2 height=3\n\" \u00AC\"\n\"\uFFFC\" file=uu\u0308{.txt/3\n"
+        "\"\uFFFC\" file=gone/0\n";
+    NSDictionary attributes;
+    EXPECT_EQ(runsOf(initWithRTFDFileWrapper_documentAttributes(*package, &attributes)), runs);
+    EXPECT_EQ(attributes.objectForKey(NSDocumentTypeDocumentAttribute), Value(NSRTFDTextDocumentType));
+    EXPECT_EQ(runsOf(initWithRTFD_documentAttributes(package->serializedRepresentation(), nullptr)), runs);
+    EXPECT_TRUE(
+        initWithRTFDFileWrapper_documentAttributes(*NSFileWrapper::initDirectory(), &attributes).isNil());
+    EXPECT_TRUE(attributes.isNil());
+    for (const char* const bytes : {"", "{\\rt", "rtfd", "{\\rtf1 y}"}) {
+        attributes = NSDictionary::dictionary();
+        EXPECT_TRUE(initWithRTFD_documentAttributes(NSData::dataWithBytes(bytes), &attributes).isNil())
+            << bytes;
+        EXPECT_TRUE(attributes.isNil()) << bytes;
+    }
+}
+
+TEST(RTFReading, DocumentAttributes) {
+    NSDictionary attributes;
+    read("{\\rtf1\\ansi\\ansicpg1251\\cocoartf1671\\cocoatextscaling1\\paperw4000\\margl200\\viewkind1\\views"
+         "cale150\\vieww400"
+         "\\viewh200\\deftab100\\hyphauto1\\hyphfactor90{\\info{\\title \\'d3}{\\*\\company C}{\\keywords a, "
+         "b c,,d }"
+         "{\\operator o}{\\editor e}{\\doccomm k}{\\comment no}{\\upr{\\author ?}{\\*\\ud{\\author "
+         "\\u8364?}}}{\\subject }"
+         "{\\creatim\\yr2024\\mo5\\timesinceref700}{\\revtim\\yr1601\\mo1\\dy1}}x}",
+         &attributes);
+    const auto real = [](double value) { return Value(NSNumber::numberWithDouble(value)); };
+    const auto integer = [](int value) { return Value(NSNumber::numberWithInt(value)); };
+    const std::pair<const char16_t*, Value> expected[] = {
+        {NSDocumentTypeDocumentAttribute, NSRTFTextDocumentType},
+        {NSUTIDocumentAttribute, u"public.rtf"},
+        {NSCocoaVersionDocumentAttribute, integer(1671)},
+        {NSPaperSizeDocumentAttribute, NSSize{200, 792}},
+        {NSLeftMarginDocumentAttribute, real(10)},
+        {NSRightMarginDocumentAttribute, real(90)},
+        {NSTopMarginDocumentAttribute, real(72)},
+        {NSBottomMarginDocumentAttribute, real(72)},
+        {NSViewSizeDocumentAttribute, NSSize{20, 10}},
+        {NSViewModeDocumentAttribute, integer(1)},
+        {NSViewZoomDocumentAttribute, real(150)},
+        {NSDefaultTabIntervalDocumentAttribute, real(5)},
+        {NSHyphenationFactorDocumentAttribute, real(0.9)},
+        {NSTextScalingDocumentAttribute, integer(1)},
+        {NSTitleDocumentAttribute, u"У"},
+        {NSCompanyDocumentAttribute, u"C"},
+        {NSKeywordsDocumentAttribute, NSArray::arrayWithObjects({u"a", u"b c", u"d"})},
+        {NSEditorDocumentAttribute, u"e"},
+        {NSCommentDocumentAttribute, u"k"},
+        {NSAuthorDocumentAttribute, u"€"},
+        {NSCreationTimeDocumentAttribute, NSDate::dateWithTimeIntervalSinceReferenceDate(700)},
+    };
+    for (const auto& [key, value] : expected)
+        EXPECT_EQ(attributes.objectForKey(key), value) << NSString(key).UTF8String();
+    EXPECT_EQ(attributes.count(), std::size(expected));
+}
+
+TEST(RTFReading, HostileSources) {
+#ifdef KELVO_SANITIZED
+    constexpr std::size_t cells = 20000; // So many more would take half a minute here.
+#else
+    constexpr std::size_t cells = 260000;
+#endif
+    const auto times = [](std::size_t count, std::string_view part) {
+        std::string result;
+        while (count-- > 0)
+            result += part;
+        return result;
+    };
+    struct Row {
+        const char* name;
+        std::string body;
+        std::size_t length;
+    };
+    const Row rows[] = {
+        {"groups within groups", times(100000, "{\\b ") + "x" + times(100000, "}") + "y", 2},
+        {"groups that never end", times(100000, "{a"), 100000},
+        {"destinations too deep to be kept",
+         times(2000, "{") + "a{\\fonttbl b}{\\footnote c}{\\field{\\*\\fldinst d}{\\fldrslt e}}", 3},
+        {"notes within notes", times(300, "{\\footnote a"), 308},
+        {"binary data past the end", "a\\bin2147483647 bcd", 1},
+        {"binary data past the end of what is passed over", "a{\\*\\x\\bin99999999999 }b", 1},
+        {"columns without number",
+         "\\trowd" + times(30000, "\\cellx1") + "\\intbl" + times(30000, "\\cell") + "\\row", 30000},
+        {"more cells than are kept", times(cells, "\\cell\\row"), cells},
+        {"numbers without end",
+         "\\fs99999999999\\li-99999999999\\up-2147483648\\dn-2147483648\\f-1\\cf-9\\u-99999999999?"
+         "\\tx99999999999\\itap99999999999\\ls-1\\ilvl-9\\trowd\\trleft-99999999999\\cellx99999999999 "
+         "x\\cell\\row",
+         3},
+        {"an end within a word", "a\\", 1},
+        {"an end within a byte", "a\\'4", 2},
+    };
+    for (const Row& row : rows) {
+        const std::string source = document(row.body);
+        EXPECT_EQ(read(std::string_view(source).substr(0, source.size() - 1)).length(), row.length)
+            << row.name;
+    }
+    const std::string whole = document(
+        "{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01\\'00;}}\\listid1}}\\trowd\\cellx9\\intbl"
+        "{\\pict\\pngblip 00}{\\footnote x}\\u8364?\\'e4{\\field{\\*\\fldinst HYPERLINK \"a\"}{\\fldrslt "
+        "b}}\\cell\\row");
+    for (std::size_t size = 5; size < whole.size(); ++size)
+        EXPECT_FALSE(read(std::string_view(whole).substr(0, size)).isNil()) << size;
+}
+
+} // namespace
+} // namespace kelvo
