@@ -6,7 +6,6 @@
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/propertylists/NSJSONSerialization.h"
-#include "text/Base64Text.h"
 
 namespace kelvo::cli {
 namespace {
@@ -26,7 +25,7 @@ Value valueOfData(const NSData& data, const WrittenBytes& written) {
         result.setObject_forKey(
             NSFileManager::defaultManager().stringWithFileSystemRepresentation(written.fileName), u"file");
     else
-        result.setObject_forKey(base64OfData(data), u"base64");
+        result.setObject_forKey(data.base64EncodedString(), u"base64");
     return result;
 }
 

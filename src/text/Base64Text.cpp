@@ -69,33 +69,11 @@ std::optional<std::vector<std::uint8_t>> decoded(std::u16string_view base64) {
 
 } // namespace
 
-NSString base64OfData(const NSData& data) {
-    if (data.isNil())
-        return nullptr;
-    try {
-        const std::span<const std::uint8_t> bytes = data.bytes();
-        NSMutableString base64 = NSMutableString::stringWithCapacity((bytes.size() + 2) / 3 * 4);
-        for (std::size_t index = 0; index < bytes.size(); index += 3) {
-            const std::size_t count = bytes.size() - index;
-            const std::uint32_t bits = std::uint32_t{bytes[index]} << 16 |
-                                       (count > 1 ? std::uint32_t{bytes[index + 1]} << 8 : 0) |
-                                       (count > 2 ? std::uint32_t{bytes[index + 2]} : 0);
-            base64.appendCharacter(alphabet[bits >> 18]);
-            base64.appendCharacter(alphabet[bits >> 12 & 63]);
-            base64.appendCharacter(count > 1 ? alphabet[bits >> 6 & 63] : padding);
-            base64.appendCharacter(count > 2 ? alphabet[bits & 63] : padding);
-        }
-        return base64.takeString();
-    } catch (const NSException&) {
-        return nullptr;
-    }
-}
-
 NSString encodebase64(const NSString& text) {
     if (text.isEmpty())
         return text;
     try {
-        return base64OfData(dataUsingEncoding(text, NSUTF8StringEncoding));
+        return dataUsingEncoding(text, NSUTF8StringEncoding).base64EncodedString();
     } catch (const NSException&) {
         return nullptr;
     }

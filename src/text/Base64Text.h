@@ -9,9 +9,6 @@ namespace kelvo {
 // Base64 after RFC 4648, section 4: the alphabet with "+" and "/", and padding with "=". Nil gives nil, the
 // empty string itself.
 
-/// The bytes in base64, in one line. Nil when the result would pass maximumSizeInBytes.
-NSString base64OfData(const NSData& data);
-
 /// The text's UTF-8 bytes in base64, in one line. Nil when the text holds an unpaired surrogate, and when the
 /// result would pass maximumSizeInBytes.
 NSString encodebase64(const NSString& text);

@@ -162,4 +162,27 @@ bool operator==(const NSData& left, const NSData& right) noexcept {
            (left.rep_ && right.rep_ && std::ranges::equal(left.rep_->bytes, right.rep_->bytes));
 }
 
+NSString NSData::base64EncodedString() const {
+    constexpr char16_t alphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    if (isNil())
+        return nullptr;
+    const std::span<const std::uint8_t> from = bytes();
+    const std::size_t size = checkedSizeInBytes((from.size() + 2) / 3 * 4, sizeof(char16_t));
+    auto* const units = static_cast<char16_t*>(std::malloc(std::max<std::size_t>(size, 1)));
+    if (!units)
+        throw std::bad_alloc();
+    char16_t* at = units;
+    for (std::size_t index = 0; index < from.size(); index += 3) {
+        const std::size_t count = from.size() - index;
+        const std::uint32_t bits = std::uint32_t{from[index]} << 16 |
+                                   (count > 1 ? std::uint32_t{from[index + 1]} << 8 : 0) |
+                                   (count > 2 ? std::uint32_t{from[index + 2]} : 0);
+        *at++ = alphabet[bits >> 18];
+        *at++ = alphabet[bits >> 12 & 63];
+        *at++ = count > 1 ? alphabet[bits >> 6 & 63] : u'=';
+        *at++ = count > 2 ? alphabet[bits & 63] : u'=';
+    }
+    return NSString::stringWithCharactersNoCopy(units, size / sizeof(char16_t));
+}
+
 } // namespace kelvo

@@ -49,6 +49,10 @@ public:
     /// failure may leave part of the data.
     bool writeToFile_atomically(const NSString& path, bool atomically) const;
 
+    /// In base64 after RFC 4648, section 4, in one line. Nil for nil. Throws NSException (NSMallocException)
+    /// when the text would pass maximumSizeInBytes.
+    NSString base64EncodedString() const;
+
     KELVO_PUBLIC_FRIEND bool operator==(const NSData& left, const NSData& right) noexcept;
 
 private:

@@ -6,8 +6,6 @@
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/WebResourceLoadDelegate.h"
 
-#include <kj/encoding.h>
-
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -83,12 +81,10 @@ private:
     }
 
     static NSURL urlOfData(const WebResource& resource) {
-        const auto bytes = resource.data().bytes();
-        const kj::String base64 = kj::encodeBase64(kj::arrayPtr(bytes.data(), bytes.size()));
         std::string url = "data:" + resource.MIMEType().UTF8String();
         if (!resource.textEncodingName().isEmpty())
             url += ";charset=" + resource.textEncodingName().UTF8String();
-        url.append(";base64,").append(base64.begin(), base64.size());
+        url += ";base64," + resource.data().base64EncodedString().UTF8String();
         return NSURL::URLWithTolerantString(NSString::stringWithUTF8String(url));
     }
 

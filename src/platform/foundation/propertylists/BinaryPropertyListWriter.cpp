@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -16,35 +15,8 @@ namespace {
 /// refuses, which stand for far more than their size.
 constexpr std::size_t maximumSharedStringLength = 64;
 
-/// 0001-01-01 and 10000-01-01 in seconds from the reference date of NSDate.
-constexpr double yearOne = -63113904000.0;
-constexpr double yearTenThousand = 252423993600.0;
-
-NSDate dateForXML(NSDate date) {
-    const double seconds = std::floor(date.timeIntervalSinceReferenceDate());
-    if (!(seconds >= yearOne && seconds < yearTenThousand))
-        throwPropertyListError(u"XML holds no dates outside of the years 1 to 9999.");
-    return NSDate::dateWithTimeIntervalSinceReferenceDate(seconds);
-}
-
-void requireXMLText(std::u16string_view units) {
-    for (std::size_t index = 0; index < units.size(); ++index) {
-        const char16_t unit = units[index];
-        const bool isPair = unit >= 0xD800 && unit < 0xDC00 && index + 1 < units.size() &&
-                            units[index + 1] >= 0xDC00 && units[index + 1] < 0xE000;
-        if (isPair)
-            ++index;
-        else if ((unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r') || unit >= 0xFFFE ||
-                 (unit >= 0xD800 && unit < 0xE000))
-            throwPropertyListError(u"XML cannot hold a character of the property list.");
-    }
-}
-
 class Writer {
 public:
-    explicit Writer(BinaryPropertyListContents contents)
-        : isForXML_(contents == BinaryPropertyListContents::whatXMLHolds) {}
-
     NSData write(const Value& root) {
         number(root, 0);
         for (referenceSize_ = 1; objects_.size() >> (8 * referenceSize_) != 0;)
@@ -145,8 +117,6 @@ private:
     }
 
     void appendString(std::u16string_view units) {
-        if (isForXML_)
-            requireXMLText(units);
         const bool isASCII = std::ranges::all_of(units, [](char16_t unit) { return unit < 0x80; });
         appendMarker(isASCII ? 0x5 : 0x6, units.size());
         for (const char16_t unit : units)
@@ -167,7 +137,7 @@ private:
             bytes_ += object.data().characters();
             return 0;
         case Value::Kind::date: {
-            const NSDate date = isForXML_ ? dateForXML(*object.dateIfAny()) : *object.dateIfAny();
+            const NSDate date = *object.dateIfAny();
             bytes_ += '\x33';
             appendUnsigned(std::bit_cast<std::uint64_t>(date.timeIntervalSinceReferenceDate()), 8);
             return 0;
@@ -205,7 +175,6 @@ private:
         appendUnsigned(table, 8);
     }
 
-    const bool isForXML_;
     std::vector<Value> objects_;
     std::vector<std::uint32_t> references_;
     std::unordered_map<NSString, std::uint32_t> strings_;
@@ -216,8 +185,8 @@ private:
 
 } // namespace
 
-NSData binaryPropertyListFromValue(const Value& value, BinaryPropertyListContents contents) {
-    return Writer(contents).write(value);
+NSData binaryPropertyListFromValue(const Value& value) {
+    return Writer().write(value);
 }
 
 } // namespace kelvo

@@ -51,7 +51,7 @@ Value valueFromData(const NSData& data, NSPropertyListFormat format) {
 NSData dataFromValue(const Value& value, NSPropertyListFormat format) {
     switch (format) {
     case NSPropertyListFormat::binary_v1_0:
-        return binaryPropertyListFromValue(value, BinaryPropertyListContents::anything);
+        return binaryPropertyListFromValue(value);
     case NSPropertyListFormat::xml_v1_0:
         return XMLPropertyListFromValue(value);
     case NSPropertyListFormat::openStep:
