@@ -3,8 +3,9 @@ add_library(kelvo_options INTERFACE)
 target_compile_options(kelvo_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # GCC 12 sees overlaps that are not there in the string concatenations of its own library (GCC bug 105651).
-  target_compile_options(kelvo_options INTERFACE -Wno-restrict)
+  # GCC 12 sees overlaps that are not there in the string concatenations of its own library (GCC bug 105651), and when
+  # these have been precompiled overflows and bounds as well. Clang's warnings of the same names stay on.
+  target_compile_options(kelvo_options INTERFACE -Wno-restrict -Wno-stringop-overflow -Wno-array-bounds)
 endif()
 # Visible functions may be inlined and called directly within the house all the same: nobody replaces them from outside.
 target_compile_options(kelvo_options INTERFACE -fno-semantic-interposition)
@@ -44,6 +45,31 @@ function(kelvo_make_fences)
 endfunction()
 kelvo_make_fences()
 
+# kelvo_precompile(<target> <name> <header>...): has the target take these headers as compiled once for all targets that
+# name the same. They have the same flags otherwise: what a library adds to them is a reason to do without.
+function(kelvo_precompile target name)
+  if(NOT KELVO_PRECOMPILE)
+    return()
+  endif()
+  if(NOT TARGET kelvo_precompiled_${name})
+    # Programs are compiled with -fPIE and libraries with -fPIC, which do not mix.
+    set(source ${CMAKE_BINARY_DIR}/precompiled/${name}.cpp)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+      file(CONFIGURE OUTPUT ${source} CONTENT "int main() {}\n")
+      add_executable(kelvo_precompiled_${name} ${source})
+    else()
+      file(CONFIGURE OUTPUT ${source} CONTENT "")
+      add_library(kelvo_precompiled_${name} OBJECT ${source})
+    endif()
+    target_include_directories(kelvo_precompiled_${name} PRIVATE
+      ${CMAKE_BINARY_DIR}/floors/foundation ${CMAKE_BINARY_DIR}/floors/units)
+    target_link_libraries(kelvo_precompiled_${name} PRIVATE kelvo_options)
+    target_precompile_headers(kelvo_precompiled_${name} PRIVATE ${ARGN})
+  endif()
+  target_precompile_headers(${target} REUSE_FROM kelvo_precompiled_${name})
+endfunction()
+
 # kelvo_stage_headers(<folder below src/> <name>): makes floors/<name> in the build folder an include path in which the
 # folder's own headers are found, and nothing else.
 function(kelvo_stage_headers folder name)
@@ -57,13 +83,15 @@ function(kelvo_stage_headers folder name)
   endforeach()
 endfunction()
 
-# kelvo_floor(<folder below src/> [NAME name] [FLOORS target...] [LIBRARIES target...] [USES fenced library...])
+# kelvo_floor(<folder below src/> [NAME name] [FLOORS target...] [LIBRARIES target...] [USES fenced library...]
+#             [FOREIGN_FLAGS])
 #
 # One folder of src/ as a static library kelvo_<name>, by default the last part of the folder. Its headers are
 # reachable as "<folder>/Name.h", and only by targets that name it in FLOORS: each floor's include path holds nothing
-# but links to its own headers, so that an arrow that the link line does not state does not compile.
+# but links to its own headers, so that an arrow that the link line does not state does not compile. FOREIGN_FLAGS: a
+# library adds compiler flags of its own.
 function(kelvo_floor folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "NAME" "FLOORS;LIBRARIES;USES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "FOREIGN_FLAGS" "NAME" "FLOORS;LIBRARIES;USES")
   if(NOT arg_NAME)
     get_filename_component(arg_NAME ${folder} NAME)
   endif()
@@ -81,35 +109,17 @@ function(kelvo_floor folder)
     endif()
   endforeach()
   target_link_libraries(${target} PUBLIC ${arg_FLOORS} PRIVATE kelvo_options ${arg_LIBRARIES})
+  if(arg_FLOORS AND NOT arg_FOREIGN_FLAGS)
+    kelvo_precompile(${target} values [["platform/foundation/Value.h"]]
+      <algorithm> <functional> <optional> <string> <unordered_map> <vector>)
+  endif()
 endfunction()
 
-# kelvo_header_closure(<variable> <header>...)
-#
-# The headers and all headers of src/ that they include, directly or not, as absolute paths.
-function(kelvo_header_closure variable)
-  set(open ${ARGN})
-  set(closure)
-  while(open)
-    list(POP_FRONT open header)
-    if(header IN_LIST closure)
-      continue()
-    endif()
-    list(APPEND closure ${header})
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
-    file(STRINGS ${header} lines REGEX "^#include \"")
-    foreach(line IN LISTS lines)
-      string(REGEX REPLACE "^#include \"([^\"]*)\".*" "${CMAKE_SOURCE_DIR}/src/\\1" included "${line}")
-      list(APPEND open ${included})
-    endforeach()
-  endwhile()
-  set(${variable} ${closure} PARENT_SCOPE)
-endfunction()
-
-# kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...])
+# kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...] [FOREIGN_FLAGS])
 #
 # One test program per folder, its cases found by ctest one by one.
 function(kelvo_tests folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;ENVIRONMENT")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "FOREIGN_FLAGS" "" "LINK;ENVIRONMENT")
   string(REPLACE "/" "_" name ${folder})
   set(target ${name}_tests)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*Test.cpp)
@@ -119,6 +129,10 @@ function(kelvo_tests folder)
   add_executable(${target} ${sources})
   target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(${target} PRIVATE kelvo_options ${arg_LINK} GTest::gtest GTest::gtest_main)
+  if(NOT arg_FOREIGN_FLAGS)
+    kelvo_precompile(${target} tests [["platform/foundation/Value.h"]]
+      <gtest/gtest.h> <algorithm> <filesystem> <fstream> <functional> <string> <thread> <vector>)
+  endif()
   include(GoogleTest)
   gtest_discover_tests(${target} TEST_PREFIX "${folder}: " DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 300 ENVIRONMENT "${arg_ENVIRONMENT}")

@@ -283,6 +283,9 @@ TEST_F(ClientTest, LargeMessagesOfManyClientsWaitForEachOther) {
 }
 
 TEST_F(ClientTest, LetsClientsInAgainAfterTheDescriptorsWereUsedUp) {
+#ifdef KELVO_SANITIZED
+    GTEST_SKIP() << "the sanitizer opens a pipe to look at an object, and calls it invalid when it cannot";
+#endif
     expectService();
     const pid_t service = client.status().processIdentifier;
     rlimit limit{};
