@@ -83,7 +83,7 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
     if (options.output)
         writesRichText ? requireRichTextWritable(*options.output) : requireWritable(*options.output);
 
-    const Value result = session.ask(request, kindOfFile(file), subject);
+    const Value result = session.ask(request, kindOfFile(request.file), subject);
     if (isNoAnswer(result)) {
         if (options.printsJSON)
             print(session, result, {});

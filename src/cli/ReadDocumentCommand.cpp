@@ -14,7 +14,7 @@ ExitStatus runReadDocument(Session& session, const std::string& file) {
     Request request;
     request.operation = Operation::attributedStringWithContentsOfFile;
     request.file = pathOfFile(file);
-    const Value result = session.ask(request, kindOfFile(file), subject);
+    const Value result = session.ask(request, kindOfFile(request.file), subject);
     if (isNoAnswer(result))
         return session.complainOfNoAnswer(request.operation, subject);
     const NSString text = textOfRichText(result.dictionary().objectForKey(ResultRtfdKey).data());

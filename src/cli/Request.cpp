@@ -1,5 +1,6 @@
 #include "cli/Request.h"
 
+#include "cli/KindFacts.h"
 #include "protocol/KelvoImExport.h"
 #include "protocol/ResultKeys.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/FileKind.h"
+#include "platform/filekinds/FileKind.h"
 #include "platform/foundation/Value.h"
 #include "protocol/Operations.h"
 

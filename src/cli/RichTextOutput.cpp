@@ -49,7 +49,7 @@ bool writePackage(Session& session, const NSData& rtfd, const std::string& name)
     request.operation = Operation::writeRTFDData;
     request.data = rtfd;
     request.file = pathOfFile(package.path());
-    const Value isWritten = session.ask(request, FileKind::richText, printableFileName(name));
+    const Value isWritten = session.ask(request, FileKind::RTFD, printableFileName(name));
     if (isNoAnswer(isWritten))
         return false;
     package.commit();

@@ -2,6 +2,7 @@
 
 #include "cli/Files.h"
 #include "cli/JSONView.h"
+#include "cli/KindFacts.h"
 #include "cli/Printable.h"
 #include "cli/RichTextView.h"
 #include "cli/Session.h"
@@ -36,24 +37,32 @@ struct Answer {
 std::vector<Operation> operationsForKind(FileKind kind) {
     std::vector<Operation> operations{Operation::metaDataForFile};
     switch (kind) {
-    case FileKind::html:
+    case FileKind::HTML:
         operations.push_back(Operation::RTFDWithHTML);
         break;
     case FileKind::webArchive:
+    case FileKind::MIMEHTML:
         operations.push_back(Operation::searchableTextOfWebArchive);
         break;
-    case FileKind::richText:
-    case FileKind::officeDocument:
     case FileKind::plainText:
+    case FileKind::RTF:
+    case FileKind::RTFD:
+    case FileKind::wordDocument:
+    case FileKind::wordML:
+    case FileKind::officeOpenXML:
+    case FileKind::openDocument:
+    case FileKind::flatOpenDocument:
+    case FileKind::openOfficeText:
         operations.push_back(Operation::attributedStringWithContentsOfFile);
         break;
-    case FileKind::pdf:
+    case FileKind::PDF:
         operations.insert(operations.end(), {Operation::stringWithPDF, Operation::imageWithContentsOfFile});
         break;
     case FileKind::postScript:
         operations.insert(operations.end(),
                           {Operation::imageWithContentsOfFile, Operation::PDFImageRepOfFile});
         break;
+    case FileKind::SVG:
     case FileKind::image:
         operations.push_back(Operation::imageWithContentsOfFile);
         break;
@@ -106,7 +115,7 @@ public:
 private:
     void showFile(const std::string& file) {
         requireReadable(file);
-        const FileKind kind = kindOfFile(file);
+        const FileKind kind = kindOfFile(pathOfFile(file));
         std::vector<Answer> answers;
         for (const Operation operation : operationsForKind(kind)) {
             answers.push_back(ask(requestForShow(operation, file), kind, printableFileName(file)));

@@ -15,7 +15,7 @@ ExitStatus runWebArchive(Session& session, const std::string& file) {
     Request request;
     request.operation = Operation::searchableTextOfWebArchive;
     request.file = pathOfFile(file);
-    const Value result = session.ask(request, kindOfFile(file), subject);
+    const Value result = session.ask(request, kindOfFile(request.file), subject);
     Output& output = session.output();
     if (options.printsJSON)
         output.write(lineOfJSON(result));

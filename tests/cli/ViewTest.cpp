@@ -1,9 +1,6 @@
-#include "cli/FileKind.h"
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/TextView.h"
-
-#include "support/OfficeDocuments.h"
 
 #include <gtest/gtest.h>
 
@@ -83,52 +80,6 @@ TEST(TextView, LinesForPeople) {
               "Keywords\n    -  x\n    -  y\nThumbnail   2 bytes, written to t\\x0A.tiff\n");
     EXPECT_EQ(firstLines(u"\n  one\n\n \ttwo\fthree", 2, 40), (std::vector<std::string>{"one", "two"}));
     EXPECT_EQ(firstLines(u"ab\U0001F600c", 1, 3), std::vector<std::string>{"ab…"});
-}
-
-TEST(FileKind, ByContentsAndThenByName) {
-    const struct {
-        std::string contents;
-        const char* name;
-        FileKind kind;
-    } rows[] = {
-        {"junk %PDF-1.4", "a.txt", FileKind::pdf},
-        {"{\\rtf1", "a", FileKind::richText},
-        {"\xEF\xBB\xBF\n<!-- x -->\n<!DOCTYPE HTML>", "a.txt", FileKind::html},
-        {"<?xml version='1.0'?><html>", "a", FileKind::html},
-        {"<?xml?><plist><dict><key>WebMainResource</key>", "a.xml", FileKind::webArchive},
-        {"bplist00\xD1\1\2_\x10\x0FWebMainResource"s, "a", FileKind::webArchive},
-        {"bplist00", "a.webarchive", FileKind::webArchive},
-        {"From: x\r\nMIME-version: 1.0\r\nContent-Type:\r\n multipart/related\r\n\r\n", "a",
-         FileKind::webArchive},
-        {"MIME-Version: 1.0\nContent-Type: text/html\n\n<html>", "a.txt", FileKind::webArchive},
-        {"MIME-Version: 1.0\nContent-Type: multipart/mixed\n\nContent-Type: multipart/related", "a.eml",
-         FileKind::plainText},
-        {"x", "a.mhtml", FileKind::webArchive},
-        {"<?xml?><w:wordDocument>", "a.xml", FileKind::officeDocument},
-        {"PK\3\4", "a.DOCX", FileKind::officeDocument},
-        {tests::openOfficeText("x"), "a.zip", FileKind::officeDocument},
-        {tests::openDocument("x"), "a", FileKind::officeDocument},
-        {tests::officeOpenXML("x", "y"), "a", FileKind::officeDocument},
-        {tests::flatOpenDocument("x"), "a.xml", FileKind::officeDocument},
-        {"PK\3\4\0"s, "a.zip", FileKind::other},
-        {"RIFF\0\0\0\0WEBP"s, "a", FileKind::image},
-        {"\0\0\0\x20"
-         "ftypM4A "s,
-         "a.mp4", FileKind::audio},
-        {"\0\0\0\x20"
-         "ftypqt  "s,
-         "a", FileKind::movie},
-        {"<svg>", "a", FileKind::image},
-        {"words about <html>", "a", FileKind::plainText},
-        {"", "a.eps", FileKind::postScript},
-        {"", "folder.pdf/.png", FileKind::other},
-        {"caf\xE9", "a", FileKind::other},
-        {std::string(4095, 'a') + "\xC3", "a", FileKind::plainText},
-        {std::string(100, 'a') + "\xC3", "a", FileKind::other},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(nameOfKind(kindOfContents(row.contents, row.name)), nameOfKind(row.kind))
-            << row.contents.substr(0, 40);
 }
 
 } // namespace

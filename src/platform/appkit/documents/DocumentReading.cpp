@@ -3,12 +3,11 @@
 #include "platform/appkit/NSDocumentAttributes.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentEngine.h"
-#include "platform/appkit/documents/DocumentKind.h"
 #include "platform/appkit/documents/PageReading.h"
 #include "platform/appkit/documents/PlainTextReading.h"
 #include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/filekinds/FileKind.h"
 #include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/NSPathUtilities.h"
 #include "platform/webkit/WebArchive.h"
 
 #include <algorithm>
@@ -27,22 +26,22 @@ struct Reading {
 
 /// What the office suite turns into RTF.
 struct Conversion {
-    DocumentKind kind;
+    FileKind kind;
     const char16_t* extension;
     const char16_t* documentType;
     const char16_t* UTI;
 };
 
 constexpr std::array conversions{
-    Conversion{DocumentKind::wordDocument, u"doc", NSDocFormatTextDocumentType, u"com.microsoft.word.doc"},
-    Conversion{DocumentKind::wordML, u"xml", NSWordMLTextDocumentType, u"com.microsoft.word.wordml"},
-    Conversion{DocumentKind::officeOpenXML, u"docx", NSOfficeOpenXMLTextDocumentType,
+    Conversion{FileKind::wordDocument, u"doc", NSDocFormatTextDocumentType, u"com.microsoft.word.doc"},
+    Conversion{FileKind::wordML, u"xml", NSWordMLTextDocumentType, u"com.microsoft.word.wordml"},
+    Conversion{FileKind::officeOpenXML, u"docx", NSOfficeOpenXMLTextDocumentType,
                u"org.openxmlformats.wordprocessingml.document"},
-    Conversion{DocumentKind::openDocument, u"odt", NSOpenDocumentTextDocumentType,
+    Conversion{FileKind::openDocument, u"odt", NSOpenDocumentTextDocumentType,
                u"org.oasis-open.opendocument.text"},
-    Conversion{DocumentKind::flatOpenDocument, u"fodt", NSOpenDocumentTextDocumentType,
+    Conversion{FileKind::flatOpenDocument, u"fodt", NSOpenDocumentTextDocumentType,
                u"org.oasis-open.opendocument.text"},
-    Conversion{DocumentKind::openOfficeText, u"sxw", NSOpenDocumentTextDocumentType, u"org.openoffice.text"},
+    Conversion{FileKind::openOfficeText, u"sxw", NSOpenDocumentTextDocumentType, u"org.openoffice.text"},
 };
 
 NSMutableDictionary attributesWithType(const NSDictionary& others, const char16_t* documentType,
@@ -82,15 +81,15 @@ Reading readPage(const NSData& data, const NSString& path) {
     return reading;
 }
 
-Reading readSavedPage(const NSData& data, DocumentKind kind) {
+Reading readSavedPage(const NSData& data, FileKind kind) {
     const WebArchive archive = WebArchive::initWithData(data);
     if (archive.isNil())
         return data.characters().starts_with("bplist") ? Reading() : readPlainText(data);
     Reading reading;
     reading.text = attributedStringWithSavedPage(archive, &reading.attributes);
     reading.attributes = attributesWithType(reading.attributes, NSWebArchiveTextDocumentType,
-                                            kind == DocumentKind::MIMEHTML ? u"com.microsoft.word.mhtml"
-                                                                           : u"com.apple.webarchive");
+                                            kind == FileKind::MIMEHTML ? u"com.microsoft.word.mhtml"
+                                                                       : u"com.apple.webarchive");
     return reading;
 }
 
@@ -112,11 +111,8 @@ Reading readConverted(const NSData& data, const Conversion& conversion) {
 /// A folder is a document only when it holds what makes it a package; the rest of it is not even looked at
 /// otherwise.
 Reading readPackage(const NSString& path) {
-    bool isDirectory = false;
     Reading reading;
-    if (!NSFileManager::defaultManager().fileExistsAtPath_isDirectory(
-            stringByAppendingPathComponent(path, u"TXT.rtf"), &isDirectory) ||
-        isDirectory)
+    if (kindOfFile(path) != FileKind::RTFD)
         return reading;
     if (const auto wrapper = NSFileWrapper::initWithPath(path))
         reading.text = initWithRTFDFileWrapper_documentAttributes(*wrapper, &reading.attributes);
@@ -127,20 +123,22 @@ Reading readFile(const NSString& path) {
     const NSData data = NSData::dataWithContentsOfFile(path);
     if (data.isNil())
         return {};
-    const DocumentKind kind = kindOfDocument(data.characters(), path);
+    const FileContents contents(data.characters());
+    const FileKind kind = kindOfContents(contents, path);
     switch (kind) {
-    case DocumentKind::none:
-        return {};
-    case DocumentKind::plainText:
+    case FileKind::plainText:
         return readPlainText(data);
-    case DocumentKind::RTF:
+    case FileKind::postScript:
+    case FileKind::SVG:
+        return isText(contents) ? readPlainText(data) : Reading();
+    case FileKind::RTF:
         return readRTF(data);
-    case DocumentKind::RTFD:
+    case FileKind::RTFD:
         return readRTFD(data);
-    case DocumentKind::HTML:
+    case FileKind::HTML:
         return readPage(data, path);
-    case DocumentKind::webArchive:
-    case DocumentKind::MIMEHTML:
+    case FileKind::webArchive:
+    case FileKind::MIMEHTML:
         return readSavedPage(data, kind);
     default:
         const auto* const conversion = std::ranges::find(conversions, kind, &Conversion::kind);

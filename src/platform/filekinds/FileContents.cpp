@@ -1,0 +1,57 @@
+#include "platform/filekinds/FileContents.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kelvo {
+namespace {
+
+constexpr std::size_t pieceLength = 1 << 20;
+/// A sparse file can be longer than anybody can read.
+constexpr std::uint64_t mostBytesSearched = 512ULL << 20;
+
+} // namespace
+
+FileContents::FileContents(std::string_view bytes) : inMemory_(bytes), length_(bytes.size()) {}
+
+FileContents::FileContents(FileDescriptor file) : file_(std::move(file)) {
+    struct stat facts;
+    if (file_ && fstat(file_.get(), &facts) == 0 && facts.st_size > 0)
+        length_ = static_cast<std::uint64_t>(facts.st_size);
+}
+
+std::string FileContents::bytes(std::uint64_t place, std::size_t count) const {
+    if (place >= length_)
+        return {};
+    count = static_cast<std::size_t>(std::min<std::uint64_t>(count, length_ - place));
+    if (!file_)
+        return std::string(inMemory_.substr(static_cast<std::size_t>(place), count));
+    std::string result(count, '\0');
+    std::size_t got = 0;
+    while (got < count) {
+        const ssize_t length =
+            pread(file_.get(), result.data() + got, count - got, static_cast<off_t>(place + got));
+        if (length < 0 && errno == EINTR)
+            continue;
+        if (length <= 0)
+            break;
+        got += static_cast<std::size_t>(length);
+    }
+    result.resize(got);
+    return result;
+}
+
+bool FileContents::contain(std::string_view part) const {
+    const std::uint64_t end = std::min(length_, mostBytesSearched);
+    // Each piece begins with as much of the one before as may be the beginning of the part.
+    for (std::uint64_t place = 0; place < end; place += pieceLength) {
+        if (bytes(place, pieceLength + part.size() - 1).find(part) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+} // namespace kelvo

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/foundation/FileIO.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+/// The bytes of a file, in memory or still on the disk, for those who look at a few places of it.
+class FileContents {
+public:
+    /// The bytes must outlive this object.
+    explicit FileContents(std::string_view bytes);
+    /// Of an open regular file. None at all when the descriptor owns nothing.
+    explicit FileContents(FileDescriptor file);
+
+    std::uint64_t length() const noexcept { return length_; }
+    /// A copy of up to `count` bytes from that place on; fewer where the file ends or cannot be read.
+    std::string bytes(std::uint64_t place, std::size_t count) const;
+    /// Whether the part, of at most 1 KiB, stands anywhere in the first 512 MiB. Reads a piece at a time.
+    bool contain(std::string_view part) const;
+
+private:
+    std::string_view inMemory_;
+    FileDescriptor file_;
+    std::uint64_t length_ = 0;
+};
+
+} // namespace kelvo

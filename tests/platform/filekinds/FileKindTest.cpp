@@ -1,0 +1,224 @@
+#include "platform/filekinds/FileKind.h"
+
+#include "platform/foundation/NSPathUtilities.h"
+#include "support/OfficeDocuments.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+namespace kelvo {
+namespace {
+
+using namespace std::string_literals;
+
+std::string compoundFile(const std::string& stream) {
+    std::string directory;
+    for (const char letter : stream)
+        directory += {letter, '\0'};
+    return "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(504, '\0') + directory + std::string(64, '\0');
+}
+
+std::string utf16(const std::string& ascii, bool isBigEndian) {
+    std::string bytes = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (const char letter : ascii)
+        bytes += isBigEndian ? std::string{'\0', letter} : std::string{letter, '\0'};
+    return bytes;
+}
+
+FileKind kindOf(const std::string& bytes, const char16_t* name) {
+    return kindOfContents(FileContents(bytes), name);
+}
+
+struct KindRow {
+    const char* name;
+    std::string bytes;
+    FileKind kind;
+    const char16_t* fileName = u"/a/b.txt";
+};
+
+void expectKinds(std::initializer_list<KindRow> rows) {
+    for (const KindRow& row : rows)
+        EXPECT_EQ(kindOf(row.bytes, row.fileName), row.kind) << row.name;
+}
+
+const std::string webArchive =
+    "<?xml version=\"1.0\"?><!DOCTYPE plist><plist version=\"1.0\"><dict><key>WebSubresources</key>";
+
+TEST(FileKind, Texts) {
+    expectKinds({
+        {"empty", "", FileKind::plainText, u"/a/b.docx"},
+        {"by no name", "Dear reader\n", FileKind::plainText, nullptr},
+        {"not what its name says", "Dear reader\n", FileKind::plainText, u"/a/b.doc"},
+        {"nor a picture", "II* 8BPS\n", FileKind::plainText, u"/a/b.tiff"},
+        {"no UTF-8", "na\xEFve\x1B[1m\r\n", FileKind::plainText},
+        {"a mark, then anything", "\xEF\xBB\xBF\0text"s, FileKind::plainText},
+        {"of 16 bits", utf16("Dear reader", false), FileKind::plainText},
+        {"of 32 bits", "\0\0\xFE\xFF\0\0\0A"s, FileKind::plainText},
+        {"of 32 bits, little, is no markup", "\xFF\xFE\0\0<\0\0\0"s, FileKind::plainText},
+        {"about a PDF", "It begins with %PDF-1.4.", FileKind::plainText, u"/a/b.pdf"},
+        {"about a tag of music", "ID3 is one", FileKind::plainText, u"/a/b.mp3"},
+        {"about a compressed file", "BZh\xE9", FileKind::plainText},
+        {"about an archive", "The key is WebMainResource", FileKind::plainText, u"/a/b.webarchive"},
+        {"a character cut at the end of what is looked at",
+         std::string((1 << 20) - 2, 'a') + "\xE5\xB8\x86\x07", FileKind::plainText},
+        {"a character cut at the end of all", "\x07" + std::string(100, 'a') + "\xE5\xB8\x86\xE5\xB8",
+         FileKind::other},
+        {"one NUL", "text\0text"s, FileKind::other},
+        {"control characters in no encoding", "\x80\x02\x03", FileKind::other},
+    });
+}
+
+TEST(FileKind, Markup) {
+    expectKinds({
+        {"HTML", "<!DOCTYPE html><p>x", FileKind::HTML},
+        {"HTML after other things",
+         "\xEF\xBB\xBF\r\n<?xml version=\"1.0\"?><!-- a --> <!-- b > -->\n<HTML lang=en>", FileKind::HTML},
+        {"HTML of 16 bits", utf16("<html><body>", true), FileKind::HTML},
+        {"HTML about WordML", "<body>http://schemas.microsoft.com/office/word/2003/wordml worddocument",
+         FileKind::HTML},
+        {"a piece of HTML by its name", "<p>x</p>", FileKind::HTML, u"/a/b.HTM"},
+        {"a piece of HTML", "<p>x</p>", FileKind::plainText},
+        {"HTML in a text", "See <html>", FileKind::plainText},
+        {"another element", "<headline>", FileKind::plainText},
+        {"XML with a header", "<?xml version='1.0'?><feed><header/><html/></feed>", FileKind::plainText,
+         u"/a/b.xml"},
+        {"a comment without end", "<!-- <html>", FileKind::plainText},
+        {"SVG", "<?xml version='1.0'?><!-- x --><svg>", FileKind::SVG},
+        {"SVG with entities", "<!DOCTYPE svg [<!ENTITY a 'b'>]><svg:svg>", FileKind::SVG},
+        {"SVG in a page", "<html><svg>", FileKind::HTML, u"/a/b.svg"},
+        {"a web archive", webArchive, FileKind::webArchive},
+        {"a web archive that begins with its contents",
+         "<plist><string>" + std::string(3 << 20, 'A') + webArchive, FileKind::webArchive},
+        {"another property list", "<plist><dict><key>x</key>", FileKind::plainText},
+        {"another file with such words", "<list>WebMainResource <plist>", FileKind::plainText},
+        {"flat OpenDocument", tests::flatOpenDocument("<text:p/>"), FileKind::flatOpenDocument, u"/a/b.xml"},
+        {"a flat spreadsheet",
+         "<office:document office:mimetype=\"application/vnd.oasis.opendocument.spreadsheet\">",
+         FileKind::plainText, u"/a/b.fodt"},
+        {"WordML", tests::wordML("x"), FileKind::wordML, u"/a/b.xml"},
+        {"MIME HTML",
+         "From: <Saved>\r\nMIME-Version: 1.0\r\nContent-Type:\r\n\tmultipart/related; "
+         "type=\"text/html\"\r\n\r\n",
+         FileKind::MIMEHTML},
+        {"MIME HTML alone", "MIME-Version: 1.0\nContent-Type: text/html\n\n<html>", FileKind::MIMEHTML},
+        {"a letter", "MIME-Version: 1.0\nContent-Type: multipart/alternative\n\nContent-Type: text/html",
+         FileKind::plainText, u"/a/b.mht"},
+        {"about MIME", "Hello\n\nMIME-Version: 1.0\nContent-Type: text/html\n\n", FileKind::plainText},
+    });
+}
+
+TEST(FileKind, PackagesAndContainers) {
+    expectKinds({
+        {"docx", tests::officeOpenXML("x", "t"), FileKind::officeOpenXML, u"/a/b.zip"},
+        {"odt", tests::openDocument("<text:p/>"), FileKind::openDocument},
+        {"odt without its type", tests::zipPackage({{"content.xml", ""}, {"META-INF/manifest.xml", ""}}),
+         FileKind::openDocument},
+        {"sxw", tests::openOfficeText("x"), FileKind::openOfficeText},
+        {"spreadsheet",
+         tests::zipPackage({{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
+                            {"content.xml", ""},
+                            {"META-INF/manifest.xml", ""}}),
+         FileKind::other, u"/a/b.odt"},
+        {"slides", tests::zipPackage({{"[Content_Types].xml", ""}, {"ppt/word/x.xml", ""}}), FileKind::other},
+        {"zip file", tests::zipPackage({{"word.txt", "x"}}), FileKind::other, u"/a/b.docx"},
+        {"empty zip file", tests::zipPackage({}), FileKind::other},
+        {"zip file with a long comment", tests::officeOpenXML("x", "t") + std::string(0xFFFF, ' '),
+         FileKind::officeOpenXML},
+        {"zip file with more than a comment", tests::officeOpenXML("x", "t") + std::string(0x10000, ' '),
+         FileKind::other},
+        {"doc", compoundFile("WordDocument"), FileKind::wordDocument},
+        {"doc with its directory far off, across pieces",
+         compoundFile("") + std::string((1 << 20) - 590, '\0') + compoundFile("WordDocument").substr(512),
+         FileKind::wordDocument},
+        {"encrypted package", compoundFile("EncryptedPackage"), FileKind::other, u"/a/b.docx"},
+        {"binary web archive", "bplist00\xD1\x01_\x10\x0FWebMainResource", FileKind::webArchive},
+        {"another binary property list", "bplist00\xD1\x01", FileKind::other, u"/a/b.webarchive"},
+        {"RTF in a .doc", "{\\rtf1 x}", FileKind::RTF, u"/a/b.doc"},
+        {"serialised package", "rtfd\0\0\0\0\3\0\0\0"s, FileKind::RTFD},
+    });
+}
+
+TEST(FileKind, BinaryData) {
+    expectKinds({
+        {"PDF", "%PDF-1.4\n", FileKind::PDF},
+        {"PDF after a text", "HTTP/1.1 200\n\n%PDF-1.4\n1 0 obj\n%%EOF\n", FileKind::PDF},
+        {"PDF after binary data", "\0\1\2%PDF-1.4\n"s, FileKind::PDF},
+        {"PDF too far on", std::string(1020, '\0') + "%PDF-1.4", FileKind::other},
+        {"PostScript", "%!PS-Adobe-3.0\n", FileKind::postScript},
+        {"PostScript with a preview", "\xC5\xD0\xD3\xC6\x1E", FileKind::postScript},
+        {"PostScript by its name", "@PJL\n%!\n", FileKind::postScript, u"/a/b.ps"},
+        {"PNG", tests::smallPNG(), FileKind::image},
+        {"WebP", "RIFF\0\0\0\0WEBP"s, FileKind::image},
+        {"sound", "RIFF\0\0\0\0WAVE"s, FileKind::audio},
+        {"another RIFF by its name", "RIFF\0\0\0\0ACON"s, FileKind::movie, u"/a/b.AVI"},
+        {"HEIC",
+         "\0\0\0\x20"
+         "ftypheic"s,
+         FileKind::image},
+        {"sound in a movie file",
+         "\0\0\0\x20"
+         "ftypM4A "s,
+         FileKind::audio, u"/a/b.mp4"},
+        {"movie",
+         "\0\0\0\x20"
+         "ftypqt  "s,
+         FileKind::movie},
+        {"movie by its name", "\0\0\0\0"s, FileKind::movie, u"/a/b.mov"},
+        {"name and dot only", "\0\0\0\0"s, FileKind::other, u"/folder.pdf/.png"},
+        {"compressed", "BZh91AY&SY", FileKind::other},
+        {"a page by its name alone", "\0<p>"s, FileKind::other, u"/a/b.html"},
+    });
+}
+
+TEST(FileKind, ABrokenPackageIsNone) {
+    const std::string whole = tests::openDocument("<text:p/>");
+    for (std::size_t length = 4; length < whole.size(); ++length)
+        EXPECT_EQ(kindOf(whole.substr(0, length), nullptr), FileKind::other) << length;
+    // Every number of the directory, pointing anywhere.
+    for (std::size_t place = 4; place < whole.size(); ++place) {
+        std::string broken = whole;
+        broken[place] = '\xFF';
+        kindOf(broken, nullptr);
+        broken.replace(place, std::min<std::size_t>(4, broken.size() - place), 4, '\xFF');
+        kindOf(broken, nullptr);
+    }
+}
+
+TEST(FileKind, OnTheDisk) {
+    const tests::TemporaryFolder folder;
+    folder.write("package/TXT.rtf", "");
+    folder.write("no package.rtfd/TXT.rtf/x", "");
+    folder.write("pdf\xFF", "%PDF-1");
+    ASSERT_EQ(mkfifo(folder.path("pipe.html").c_str(), 0600), 0);
+    const std::string package = tests::officeOpenXML("x", std::string(3 << 20, 't'));
+    folder.write("large.docx", package);
+    EXPECT_EQ(kindOf(package, nullptr), FileKind::officeOpenXML);
+    // Nobody could read all of these.
+    for (const auto& [name, beginning] : {std::pair("movie", "\0\0\0\x14"
+                                                             "ftypqt  "s),
+                                          std::pair("text", "\xEF\xBB\xBF<html>"s)})
+        std::filesystem::resize_file(folder.write(name, beginning), std::uintmax_t{1} << 40);
+    const std::pair<const char16_t*, FileKind> rows[] = {
+        {u"package", FileKind::RTFD},       {u"no package.rtfd/", FileKind::folder},
+        {u"pdf\xDCFF", FileKind::PDF},      {u"pipe.html", FileKind::other},
+        {u"missing.html", FileKind::other}, {u"large.docx", FileKind::officeOpenXML},
+        {u"movie", FileKind::movie},        {u"text", FileKind::HTML},
+    };
+    const NSString root = NSString::stringWithUTF8String(folder.path());
+    const auto begin = std::chrono::steady_clock::now();
+    for (const auto& [name, kind] : rows)
+        EXPECT_EQ(kindOfFile(stringByAppendingPathComponent(root, name)), kind)
+            << NSString(name).UTF8String();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    EXPECT_EQ(kindOfFile(nullptr), FileKind::other);
+}
+
+} // namespace
+} // namespace kelvo
