@@ -1,6 +1,7 @@
 #include "cli/RichTextView.h"
 
 #include "platform/appkit/NSFileWrapper.h"
+#include "platform/appkit/NSTextAttachment.h"
 #include "platform/appkit/rtfreader/NSTextStorage.h"
 
 #include <string>
@@ -16,10 +17,15 @@ NSString textOfRichText(const NSData& rtfd) {
     std::u16string shown;
     for (const auto& run : text->runs()) {
         const auto& attachment = run.attributes->attachment;
-        if (attachment)
-            shown.append(u"[").append(attachment->fileWrapper->preferredFilename().characters()).append(u"]");
-        else
-            shown.append(units.substr(run.range.location, run.range.length));
+        for (const char16_t unit : units.substr(run.range.location, run.range.length)) {
+            // Equal pictures in a row are one run.
+            if (attachment && unit == NSAttachmentCharacter)
+                shown.append(u"[")
+                    .append(attachment->fileWrapper->preferredFilename().characters())
+                    .append(u"]");
+            else
+                shown += unit;
+        }
     }
     return NSString(std::u16string_view(shown));
 }

@@ -1,6 +1,8 @@
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
+#include "cli/RichTextView.h"
 #include "cli/TextView.h"
+#include "platform/appkit/NSFileWrapper.h"
 
 #include <gtest/gtest.h>
 
@@ -80,6 +82,22 @@ TEST(TextView, LinesForPeople) {
               "Keywords\n    -  x\n    -  y\nThumbnail   2 bytes, written to t\\x0A.tiff\n");
     EXPECT_EQ(firstLines(u"\n  one\n\n \ttwo\fthree", 2, 40), (std::vector<std::string>{"one", "two"}));
     EXPECT_EQ(firstLines(u"ab\U0001F600c", 1, 3), std::vector<std::string>{"ab…"});
+}
+
+TEST(RichTextView, PicturesAreNamedEachTimeTheyAreShown) {
+    const auto package = NSFileWrapper::initDirectory();
+    const auto add = [&](const char16_t* name, const std::string& contents) {
+        const auto file = NSFileWrapper::initRegularFileWithContents(NSData::dataWithBytes(contents));
+        file->setPreferredFilename(name);
+        package->addFileWrapper(file);
+    };
+    const std::string picture = "{{\\NeXTGraphic a.gif \\width180\\height180}\\'ac}";
+    add(u"TXT.rtf",
+        "{\\rtf1 Low" + picture + picture + "{{\\NeXTGraphic b.gif \\width180\\height180}\\'ac} water}");
+    add(u"a.gif", "one");
+    add(u"b.gif", "two");
+    EXPECT_EQ(textOfRichText(package->serializedRepresentation()), u"Low[a.gif][a.gif][b.gif] water");
+    EXPECT_TRUE(textOfRichText(NSData::dataWithBytes("no rich text")).isNil());
 }
 
 } // namespace

@@ -51,10 +51,7 @@ public:
         const auto found = resources_.find(key(url));
         if (found != resources_.end())
             return NSURLRequest::requestWithURL(urlWithContents(standingWhereItWas(found->second)));
-        // What was given out is asked about once more.
-        const bool isOurs =
-            folder_.exists() && url.isFileURL() && url.path().UTF8String().starts_with(folder_.path() + '/');
-        return isOurs || (!url.isFileURL() && url.host().isEmpty()) ? request : nullptr;
+        return !url.isFileURL() && url.host().isEmpty() ? request : nullptr;
     }
 
 private:
