@@ -20,6 +20,8 @@ TEST(Printable, LeavesNothingThatATerminalObeys) {
     EXPECT_EQ(printable(hostile, LineEnds::kept), "a\\x1B[2Jb\\x7F\\x9B\tc\nd\ne\\u{202E}\uFFFD\\x00");
     EXPECT_EQ(printable(u"ł 帆 \U0001F600"), "ł 帆 \U0001F600");
     EXPECT_EQ(printableFileName("caf\xE9 \xE5\xB8\x86\n"), "caf\\xE9 帆\\x0A");
+    EXPECT_EQ(printable(u"\x061C\x200E\x200F\x2028\x202E\x2066\x2069"),
+              "\\u{061C}\\u{200E}\\u{200F}\\u{2028}\\u{202E}\\u{2066}\\u{2069}");
     for (unsigned unit = 0; unit < 0x10000; ++unit) {
         const char16_t character = static_cast<char16_t>(unit);
         for (const unsigned char byte : printable({&character, 1}, LineEnds::kept))

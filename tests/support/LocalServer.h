@@ -46,8 +46,9 @@ public:
     std::string url(const std::string& path) const {
         return "http://127.0.0.1:" + std::to_string(port_) + path;
     }
-    void respond(const std::string& path, const std::string& type, const std::string& body) {
-        set(path, "HTTP/1.1 200 OK\r\nContent-Type: " + type + "\r\nContent-Length: " +
+    void respond(const std::string& path, const std::string& type, const std::string& body,
+                 const char* status = "200 OK") {
+        set(path, std::string("HTTP/1.1 ") + status + "\r\nContent-Type: " + type + "\r\nContent-Length: " +
                       std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
     }
     /// Scripts of any page may follow.

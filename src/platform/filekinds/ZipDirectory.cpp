@@ -72,8 +72,6 @@ std::string ZipDirectory::storedContents(std::string_view name, std::size_t most
         return {};
     const std::uint64_t start = std::uint64_t{entry->headerOffset} + localHeaderLength +
                                 number(header, 26, 2) + number(header, 28, 2);
-    if (start > contents_.length() || contents_.length() - start < entry->sizeInBytes)
-        return {};
     return contents_.bytes(start, std::min<std::size_t>(entry->sizeInBytes, mostBytes));
 }
 

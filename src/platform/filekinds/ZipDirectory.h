@@ -20,8 +20,8 @@ public:
     bool hasEntry(std::string_view name) const;
     /// Whether any name begins with that.
     bool hasEntryIn(std::string_view folder) const;
-    /// The first `mostBytes` of an entry that is not compressed; empty when it is, when its place does not fit
-    /// the file, and when there is none.
+    /// The first `mostBytes` of an entry that is not compressed; empty when it is, and when there is none.
+    /// Fewer where the file ends.
     std::string storedContents(std::string_view name, std::size_t mostBytes) const;
 
 private:

@@ -32,6 +32,8 @@ TEST(PageBaseTest, PutsTheBaseWhereThePagesOwnWouldStand) {
          "<base href=\"HTTP://own/x\"><p><BASE target=_top HREF=HTTP://own/x>"},
         {"own relative base", "<base href=\" d/e \">", u"http://h/a/b",
          "<base href=\"http://h/a/d/e\"><base href=\" d/e \">"},
+        {"own base with a colon that is no scheme's", "<base href='d/e:f/'>", u"http://h/a/b",
+         "<base href=\"http://h/a/d/e:f/\"><base href='d/e:f/'>"},
         {"own relative base without a base", "<base href=d>", nullptr,
          "<base href=\"x-nowhere:\"><base href=d>"},
         {"own base in a script and a comment",
@@ -62,8 +64,10 @@ TEST(PageBaseTest, SpeaksThePagesEncoding) {
     EXPECT_EQ(pageByPlacingBase(NSData::dataWithBytes("\xFE\xFF" + wide("x", true) + "\x12"), nullptr, base)
                   .characters(),
               "\xFE\xFF" + wide(element + "x", true) + "\x12");
-    EXPECT_EQ(pageByPlacingBase(NSData::dataWithBytes(wide("x", true)), u"UTF-16BE", base).characters(),
-              wide(element + "x", true));
+    for (const auto& [label, isBigEndian] :
+         {std::pair(u"UTF-16BE", true), std::pair(u"UTF-16LE", false), std::pair(u"utf-16", false)})
+        EXPECT_EQ(pageByPlacingBase(NSData::dataWithBytes(wide("x", isBigEndian)), label, base).characters(),
+                  wide(element + "x", isBigEndian));
 }
 
 } // namespace

@@ -174,5 +174,23 @@ TEST(WebArchiveTest, SharedDocumentsAreBounded) {
     EXPECT_EQ(total, 1'000'000u) << "the last one that fits into a mebibyte";
 }
 
+TEST(WebArchiveTest, SharedFramesAreBounded) {
+    const std::string many = "\xAF\x11\x01\x2C";
+    const WebArchive archive = WebArchive::initWithData(binaryList({
+        "\xD1\x01\x02",
+        "\x5F\x10\x13WebSubframeArchives",
+        many + std::string(300, '\3'),
+        "\xD1\x01\x04",
+        many + std::string(300, '\5'),
+        std::string("\xD0"),
+        // Makes the file large enough for so many shared objects to be believed.
+        "\x4F\x11\xC3\x50" + std::string(50'000, 'x'),
+    }));
+    std::size_t count = archive.subframeArchives().size();
+    for (const WebArchive& frame : archive.subframeArchives())
+        count += frame.subframeArchives().size();
+    EXPECT_EQ(count, WebArchive::maximumFrameCount);
+}
+
 } // namespace
 } // namespace kelvo

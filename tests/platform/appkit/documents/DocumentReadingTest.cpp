@@ -153,15 +153,17 @@ TEST_F(DocumentReading, PagesHaveTheirFilesButNoNetwork) {
     EXPECT_FALSE(listener.wasAsked());
 }
 
-/// Of a web archive.
-std::string resource(const std::string& url, const std::string& type, const std::string& data) {
+/// One resource of a web archive.
+std::string resource(const std::string& url, const std::string& type, const std::string& data,
+                     const std::string& charset = "") {
     return "<dict><key>WebResourceURL</key><string>" + url +
            "</string><key>WebResourceMIMEType</key><string>" + type +
+           "</string><key>WebResourceTextEncodingName</key><string>" + charset +
            "</string><key>WebResourceData</key><data>" +
            std::string(kj::encodeBase64(kj::StringPtr(data.c_str()).asBytes()).cStr()) + "</data></dict>";
 }
 
-/// Of a MIME message.
+/// One part of a MIME message.
 std::string part(const std::string& header, const std::string& type, const std::string& data) {
     return "\r\n--B\r\nContent-Type: " + type + "\r\n" + header + "\r\n\r\n" + data;
 }
@@ -223,7 +225,7 @@ TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
         "/missing.html'></frameset>";
     const std::string one = "<p>one <img width=20 height=20 src=one.svg><iframe src=inner.html></iframe>";
     const std::string two = "<p style='font-weight:bold'>two" + std::string(300000, ' ');
-    const std::string inner = "inner <a href=l>link</a>";
+    const std::string inner = "\xCF\xF0\xE8 <a href=l>link</a>";
     const auto frame = [](const std::string& main, const std::string& frames) {
         return "<dict><key>WebMainResource</key>" + main + "<key>WebSubframeArchives</key><array>" + frames +
                "</array></dict>";
@@ -234,20 +236,20 @@ TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
         resource(url + "/f/one.svg", "image/svg+xml", picture) +
         "</array><key>WebSubframeArchives</key><array>" +
         frame(resource(url + "/f/one.html", "text/html", one),
-              frame(resource(url + "/f/inner.html", "text/html", inner), "")) +
+              frame(resource(url + "/f/inner.html", "text/html", inner, "windows-1251"), "")) +
         frame(resource(url + "/two.html", "text/html", two), "") + "</array></dict></plist>";
     const std::string location = "Content-Location: " + url;
     const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
                                 part(location + "/", "text/html", messagePage) +
                                 part(location + "/f/one.html", "text/html", one) +
-                                part(location + "/f/inner.html", "text/html", inner) +
+                                part(location + "/f/inner.html", "text/html; charset=windows-1251", inner) +
                                 part(location + "/f/one.svg", "image/svg+xml", picture) +
                                 part("Content-ID: <2@x>", "text/html", two) + "\r\n--B--\r\n";
     for (const std::string& contents : {archive, message}) {
         write("saved", contents);
         EXPECT_EQ(tests::describe(text),
-                  "[after 2] one {one.svg 20x20:\uFFFC}\n[after 14] inner {#0000ee;under;to " + url +
-                      "/f/l:link}\n{bold:two}\n");
+                  "[after 2] one {one.svg 20x20:\uFFFC}\n[after 14] \u041F\u0440\u0438 {#0000ee;under;to " +
+                      url + "/f/l:link}\n{bold:two}\n");
     }
     EXPECT_FALSE(listener.wasAsked());
 }
@@ -269,6 +271,7 @@ TEST_F(DocumentReading, NoDocumentIsNil) {
         folder.write("a.docx", tests::zipPackage({{"[Content_Types].xml", ""}, {"word/document.xml", "<"}})),
         folder.write("b.docx", tests::zipPackage({{"xl/workbook.xml", ""}})),
         folder.write("a.webarchive", "bplist00\xD0\x08"),
+        folder.write("b.webarchive", "bplist00 WebMainResource"),
     };
     for (const std::string& path : paths) {
         read(path);

@@ -141,6 +141,14 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
     });
 }
 
+TEST(HTMLReadingTest, LinksBeyondReasonAreNone) {
+    const auto link = [](std::size_t length) {
+        return describe(read("<a href='" + std::string("http://h/").append(length - 9, 'x') + "'>a</a>"));
+    };
+    EXPECT_NE(link(8192).find("to http://h/x"), std::string::npos);
+    EXPECT_EQ(link(8193), "{#0000ee;under:a}");
+}
+
 TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
     expectRows({
         {"blanks between boxes, also such as do not go away", "<p>a</p> <p>b</p>&nbsp;<p>c</p>",
@@ -168,6 +176,13 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
          "<div style='margin:30px 0 5px'>a<p style='margin:9px 0 20px'>b</p></div><div "
          "style='padding-top:3px'><p style='margin-top:4px'>c",
          "[after 9] a\n[after 27] b\nc\n"},
+        {"margins that pull together", "<p style='margin-bottom:25px'>a<p style='margin-top:-8px'>b",
+         "[after 17] a\nb\n"},
+        {"distances that are a page's layout",
+         "<p style='margin-left:2000px'>a<p style='text-indent:-900px'>b<p style='margin:0 0 900px'>c<p>d",
+         "[indent 288/288 after 12] a\n[after 12] b\n[after 72] c\nd\n"},
+        {"drawings, but not the signs of buttons",
+         "a<svg width=40 height=40></svg><svg width=20 height=40></svg>b", "a{image.svg 40x40:\uFFFC}b"},
         {"summary of what is closed", "<details><summary>a</summary>b</details>", "a\n"},
         {"shadow tree",
          "<div id=h><b slot=s>b</b>c</div><script>h.attachShadow({mode:'open'}).innerHTML='<i>a</i><slot "
@@ -195,6 +210,8 @@ TEST(HTMLReadingTest, KeepsListsAndTables) {
          "a\n[center cell 0,0 of 2] {bold:b}\n[cell 0,1 of 2] c\n[cell 1,0 of 2] \n[cell 1,1 of 2] d\ne"},
         {"spans", "<table><tr><td rowspan=9>a<td colspan=2>b<tr><td>c<td>d</table>",
          "[cell 0,0 spans 2,1 of 3] a\n[cell 0,1 spans 1,2 of 3] b\n[cell 1,1 of 3] c\n[cell 1,2 of 3] d\n"},
+        {"a span to the end", "<table><tr><td rowspan=0>a<td>b<tr><td>c<tr><td>d</table>",
+         "[cell 0,0 spans 3,1 of 2] a\n[cell 0,1 of 2] b\n[cell 1,1 of 2] c\n[cell 2,1 of 2] d\n"},
         {"groups in the order of their display",
          "<table><caption>x</caption><tfoot><tr><td>c<tbody><tr><td>b<td>b<thead><tr><td>a</table>",
          "[center] x\n[cell 0,0 of 2] a\n[cell 1,0 of 2] b\n[cell 1,1 of 2] b\n[cell 2,0 of 2] c\n"},
@@ -260,15 +277,19 @@ protected:
 
 TEST_F(HTMLResourcesTest, PicturesBecomeAttachments) {
     server.respond("/a.gif", "image/gif", tests::smallPicture);
+    server.respond("/error.gif", "image/gif", tests::smallPicture, "404 Not Found");
+    const std::string longName = "/" + std::string(100, 'n') + ".gif";
+    server.respond(longName, "image/gif", tests::smallPicture);
     const std::string file = folder.write("own.gif", tests::smallPicture);
     const std::string size = " width=20 height=10>";
     const NSAttributedString text =
         read("<img src=a.gif" + size + "<img src='a.gif'" + size + "<img src='file://" + file + "'" + size +
                  "<img src='" + dataURL() + "'" + size + "<img src=none.gif alt='not there'" + size +
+                 "<img src=error.gif" + size + "<img src=" + longName + size +
                  "<img srcset='a.gif 1x, b.gif 2x'" + size + "<img src='" + dataURL() + "'>",
              {nullptr, server.url("/")});
     EXPECT_EQ(describe(text), "{a.gif 20x10:\uFFFC\uFFFC}{own.gif 20x10:\uFFFC}{image.gif 20x10:\uFFFC}not "
-                              "there{a.gif 20x10:\uFFFC}");
+                              "there{image.gif 20x10:\uFFFC}{a.gif 20x10:\uFFFC}");
     EXPECT_EQ(text.runAtIndex(0).attributes->attachment->fileWrapper->regularFileContents().characters(),
               tests::smallPicture);
     EXPECT_EQ(server.count("/b.gif"), 0);
