@@ -84,8 +84,11 @@ public:
     }
 
     std::size_t encode(std::u16string_view units, std::string& bytes, bool isEnd) override {
-        // ICU would keep half a pair for the next call.
-        const std::size_t length = units.size() - (!units.empty() && U16_IS_LEAD(units.back()) ? 1 : 0);
+        // ICU keeps half a pair at the end for its next call, in which it would be lost. Several halves all stay
+        // out: without the last, ICU would keep the one before it.
+        std::size_t length = units.size();
+        while (length > 0 && U16_IS_LEAD(units[length - 1]))
+            --length;
         isEnd = isEnd && length == units.size();
         const char16_t* source = units.data();
         const char16_t* const end = source + length;

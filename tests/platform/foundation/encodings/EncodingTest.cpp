@@ -2,14 +2,11 @@
 #include "platform/foundation/encodings/EncodingTable.h"
 #include "platform/foundation/encodings/NSStringEncoding.h"
 #include "platform/foundation/encodings/TextCodec.h"
-#include "platform/foundation/units/VectorScan.h"
 
 #include <gtest/gtest.h>
-#include <unicode/ustring.h>
 
 #include <iconv.h>
 
-#include <random>
 #include <set>
 #include <string>
 
@@ -368,6 +365,17 @@ TEST(Encoding, CharactersThatDoNotFit) {
         EXPECT_EQ(dataUsingEncoding_allowLossyConversion(NSString(row.text), encoding, true).characters(),
                   row.lossy);
     }
+    // However many halves of pairs end a text, each has its substitute.
+    for (const CFStringEncoding number : {0x632u, 0xA01u, 0x920u, 0x820u, 0x628u, 0x600u, 0x8000100u, 0xBFFu})
+        for (std::size_t count = 1; count < 8; ++count) {
+            SCOPED_TRACE(testing::Message() << std::hex << number << " with " << count);
+            const NSStringEncoding encoding = CFStringConvertEncodingToNSStringEncoding(number);
+            const NSString halves(u"a" + std::u16string(count, u'\xD83D'));
+            const NSString text = stringWithData_encoding(
+                dataUsingEncoding_allowLossyConversion(halves, encoding, true), encoding);
+            EXPECT_EQ(text.length(), 1 + count);
+            EXPECT_EQ(text.characters().substr(1), std::u16string(count, text.characters().back()));
+        }
     // Minutes, were the whole rest looked at after each substitute.
     std::u16string foreign;
     for (int pair = 0; pair < 200000; ++pair)
@@ -382,6 +390,22 @@ TEST(Encoding, CharactersThatDoNotFit) {
     EXPECT_EQ(dataUsingEncoding(u"a", NSUnicodeStringEncoding).characters(), "\xFF\xFE"
                                                                              "a\0"sv);
     EXPECT_EQ(dataUsingEncoding(u"", NSUTF32StringEncoding).characters(), "\xFF\xFE\0\0"sv);
+}
+
+// Long texts are encoded in pieces of growing length, which end between characters.
+TEST(Encoding, PairsStandAnywhereInALongText) {
+    for (const CFStringEncoding number : {0x8000100u, 0x632u, 0x14000100u, 0x1C000100u, 0x4000100u, 0xBFFu}) {
+        const NSStringEncoding encoding = CFStringConvertEncodingToNSStringEncoding(number);
+        for (std::size_t before = 0; before < 7; ++before) {
+            std::u16string units(before, u'x');
+            while (units.size() < 200'000)
+                units += u"\U0001F600\U0001F600\U0001F600y";
+            const NSString text(units);
+            const NSData lossy = dataUsingEncoding_allowLossyConversion(text, encoding, true);
+            ASSERT_TRUE(lossy == dataUsingEncoding(text, encoding)) << std::hex << number << " at " << before;
+            ASSERT_TRUE(stringWithData_encoding(lossy, encoding) == text) << std::hex << number;
+        }
+    }
 }
 
 // Whatever an encoding can hold comes back.
@@ -426,66 +450,6 @@ TEST(Encoding, RoundTripOfEveryCharacter) {
         codec->reset();
         EXPECT_EQ(codec->encode(held, bytes, true), held.size());
     }
-}
-
-TEST(Encoding, UTF8AgreesWithTheLibrary) {
-    std::mt19937 random(42);
-    constexpr std::uint8_t alphabet[] = {0x00, 0x41, 0x7F, 0x80, 0xBF, 0xC0, 0xC2, 0xC3,
-                                         0xDF, 0xE0, 0xA0, 0x9F, 0xE2, 0x82, 0xAC, 0xED,
-                                         0xEF, 0xF0, 0x90, 0x8F, 0xF3, 0xF4, 0xF5, 0xFF};
-    for (int round = 0; round < 20000; ++round) {
-        std::string bytes(random() % 200, 'x');
-        const std::size_t density = 1 + random() % 24;
-        for (char& byte : bytes)
-            if (random() % density == 0)
-                byte = static_cast<char>(alphabet[random() % std::size(alphabet)]);
-        std::u16string expected(bytes.size() + 1, u'\0');
-        std::int32_t length = 0;
-        std::int32_t errors = 0;
-        UErrorCode status = U_ZERO_ERROR;
-        u_strFromUTF8WithSub(expected.data(), static_cast<std::int32_t>(expected.size()), &length,
-                             bytes.data(), static_cast<std::int32_t>(bytes.size()), 0xFFFD, &errors, &status);
-        expected.resize(static_cast<std::size_t>(length));
-        ASSERT_EQ(decodedLeniently(bytes, kCFStringEncodingUTF8), expected);
-        ASSERT_EQ(decoded(bytes, kCFStringEncodingUTF8).isNil(), errors > 0);
-        if (errors == 0) {
-            ASSERT_EQ(dataUsingEncoding(NSString(expected), NSUTF8StringEncoding).characters(), bytes);
-        }
-    }
-}
-
-TEST(VectorScan, AgreesWithTheObviousLoops) {
-    constexpr UnitRange ranges[] = {{0, 0x300}, {0x4E00, 0x5000}, {0xFFFF, 1}};
-    std::mt19937 random(3);
-    for (std::size_t length = 0; length < 300; ++length)
-        for (int round = 0; round < 8; ++round) {
-            std::u16string units(length, u'y');
-            for (char16_t& unit : units)
-                if (random() % 4 == 0)
-                    unit = random() % 2 ? 0x4E00 : 0xFFFF;
-            const std::size_t odd = random() % (length + 1);
-            if (odd < length)
-                units[odd] = random() % 2 ? 0x300 : 0x9E00;
-            EXPECT_EQ(lengthOfPrefixInRanges(units, ranges), odd);
-            for (char16_t& unit : units)
-                unit &= 0x7F;
-            std::string bytes(units.begin(), units.end());
-            if (odd < length) {
-                units[odd] = random() % 2 ? 0x80 : 0x0100;
-                bytes[odd] = static_cast<char>(0x80 + random() % 128);
-            }
-            std::u16string wide(length, u'#');
-            const auto* source = reinterpret_cast<const std::uint8_t*>(bytes.data());
-            EXPECT_EQ(widenASCIIPrefix(source, length, wide.data()), odd);
-            EXPECT_EQ(wide.substr(0, odd), units.substr(0, odd));
-            std::string narrow(length, '#');
-            EXPECT_EQ(narrowASCIIPrefix(units.data(), length, reinterpret_cast<std::uint8_t*>(narrow.data())),
-                      odd);
-            EXPECT_EQ(narrow.substr(0, odd), bytes.substr(0, odd));
-            widenBytes(source, length, wide.data());
-            for (std::size_t index = 0; index < length; ++index)
-                EXPECT_EQ(wide[index], source[index]);
-        }
 }
 
 } // namespace
