@@ -73,54 +73,6 @@ protected:
     void expectService() { EXPECT_EQ(tell(u"/still there").objectForKey(u"file").string(), u"/still there"); }
 };
 
-TEST_F(ClientTest, CarriesEveryKindOfValueThereAndBack) {
-    const NSDictionary all = tell(u"/every kind");
-    ASSERT_EQ(all.count(), 16u);
-    EXPECT_TRUE(all.objectForKey(u"null").isNull());
-    EXPECT_TRUE(all.objectForKey(u"true").numberIfAny()->isBoolean());
-    EXPECT_EQ(all.objectForKey(u"int32").numberIfAny()->kind(), NSNumber::Kind::int32);
-    EXPECT_EQ(all.objectForKey(u"int32").numberIfAny()->intValue(), INT32_MIN);
-    EXPECT_EQ(all.objectForKey(u"int64").numberIfAny()->longLongValue(), INT64_MAX);
-    EXPECT_EQ(all.objectForKey(u"float").numberIfAny()->kind(), NSNumber::Kind::float32);
-    EXPECT_EQ(all.objectForKey(u"float").numberIfAny()->floatValue(), 0.1f);
-    EXPECT_EQ(all.objectForKey(u"double").numberIfAny()->doubleValue(), -1e300);
-    EXPECT_TRUE(all.objectForKey(u"empty").isString());
-    EXPECT_EQ(all.objectForKey(u"units").string().characters(),
-              std::u16string_view(u"\0\xD800x\xDC80\xFFFF", 5));
-    EXPECT_EQ(all.objectForKey(u"data").data(), NSData::dataWithBytes("\0\1\377", 3));
-    EXPECT_TRUE(all.objectForKey(u"no data").isData());
-    EXPECT_EQ(all.objectForKey(u"date").dateIfAny()->timeIntervalSinceReferenceDate(), -0.25);
-    EXPECT_EQ(all.objectForKey(u"url").url().absoluteString(), u"http://example.org/a/b?c#d");
-    EXPECT_EQ(all.objectForKey(u"url").url().relativeString(), u"b?c#d");
-    EXPECT_EQ(all.objectForKey(u"array").array(),
-              NSArray::arrayWithObjects({NSArray::array(), NSNull(), u"x"}));
-    EXPECT_EQ(*all.objectForKey(u"size").sizeIfAny(), (NSSize{612, 0.5f}));
-    EXPECT_EQ(*all.objectForKey(u"color").colorIfAny(), (NSColor{0, 0.25f, 1, 0.5f}));
-    EXPECT_EQ(all.objectForKey(u"dictionary").dictionary().objectForKey(NSNumber::numberWithInt(7)).string(),
-              u"by number");
-    EXPECT_EQ((*all.begin()).first.string(), u"null") << "in its order";
-}
-
-TEST_F(ClientTest, PassesArgumentsWithNilDistinctFromEmpty) {
-    const auto html = [&](const NSData& data, const NSURL& base, bool allow) {
-        const NSData seen = client.RTFDWithHTML_baseURL_allowRemoteRequest(data, base, allow);
-        return std::string(seen.characters());
-    };
-    EXPECT_EQ(html(nullptr, nullptr, false), "nil  no");
-    EXPECT_EQ(html(NSData::data(), NSURL::URLWithString(u"http://h/%20?q"), true), "0 http://h/%20?q yes");
-    EXPECT_TRUE(client.metaDataForFile(nullptr).isNil());
-    EXPECT_TRUE(client.attributedStringWithContentsOfFile(u"/x").isNil());
-    EXPECT_FALSE(client.searchableTextOfWebArchive(u"/x").isNil());
-    const NSDictionary pdf = client.attributed_stringWithPDF(true, NSData::dataWithBytes("abc"));
-    EXPECT_TRUE(pdf.objectForKey(u"attributed").numberIfAny()->boolValue());
-    EXPECT_EQ(pdf.objectForKey(u"length").numberIfAny()->intValue(), 3);
-    const NSDictionary image =
-        client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/i", false, true);
-    EXPECT_FALSE(image.objectForKey(u"text").numberIfAny()->boolValue());
-    EXPECT_TRUE(image.objectForKey(u"importers").numberIfAny()->boolValue());
-    EXPECT_EQ(client.PDFImageRepOfFile(u"/70000000").length(), 70'000'000u);
-}
-
 TEST_F(ClientTest, SendsPathsAbsoluteAndByteForByte) {
     const std::string here = std::filesystem::current_path().string();
     const NSString odd(std::u16string_view(u"caf\xDCE9 \U0001F600"));

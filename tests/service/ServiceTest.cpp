@@ -2,7 +2,6 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/rtfreader/RTFReading.h"
 #include "platform/foundation/processes/NSTask.h"
-#include "protocol/Operations.h"
 #include "protocol/ResultKeys.h"
 #include "support/OfficeDocuments.h"
 #include "support/ServiceSession.h"
@@ -198,12 +197,6 @@ TEST_F(ServiceTest, StoppedServiceTimesOutAndDiesWhenKilled) {
     EXPECT_EQ(kindOf([&] { client.writeRTFDData_toFile(NSData::data(), u"/x"); }), ClientError::Kind::died);
     killer.join();
     EXPECT_NE(startedProcess(), process);
-}
-
-TEST(OperationsTest, SelectorsStandInTheSchema) {
-    EXPECT_EQ(selectorOfOperation(Operation::metaDataForFile), u"metaDataForFile:");
-    EXPECT_EQ(selectorOfOperation(Operation::RTFDWithHTML), u"RTFDWithHTML:baseURL:allowRemoteRequest:");
-    EXPECT_EQ(selectorOfOperation(Operation::PDFImageRepOfFile), u"PDFImageRepOfFile:");
 }
 
 } // namespace

@@ -14,7 +14,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <limits>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -35,34 +34,16 @@ void runLoopFor(double seconds) {
         NSRunLoop::currentRunLoop().runMode_beforeDate(NSDefaultRunLoopMode, end);
 }
 
-NSDictionary everyKind() {
-    NSMutableDictionary all = NSMutableDictionary::dictionary();
-    const auto put = [&all](const char16_t* key, const Value& value) { all.setObject_forKey(value, key); };
-    put(u"null", NSNull());
-    put(u"true", NSNumber::numberWithBool(true));
-    put(u"int32", NSNumber::numberWithInt(std::numeric_limits<std::int32_t>::min()));
-    put(u"int64", NSNumber::numberWithLongLong(std::numeric_limits<std::int64_t>::max()));
-    put(u"float", NSNumber::numberWithFloat(0.1f));
-    put(u"double", NSNumber::numberWithDouble(-1e300));
-    put(u"empty", NSString::string());
-    put(u"units", NSString(std::u16string_view(u"\0\xD800x\xDC80\xFFFF", 5)));
-    put(u"data", NSData::dataWithBytes("\0\1\377", 3));
-    put(u"no data", NSData::data());
-    put(u"date", NSDate::dateWithTimeIntervalSinceReferenceDate(-0.25));
-    put(u"url", NSURL::URLWithString_relativeToURL(u"b?c#d", NSURL::URLWithString(u"http://example.org/a/")));
-    put(u"array", NSArray::arrayWithObjects({NSArray::array(), NSNull(), u"x"}));
-    put(u"size", NSSize{612, 0.5f});
-    put(u"color", NSColor{0, 0.25f, 1, 0.5f});
-    NSMutableDictionary inner = NSMutableDictionary::dictionary();
-    inner.setObject_forKey(u"by number", NSNumber::numberWithInt(7));
-    put(u"dictionary", inner);
-    return all;
+/// Empty for nil.
+NSDictionary seenBy(const char16_t* operation, const NSString& file) {
+    return file.isNil() ? NSDictionary::dictionary()
+                        : NSMutableDictionary::dictionaryWithObjectsAndKeys({{file, operation}});
 }
 
 class Rehearsal final : public NSObject, public KelvoImExport {
 public:
-    /// "/sleep N", "/nest N", "/throw", "/die", "/die unless FILE" (which it makes), "/every kind", "/deep
-    /// N"; anything else is given back at once.
+    /// "/sleep N", "/nest N", "/throw", "/die", "/die unless FILE" (which it makes), "/deep N";
+    /// anything else is given back at once.
     NSDictionary metaDataForFile(const NSString& file) override {
         std::istringstream words(file.UTF8String());
         std::string word;
@@ -79,8 +60,6 @@ public:
             std::ofstream(marker).put('x');
             _exit(1);
         }
-        if (word == "every")
-            return everyKind();
         if (word == "deep") {
             int levels = 0;
             words >> levels;
@@ -109,20 +88,25 @@ public:
         return html.length() > 1000 ? html : NSData::dataWithBytes(seen);
     }
 
-    bool writeRTFDData_toFile(const NSData&, const NSString& file) override {
+    bool writeRTFDData_toFile(const NSData& data, const NSString& file) override {
         if (file.UTF8String().ends_with("sleep"))
             std::this_thread::sleep_for(std::chrono::seconds(30));
-        return true;
+        return data == NSData::dataWithBytes(file.UTF8String());
     }
 
-    NSDictionary searchableTextOfWebArchive(const NSString&) override { return NSDictionary::dictionary(); }
-    NSDictionary attributedStringWithContentsOfFile(const NSString&) override { return nullptr; }
-    NSDictionary posterImageForMovieWithFile(const NSString&) override { return nullptr; }
+    NSDictionary searchableTextOfWebArchive(const NSString& file) override {
+        return seenBy(u"archive", file);
+    }
+    NSDictionary attributedStringWithContentsOfFile(const NSString& file) override {
+        return seenBy(u"document", file);
+    }
+    NSDictionary posterImageForMovieWithFile(const NSString& file) override { return seenBy(u"movie", file); }
 
     NSDictionary attributed_stringWithPDF(bool attributed, const NSData& pdf) override {
         return NSMutableDictionary::dictionaryWithObjectsAndKeys(
             {{NSNumber::numberWithBool(attributed), u"attributed"},
-             {NSNumber::numberWithLongLong(static_cast<std::int64_t>(pdf.length())), u"length"}});
+             {NSNumber::numberWithLongLong(pdf.isNil() ? -1 : static_cast<std::int64_t>(pdf.length())),
+              u"length"}});
     }
 
     NSDictionary imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString& file, bool text,
@@ -135,6 +119,8 @@ public:
 
     /// As many bytes as the last component of the path says.
     NSData PDFImageRepOfFile(const NSString& file) override {
+        if (file.isNil())
+            return nullptr;
         const std::string path = file.UTF8String();
         const std::size_t length = std::stoull(path.substr(path.rfind('/') + 1));
         return NSData::dataWithBytesNoCopy(std::vector<std::uint8_t>(length));

@@ -1,0 +1,121 @@
+#include "protocol/WireValues.h"
+
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/Value.h"
+#include "platform/foundation/connections/NSConnection.h"
+
+#include <capnp/message.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+NSDictionary thereAndBack(const NSDictionary& dictionary) {
+    capnp::MallocMessageBuilder message;
+    const auto root = message.initRoot<wire::Dictionary>();
+    encodeDictionary(dictionary, root);
+    return decodeDictionary(root.asReader());
+}
+
+NSDictionary holding(const Value& value) {
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys({{value, u"value"}});
+}
+
+TEST(WireValues, EveryKindComesBackEqual) {
+    const NSURL base = NSURL::URLWithString(u"http://example.org/a/");
+    const struct {
+        const char* name;
+        Value value;
+    } rows[] = {
+        {"null", NSNull()},
+        {"true", NSNumber::numberWithBool(true)},
+        {"false", NSNumber::numberWithBool(false)},
+        {"int32", NSNumber::numberWithInt(std::numeric_limits<std::int32_t>::min())},
+        {"int64", NSNumber::numberWithLongLong(std::numeric_limits<std::int64_t>::max())},
+        {"float", NSNumber::numberWithFloat(0.1f)},
+        {"double", NSNumber::numberWithDouble(-1e300)},
+        {"empty text", NSString::string()},
+        {"units", NSString(std::u16string_view(u"\0\xD800x\xDC80\xFFFF", 5))},
+        {"data", NSData::dataWithBytes("\0\1\377", 3)},
+        {"no data", NSData::data()},
+        {"date", NSDate::dateWithTimeIntervalSinceReferenceDate(-0.25)},
+        {"url with a base", NSURL::URLWithString_relativeToURL(u"b?c#d", base)},
+        {"reference to the base", NSURL::URLWithString_relativeToURL(u"", base)},
+        {"array", NSArray::arrayWithObjects({NSArray::array(), NSNull(), u"x"})},
+        {"size", NSSize{612, 0.5f}},
+        {"color", NSColor{0.125f, 0.25f, 0.75f, 0.5f}},
+        {"key that is a number",
+         NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"x", NSNumber::numberWithInt(7)}})},
+    };
+    NSMutableDictionary all = NSMutableDictionary::dictionary();
+    for (const auto& row : rows) {
+        const Value back = thereAndBack(holding(row.value)).objectForKey(u"value");
+        EXPECT_EQ(back, row.value) << row.name;
+        EXPECT_EQ(back.kind(), row.value.kind()) << row.name;
+        if (const NSNumber* number = row.value.numberIfAny()) {
+            EXPECT_EQ(back.numberIfAny()->kind(), number->kind()) << row.name;
+        }
+        all.setObject_forKey(row.value, NSString::stringWithUTF8String(row.name));
+    }
+    EXPECT_EQ(thereAndBack(all).allKeys(), all.allKeys()) << "in its order";
+}
+
+TEST(WireValues, WhatCannotBeSentIsRefused) {
+    const auto nested = [](std::size_t levels) {
+        Value value = u"bottom";
+        for (std::size_t level = 1; level < levels; ++level)
+            value = level % 2 == 0 ? Value(NSArray::arrayWithObjects({value})) : Value(holding(value));
+        return holding(value);
+    };
+    EXPECT_EQ(thereAndBack(nested(Value::maximumDepth)), nested(Value::maximumDepth));
+    EXPECT_THROW(thereAndBack(nested(Value::maximumDepth + 1)), NSException);
+    EXPECT_THROW(thereAndBack(holding(std::make_shared<NSObject>())), NSException);
+    // The length alone is looked at.
+    const std::uint8_t byte = 0;
+    const auto dataOf = [&](std::size_t length) {
+        return NSData::dataWithBytesNoCopy(std::span(&byte, length), nullptr);
+    };
+    EXPECT_EQ(wireData(dataOf(NSConnection::fieldLimitInBytes - 1)).size(),
+              NSConnection::fieldLimitInBytes - 1);
+    EXPECT_THROW(wireData(dataOf(NSConnection::fieldLimitInBytes)), NSException);
+}
+
+TEST(WireValues, WhatNoEncoderMakesIsRefused) {
+    capnp::MallocMessageBuilder message;
+    const auto unitsOf = [&](std::size_t length) {
+        auto text = message.getOrphanage().newOrphan<capnp::Data>(static_cast<unsigned>(length));
+        const NSString decoded = decodeString(text.getReader());
+        return decoded.length();
+    };
+    EXPECT_EQ(unitsOf(0), 0U);
+    EXPECT_EQ(unitsOf(4), 2U);
+    EXPECT_THROW(unitsOf(1), NSException);
+    EXPECT_THROW(unitsOf(5), NSException);
+
+    auto dictionary = message.initRoot<wire::Dictionary>();
+    auto value = dictionary.initEntries(1)[0].initValue();
+    for (std::size_t level = 0; level <= Value::maximumDepth; ++level)
+        value = value.initArray(1)[0];
+    EXPECT_THROW(decodeDictionary(dictionary.asReader()), NSException);
+    auto url = dictionary.initEntries(1)[0].initValue().initUrl();
+    for (std::size_t level = 0; level <= Value::maximumDepth; ++level)
+        url = url.initBase();
+    EXPECT_THROW(decodeDictionary(dictionary.asReader()), NSException);
+
+    auto twice = dictionary.initEntries(2);
+    for (unsigned index = 0; index < 2; ++index) {
+        twice[index].initKey().setBoolean(true);
+        twice[index].initValue().setInt32(static_cast<std::int32_t>(index));
+    }
+    const NSDictionary last = decodeDictionary(dictionary.asReader());
+    EXPECT_EQ(last.count(), 1U);
+    EXPECT_EQ(last.objectForKey(NSNumber::numberWithBool(true)), Value(NSNumber::numberWithInt(1)));
+}
+
+} // namespace
+} // namespace kelvo
