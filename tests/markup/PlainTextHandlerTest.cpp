@@ -102,6 +102,8 @@ TEST(PlainTextHandler, LeavesOutWhatIsNotShown) {
         {"iframe", u"a<iframe>x</iframe>b<iframe/>c", u"abc"},
         {"option", u"a<select><option>x</option>y<option>z</select>b", u"ayb"},
         {"option in odd letters", u"a<o\u0050T\u0131ON>x</option>b", u"ab"},
+        {"long s for S in select", u"<option>x<\u017Felect>a", u"a"},
+        {"long s is no S in section", u"a<\u017Fection>b", u"ab"},
     });
 }
 
@@ -145,6 +147,7 @@ TEST(PlainTextHandler, HiddenFonts) {
         {"14 points", u"a<font style=\"FONT-SIZE:14PT\">b</font>c", u"abc"},
         {"points and a half", u"a<font style=\"font-size:1.5pt\">b</font>c", u"abc"},
         {"ten points and two tenths", u"a<font style=\"font-size: 10.2pt\">b</font>c", u"abc"},
+        {"digit past Latin 1", u"a<font style=\"font-size:\u06614pt\">b</font>c", u"ac"},
         {"0 points", u"a<font style=\"font-size:0pt\">b</font>c", u"abc"},
         {"not a size", u"a<font style=\"margin:: 4pt\">b</font>c", u"abc"},
         {"body clears it", u"a<font style=\"font-size:4pt\">b<body>c", u"ac"},

@@ -69,6 +69,7 @@ TEST(TagScannerTest, constructs) {
         {"shortest comments", u"<!->a<!-->b", "2::<!->|a|2::<!-->|b|"},
         {"long comment", u"<!--x->y-->z", "2::<!--x->y-->|z|"},
         {"comment ended by --!>", u"<!--x--!>y", "2::<!--x--!>|y|"},
+        {"long comment not ended by -!>", u"<!--x-!>y-->z", "2::<!--x-!>y-->|z|"},
         {"short comment not ended by --!>", u"<!-x--!>y->z", "2::<!-x--!>y->|z|"},
         {"short after long", u"<!--a--><!-b->c", "2::<!--a-->|2::<!-b->|c|"},
         {"unfinished comments", u"a<!--b->", "a|2::<!--b->|"},

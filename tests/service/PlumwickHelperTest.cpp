@@ -91,11 +91,16 @@ TEST(PlumwickHelperTest, RendersPagesWithWhatMayBeLoaded) {
     EXPECT_EQ(server.count("/away.gif"), 1);
     EXPECT_EQ(lookUps, 1) << "the far host, once for both";
     EXPECT_EQ(attachments(helper, page, false, NSURL::URLWithString(u"mailto:nobody")), "near.gif ");
+    const NSURL missing = NSURL::fileURLWithPath(NSString::stringWithUTF8String(folder.path("missing.html")));
+    EXPECT_EQ(attachments(helper, page, false, missing), "near.gif ");
+    const NSURL feed =
+        NSURL::URLWithString(NSString::stringWithUTF8String("feed" + server.url("/").substr(4)));
+    EXPECT_EQ(attachments(helper, "<img src=near.gif" + size, false, feed), "near.gif ");
 
     lookUps = 0;
     EXPECT_EQ(attachments(helper, "<img src='" + server.url("/near.gif") + "'" + size, true), "near.gif ");
     EXPECT_EQ(lookUps, 0) << "nobody is asked";
-    EXPECT_EQ(server.count("/near.gif"), 3);
+    EXPECT_EQ(server.count("/near.gif"), 5);
     EXPECT_TRUE(helper->RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, true).isNil());
 }
 

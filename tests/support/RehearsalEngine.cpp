@@ -41,6 +41,10 @@ int main() {
             std::raise(SIGKILL);
         } else if (command == u"garbage") {
             ::write(channel.descriptor(), "\x63 is no frame at all", 21);
+        } else if (command == u"boast") {
+            // The head of an answer of 2^56 bytes.
+            ::write(channel.descriptor(), "\2\0\0\0\0\0\0\0\1", 9);
+            ::pause();
         } else if (command == u"hang") {
             for (;;)
                 ::pause();

@@ -76,14 +76,31 @@ TEST(FileManager, ListsAndTests) {
 
 TEST(FileManager, MakesAndRemoves) {
     const tests::TemporaryFolder folder;
-    NSMutableDictionary attributes = NSMutableDictionary::dictionary();
-    attributes.setObject_forKey(NSNumber::numberWithInt(0700), NSFilePosixPermissions);
-    EXPECT_TRUE(files.createDirectoryAtPath_attributes(path(folder.path("new")), attributes.copy()));
+    const struct {
+        const char* name;
+        NSDictionary attributes;
+        mode_t mode;
+    } rows[] = {
+        {"new",
+         NSMutableDictionary::dictionaryWithObjectsAndKeys(
+             {{NSNumber::numberWithInt(0700), NSFilePosixPermissions}}),
+         0700},
+        {"beyond the umask",
+         NSMutableDictionary::dictionaryWithObjectsAndKeys(
+             {{NSNumber::numberWithInt(03777), NSFilePosixPermissions}}),
+         03777},
+        {"by the umask", nullptr, 0750},
+    };
+    const mode_t mask = ::umask(027);
+    for (const auto& row : rows) {
+        EXPECT_TRUE(files.createDirectoryAtPath_attributes(path(folder.path(row.name)), row.attributes));
+        struct stat status = {};
+        ASSERT_EQ(::stat(folder.path(row.name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, row.mode) << row.name;
+    }
+    ::umask(mask);
     EXPECT_FALSE(files.createDirectoryAtPath_attributes(path(folder.path("new")), nullptr));
     EXPECT_FALSE(files.createDirectoryAtPath_attributes(path(folder.path("no/new")), nullptr));
-    struct stat status = {};
-    ASSERT_EQ(::stat(folder.path("new").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0700U);
 
     folder.write("kept/file", "x");
     folder.write("new/a/b/c", "x");
@@ -120,16 +137,20 @@ TEST(DataFiles, WritesInPlaceOrAtomically) {
     const tests::TemporaryFolder folder;
     const NSData data = NSData::dataWithBytes("new");
     const std::string longName(255, 'n');
+    const mode_t mask = ::umask(002);
     for (const bool atomically : {false, true}) {
         SCOPED_TRACE(atomically);
         folder.write("f", "much longer than before");
-        ASSERT_EQ(::chmod(folder.path("f").c_str(), 0640), 0);
+        ASSERT_EQ(::chmod(folder.path("f").c_str(), 0626), 0);
         EXPECT_TRUE(data.writeToFile_atomically(path(folder.path("f")), atomically));
         EXPECT_EQ(folder.read("f"), "new");
         struct stat status = {};
         ASSERT_EQ(::stat(folder.path("f").c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 0777, 0640U);
+        EXPECT_EQ(status.st_mode & 0777, 0626U) << "also beyond the umask";
+        ::unlink(folder.path(longName).c_str());
         EXPECT_TRUE(NSData::data().writeToFile_atomically(path(folder.path(longName)), atomically));
+        ASSERT_EQ(::stat(folder.path(longName).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0664U);
 
         ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
         for (const char* name : {"pipe", "", "none/f", "."})
@@ -138,6 +159,7 @@ TEST(DataFiles, WritesInPlaceOrAtomically) {
         EXPECT_FALSE(data.writeToFile_atomically(u"/dev/full", atomically));
         ASSERT_EQ(::unlink(folder.path("pipe").c_str()), 0);
     }
+    ::umask(mask);
     // Nothing else was left behind.
     EXPECT_EQ(files.directoryContentsAtPath(path(folder.path())),
               NSArray::arrayWithObjects({u"f", path(longName)}));

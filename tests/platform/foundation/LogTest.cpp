@@ -22,6 +22,7 @@ TEST(StringFormat, FollowsPrintf) {
     EXPECT_EQ(
         text(stringWithFormat(u"[%5@|%-5s|%.2@|%*d|%-*d|%.*f]", u"abc", "abc", u"abc", 4, 1, 4, 1, 1, 0.25)),
         "[  abc|abc  |ab|   1|1   |0.2]");
+    EXPECT_EQ(text(stringWithFormat(u"[%*d|%*@|%-*f]", -4, 1, -3, u"x", -4, 0.5)), "[1   |x  |0.500000]");
     EXPECT_EQ(text(stringWithFormat(u"%2$@ %1$@ %2$d %1$*3$d", 1, 2, 3)), "2 1 2   1");
     EXPECT_EQ(text(stringWithFormat(u"%@ %@ %d", true, nullptr, 3.99)), "1 (null) 3");
 }

@@ -2,12 +2,14 @@
 
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/connections/EngineFrames.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -32,6 +34,38 @@ bool isGone(pid_t process) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
+}
+
+TEST(EngineFrames, HeadsAreCheckedBeforeTheyAreTrusted) {
+    const auto head = [](unsigned kind, std::uint64_t length) {
+        std::string bytes(1, static_cast<char>(kind));
+        for (int shift = 0; shift < 64; shift += 8)
+            bytes.push_back(static_cast<char>(length >> shift));
+        return bytes;
+    };
+    constexpr std::uint64_t most = maximumSizeInBytes - engineFrameHeadLength;
+    const struct {
+        const char* name;
+        std::string bytes;
+        std::optional<std::uint64_t> length;
+    } rows[] = {
+        {"message without contents", head(1, 0), 0},
+        {"reply of several bytes of length", head(4, 0x0123456), 0x0123456},
+        {"longest", head(2, most), most},
+        {"longer than a message can be", head(2, most + 1), std::nullopt},
+        {"longest number", head(2, ~std::uint64_t{}), std::nullopt},
+        {"no kind", head(0, 1), std::nullopt},
+        {"past the last kind", head(5, 1), std::nullopt},
+        {"high bit", head(0x81, 1), std::nullopt},
+        {"cut off", head(1, 0).substr(1), std::nullopt},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(contentsLengthOfEngineFrame(row.bytes), row.length) << row.name;
+    EXPECT_FALSE(engineFrameWithBytes(head(1, 5) + "(open").has_value());
+    const std::string whole = bytesOfEngineFrame(EngineFrameKind::question, u"x");
+    EXPECT_EQ(contentsLengthOfEngineFrame(whole), whole.size() - engineFrameHeadLength);
+    EXPECT_EQ(engineFrameWithBytes(whole)->kind, EngineFrameKind::question);
+    EXPECT_EQ(engineFrameWithBytes(whole)->value, Value(u"x"));
 }
 
 TEST(EngineProcess, OneChildAnswersMessagesOfEverySize) {
@@ -84,7 +118,7 @@ TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {
 
 TEST(EngineProcess, AFailedChildIsNilAndTheNextMessageHasANewOne) {
     EngineProcess engine("RehearsalEngine");
-    for (const char16_t* command : {u"exit", u"crash", u"garbage"}) {
+    for (const char16_t* command : {u"exit", u"crash", u"garbage", u"boast"}) {
         EXPECT_TRUE(engine.ask(message(command), ample).isNil());
         EXPECT_EQ(engine.processIdentifier(), 0);
         EXPECT_EQ(engine.ask(message(u"echo", NSString(u"back")), ample), Value(u"back"));

@@ -168,8 +168,10 @@ TEST(PropertyList, ReadsXML) {
                NSNumber::numberWithDouble(18446744073709551616.0)})},
         {"reals", "<plist><array><real>+infinity</real><real>1.5e3</real></array></plist>",
          list({NSNumber::numberWithDouble(std::numeric_limits<double>::infinity()), integer(1500)})},
-        {"date", "<plist><date>2001-01-02T00:00:01Z</date></plist>",
-         NSDate::dateWithTimeIntervalSinceReferenceDate(86401)},
+        {"dates",
+         "<plist><array><date>2001-01-02T00:00:01Z</date><date>2001-01-01T23:59:59Z</date></array></plist>",
+         list({NSDate::dateWithTimeIntervalSinceReferenceDate(86401),
+               NSDate::dateWithTimeIntervalSinceReferenceDate(86399)})},
         {"data", "<plist><data>\n\tAA\tH/\n\t/w==</data></plist>", bytes(std::string("\0\1\xFF\xFF", 4))},
         {"dictionary", "<!-- c --><plist><dict><key>b</key><true/><key>a</key><false></false></dict></plist>",
          pairs({{NSNumber::numberWithBool(true), u"b"}, {NSNumber::numberWithBool(false), u"a"}})},
@@ -192,8 +194,15 @@ TEST(PropertyList, ReadsBinaryObjects) {
         {"four bytes are unsigned", "\x12\xFF\xFF\xFF\xFF", integer(0xFFFFFFFF)},
         {"eight bytes are signed", "\x13" + std::string(8, '\xFF'), integer(-1)},
         {"sixteen bytes", "\x14" + bigEndian(0, 8) + bigEndian(7, 8), integer(7)},
+        {"sixteen bytes are signed", "\x14" + std::string(15, '\xFF') + '\xFE', integer(-2)},
+        {"least of 64 bits", "\x14" + std::string(8, '\xFF') + bigEndian(1ull << 63, 8),
+         integer(std::numeric_limits<std::int64_t>::min())},
+        {"below 64 bits", "\x14" + std::string(8, '\xFF') + bigEndian((1ull << 63) - 2048, 8),
+         NSNumber::numberWithDouble(-9223372036854777856.0)},
         {"past 64 bits", "\x14" + bigEndian(1, 8) + bigEndian(0, 8),
          NSNumber::numberWithDouble(18446744073709551616.0)},
+        {"past signed 64 bits", "\x14" + bigEndian(0, 8) + bigEndian(1ull << 63, 8),
+         NSNumber::numberWithDouble(9223372036854775808.0)},
         {"float", "\x22\x3F\xC0" + std::string(2, '\0'), NSNumber::numberWithFloat(1.5f)},
         {"double", "\x23\x3F\xF8" + std::string(6, '\0'), NSNumber::numberWithDouble(1.5)},
         {"date", "\x33\xBF\xF8" + std::string(6, '\0'), NSDate::dateWithTimeIntervalSinceReferenceDate(-1.5)},
@@ -230,9 +239,11 @@ TEST(PropertyList, DataObjectsShareTheBytesOfTheFile) {
 }
 
 TEST(PropertyList, BrokenInputGivesAReason) {
-    std::string outsideOffset = binaryList({"\x51"
-                                            "a"});
-    outsideOffset[10] = '\x7F';
+    const auto listWithOffset = [](std::uint64_t offset) {
+        std::string file = binaryList({"\x51"
+                                       "a"});
+        return file.replace(10, 4, bigEndian(offset, 4));
+    };
     std::string manyObjects = binaryList({"\x09"});
     manyObjects[manyObjects.size() - 24] = '\x10';
     std::string shared = binaryList({"\xA2" + references({1, 1}), "\xA2" + references({2, 2}), "\x09"});
@@ -264,11 +275,25 @@ TEST(PropertyList, BrokenInputGivesAReason) {
         {"bad integer", "<plist><integer>1x</integer></plist>", "integer"},
         {"bad real", "<plist><real>1,5</real></plist>", "real"},
         {"no such day", "<plist><date>2001-02-29T00:00:00Z</date></plist>", "date"},
+        {"hour 24", "<plist><date>2001-01-01T24:00:00Z</date></plist>", "date"},
+        {"minute 60", "<plist><date>2001-01-01T00:60:00Z</date></plist>", "date"},
+        {"second 60", "<plist><date>2001-01-01T00:00:60Z</date></plist>", "date"},
+        {"negative second", "<plist><date>2001-01-01T00:00:-1Z</date></plist>", "date"},
         {"wrapping month", "<plist><date>2001-257-01T00:00:00Z</date></plist>", "date"},
         {"bad base 64", "<plist><data>A*==</data></plist>", "base 64"},
         {"short base 64", "<plist><data>A</data></plist>", "base 64"},
         {"entity", "<!DOCTYPE p [<!ENTITY a \"b\">]><plist><string>&a;</string></plist>", "entity"},
-        {"offset outside", outsideOffset, "offset"},
+        {"offset outside", listWithOffset(0x7F00000A), "offset"},
+        {"offset of the first byte", listWithOffset(0), "offset"},
+        {"offset of the last byte of the header", listWithOffset(7), "offset"},
+        {"offset of the offset table", listWithOffset(10), "offset"},
+        {"string into the offset table",
+         binaryList({"\x52"
+                     "a"}),
+         "passes its end"},
+        {"integer into the offset table", binaryList({"\x11\x01"}), "passes its end"},
+        {"array into the offset table", binaryList({"\xA1"}), "passes its end"},
+        {"length into the offset table", binaryList({"\x5F\x11\x01"}), "passes its end"},
         {"more objects than bytes", manyObjects, "trailer"},
         {"unknown version", "bplist15" + binaryList({"\x09"}).substr(8), "version"},
         {"unknown kind", binaryList({"\xF0"}), "unknown kind"},
@@ -442,6 +467,47 @@ TEST(PropertyList, WritesOldStyleText) {
 })");
     for (const char16_t* string : {u"", u"bplist00", u"//", u"\uFFFF\x7F\\'"})
         EXPECT_EQ(readData(write(string, text)).value, Value(string));
+}
+
+TEST(PropertyList, WritesXML) {
+    const Value value =
+        pairs({{list({}), u"empty <&>\r"},
+               {list({integer(-7), NSNumber::numberWithDouble(0.1),
+                      NSNumber::numberWithDouble(-std::numeric_limits<double>::infinity()),
+                      NSNumber::numberWithBool(true), NSNumber::numberWithBool(false), pairs({}),
+                      NSDate::dateWithTimeIntervalSinceReferenceDate(-0.5), bytes({})}),
+                u"kinds"},
+               {pairs({{bytes(std::string(58, '\xFF')), u"two lines"}}), u"\U0001F600\t"}});
+    EXPECT_EQ(write(value, xml).characters(),
+              R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+	<key>empty &lt;&amp;&gt;&#13;</key>
+	<array/>
+	<key>kinds</key>
+	<array>
+		<integer>-7</integer>
+		<real>0.1</real>
+		<real>-infinity</real>
+		<true/>
+		<false/>
+		<dict/>
+		<date>2000-12-31T23:59:59Z</date>
+		<data>
+		</data>
+	</array>
+	<key>😀	</key>
+	<dict>
+		<key>two lines</key>
+		<data>
+		////////////////////////////////////////////////////////////////////////////
+		/w==
+		</data>
+	</dict>
+</dict>
+</plist>
+)");
 }
 
 TEST(PropertyList, RefusesWhatAFormatCannotHold) {
