@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/units/ASCII.h"
 #include "text/StringRemoval.h"
 #include "text/UnitBitmap.h"
 
@@ -19,73 +20,29 @@ struct NumberRow {
     CFStringEncoding encoding;
 };
 
-// ISO 8859 loses or gains digits in many labels; what can still be told apart is here. 646 is the Japanese
-// EUC because the pages that carry it are.
+// What labels call by its code page; the others they call by names, ISO 8859-1 among them.
+constexpr std::int32_t largestCodePage = 1361;
+constexpr std::int32_t codePageOfLatin1 = 819;
+
+// Numbers that are no code pages. ISO 8859 loses or gains digits in many labels; what can still be told apart
+// is here. 646 is the Japanese EUC because the pages that carry it are.
 constexpr auto numberRows = std::to_array<NumberRow>({
-    {437, kCFStringEncodingDOSLatinUS},
-    {646, kCFStringEncodingEUC_JP},
-    {708, kCFStringEncodingISOLatinArabic},
-    {737, kCFStringEncodingDOSGreek},
-    {775, kCFStringEncodingDOSBalticRim},
-    {850, kCFStringEncodingDOSLatin1},
-    {851, kCFStringEncodingDOSGreek1},
-    {852, kCFStringEncodingDOSLatin2},
-    {855, kCFStringEncodingDOSCyrillic},
-    {857, kCFStringEncodingDOSTurkish},
-    {860, kCFStringEncodingDOSPortuguese},
-    {861, kCFStringEncodingDOSIcelandic},
-    {862, kCFStringEncodingDOSHebrew},
-    {863, kCFStringEncodingDOSCanadianFrench},
-    {864, kCFStringEncodingDOSArabic},
-    {865, kCFStringEncodingDOSNordic},
-    {866, kCFStringEncodingDOSRussian},
-    {869, kCFStringEncodingDOSGreek2},
-    {874, kCFStringEncodingDOSThai},
-    {932, kCFStringEncodingDOSJapanese},
-    {936, kCFStringEncodingDOSChineseSimplif},
-    {949, kCFStringEncodingDOSKorean},
-    {950, kCFStringEncodingDOSChineseTrad},
-    {1250, kCFStringEncodingWindowsLatin2},
-    {1251, kCFStringEncodingWindowsCyrillic},
-    {1252, kCFStringEncodingWindowsLatin1},
-    {1253, kCFStringEncodingWindowsGreek},
-    {1254, kCFStringEncodingWindowsLatin5},
-    {1255, kCFStringEncodingWindowsHebrew},
-    {1256, kCFStringEncodingWindowsArabic},
-    {1257, kCFStringEncodingWindowsBalticRim},
-    {1258, kCFStringEncodingWindowsVietnamese},
-    {1361, kCFStringEncodingWindowsKoreanJohab},
-    {6461, kCFStringEncodingEUC_JP},
-    {8591, kCFStringEncodingISOLatin1},
-    {8859, kCFStringEncodingISOLatin1},
-    {80591, kCFStringEncodingISOLatin1},
-    {85591, kCFStringEncodingISOLatin1},
-    {85922, kCFStringEncodingISOLatin2},
-    {88191, kCFStringEncodingISOLatin1},
-    {88391, kCFStringEncodingISOLatin1},
-    {88581, kCFStringEncodingISOLatin1},
-    {88582, kCFStringEncodingISOLatin2},
-    {88591, kCFStringEncodingISOLatin1},
-    {88592, kCFStringEncodingISOLatin2},
-    {88593, kCFStringEncodingISOLatin3},
-    {88594, kCFStringEncodingISOLatin4},
-    {88595, kCFStringEncodingISOLatinCyrillic},
-    {88596, kCFStringEncodingISOLatinArabic},
-    {88597, kCFStringEncodingISOLatinGreek},
-    {88598, kCFStringEncodingISOLatinHebrew},
-    {88599, kCFStringEncodingISOLatin5},
-    {88611, kCFStringEncodingISOLatin1},
-    {88691, kCFStringEncodingISOLatin1},
-    {88791, kCFStringEncodingISOLatin1},
-    {89091, kCFStringEncodingISOLatin1},
-    {89599, kCFStringEncodingISOLatin5},
-    {100591, kCFStringEncodingISOLatin1},
-    {810091, kCFStringEncodingISOLatin1},
-    {885910, kCFStringEncodingISOLatin6},
-    {885911, kCFStringEncodingISOLatinThai},
-    {885913, kCFStringEncodingISOLatin7},
-    {885914, kCFStringEncodingISOLatin8},
-    {885915, kCFStringEncodingISOLatin9},
+    {646, kCFStringEncodingEUC_JP},           {6461, kCFStringEncodingEUC_JP},
+    {8591, kCFStringEncodingISOLatin1},       {8859, kCFStringEncodingISOLatin1},
+    {80591, kCFStringEncodingISOLatin1},      {85591, kCFStringEncodingISOLatin1},
+    {85922, kCFStringEncodingISOLatin2},      {88191, kCFStringEncodingISOLatin1},
+    {88391, kCFStringEncodingISOLatin1},      {88581, kCFStringEncodingISOLatin1},
+    {88582, kCFStringEncodingISOLatin2},      {88591, kCFStringEncodingISOLatin1},
+    {88592, kCFStringEncodingISOLatin2},      {88593, kCFStringEncodingISOLatin3},
+    {88594, kCFStringEncodingISOLatin4},      {88595, kCFStringEncodingISOLatinCyrillic},
+    {88596, kCFStringEncodingISOLatinArabic}, {88597, kCFStringEncodingISOLatinGreek},
+    {88598, kCFStringEncodingISOLatinHebrew}, {88599, kCFStringEncodingISOLatin5},
+    {88611, kCFStringEncodingISOLatin1},      {88691, kCFStringEncodingISOLatin1},
+    {88791, kCFStringEncodingISOLatin1},      {89091, kCFStringEncodingISOLatin1},
+    {89599, kCFStringEncodingISOLatin5},      {100591, kCFStringEncodingISOLatin1},
+    {810091, kCFStringEncodingISOLatin1},     {885910, kCFStringEncodingISOLatin6},
+    {885911, kCFStringEncodingISOLatinThai},  {885913, kCFStringEncodingISOLatin7},
+    {885914, kCFStringEncodingISOLatin8},     {885915, kCFStringEncodingISOLatin9},
     {885916, kCFStringEncodingISOLatin10},
 });
 static_assert(std::ranges::is_sorted(numberRows, {}, &NumberRow::number));
@@ -216,10 +173,6 @@ constexpr auto macRows = std::to_array<NameRow>({
     {Match::Equals, u"inuit", kCFStringEncodingMacInuit},
 });
 
-bool isDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
-
 NSMutableString lowerCaseWithoutSeparators(const NSString& label) {
     static constexpr UnitBitmap separators(u"-_ '\".");
     NSMutableString name(label);
@@ -232,7 +185,8 @@ NSMutableString lowerCaseWithoutSeparators(const NSString& label) {
 std::int32_t firstNumber(std::u16string_view name) {
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     std::int64_t number = 0;
-    for (auto digit = std::ranges::find_if(name, isDigit); digit != name.end() && isDigit(*digit); ++digit)
+    for (auto digit = std::ranges::find_if(name, isASCIIDigit<char16_t>);
+         digit != name.end() && isASCIIDigit(*digit); ++digit)
         number = std::min(number * 10 + (*digit - u'0'), most);
     return static_cast<std::int32_t>(number);
 }
@@ -240,6 +194,11 @@ std::int32_t firstNumber(std::u16string_view name) {
 CFStringEncoding encodingOfNumber(std::int32_t number, std::u16string_view name) {
     if (number == 2022)
         return encodingOfFirstMatch(iso2022Rows, name);
+    if (number <= largestCodePage && number != codePageOfLatin1) {
+        const CFStringEncoding page = CFStringConvertWindowsCodepageToEncoding(number);
+        if (page != kCFStringEncodingInvalidId)
+            return page;
+    }
     const auto row = std::ranges::lower_bound(numberRows, number, {}, &NumberRow::number);
     if (row != numberRows.end() && row->number == number)
         return row->encoding;

@@ -3,6 +3,7 @@
 #include "markup/EntityTable.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
@@ -63,22 +64,19 @@ Reference standardReference(std::u16string_view text) {
     }
 }
 
-int valueOfDigit(char16_t unit, unsigned base) {
-    if (unit >= u'0' && unit <= u'9')
-        return unit - u'0';
-    const char16_t lower = unit | 0x20;
-    return base == 16 && lower >= u'a' && lower <= u'f' ? lower - u'a' + 10 : -1;
-}
-
 /// `text` begins with the "#" and is cut where a reference would be too long.
 Reference numericReference(std::u16string_view text) {
-    const bool isHexadecimal = text.size() > 1 && (text[1] | 0x20) == u'x';
-    const unsigned base = isHexadecimal ? 16 : 10;
+    const bool isHexadecimal = text.size() > 1 && asciiLowerCase(text[1]) == u'x';
+    const int base = isHexadecimal ? 16 : 10;
     const std::size_t digits = isHexadecimal ? 2 : 1;
     std::size_t index = digits;
     unsigned value = 0;
-    for (int digit; index < text.size() && (digit = valueOfDigit(text[index], base)) >= 0; ++index)
-        value = value * base + static_cast<unsigned>(digit);
+    for (; index < text.size(); ++index) {
+        const int digit = hexDigitValue(text[index]);
+        if (digit < 0 || digit >= base)
+            break;
+        value = value * static_cast<unsigned>(base) + static_cast<unsigned>(digit);
+    }
     return {static_cast<char16_t>(value), index == digits ? 0 : index};
 }
 

@@ -4,6 +4,7 @@
 #include "markup/Entities.h"
 #include "markup/TagAttributes.h"
 #include "markup/TagScanner.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <cstddef>
 #include <string_view>
@@ -11,17 +12,6 @@
 namespace kelvo {
 
 namespace {
-
-// `lowerCase` is ASCII letters.
-bool isNamed(std::u16string_view name, std::u16string_view lowerCase) {
-    if (name.size() != lowerCase.size())
-        return false;
-    for (std::size_t index = 0; index < name.size(); ++index)
-        if ((name[index] >= u'A' && name[index] <= u'Z' ? name[index] | 0x20 : name[index]) !=
-            lowerCase[index])
-            return false;
-    return true;
-}
 
 NSString charsetParameter(const NSString& value) {
     constexpr std::string_view parameter = "CHARSET";
@@ -52,16 +42,16 @@ bool RetrieveEncodingHandler(const NSString&, char16_t* characters, std::size_t 
     Discovery& discovery = *static_cast<Discovery*>(context);
     const std::u16string_view name(characters + nameLocation, nameLength);
     const char16_t second = characters[tagLocation + 1];
-    if (second == u'?' && isNamed(name, u"xml")) {
+    if (second == u'?' && equalsASCIIIgnoringCase(name, u"xml")) {
         discovery.charset = XmlExtensions::attributeOfTagCharacters_range_withName(
             characters, {tagLocation, tagLength}, "ENCODING");
         discovery.hasStopped = !discovery.charset.isNil();
-    } else if (isNamed(name, u"body")) {
+    } else if (equalsASCIIIgnoringCase(name, u"body")) {
         discovery.hasStopped = true;
-    } else if (second != u'/' && isNamed(name, u"meta")) {
+    } else if (second != u'/' && equalsASCIIIgnoringCase(name, u"meta")) {
         discovery.charset = charsetOfMetaTag(characters, tagLocation, tagLength);
         discovery.hasStopped = !discovery.charset.isNil();
-    } else if (isNamed(name, u"script") || isNamed(name, u"style")) {
+    } else if (equalsASCIIIgnoringCase(name, u"script") || equalsASCIIIgnoringCase(name, u"style")) {
         discovery.hasRawText = true;
     }
     return discovery.hasStopped;

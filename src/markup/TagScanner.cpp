@@ -3,6 +3,7 @@
 #include "markup/TagPredicates.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/foundation/units/UnitMasks.h"
 #include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
@@ -88,12 +89,7 @@ private:
 
 /// Ignores the case of ASCII letters, which `text` has in lower case. Needs text.size() characters.
 bool matchesIgnoringCase(const char16_t* characters, std::u16string_view text) {
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        const char16_t unit = characters[index];
-        if ((unit >= u'A' && unit <= u'Z' ? unit | 0x20 : unit) != text[index])
-            return false;
-    }
-    return true;
+    return equalsASCIIIgnoringCase(std::u16string_view(characters, text.size()), text);
 }
 
 /// Where a fixed text next occurs, for starts that only grow. What one search has passed over the next one

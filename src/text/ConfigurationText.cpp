@@ -3,6 +3,7 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/units/ASCII.h"
 #include "text/CharacterSetReps.h"
 #include "text/LineScan.h"
 #include "text/StringLines.h"
@@ -115,7 +116,7 @@ constexpr std::size_t unitsInDumpLine = 8;
 
 void appendHexadecimal(NSMutableString& text, std::size_t number, int digits) {
     for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        text.appendCharacter(u"0123456789ABCDEF"[number >> shift & 15]);
+        text.appendCharacter(static_cast<char16_t>(upperHexDigits[number >> shift & 15]));
 }
 
 void appendDumpLine(NSMutableString& dump, std::u16string_view text, std::size_t start) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <atomic>
 #include <cstddef>
 
@@ -78,8 +80,7 @@ inline unsigned toAscii(char16_t unit) {
 
 /// toAscii, with A to Z in lower case.
 inline unsigned toLowerAscii(char16_t unit) {
-    const unsigned folded = toAscii(unit);
-    return folded >= 'A' && folded <= 'Z' ? folded + 32 : folded;
+    return asciiLowerCase(toAscii(unit));
 }
 
 /// toAscii, with a to z in upper case.

@@ -1,5 +1,6 @@
 #include "text/LinksAndNumbers.h"
 
+#include "platform/foundation/units/ASCII.h"
 #include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSetReps.h"
 #include "text/FoldingTables.h"
@@ -13,21 +14,13 @@ namespace {
 
 constexpr NSRange nothing{NSNotFound, 0};
 
-bool isAsciiLetter(char16_t unit) {
-    return (unit | 0x20) >= u'a' && (unit | 0x20) <= u'z';
-}
-
-bool isAsciiDigit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
-
 bool isSchemeUnit(char16_t unit) {
-    return isAsciiLetter(unit) || isAsciiDigit(unit) || unit == u'+' || unit == u'-' || unit == u'.';
+    return isASCIILetter(unit) || isASCIIDigit(unit) || unit == u'+' || unit == u'-' || unit == u'.';
 }
 
 bool isMailUnit(char16_t unit) {
     constexpr std::u16string_view others = u"!#$%&'*+-/=?_~.";
-    return isAsciiLetter(unit) || isAsciiDigit(unit) || others.find(unit) != others.npos;
+    return isASCIILetter(unit) || isASCIIDigit(unit) || others.find(unit) != others.npos;
 }
 
 bool isDomainUnit(char16_t unit, CharacterSetRep alphaNum) {
@@ -47,7 +40,7 @@ std::size_t startOfScheme(std::u16string_view stretch) {
         std::size_t start = colon;
         while (start > searched && isSchemeUnit(stretch[start - 1]))
             --start;
-        while (start < colon && !isAsciiLetter(stretch[start]))
+        while (start < colon && !isASCIILetter(stretch[start]))
             ++start;
         if (start < colon && colon + mark.size() < stretch.size())
             return start;

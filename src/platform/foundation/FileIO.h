@@ -20,10 +20,12 @@ public:
     ~FileDescriptor() { close(); }
 
     int get() const noexcept { return descriptor_; }
+    /// The descriptor, for somebody else to close.
+    int release() noexcept { return std::exchange(descriptor_, -1); }
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
     /// False when the kernel reports an error that it kept until now. The descriptor is gone in any case.
     bool close() noexcept {
-        const int descriptor = std::exchange(descriptor_, -1);
+        const int descriptor = release();
         return descriptor < 0 || ::close(descriptor) == 0;
     }
 

@@ -23,12 +23,6 @@ namespace {
 
 constexpr std::size_t npos = std::u16string_view::npos;
 
-std::u16string_view withoutSlashesAtEnd(std::u16string_view path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.remove_suffix(1);
-    return path;
-}
-
 // Of a path without slashes at its end.
 std::size_t startOfLastComponent(std::u16string_view path) {
     return path == u"/" ? 0 : path.rfind(u'/') + 1;
@@ -107,6 +101,12 @@ NSString NSTemporaryDirectory() {
     const char* folder = std::getenv("TMPDIR");
     const NSString path = folderFromBytes(folder && *folder == '/' ? folder : "/tmp");
     return path == u"/" ? path : path.stringByAppendingString(u"/");
+}
+
+std::u16string_view withoutSlashesAtEnd(std::u16string_view path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.remove_suffix(1);
+    return path;
 }
 
 NSArray pathComponents(const NSString& path) {

@@ -3,10 +3,12 @@
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSString.h"
 
+#include <string_view>
+
 namespace kelvo {
 
 /// The user's home folder: $HOME where that is an absolute path, else the one of the user database, else "/".
-/// Without a slash at its end (but for "/").
+/// Without a slash at its end (except for "/").
 NSString NSHomeDirectory();
 /// The same for a user by name; nil when there is no such user.
 NSString NSHomeDirectoryForUser(const NSString& userName);
@@ -17,6 +19,8 @@ NSString NSTemporaryDirectory();
 // Paths as strings. Slashes separate components; several in a row count as one, and one at the end adds
 // nothing but where it is said. Nil gives nil (or false). A result that equals the receiver is the receiver.
 
+/// The root keeps its one slash.
+std::u16string_view withoutSlashesAtEnd(std::u16string_view path);
 /// A slash at the beginning is a component of its own, and so is one at the end ("/a//b/" gives "/", "a",
 /// "b", "/"). The empty string gives an empty array.
 NSArray pathComponents(const NSString& path);

@@ -1,6 +1,7 @@
 #include "platform/foundation/NSStringFormat.h"
 
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -48,7 +49,7 @@ public:
     std::optional<int> takeNumber() {
         constexpr int most = 1'000'000; // more than any count or position that is used
         std::optional<int> number;
-        for (; peek() >= '0' && peek() <= '9'; ++offset_)
+        for (; isASCIIDigit(peek()); ++offset_)
             number = std::min(number.value_or(0) * 10 + (peek() - '0'), most);
         return number;
     }
@@ -111,7 +112,7 @@ std::optional<Conversion> parseConversion(std::u16string_view text) {
         return std::nullopt;
     reader.take(it.type);
     if (it.type == 'D' || it.type == 'U' || it.type == 'O') {
-        it.type |= 0x20;
+        it.type = asciiLowerCase(it.type);
         it.bits = 64;
     }
     it.text = text.substr(0, reader.offset());
@@ -178,7 +179,7 @@ private:
             it.precision.value.reset();
 
         const NSNumber* number = value->numberIfAny();
-        if (!number || it.type == '@' || (it.type | 0x20) == 's')
+        if (!number || it.type == '@' || asciiLowerCase(it.type) == 's')
             appendText(it, value->description());
         else if (it.type == 'c' || it.type == 'C')
             appendUnit(it, static_cast<char16_t>(number->intValue() & (it.type == 'c' ? 0xFF : 0xFFFF)));

@@ -2,7 +2,9 @@
 
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/RFC3986.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <optional>
 #include <utility>
@@ -18,11 +20,7 @@ struct NSURL::Parts {
     bool isOpaque() const {
         return components.scheme && !components.authority && !components.path.starts_with(u'/');
     }
-    bool isFile() const {
-        const std::u16string_view scheme = components.scheme.value_or(u"");
-        return scheme.size() == 4 && (scheme[0] | 0x20) == 'f' && (scheme[1] | 0x20) == 'i' &&
-               (scheme[2] | 0x20) == 'l' && (scheme[3] | 0x20) == 'e';
-    }
+    bool isFile() const { return equalsASCIIIgnoringCase(components.scheme.value_or(u""), u"file"); }
     NSString decoded(std::u16string_view text) const {
         const std::string bytes = rfc3986::decodePercentEscapes(text);
         return isFile() ? NSFileManager::defaultManager().stringWithFileSystemRepresentation(bytes)
@@ -41,12 +39,6 @@ bool isWhiteSpaceOrControl(char16_t unit) {
 
 NSString stringOrNil(const std::optional<std::u16string_view>& text) {
     return text ? NSString(*text) : NSString();
-}
-
-std::u16string_view withoutSlashesAtEnd(std::u16string_view path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.remove_suffix(1);
-    return path;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/PropertyListLimits.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -11,16 +12,13 @@
 namespace kelvo {
 namespace {
 
-constexpr std::string_view lowerHexDigits = "0123456789abcdef";
-
 /// In UTF-16 units; a description is left off soon after it.
 constexpr std::size_t maximumDescriptionLength = 4u << 20;
 
 enum class Purpose { parsing, reading };
 
 bool isNeverQuoted(char16_t unit) {
-    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') || (unit >= '0' && unit <= '9') ||
-           unit == '_';
+    return isASCIILetter(unit) || isASCIIDigit(unit) || unit == '_';
 }
 
 /// "sRGB 1 0.5 0 1": red, green, blue and opacity in the shortest form.

@@ -1,5 +1,6 @@
 #include "platform/foundation/RFC3986.h"
 
+#include "platform/foundation/units/ASCII.h"
 #include "platform/foundation/units/UTF8.h"
 
 #include <algorithm>
@@ -24,14 +25,13 @@ enum Set : std::uint8_t {
 constexpr std::array<std::uint8_t, 128> makeSets() {
     std::array<std::uint8_t, 128> sets{};
     for (char16_t c = 0; c < 128; ++c) {
-        const bool alpha = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        const bool digit = c >= '0' && c <= '9';
+        const bool alpha = isASCIILetter(c);
+        const bool digit = isASCIIDigit(c);
         const bool regName =
             alpha || digit || std::u16string_view(u"-._~!$&'()*+,;=").find(c) != std::u16string_view::npos;
         const bool path = regName || c == ':' || c == '@' || c == '/';
         sets[c] = static_cast<std::uint8_t>(
-            (alpha ? alphaSet : 0) | (digit ? digitSet : 0) |
-            (digit || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F') ? hexSet : 0) |
+            (alpha ? alphaSet : 0) | (digit ? digitSet : 0) | (hexDigitValue(c) >= 0 ? hexSet : 0) |
             (alpha || digit || c == '+' || c == '-' || c == '.' ? schemeSet : 0) |
             (regName ? regNameSet : 0) | (regName || c == ':' ? userSet : 0) | (path ? pathSet : 0) |
             (path || c == '?' ? querySet : 0));
@@ -117,7 +117,7 @@ bool isIPLiteral(std::u16string_view text) {
     if (text.size() < 2 || text.front() != '[' || text.back() != ']')
         return false;
     text = text.substr(1, text.size() - 2);
-    if (text.empty() || (text[0] | 0x20) != 'v')
+    if (text.empty() || asciiLowerCase(text[0]) != 'v')
         return isIPv6Address(text);
     const std::size_t dot = text.find(u'.');
     return dot != text.npos && dot > 1 && allIn(text.substr(1, dot - 1), hexSet) && dot + 1 < text.size() &&
@@ -171,10 +171,9 @@ bool firstSegmentHoldsColon(std::u16string_view path) {
 }
 
 void appendEscapedByte(NSMutableString& result, unsigned byte) {
-    constexpr std::u16string_view digits = u"0123456789ABCDEF";
     result.appendCharacter(u'%');
-    result.appendCharacter(digits[byte >> 4 & 15]);
-    result.appendCharacter(digits[byte & 15]);
+    result.appendCharacter(static_cast<char16_t>(upperHexDigits[byte >> 4 & 15]));
+    result.appendCharacter(static_cast<char16_t>(upperHexDigits[byte & 15]));
 }
 
 void appendEscaped(NSMutableString& result, std::u16string_view text, Set set, bool escapesColons = false) {
@@ -346,14 +345,14 @@ NSMutableString escapeToMatch(std::u16string_view string) {
 }
 
 std::string decodePercentEscapes(std::u16string_view string) {
-    const auto digitValue = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
-    const auto isHex = [](char c) { return isIn(static_cast<unsigned char>(c), hexSet); };
+    const auto isHex = [](char c) { return hexDigitValue(c) >= 0; };
     // The escapes are ASCII, so they look the same in UTF-8; decoding shortens and can be done in place.
     std::string bytes = UTF8StringOfCharacters(string);
     std::size_t length = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (bytes[i] == '%' && bytes.size() - i > 2 && isHex(bytes[i + 1]) && isHex(bytes[i + 2])) {
-            bytes[length++] = static_cast<char>(digitValue(bytes[i + 1]) * 16 + digitValue(bytes[i + 2]));
+            bytes[length++] =
+                static_cast<char>(hexDigitValue(bytes[i + 1]) * 16 + hexDigitValue(bytes[i + 2]));
             i += 2;
         } else {
             bytes[length++] = bytes[i];

@@ -1,5 +1,7 @@
 #include "platform/webkit/FrameReferences.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -10,14 +12,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::string_view blanks = " \t\r\n\f";
-
-char lowercase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-}
-
-bool equalNoCase(std::string_view text, std::string_view lowercaseName) {
-    return std::ranges::equal(text, lowercaseName, {}, lowercase);
-}
 
 /// Walks forward through the page and never back, so that no page takes longer than its length.
 class Tags {
@@ -34,7 +28,7 @@ public:
             // No further than the longest name goes.
             std::string_view name = rest_.substr(0, 7);
             name = name.substr(0, name.find_first_of(" \t\r\n\f/>"sv));
-            if (equalNoCase(name, "frame") || equalNoCase(name, "iframe")) {
+            if (equalsASCIIIgnoringCase(name, "frame") || equalsASCIIIgnoringCase(name, "iframe")) {
                 rest_.remove_prefix(name.size());
                 return true;
             }
@@ -96,7 +90,7 @@ std::vector<NSString> frameReferencesInHTML(const NSData& html, std::size_t maxi
     while (references.size() < maximumCount && tags.goToFrame()) {
         bool hasSource = false;
         for (std::string_view name, value; tags.takeAttribute(name, value);) {
-            if (!hasSource && equalNoCase(name, "src")) {
+            if (!hasSource && equalsASCIIIgnoringCase(name, "src")) {
                 hasSource = true;
                 references.push_back(referenceOfAttribute(value));
             }

@@ -1,5 +1,6 @@
 #include "platform/webkit/MIMEHTML.h"
 
+#include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/FrameReferences.h"
 #include "platform/webkit/GMimeLibrary.h"
 
@@ -25,9 +26,7 @@ constexpr const char16_t* schemeWithoutAddress = u"thismessage";
 
 std::string lowercase(std::string_view text) {
     std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    });
+    std::ranges::transform(result, result.begin(), asciiLowerCase<char>);
     return result;
 }
 

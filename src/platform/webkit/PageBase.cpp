@@ -1,5 +1,7 @@
 #include "platform/webkit/PageBase.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -68,17 +70,12 @@ bool isBlank(char unit) {
     return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\r' || unit == '\f';
 }
 
-bool isLetter(char unit) {
-    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z');
-}
-
 /// `lowerCase` stands there, in whatever letters.
 bool matches(const PageUnits& page, std::size_t at, std::string_view lowerCase) {
     if (page.count() - at < lowerCase.size())
         return false;
     for (const char wanted : lowerCase) {
-        const char unit = page.at(at++);
-        if (unit != wanted && !(isLetter(unit) && (unit | 0x20) == wanted))
+        if (asciiLowerCase(page.at(at++)) != wanted)
             return false;
     }
     return true;
@@ -211,7 +208,7 @@ std::optional<WrittenReference> ownBase(const PageUnits& page, std::size_t at) {
 
 bool isAbsolute(std::string_view reference) {
     const std::size_t colon = reference.find(':');
-    return colon != std::string_view::npos && colon > 0 && isLetter(reference[0]) &&
+    return colon != std::string_view::npos && colon > 0 && isASCIILetter(reference[0]) &&
            reference.find_first_of("/?#\x7F ") > colon;
 }
 

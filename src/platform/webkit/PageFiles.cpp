@@ -1,6 +1,8 @@
 #include "platform/webkit/PageFiles.h"
 
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -21,13 +23,9 @@ enum class Kind { unknown, shown, script };
 
 constexpr std::size_t bytesThatTell = 512;
 
-char lowerCase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-}
-
 std::string lowerCase(std::string_view text) {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) { return lowerCase(letter); });
+    std::transform(lower.begin(), lower.end(), lower.begin(), asciiLowerCase<char>);
     return lower;
 }
 
@@ -79,15 +77,9 @@ Kind kindByContents(std::string_view bytes) {
 
 /// Absent unless it is a regular file that can be read.
 std::optional<std::string> beginningOfFile(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0)
-        return std::nullopt;
-    struct stat status {};
+    const FileDescriptor file = openRegularFile(path);
     std::array<char, bytesThatTell> bytes;
-    ssize_t count = -1;
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
-        count = read(descriptor, bytes.data(), bytes.size());
-    close(descriptor);
+    const ssize_t count = file ? readSome(file.get(), bytes.data(), bytes.size()) : -1;
     return count < 0 ? std::nullopt : std::optional<std::string>(std::in_place, bytes.data(), count);
 }
 

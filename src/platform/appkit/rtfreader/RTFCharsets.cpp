@@ -47,74 +47,6 @@ constexpr std::pair<std::int32_t, RTFCodePage> charsets[] = {
     {255, 850},
 };
 
-constexpr std::pair<RTFCodePage, CFStringEncoding> encodings[] = {
-    {1252, kCFStringEncodingWindowsLatin1},
-    {437, kCFStringEncodingDOSLatinUS},
-    {708, kCFStringEncodingISOLatinArabic},
-    {737, kCFStringEncodingDOSGreek},
-    {775, kCFStringEncodingDOSBalticRim},
-    {819, kCFStringEncodingISOLatin1},
-    {850, kCFStringEncodingDOSLatin1},
-    {851, kCFStringEncodingDOSGreek1},
-    {852, kCFStringEncodingDOSLatin2},
-    {855, kCFStringEncodingDOSCyrillic},
-    {857, kCFStringEncodingDOSTurkish},
-    {860, kCFStringEncodingDOSPortuguese},
-    {861, kCFStringEncodingDOSIcelandic},
-    {862, kCFStringEncodingDOSHebrew},
-    {863, kCFStringEncodingDOSCanadianFrench},
-    {864, kCFStringEncodingDOSArabic},
-    {865, kCFStringEncodingDOSNordic},
-    {866, kCFStringEncodingDOSRussian},
-    {869, kCFStringEncodingDOSGreek2},
-    {874, kCFStringEncodingDOSThai},
-    {932, kCFStringEncodingDOSJapanese},
-    {936, kCFStringEncodingDOSChineseSimplif},
-    {949, kCFStringEncodingDOSKorean},
-    {950, kCFStringEncodingDOSChineseTrad},
-    {1250, kCFStringEncodingWindowsLatin2},
-    {1251, kCFStringEncodingWindowsCyrillic},
-    {1253, kCFStringEncodingWindowsGreek},
-    {1254, kCFStringEncodingWindowsLatin5},
-    {1255, kCFStringEncodingWindowsHebrew},
-    {1256, kCFStringEncodingWindowsArabic},
-    {1257, kCFStringEncodingWindowsBalticRim},
-    {1258, kCFStringEncodingWindowsVietnamese},
-    {1361, kCFStringEncodingWindowsKoreanJohab},
-    {10000, kCFStringEncodingMacRoman},
-    {10001, kCFStringEncodingMacJapanese},
-    {10002, kCFStringEncodingMacChineseTrad},
-    {10003, kCFStringEncodingMacKorean},
-    {10004, kCFStringEncodingMacArabic},
-    {10005, kCFStringEncodingMacHebrew},
-    {10006, kCFStringEncodingMacGreek},
-    {10007, kCFStringEncodingMacCyrillic},
-    {10008, kCFStringEncodingMacChineseSimp},
-    {10010, kCFStringEncodingMacRomanian},
-    {10017, kCFStringEncodingMacUkrainian},
-    {10021, kCFStringEncodingMacThai},
-    {10029, kCFStringEncodingMacCentralEurRoman},
-    {10079, kCFStringEncodingMacIcelandic},
-    {10081, kCFStringEncodingMacTurkish},
-    {10082, kCFStringEncodingMacCroatian},
-    {20866, kCFStringEncodingKOI8_R},
-    {21866, kCFStringEncodingKOI8_U},
-    {28592, kCFStringEncodingISOLatin2},
-    {28593, kCFStringEncodingISOLatin3},
-    {28594, kCFStringEncodingISOLatin4},
-    {28595, kCFStringEncodingISOLatinCyrillic},
-    {28596, kCFStringEncodingISOLatinArabic},
-    {28597, kCFStringEncodingISOLatinGreek},
-    {28598, kCFStringEncodingISOLatinHebrew},
-    {28599, kCFStringEncodingISOLatin5},
-    {28603, kCFStringEncodingISOLatin7},
-    {28605, kCFStringEncodingISOLatin9},
-    {51932, kCFStringEncodingEUC_JP},
-    {51949, kCFStringEncodingEUC_KR},
-    {54936, kCFStringEncodingGB18030},
-    {65001, kCFStringEncodingUTF8},
-};
-
 // The signs of Wingdings that serve as bullets, arrows and ticks; the others have no characters of common
 // use.
 constexpr std::pair<int, char16_t> wingdings[] = {
@@ -128,7 +60,7 @@ constexpr std::pair<int, char16_t> wingdings[] = {
 constexpr char16_t firstSign = 0xF000;
 
 CFStringEncoding encodingOf(RTFCodePage page) {
-    const CFStringEncoding encoding = valueOf(page, encodings);
+    const CFStringEncoding encoding = CFStringConvertWindowsCodepageToEncoding(page);
     return CFStringIsEncodingAvailable(encoding) ? encoding : kCFStringEncodingWindowsLatin1;
 }
 
@@ -196,7 +128,7 @@ RTFCharsets::Page& RTFCharsets::pageOf(RTFCodePage number) {
         return *current_;
     // All numbers that are not known are one page, so that their number is bounded.
     const bool isKnown =
-        number < 0 || std::ranges::any_of(encodings, [&](const auto& row) { return row.first == number; });
+        number < 0 || CFStringConvertWindowsCodepageToEncoding(number) != kCFStringEncodingInvalidId;
     const RTFCodePage key = isKnown ? number : 1252;
     auto found = pages_.find(key);
     if (found == pages_.end())

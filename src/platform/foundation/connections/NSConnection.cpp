@@ -40,12 +40,12 @@ NSString textOfError(int error) {
     return stringFromBytes(std::system_category().message(error));
 }
 
-int makeSocket() {
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor < 0)
+FileDescriptor makeSocket() {
+    FileDescriptor made(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!made)
         throw NSException(NSPortException,
                           stringWithFormat(u"No socket could be made: %@.", textOfError(errno)));
-    return descriptor;
+    return made;
 }
 
 sockaddr_un addressOfPath(const std::string& path) {
@@ -253,11 +253,10 @@ NSConnection& NSConnection::defaultConnection() {
 
 std::unique_ptr<NSConnection> NSConnection::connectionWithRegisteredName(const NSString& name) {
     const std::string path = socketPathOfPortName(name);
-    const int descriptor = makeSocket();
+    FileDescriptor socket = makeSocket();
     const sockaddr_un address = addressOfPath(path);
     constexpr double patienceSeconds = 2;
-    if (const int error = connectSocket(descriptor, address, patienceSeconds)) {
-        close(descriptor);
+    if (const int error = connectSocket(socket.get(), address, patienceSeconds)) {
         if (error == ENOENT || error == ECONNREFUSED)
             return nullptr;
         throw NSException(NSPortException, stringWithFormat(u"The socket %@ cannot be reached: %@.",
@@ -265,15 +264,13 @@ std::unique_ptr<NSConnection> NSConnection::connectionWithRegisteredName(const N
     }
     ucred peer{};
     socklen_t size = sizeof peer;
-    if (getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != geteuid()) {
-        close(descriptor);
+    if (getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != geteuid())
         throw NSException(NSPortException, stringWithFormat(u"The socket %@ is served by another user.",
                                                             stringFromBytes(path)));
-    }
     std::unique_ptr<NSConnection> connection(new NSConnection);
     Internals& internals = *connection->internals_;
     internals.remote = std::make_unique<Internals::Remote>(
-        internals.loop.internals().io.lowLevelProvider->wrapSocketFd(descriptor, wrapFlags), peer.pid);
+        internals.loop.internals().io.lowLevelProvider->wrapSocketFd(socket.release(), wrapFlags), peer.pid);
     return connection;
 }
 
@@ -289,16 +286,13 @@ bool NSConnection::registerName(const NSString& name) {
             throw NSException(NSPortException, u"Another process holds it.");
         // Whoever left this socket behind no longer holds the lock.
         unlink(path.c_str());
-        const int descriptor = makeSocket();
+        FileDescriptor socket = makeSocket();
         const sockaddr_un address = addressOfPath(path);
-        if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-            ::listen(descriptor, longestBacklog) != 0) {
-            const int error = errno;
-            close(descriptor);
-            throw NSException(NSPortException, textOfError(error));
-        }
+        if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+            ::listen(socket.get(), longestBacklog) != 0)
+            throw NSException(NSPortException, textOfError(errno));
         internals_->nameLock = std::move(lock);
-        internals_->listen(descriptor);
+        internals_->listen(socket.release());
         return true;
     } catch (const NSException& exception) {
         NSLog(u"The name %@ could not be registered: %@", name, exception.reason());

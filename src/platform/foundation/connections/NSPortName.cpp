@@ -65,27 +65,20 @@ std::string socketPathOfPortName(const NSString& name) {
 std::unique_ptr<PortLock> PortLock::lock(const std::string& path, const char* suffix,
                                          double patienceSeconds) {
     const std::string lockPath = path + suffix;
-    const int descriptor =
-        open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
-    if (descriptor < 0)
+    FileDescriptor file(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    if (!file)
         refuse("The lock file " + lockPath + " could not be opened: " + textOfError(errno) + ".");
-    std::unique_ptr<PortLock> result(new PortLock(descriptor));
-
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                         std::chrono::duration<double>(patienceSeconds));
-    while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+    while (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)
             refuse("The lock file " + lockPath + " could not be locked: " + textOfError(errno) + ".");
         if (Clock::now() >= end)
             return nullptr;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return result;
-}
-
-PortLock::~PortLock() {
-    close(descriptor_);
+    return std::unique_ptr<PortLock>(new PortLock(std::move(file)));
 }
 
 } // namespace kelvo

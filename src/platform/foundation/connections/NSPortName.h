@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSString.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -31,14 +33,10 @@ public:
     static std::unique_ptr<PortLock> lock(const std::string& path, const char* suffix,
                                           double patienceSeconds);
 
-    PortLock(const PortLock&) = delete;
-    PortLock& operator=(const PortLock&) = delete;
-    ~PortLock();
-
 private:
-    explicit PortLock(int descriptor) : descriptor_(descriptor) {}
+    explicit PortLock(FileDescriptor file) : file_(std::move(file)) {}
 
-    int descriptor_;
+    FileDescriptor file_;
 };
 
 } // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/encodings/HostNames.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -329,9 +330,7 @@ std::string comparableHost(std::string host) {
     }
     // Zones are interface names, in which case counts.
     const auto nameEnd = std::ranges::find(host, '%');
-    std::transform(host.begin(), nameEnd, host.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    });
+    std::transform(host.begin(), nameEnd, host.begin(), asciiLowerCase<char>);
     return host;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/foundation/encodings/TextCodec.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <string_view>
 
@@ -189,6 +190,80 @@ constexpr NumberPair ownNumbers[] = {
 
 constexpr NSStringEncoding largeNumberBit = 0x80000000;
 
+struct CodePage {
+    std::int32_t number;
+    CFStringEncoding encoding;
+};
+
+constexpr auto codePages = std::to_array<CodePage>({
+    {437, kCFStringEncodingDOSLatinUS},
+    {708, kCFStringEncodingISOLatinArabic},
+    {737, kCFStringEncodingDOSGreek},
+    {775, kCFStringEncodingDOSBalticRim},
+    {819, kCFStringEncodingISOLatin1},
+    {850, kCFStringEncodingDOSLatin1},
+    {851, kCFStringEncodingDOSGreek1},
+    {852, kCFStringEncodingDOSLatin2},
+    {855, kCFStringEncodingDOSCyrillic},
+    {857, kCFStringEncodingDOSTurkish},
+    {860, kCFStringEncodingDOSPortuguese},
+    {861, kCFStringEncodingDOSIcelandic},
+    {862, kCFStringEncodingDOSHebrew},
+    {863, kCFStringEncodingDOSCanadianFrench},
+    {864, kCFStringEncodingDOSArabic},
+    {865, kCFStringEncodingDOSNordic},
+    {866, kCFStringEncodingDOSRussian},
+    {869, kCFStringEncodingDOSGreek2},
+    {874, kCFStringEncodingDOSThai},
+    {932, kCFStringEncodingDOSJapanese},
+    {936, kCFStringEncodingDOSChineseSimplif},
+    {949, kCFStringEncodingDOSKorean},
+    {950, kCFStringEncodingDOSChineseTrad},
+    {1250, kCFStringEncodingWindowsLatin2},
+    {1251, kCFStringEncodingWindowsCyrillic},
+    {1252, kCFStringEncodingWindowsLatin1},
+    {1253, kCFStringEncodingWindowsGreek},
+    {1254, kCFStringEncodingWindowsLatin5},
+    {1255, kCFStringEncodingWindowsHebrew},
+    {1256, kCFStringEncodingWindowsArabic},
+    {1257, kCFStringEncodingWindowsBalticRim},
+    {1258, kCFStringEncodingWindowsVietnamese},
+    {1361, kCFStringEncodingWindowsKoreanJohab},
+    {10000, kCFStringEncodingMacRoman},
+    {10001, kCFStringEncodingMacJapanese},
+    {10002, kCFStringEncodingMacChineseTrad},
+    {10003, kCFStringEncodingMacKorean},
+    {10004, kCFStringEncodingMacArabic},
+    {10005, kCFStringEncodingMacHebrew},
+    {10006, kCFStringEncodingMacGreek},
+    {10007, kCFStringEncodingMacCyrillic},
+    {10008, kCFStringEncodingMacChineseSimp},
+    {10010, kCFStringEncodingMacRomanian},
+    {10017, kCFStringEncodingMacUkrainian},
+    {10021, kCFStringEncodingMacThai},
+    {10029, kCFStringEncodingMacCentralEurRoman},
+    {10079, kCFStringEncodingMacIcelandic},
+    {10081, kCFStringEncodingMacTurkish},
+    {10082, kCFStringEncodingMacCroatian},
+    {20866, kCFStringEncodingKOI8_R},
+    {21866, kCFStringEncodingKOI8_U},
+    {28592, kCFStringEncodingISOLatin2},
+    {28593, kCFStringEncodingISOLatin3},
+    {28594, kCFStringEncodingISOLatin4},
+    {28595, kCFStringEncodingISOLatinCyrillic},
+    {28596, kCFStringEncodingISOLatinArabic},
+    {28597, kCFStringEncodingISOLatinGreek},
+    {28598, kCFStringEncodingISOLatinHebrew},
+    {28599, kCFStringEncodingISOLatin5},
+    {28603, kCFStringEncodingISOLatin7},
+    {28605, kCFStringEncodingISOLatin9},
+    {51932, kCFStringEncodingEUC_JP},
+    {51949, kCFStringEncodingEUC_KR},
+    {54936, kCFStringEncodingGB18030},
+    {65001, kCFStringEncodingUTF8},
+});
+static_assert(std::ranges::is_sorted(codePages, {}, &CodePage::number));
+
 } // namespace
 
 std::span<const EncodingRow> encodingTable() {
@@ -219,6 +294,11 @@ CFStringEncoding CFStringConvertNSStringEncodingToEncoding(NSStringEncoding enco
         if (encoding == pair.number)
             return pair.encoding;
     return encoding & largeNumberBit ? encoding & ~largeNumberBit : kCFStringEncodingInvalidId;
+}
+
+CFStringEncoding CFStringConvertWindowsCodepageToEncoding(std::int32_t codePage) {
+    const auto row = std::ranges::lower_bound(codePages, codePage, {}, &CodePage::number);
+    return row != codePages.end() && row->number == codePage ? row->encoding : kCFStringEncodingInvalidId;
 }
 
 bool CFStringIsEncodingAvailable(CFStringEncoding encoding) {

@@ -1,6 +1,7 @@
 #include "platform/foundation/encodings/NSStringNumbers.h"
 
 #include "platform/foundation/encodings/NSCharacterSet.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <limits>
 
@@ -16,7 +17,7 @@ std::int32_t intValue(std::u16string_view text) {
         ++index;
     const std::int64_t limit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + isNegative;
     std::int64_t magnitude = 0;
-    for (; index < text.size() && text[index] >= u'0' && text[index] <= u'9' && magnitude < limit; ++index)
+    for (; index < text.size() && isASCIIDigit(text[index]) && magnitude < limit; ++index)
         magnitude = magnitude * 10 + (text[index] - u'0');
     if (magnitude > limit)
         magnitude = limit;

@@ -1,6 +1,7 @@
 #include "platform/foundation/encodings/EncodingPages.h"
 #include "platform/foundation/encodings/EncodingTable.h"
 #include "platform/foundation/encodings/TextCodec.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/foundation/units/VectorScan.h"
 
 #include <unicode/ucnv.h>
@@ -348,7 +349,6 @@ public:
     }
 
     std::size_t encode(std::u16string_view units, std::string& bytes, bool) override {
-        constexpr char digits[] = "0123456789abcdef";
         for (char16_t unit : units) {
             if (unit == u'\\') {
                 bytes += "\\\\";
@@ -357,11 +357,11 @@ public:
             } else if (unit < 0x100) {
                 bytes.push_back('\\');
                 for (int shift = 6; shift >= 0; shift -= 3)
-                    bytes.push_back(digits[unit >> shift & 7]);
+                    bytes.push_back(lowerHexDigits[unit >> shift & 7]);
             } else {
                 bytes += "\\u";
                 for (int shift = 12; shift >= 0; shift -= 4)
-                    bytes.push_back(digits[unit >> shift & 15]);
+                    bytes.push_back(lowerHexDigits[unit >> shift & 15]);
             }
         }
         return units.size();
@@ -379,13 +379,10 @@ private:
             return {};
         unsigned number = 0;
         for (std::uint8_t digit : digits.subspan(start, count)) {
-            const unsigned letter = digit | 0x20u;
-            const unsigned value = digit >= '0' && digit <= '9'     ? digit - '0'
-                                   : letter >= 'a' && letter <= 'f' ? letter - 'a' + 10
-                                                                    : base;
-            if (value >= base)
+            const int value = hexDigitValue(digit);
+            if (value < 0 || value >= static_cast<int>(base))
                 return {};
-            number = number * base + value;
+            number = number * base + static_cast<unsigned>(value);
         }
         if (base == 8 && number > 0xFF)
             return {};

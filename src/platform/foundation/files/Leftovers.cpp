@@ -1,5 +1,7 @@
 #include "platform/foundation/files/Leftovers.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -27,20 +29,16 @@ struct FolderCloser {
 };
 
 bool isLetterOrDigit(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-           (character >= 'a' && character <= 'z');
+    return isASCIILetter(character) || isASCIIDigit(character);
 }
 
 std::vector<std::string> leftovers(int folder, std::string_view prefix, std::size_t randomLetters) {
     std::vector<std::string> names;
-    const int listed = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (listed < 0)
+    FileDescriptor listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, FolderCloser> list(listed ? ::fdopendir(listed.get()) : nullptr);
+    if (!list)
         return names;
-    const std::unique_ptr<DIR, FolderCloser> list(::fdopendir(listed));
-    if (!list) {
-        ::close(listed);
-        return names;
-    }
+    listed.release();
     for (std::size_t count = 0; count < mostEntriesLookedAt && names.size() < mostLeftovers; ++count) {
         const dirent* const entry = ::readdir(list.get());
         if (!entry)

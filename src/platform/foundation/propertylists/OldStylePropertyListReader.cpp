@@ -4,6 +4,7 @@
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/encodings/EncodingPages.h"
 #include "platform/foundation/propertylists/PropertyListBuilder.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -18,15 +19,8 @@ bool isBlank(char16_t unit) {
 }
 
 bool isBareStringUnit(char16_t unit) {
-    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') || (unit >= '0' && unit <= '9') ||
-           unit == '_' || unit == '$' || unit == '/' || unit == ':' || unit == '.' || unit == '-';
-}
-
-int digitValue(char16_t unit) {
-    if (unit >= '0' && unit <= '9')
-        return unit - '0';
-    const char16_t lowered = unit | 0x20;
-    return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : 16;
+    return isASCIILetter(unit) || isASCIIDigit(unit) || unit == '_' || unit == '$' || unit == '/' ||
+           unit == ':' || unit == '.' || unit == '-';
 }
 
 /// What octal escapes, and text that is not UTF-8, are written in.
@@ -206,8 +200,8 @@ private:
                 continue;
             if (rest_.front() == '>')
                 break;
-            const int digit = digitValue(rest_.front());
-            if (digit > 15)
+            const int digit = hexDigitValue(rest_.front());
+            if (digit < 0)
                 throwPropertyListError(u"Data has something other than hexadecimal digits.");
             if (high >= 0)
                 bytes.push_back(static_cast<std::uint8_t>(high << 4 | digit));
@@ -260,8 +254,8 @@ private:
     unsigned readDigits(int base, std::size_t mostDigits, std::size_t& digitCount) {
         unsigned number = 0;
         for (digitCount = 0; digitCount < mostDigits && !atEnd(); ++digitCount) {
-            const int digit = digitValue(rest_.front());
-            if (digit >= base)
+            const int digit = hexDigitValue(rest_.front());
+            if (digit < 0 || digit >= base)
                 break;
             number = number * static_cast<unsigned>(base) + static_cast<unsigned>(digit);
             rest_.remove_prefix(1);

@@ -1,10 +1,11 @@
 #include "platform/foundation/units/UnitCollapse.h"
 
+#include "platform/foundation/units/Vectors.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 
-#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "UnitCollapse.cpp"
 #include <hwy/foreach_target.h>
@@ -44,7 +45,7 @@ HWY_INLINE char16_t* collapse(const char16_t* units, std::size_t count, std::siz
     const auto rowIndex = hn::Set(d8, 0x0F), bitIndex = hn::Set(d8, 0x07);
     const auto space = hn::Set(d8, ' ');
     const auto ampersand = hn::Set(d8, stopsAtAmpersand ? '&' : 0xFF);
-    const auto* from = reinterpret_cast<const std::uint16_t*>(units);
+    const AliasedUnit* const from = asNumbers(units);
     bool afterMember = false;
     std::size_t index = 0;
     while (index < count) {
@@ -65,7 +66,7 @@ HWY_INLINE char16_t* collapse(const char16_t* units, std::size_t count, std::siz
             }
             // What stays as it is in all of the block is copied at once; the rest is rare enough.
             if ((members & lanes) == 0 && (!stopsAtAmpersand || (ampersands & lanes) == 0) && here == block) {
-                auto* out = reinterpret_cast<std::uint16_t*>(to);
+                AliasedUnit* const out = asNumbers(to);
                 hn::StoreU(low, d, out);
                 hn::StoreU(high, d, out + 8);
                 to += block;
@@ -93,7 +94,7 @@ HWY_INLINE char16_t* collapse(const char16_t* units, std::size_t count, std::siz
         const std::size_t copied =
             repeated == 0 ? here : static_cast<std::size_t>(std::countr_zero(repeated));
         const auto result = hn::IfThenElse(isMember, space, bytes);
-        auto* out = reinterpret_cast<std::uint16_t*>(to);
+        AliasedUnit* const out = asNumbers(to);
         if (writesWholeBlocks || copied == block) {
             hn::StoreU(hn::PromoteTo(d, hn::LowerHalf(d8Half, result)), d, out);
             hn::StoreU(hn::PromoteTo(d, hn::UpperHalf(d8Half, result)), d, out + 8);

@@ -1,9 +1,10 @@
 #include "platform/foundation/units/UnitMasks.h"
 
+#include "platform/foundation/units/Vectors.h"
+
 #include <bit>
 #include <cstring>
 
-#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "UnitMasks.cpp"
 #include <hwy/foreach_target.h>
@@ -20,7 +21,7 @@ struct Wanted {
     const std::uint8_t* characters;
 };
 
-void makeMasks(const std::uint16_t* block, const Wanted& wanted, std::uint64_t* masks, std::size_t stride) {
+void makeMasks(const AliasedUnit* block, const Wanted& wanted, std::uint64_t* masks, std::size_t stride) {
     for (std::size_t kind = 0; kind < unitMaskKinds; ++kind) {
         std::uint64_t bits = 0;
         for (std::size_t index = 0; index < unitsPerMask; ++index)
@@ -38,12 +39,13 @@ static_assert(std::endian::native == std::endian::little);
 using Bytes = hn::CappedTag<std::uint8_t, unitsPerMask>;
 
 /// The units as bytes. What passes 0xFF becomes 0 or 0xFF, which no wanted character is.
-HWY_INLINE hn::Vec<Bytes> narrowed(const std::uint16_t* units) {
+HWY_INLINE hn::Vec<Bytes> narrowed(const AliasedUnit* units) {
     const Bytes d8;
     const hn::Half<Bytes> half;
-    const hn::RebindToSigned<hn::RepartitionToWide<Bytes>> d16;
-    const auto* values = reinterpret_cast<const std::int16_t*>(units);
-    const auto low = hn::LoadU(d16, values), high = hn::LoadU(d16, values + hn::Lanes(d16));
+    const hn::RepartitionToWide<Bytes> d16;
+    const hn::RebindToSigned<decltype(d16)> asSigned;
+    const auto low = hn::BitCast(asSigned, hn::LoadU(d16, units));
+    const auto high = hn::BitCast(asSigned, hn::LoadU(d16, units + hn::Lanes(d16)));
     return hn::Combine(d8, hn::DemoteTo(half, high), hn::DemoteTo(half, low));
 }
 
@@ -55,7 +57,7 @@ struct Wanted {
     HWY_ALIGN std::uint8_t vectors[unitMaskKinds][hn::MaxLanes(Bytes())];
 };
 
-HWY_INLINE void makeMasks(const std::uint16_t* block, const Wanted& wanted, std::uint64_t* masks,
+HWY_INLINE void makeMasks(const AliasedUnit* block, const Wanted& wanted, std::uint64_t* masks,
                           std::size_t stride) {
     const Bytes d8;
     const std::size_t lanes = hn::Lanes(d8);
@@ -73,7 +75,7 @@ HWY_INLINE void makeMasks(const std::uint16_t* block, const Wanted& wanted, std:
 void MakeUnitMasks(const char16_t* units, std::size_t count, const std::uint8_t* characters,
                    std::uint64_t* masks, std::size_t stride) {
     const Wanted wanted(characters);
-    const auto* block = reinterpret_cast<const std::uint16_t*>(units);
+    const AliasedUnit* block = asNumbers(units);
     for (; count >= unitsPerMask; count -= unitsPerMask, block += unitsPerMask)
         makeMasks(block, wanted, masks++, stride);
     if (count > 0) {

@@ -1,13 +1,12 @@
 #include "platform/foundation/units/UnitScan.h"
 
+#include "platform/foundation/units/Vectors.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
 
-// One copy of the vector code per instruction set, chosen at run time. AVX-512 stays out: the scans are bound
-// by memory long before they would need it, and it costs build time and clock rate.
-#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "UnitScan.cpp"
 #include <hwy/foreach_target.h>
@@ -20,10 +19,6 @@ namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 using Units = hn::ScalableTag<std::uint16_t>;
 using Bytes = hn::ScalableTag<std::uint8_t>;
-
-const std::uint16_t* raw(const char16_t* units) {
-    return reinterpret_cast<const std::uint16_t*>(units);
-}
 
 template <class V, class... Vs>
 HWY_INLINE auto equalsAny(V units, V wanted, Vs... others) {
@@ -66,7 +61,7 @@ std::size_t FirstUnitEqualTo(const char16_t* units, std::size_t count, const Uni
     const Units d;
     if (count < hn::Lanes(d))
         return unitScanPlain::firstUnitEqualTo(units, count, wanted);
-    const std::uint16_t* p = raw(units);
+    const AliasedUnit* p = asNumbers(units);
     const auto w0 = hn::Set(d, wanted.units[0]), w1 = hn::Set(d, wanted.units[1]),
                w2 = hn::Set(d, wanted.units[2]), w3 = hn::Set(d, wanted.units[3]);
     if (wanted.count <= 1)
@@ -83,7 +78,7 @@ std::size_t FirstPairOfUnits(const char16_t* units, std::size_t count, char16_t 
     const Units d;
     if (count <= hn::Lanes(d))
         return unitScanPlain::firstPairOfUnits(units, count, first, second);
-    const std::uint16_t* p = raw(units);
+    const AliasedUnit* p = asNumbers(units);
     const auto w0 = hn::Set(d, first), w1 = hn::Set(d, second);
     const std::size_t found = firstWhere(d, count - 1, [&](std::size_t i) HWY_ATTR {
         return hn::And(hn::Eq(hn::LoadU(d, p + i), w0), hn::Eq(hn::LoadU(d, p + i + 1), w1));
@@ -93,7 +88,7 @@ std::size_t FirstPairOfUnits(const char16_t* units, std::size_t count, char16_t 
 
 /// `matches(v)` gives the mask of one loaded vector.
 template <class Matches>
-HWY_INLINE std::size_t countWhere(const std::uint16_t* p, std::size_t count, std::size_t* rest,
+HWY_INLINE std::size_t countWhere(const AliasedUnit* p, std::size_t count, std::size_t* rest,
                                   Matches matches) {
     const Units d;
     const std::size_t lanes = hn::Lanes(d);
@@ -120,7 +115,7 @@ HWY_INLINE std::size_t countWhere(const std::uint16_t* p, std::size_t count, std
 
 std::size_t CountUnitsEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
     const Units d;
-    const std::uint16_t* p = raw(units);
+    const AliasedUnit* p = asNumbers(units);
     const auto w0 = hn::Set(d, wanted.units[0]), w1 = hn::Set(d, wanted.units[1]),
                w2 = hn::Set(d, wanted.units[2]), w3 = hn::Set(d, wanted.units[3]);
     using V = hn::Vec<Units>;
@@ -138,7 +133,7 @@ std::size_t FirstNonAsciiUnit(const char16_t* units, std::size_t count) {
     const Units d;
     if (count < hn::Lanes(d))
         return unitScanPlain::firstNonAsciiUnit(units, count);
-    const std::uint16_t* p = raw(units);
+    const AliasedUnit* p = asNumbers(units);
     const auto ascii = hn::Set(d, 0x7F);
     return firstWhere(d, count, [&](std::size_t i) HWY_ATTR { return hn::Gt(hn::LoadU(d, p + i), ascii); });
 }
@@ -156,7 +151,7 @@ std::size_t FirstDifference(const char16_t* left, const char16_t* right, std::si
     const Units d;
     if (count < hn::Lanes(d))
         return unitScanPlain::firstDifference(left, right, count);
-    const std::uint16_t *l = raw(left), *r = raw(right);
+    const AliasedUnit *l = asNumbers(left), *r = asNumbers(right);
     return firstWhere(
         d, count, [&](std::size_t i) HWY_ATTR { return hn::Ne(hn::LoadU(d, l + i), hn::LoadU(d, r + i)); });
 }
@@ -203,7 +198,7 @@ HWY_INLINE std::size_t firstByMembership(const char16_t* units, std::size_t coun
     const auto rowIndex = hn::Set(d8, 0x0F), bitIndex = hn::Set(d8, 0x07);
     const auto notAscii = hn::Set(d, 0xFF80);
     const std::size_t lanes = hn::Lanes(d), block = 2 * lanes;
-    const std::uint16_t* p = raw(units);
+    const AliasedUnit* p = asNumbers(units);
     std::size_t index = 0;
     for (; index + block <= count; index += block) {
         const auto low = hn::LoadU(d, p + index), high = hn::LoadU(d, p + index + lanes);

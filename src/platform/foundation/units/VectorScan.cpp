@@ -1,12 +1,13 @@
 #include "platform/foundation/units/VectorScan.h"
 
+#include "platform/foundation/units/Vectors.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "VectorScan.cpp"
 #include <hwy/foreach_target.h> // IWYU pragma: keep
 
 #include <hwy/highway.h>
 
-// This file is compiled once for each kind of vector that the processor may have.
 HWY_BEFORE_NAMESPACE();
 namespace kelvo {
 namespace HWY_NAMESPACE {
@@ -15,13 +16,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using Units = hn::ScalableTag<std::uint16_t>;
 using HalfBytes = hn::Rebind<std::uint8_t, Units>;
-
-// The standard lets no pointer to char16_t be read as uint16_t; both compilers are told that these may be.
-using AliasedUnit [[gnu::may_alias]] = std::uint16_t;
-
-HWY_ATTR const AliasedUnit* asNumbers(const char16_t* units) {
-    return reinterpret_cast<const AliasedUnit*>(units);
-}
 
 HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, const UnitRange* ranges,
                                     std::size_t rangeCount) {
@@ -73,7 +67,7 @@ HWY_ATTR std::size_t WidenASCII(const std::uint8_t* HWY_RESTRICT bytes, std::siz
     const Units tag;
     const HalfBytes half;
     const std::size_t lanes = hn::Lanes(tag);
-    auto* units = reinterpret_cast<AliasedUnit*>(text);
+    auto* units = asNumbers(text);
     std::size_t index = 0;
     for (; index + 2 * lanes <= length; index += 2 * lanes) {
         const auto left = hn::PromoteTo(tag, hn::LoadU(half, bytes + index));
@@ -111,7 +105,7 @@ HWY_ATTR void Widen(const std::uint8_t* HWY_RESTRICT bytes, std::size_t length, 
     const Units tag;
     const HalfBytes half;
     const std::size_t lanes = hn::Lanes(tag);
-    auto* units = reinterpret_cast<AliasedUnit*>(text);
+    auto* units = asNumbers(text);
     std::size_t index = 0;
     for (; index + lanes <= length; index += lanes)
         hn::StoreU(hn::PromoteTo(tag, hn::LoadU(half, bytes + index)), tag, units + index);
