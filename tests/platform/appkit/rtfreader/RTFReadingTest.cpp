@@ -52,6 +52,7 @@ TEST(RTFReading, Text) {
          "\\u8364?\\uc2\\u8364ab{\\uc0\\u8364}\\u-10179\\'3f?\\u-8704\\'3f\\'3fz", "€€€😀z"},
         {"a stand-in ends with its group", "\\uc4{\\u8364 a}b", "€b"},
         {"a number past 16 bits is one character", "\\u128512?", "😀"},
+        {"the last character, and a number past it", "\\u1114111?\\u1114112?x", "\U0010FFFFx"},
         {"stand-ins that are words", "\\u8226\\bullet\\u8211\\endash x\\u8364\\b y", "•–x€y"},
         {"unknown words and groups", "a\\unknown1 b{\\*\\unknown x{y}}{\\unknown c}\\*\\b d", "abcd"},
         {"binary data with braces in it", "a{\\*\\unknown\\bin3 }}}}b{\\bin2 {{}c\\bin-1 d", "abcd"},
@@ -204,6 +205,10 @@ TEST(RTFReading, Paragraphs) {
         {"no space between neighbours of one style",
          "\\sb20\\sa40\\s1\\contextualspace a\\par b\\par c\\par\\s2 d\\par\\contextualspace0 e",
          "\"a|\" before=1\n\"b|\"\n\"c|\" after=2\n\"d|e\" before=1 after=2\n"},
+        {"no space between neighbours, but between cells",
+         "\\sb20\\sa40\\contextualspace\\trowd\\cellx1000\\cellx2000\\intbl a\\cell b\\par c\\cell\\row",
+         "\"a|\" before=1 after=2 cell=0,0/2:50pt\n\"b|\" before=1 cell=0,1/2:50pt\n\"c|\" after=2 "
+         "cell=0,1/2:50pt\n"},
         {"heights of lines",
          "\\sl360\\slmult1 a\\par\\slmult0\\slmaximum800 b\\par\\sl-240\\slmaximum0 c\\par\\sl0\\slminimum20 "
          "d",
