@@ -108,6 +108,10 @@ void RTFReader::closeGroup() {
     isAtGroupStart_ = isStarred_ = skipsNextGroup_ = false;
     if (depth_-- != states_.size() - 1)
         return;
+    // What a note or a frame says of its last paragraph ends with its group, often before the paragraph does.
+    if (states_.size() > 1 && state().story != states_[states_.size() - 2].story &&
+        state().story->hasOpenParagraph())
+        endParagraph(u'\n', 0);
     const State ended = std::move(states_.back());
     states_.pop_back();
     if (ended.destination != state().destination || ended.word != state().word)

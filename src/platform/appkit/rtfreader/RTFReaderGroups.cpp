@@ -174,8 +174,6 @@ void RTFReader::endStory(RTFWord word) {
     openStories_.pop_back();
     if (story->isEmpty())
         return;
-    if (story->hasOpenParagraph())
-        story->endParagraph(u'\n', characterFormat(), paragraphFormat(), 0);
     story->finish();
     if (word == RTFWord::footnote)
         notes_.appendStory(std::move(*story), -1);

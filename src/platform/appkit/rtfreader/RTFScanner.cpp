@@ -77,11 +77,9 @@ RTFToken RTFScanner::backslash() {
         next_ += 2;
         return {.kind = RTFToken::Kind::hexByte, .parameter = byte};
     }
-    if (symbol == '\r') {
-        if (next_ != end_ && *next_ == '\n')
-            ++next_;
+    // A line feed after it means nothing by itself.
+    if (symbol == '\r')
         return {.kind = RTFToken::Kind::symbol, .parameter = '\n'};
-    }
     return {.kind = RTFToken::Kind::symbol, .parameter = static_cast<unsigned char>(symbol)};
 }
 

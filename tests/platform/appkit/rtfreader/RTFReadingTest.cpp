@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <ctime>
 #include <optional>
 #include <span>
 #include <sstream>
@@ -50,6 +52,11 @@ TEST(RTFReading, Text) {
         {"signs", "\\f3 ab\\'b7\\u-4031?{\\f4\\'fc\\u61607?}", "αβ•Α✓▪"},
         {"Unicode and its stand-ins",
          "\\u8364?\\uc2\\u8364ab{\\uc0\\u8364}\\u-10179\\'3f?\\u-8704\\'3f\\'3fz", "€€€😀z"},
+        {"words of characters",
+         "\\emspace\\enspace\\qmspace\\lquote\\rquote\\ldblquote\\rdblquote\\bullet\\emdash\\endash"
+         "\\ltrmark\\rtlmark\\zwj\\zwnj\\zwbo\\zwnbo\\lbr1\\softline\\column",
+         "\u2003\u2002\u2005‘’“”•—–\u200E\u200F\u200D\u200C\u200B\u2060\u2028\u2028\f"},
+        {"a group is no stand-in", "\\uc2\\u8364{ab}c", "€abc"},
         {"a stand-in ends with its group", "\\uc4{\\u8364 a}b", "€b"},
         {"a number past 16 bits is one character", "\\u128512?", "😀"},
         {"the last character, and a number past it", "\\u1114111?\\u1114112?x", "\U0010FFFFx"},
@@ -60,7 +67,7 @@ TEST(RTFReading, Text) {
          "a{\\header h}{\\footerl f}{\\*\\atnid x}{\\*\\annotation n}{\\v v\\par w\\par}{\\deleted d}b",
          "a\nb"},
         {"index entries and bookmarks", "a{\\xe {\\v x}}{\\*\\bkmkstart m}{\\tc t}b", "ab"},
-        {"one of two forms of a text", "{\\upr{ansi}{\\*\\ud{\\u8364 ?}}}", "€"},
+        {"one of two forms of a text, and of none", "{\\upr}{a}{\\upr{ansi}{\\*\\ud{\\u8364 ?}}}", "a€"},
         {"notes behind the text",
          "a{\\super\\chftn{\\footnote\\pard {\\super\\chftn} n}}b{\\footnote m}\\par c", "a1b\nc\n1 n\nm\n"},
         {"frames behind their paragraph",
@@ -180,12 +187,21 @@ TEST(RTFReading, Characters) {
          "{\\colortbl;\\red255\\green51\\blue0;;\\red0\\green0\\blue255;}{\\*\\expandedcolortbl;;"
          "\\cssrgb\\c0\\c50000\\c100000\\c20000;}\\cf1 a\\cf2\\cb3 b\\cf3\\highlight0 c\\cf0 d\\cf9 e",
          "\"a\" color=1,0.2,0,1\n\"b\" color=0,0.5,1,0.2 behind=0,0,1,1\n\"c\" color=0,0,1,1\n\"de\"\n"},
+        {"colours that are stated in part",
+         "{\\colortbl;\\red255;;\\blue255;}{\\*\\expandedcolortbl;\\csgray\\c50000\\c25000;;\\cssrgb\\c1;}"
+         "\\cf1 a\\cf2 b\\cf3 c",
+         "\"a\" color=0.5,0.5,0.5,0.25\n\"b\"\n\"c\" color=0,0,1,1\n"},
+        {"a pitch, and a font that text has from the start",
+         "{\\fonttbl{\\f7\\fprq1 Menlo;}{\\f8\\fprq2 X;}}a\\deff7 b{\\f8 c}\\plain d",
+         "\"a\"\n\"b\" Menlo fixed\n\"c\" X\n\"d\" Menlo fixed\n"},
         {"names of fonts",
          "{\\fonttbl\\f7\\fnil Menlo-BoldItalic;\\f8\\fmodern Courier;{\\f9\\fcharset238{\\*\\fname "
          "Q;}TimesNewRomanPS-BoldMT;}}\\f7 a\\f8 b\\f9 c\\f99 d",
          "\"a\" Menlo bold italic\n\"b\" Courier fixed\n\"c\" Times New Roman bold\n\"d\" Helvetica\n"},
         {"formats for text that runs to the left", "\\rtlch\\ab\\afs40\\ltrch\\b0 a{\\ltrch\\b\\rtlch b}",
          "\"a\"\n\"b\" size=20 bold\n"},
+        {"a format takes the place of the one for text that runs to the left",
+         "\\rtlch\\af3\\afs40\\ab\\ai\\f0\\fs24\\b0\\i0 a", "\"a\"\n"},
         {"links",
          "{\\field{\\*\\fldinst{HYPERLINK \"a\\\\\\\\b\" \\\\o \"tip\"}}{\\fldrslt{\\b x\\par "
          "y}{\\field{\\*\\fldinst PAGEREF z}{\\fldrslt 4}}}}{\\field{\\*\\fldinst HYPERLINK "
@@ -218,9 +234,9 @@ TEST(RTFReading, Paragraphs) {
          "\"a\" tab=10/0 tab=15/3 tab=20/1\n"},
         {"headings by their styles",
          "{\\stylesheet{Normal;}{\\s3\\sbasedon0 heading 2;}{\\*\\cs4 heading 1;}{\\s5\\outlinelevel0 "
-         "x;}}\\s3 "
-         "a\\par\\s4 b\\par\\s5 c\\par\\outlinelevel9 d\\par\\pard e",
-         "\"a|\" heading=2\n\"b|\"\n\"c|\" heading=1\n\"d|e\"\n"},
+         "x;}{\\s6 y;}}\\s3 "
+         "a\\par\\s4 b\\par\\s5 c\\par\\s6 d\\par\\s5\\outlinelevel9 d\\par\\pard e",
+         "\"a|\" heading=2\n\"b|\"\n\"c|\" heading=1\n\"d|d|e\"\n"},
         {"lists",
          "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat3{\\*\\levelmarker "
          "(\\{decimal\\})}{\\leveltext\\'01\\'00;}}{\\listlevel\\levelnfc4{\\leveltext\\'04\\'00.\\'01);}}"
@@ -231,10 +247,11 @@ TEST(RTFReading, Paragraphs) {
          "\\ls2 a\\par\\ilvl1 b\\par\\ls1\\ilvl0 c\\par\\ls3 d",
          "\"a|\" list=({decimal})@9\n\"b|\" list=({decimal})@9 list={lower-alpha})@1\n\"c|\" "
          "list={square}@1\n\"d\"\n"},
+        {"notes have formats of their own", "\\qc a{\\footnote n}b", "\"ab|\" align=-2\n\"n|\"\n"},
         {"lists of the old kind",
-         "{\\*\\pn\\pnlvlbody\\pnlcltr\\pnstart2{\\pntxta )}}a\\par b\\par\\pard "
+         "{\\*\\pn\\pnlvlbody\\pnlcltr\\pnstart2{\\pntxtb (}{\\pntxta )}}a\\par b\\par\\pard "
          "c\\par{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}d",
-         "\"a|b|\" list={lower-alpha})@2\n\"c|\"\n\"d\" list={disc}@1\n"},
+         "\"a|b|\" list=({lower-alpha})@2\n\"c|\"\n\"d\" list={disc}@1\n"},
     };
     expectRuns(rows);
 }
@@ -316,6 +333,10 @@ TEST(RTFReading, CellLooks) {
     EXPECT_EQ(first.verticalAlignment, NSTextBlockVerticalAlignment::middle);
     EXPECT_EQ(first.backgroundColor, red);
     EXPECT_EQ(second.backgroundColor, std::nullopt);
+    const NSAttributedString rows = read(document(
+        "\\trowd\\trbrdrl\\brdrs\\trcbpat1\\cellx900\\intbl a\\cell\\row\\trowd\\cellx900 b\\cell\\row"));
+    EXPECT_EQ(rows.runs()[0].attributes->style().textBlocks.at(0)->borders[0].width, 0.5) << "a hair line";
+    EXPECT_EQ(rows.runs()[1].attributes->style().textBlocks.at(0)->borders[0].width, 0) << "of another row";
 }
 
 TEST(RTFReading, SharedObjects) {
@@ -347,6 +368,10 @@ TEST(RTFReading, Pictures) {
         {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
          "\"\t\"\n\"\uFFFC\" file=picture-1.png/1\n\"\ta\"\n"},
         {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "\"\uFFFC\" file=picture-1.bmp/18\n"},
+        {"a better one counts for the worse one behind it",
+         "{\\*\\shppict{\\pict\\pngblip 01}}{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip "
+         "02}}",
+         "\"\uFFFC\" file=picture-1.png/1\n\"\uFFFC\" file=picture-2.jpg/1\n"},
         {"kinds by their contents", "{\\pict 474946383961}", "\"\uFFFC\" file=picture-1.gif/6\n"},
         {"the better one of two", "a{\\*\\shppict{\\pict\\pngblip 01}}{\\nonshppict{\\pict\\wmetafile8 02}}b",
          "\"a\"\n\"\uFFFC\" file=picture-1.png/1\n\"b\"\n"},
@@ -361,6 +386,56 @@ TEST(RTFReading, Pictures) {
         {"nothing to show", "a{\\pict\\pngblip}{\\pict\\wbitmap0 01}{\\pict 01}b\\u65532?", "\"ab\"\n"},
     };
     expectRuns(rows);
+}
+
+TEST(RTFReading, HeadersOfPictures) {
+    const auto contents = [](std::string_view words, const std::string& bytes) {
+        const NSAttributedString text = read("{\\rtf1{\\pict" + std::string(words) + "\\bin" +
+                                             std::to_string(bytes.size()) + ' ' + bytes + "}}");
+        return std::string(
+            text.runs()[0].attributes->attachment->fileWrapper->regularFileContents().characters());
+    };
+    std::string hex;
+    for (const char byte : contents("\\wmetafile8\\picw2540\\pich1270", "x")) {
+        constexpr const char* digits = "0123456789abcdef";
+        hex += {digits[static_cast<unsigned char>(byte) >> 4], digits[byte & 15]};
+    }
+    EXPECT_EQ(hex, "d7cdc69a000000000000a005d002a00500000000c15578");
+    EXPECT_EQ(contents("\\macpict", "x"), std::string(512, '\0') + 'x');
+    struct Row {
+        const char* name;
+        int infoSize;
+        int bits;
+        int compression;
+        int colors;
+        int offset;
+    };
+    const Row rows[] = {
+        {"no palette", 40, 24, 0, 0, 54},
+        {"as many colours as there can be", 40, 8, 0, 0, 1078},
+        {"as many as it says", 40, 8, 0, 3, 66},
+        {"no more than there can be", 40, 8, 0, 9999, 1078},
+        {"masks", 40, 16, 3, 0, 66},
+        {"masks within the longer header", 108, 16, 3, 0, 122},
+        {"a header without these", 12, 8, 0, 0, 26},
+        {"no longer than the picture", 5000, 24, 0, 0, 2014},
+    };
+    for (const Row& row : rows) {
+        std::string bytes(2000, '\0');
+        const auto set = [&bytes](std::size_t offset, int value) {
+            bytes[offset] = static_cast<char>(value);
+            bytes[offset + 1] = static_cast<char>(value >> 8);
+        };
+        set(0, row.infoSize);
+        set(14, row.bits);
+        set(16, row.compression);
+        set(32, row.colors);
+        const std::string file = contents("\\dibitmap0", bytes);
+        ASSERT_EQ(file.size(), 2014u) << row.name;
+        EXPECT_EQ(file.substr(0, 2), "BM");
+        EXPECT_EQ(static_cast<unsigned char>(file[2]) + 256 * file[3], 2014) << row.name;
+        EXPECT_EQ(static_cast<unsigned char>(file[10]) + 256 * file[11], row.offset) << row.name;
+    }
 }
 
 TEST(RTFReading, Packages) {
@@ -400,7 +475,8 @@ TEST(RTFReading, DocumentAttributes) {
          "cale150\\vieww400"
          "\\viewh200\\deftab100\\hyphauto1\\hyphfactor90{\\info{\\title \\'d3}{\\*\\company C}{\\keywords a, "
          "b c,,d }"
-         "{\\operator o}{\\editor e}{\\doccomm k}{\\comment no}{\\upr{\\author ?}{\\*\\ud{\\author "
+         "{\\operator n}{\\editor e}{\\operator o}{\\doccomm k}{\\comment no}{\\upr{\\author "
+         "?}{\\*\\ud{\\author "
          "\\u8364?}}}{\\subject }"
          "{\\creatim\\yr2024\\mo5\\timesinceref700}{\\revtim\\yr1601\\mo1\\dy1}}x}",
          &attributes);
@@ -432,6 +508,43 @@ TEST(RTFReading, DocumentAttributes) {
     for (const auto& [key, value] : expected)
         EXPECT_EQ(attributes.objectForKey(key), value) << NSString(key).UTF8String();
     EXPECT_EQ(attributes.count(), std::size(expected));
+}
+
+TEST(RTFReading, DatesAndHyphens) {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    NSDictionary attributes;
+    read("{\\rtf1\\hyphauto0\\hyphfactor90{\\info{\\revtim\\yr2024\\mo5\\dy6\\hr7\\min8\\sec9}}x}",
+         &attributes);
+    EXPECT_EQ(attributes.objectForKey(NSModificationTimeDocumentAttribute),
+              Value(NSDate::dateWithTimeIntervalSinceReferenceDate(736672089)));
+    EXPECT_EQ(attributes.objectForKey(NSHyphenationFactorDocumentAttribute),
+              Value(NSNumber::numberWithDouble(0)));
+}
+
+TEST(RTFReading, CodePages) {
+    struct Row {
+        const char* head;
+        const char* bytes;
+        const char* text;
+    };
+    const Row rows[] = {
+        {"", "\\'e4\\'80", "ä€"},
+        {"\\mac", "\\'8a", "ä"},
+        {"\\pc", "\\'84\\'9b", "ä¢"},
+        {"\\pca", "\\'84\\'9b", "äø"},
+        {"\\mac\\ansi", "\\'e4", "ä"},
+        {"\\ansi\\ansicpg1251", "\\'d3", "У"},
+        {"\\ansicpg1251\\ansicpg0", "\\'d3", "У"},
+        {"\\ansicpg4711", "\\'e4", "ä"},
+        {"\\ansicpg65001{\\fonttbl{\\f0\\fcharset0 A;}{\\f1\\fcharset204 A;}}",
+         "\\f0\\'e2\\'82\\'ac\\f1\\'d3", "€У"},
+        {"{\\fonttbl{\\f0\\fcharset0\\cpg1251 A;}}", "\\f0\\'d3", "У"},
+        {"\\ansicpg1251{\\fonttbl{\\f0\\fcharset1 A;}{\\f1\\fcharset99 A;}}", "\\f0\\'d3\\f1\\'d3", "УУ"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(read(std::string("{\\rtf1") + row.head + row.bytes + "}").string().UTF8String(), row.text)
+            << row.head;
 }
 
 TEST(RTFReading, HostileSources) {

@@ -157,8 +157,13 @@ TEST(RTFWriterTest, Texts) {
          textOf({{u"a"}, {u"b", link}, {u"c", bold}, {u"\n", link}, {u"d"}}),
          "a{\\field{\\*\\fldinst{HYPERLINK \"l\"}}{\\fldrslt\\b b}}\\b c{\\field{\\*\\fldinst{HYPERLINK "
          "\"l\"}}{\\fldrslt \\\n}}\\b0 d"},
-        {"markers", textOf({{u"a\n"}, {u"\t-\tb\n", item}, {u"\t-c\n", item}}),
-         "a\\\n\\pard\\ls1\\ilvl0\\pardirnatural{\\listtext\\i \t-\t}\\i b\\\n\t-c\\\n"},
+        {"markers",
+         textOf({{u"a\n"},
+                 {u"\t-\tb\n", item},
+                 {u"\t-c\n", item},
+                 {u"\tThe tab after these words ends no marker.\t", item}}),
+         "a\\\n\\pard\\ls1\\ilvl0\\pardirnatural{\\listtext\\i \t-\t}\\i b\\\n\t-c\\\n\tThe tab after these "
+         "words ends no marker.\t"},
         {"no marker outside of lists", textOf({{u"\t-\tb"}}), "\t-\tb"},
         {"attachments", textOf({{u"a"}, {u"\xFFFCx\xFFFC", attachment}}),
          "a{{\\NeXTGraphic a \\{b\\}\\'c3.png \\width40\\height60}\\'ac}x{{\\NeXTGraphic a "
