@@ -48,8 +48,8 @@ public:
                                                                                   const Value&,
                                                                                   const Value&) override {
         const NSURL& url = request.URL();
-        const auto found = resources_.find(key(url));
-        if (found != resources_.end())
+        const auto found = definitions_.find(key(url));
+        if (found != definitions_.end())
             return NSURLRequest::requestWithURL(urlWithContents(standingWhereItWas(found->second)));
         return !url.isFileURL() && url.host().isEmpty() ? request : nullptr;
     }
@@ -107,7 +107,7 @@ private:
 
     void add(const WebResource& resource) {
         if (!resource.data().isNil() && !resource.URL().isNil())
-            resources_.try_emplace(key(resource.URL()), resource);
+            definitions_.try_emplace(key(resource.URL()), resource);
     }
 
     /// Archives are bounded in depth.
@@ -120,7 +120,7 @@ private:
         }
     }
 
-    std::unordered_map<std::string, WebResource> resources_;
+    std::unordered_map<std::string, WebResource> definitions_;
     PrivateFolder folder_{"plumwick-page"};
     int fileCount_ = 0;
 };

@@ -17,45 +17,45 @@ constexpr std::uint64_t pairOf(std::uint32_t first, std::uint32_t second) {
 
 NSTextAttributes RTFAssembler::makeAttributes(const RTFCharacterFormat& format) const {
     NSTextAttributes attributes;
-    attributes.font = resources_.fonts.fontOf(format.font);
+    attributes.font = definitions_.fonts.fontOf(format.font);
     attributes.font.pointSize = static_cast<float>(format.size) / 1000;
     attributes.font.isBold = attributes.font.isBold || format.isBold;
     attributes.font.isItalic = attributes.font.isItalic || format.isItalic;
-    attributes.foregroundColor = resources_.colors.colorOf(format.foreground);
-    attributes.backgroundColor = resources_.colors.colorOf(format.background);
+    attributes.foregroundColor = definitions_.colors.colorOf(format.foreground);
+    attributes.backgroundColor = definitions_.colors.colorOf(format.background);
     attributes.underlineStyle = format.underline;
     attributes.strikethroughStyle = format.strikethrough;
     attributes.superscript = format.superscript;
     attributes.baselineOffset = static_cast<float>(format.baselineHalfPoints) / 2;
     attributes.kern = pointsFromTwips(format.kernTwips);
     if (format.link >= 0)
-        attributes.link = resources_.links[static_cast<std::size_t>(format.link)];
+        attributes.link = definitions_.links[static_cast<std::size_t>(format.link)];
     if (format.attachment >= 0)
-        attributes.attachment = resources_.attachments[static_cast<std::size_t>(format.attachment)];
+        attributes.attachment = definitions_.attachments[static_cast<std::size_t>(format.attachment)];
     return attributes;
 }
 
 RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex cell, Spaces spaces) {
-    const RTFParagraphFormat& format = resources_.paragraphFormats[index];
+    const RTFParagraphFormat& format = definitions_.paragraphFormats[index];
     NSParagraphStyle style = format.paragraphStyle();
     if (!spaces.hasBefore)
         style.paragraphSpacingBefore = 0;
     if (!spaces.hasAfter)
         style.paragraphSpacing = 0;
     if (format.list > 0)
-        style.textLists = resources_.lists.listsOf(format.list, format.listLevel);
+        style.textLists = definitions_.lists.listsOf(format.list, format.listLevel);
     else if (format.oldList >= 0)
-        style.textLists = {resources_.oldLists[static_cast<std::size_t>(format.oldList)]};
-    style.textBlocks = resources_.cells.blocksOf(cell);
+        style.textLists = {definitions_.oldLists[static_cast<std::size_t>(format.oldList)]};
+    style.textBlocks = definitions_.cells.blocksOf(cell);
     return style == NSParagraphStyle::defaultParagraphStyle()
                ? nullptr
                : std::make_shared<const NSParagraphStyle>(std::move(style));
 }
 
 bool RTFAssembler::areSpacedByContext(const RTFParagraph& paragraph, const RTFParagraph* neighbour) const {
-    const RTFParagraphFormat& format = resources_.paragraphFormats[paragraph.format];
+    const RTFParagraphFormat& format = definitions_.paragraphFormats[paragraph.format];
     return format.isSpacingContextual && neighbour && neighbour->cell == paragraph.cell &&
-           resources_.paragraphFormats[neighbour->format].style == format.style;
+           definitions_.paragraphFormats[neighbour->format].style == format.style;
 }
 
 std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph, Spaces spaces) {
@@ -72,11 +72,11 @@ std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph, Spaces spaces
 
 const NSAttributedString::Attributes& RTFAssembler::attributesOf(std::uint32_t format, std::uint32_t style) {
     const bool isSimplified =
-        attributes_.size() >= maximumObjects && resources_.characterFormats[format].attachment < 0;
+        attributes_.size() >= maximumObjects && definitions_.characterFormats[format].attachment < 0;
     auto& attributes = attributes_[pairOf(isSimplified ? 0 : format, style)];
     if (!attributes) {
         NSTextAttributes made =
-            isSimplified ? NSTextAttributes() : makeAttributes(resources_.characterFormats[format]);
+            isSimplified ? NSTextAttributes() : makeAttributes(definitions_.characterFormats[format]);
         made.paragraphStyle = styles_[style];
         attributes = std::make_shared<const NSTextAttributes>(std::move(made));
     }

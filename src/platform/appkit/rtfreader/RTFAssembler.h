@@ -15,7 +15,7 @@
 namespace kelvo {
 
 /// What the formats of a document speak of by number.
-struct RTFResources {
+struct RTFDefinitions {
     RTFFontTable fonts;
     RTFColorTable colors;
     RTFListTable lists;
@@ -31,7 +31,7 @@ struct RTFResources {
 /// object.
 class RTFAssembler {
 public:
-    explicit RTFAssembler(RTFResources& resources) : resources_(resources) {}
+    explicit RTFAssembler(RTFDefinitions& definitions) : definitions_(definitions) {}
 
     NSAttributedString textOf(const RTFStory& story);
 
@@ -49,7 +49,7 @@ private:
     const NSAttributedString::Attributes& attributesOf(std::uint32_t format, std::uint32_t style);
     NSTextAttributes makeAttributes(const RTFCharacterFormat& format) const;
 
-    RTFResources& resources_;
+    RTFDefinitions& definitions_;
     std::vector<Style> styles_;
     std::unordered_map<std::uint64_t, std::uint32_t> styleIndices_;
     std::unordered_map<std::uint64_t, NSAttributedString::Attributes> attributes_;

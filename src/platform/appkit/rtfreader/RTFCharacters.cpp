@@ -1,55 +1,17 @@
 #include "platform/appkit/rtfreader/RTFCharacters.h"
 
-#include "platform/appkit/rtfreader/RTFWords.h"
-
 namespace kelvo {
 
-char16_t rtfCharacterOf(RTFWord word) {
-    switch (word) {
-    case RTFWord::tab:
-        return u'\t';
-    case RTFWord::line:
-    case RTFWord::lbr:
-    case RTFWord::softline:
-        return 0x2028;
-    case RTFWord::page:
-    case RTFWord::column:
-        return u'\f';
-    case RTFWord::bullet:
-        return 0x2022;
-    case RTFWord::emdash:
-        return 0x2014;
-    case RTFWord::endash:
-        return 0x2013;
-    case RTFWord::emspace:
-        return 0x2003;
-    case RTFWord::enspace:
-        return 0x2002;
-    case RTFWord::qmspace:
-        return 0x2005;
-    case RTFWord::lquote:
-        return 0x2018;
-    case RTFWord::rquote:
-        return 0x2019;
-    case RTFWord::ldblquote:
-        return 0x201C;
-    case RTFWord::rdblquote:
-        return 0x201D;
-    case RTFWord::ltrmark:
-        return 0x200E;
-    case RTFWord::rtlmark:
-        return 0x200F;
-    case RTFWord::zwj:
-        return 0x200D;
-    case RTFWord::zwnj:
-        return 0x200C;
-    case RTFWord::zwbo:
-        return 0x200B;
-    case RTFWord::zwnbo:
-        return 0x2060;
-    default:
-        return 0;
-    }
+std::span<const RTFCharacterWord> rtfCharacterWords() {
+    static constexpr RTFCharacterWord words[] = {
+        {"tab", u'\t'},      {"line", 0x2028},    {"lbr", 0x2028},       {"softline", 0x2028},
+        {"page", u'\f'},     {"column", u'\f'},   {"bullet", 0x2022},    {"emdash", 0x2014},
+        {"endash", 0x2013},  {"emspace", 0x2003}, {"enspace", 0x2002},   {"qmspace", 0x2005},
+        {"lquote", 0x2018},  {"rquote", 0x2019},  {"ldblquote", 0x201C}, {"rdblquote", 0x201D},
+        {"ltrmark", 0x200E}, {"rtlmark", 0x200F}, {"zwj", 0x200D},       {"zwnj", 0x200C},
+        {"zwbo", 0x200B},    {"zwnbo", 0x2060},
+    };
+    return words;
 }
 
 char16_t rtfCharacterOfSymbol(char symbol) {

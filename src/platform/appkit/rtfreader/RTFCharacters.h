@@ -1,14 +1,18 @@
 #pragma once
 
-#include <cstdint>
+#include <span>
+#include <string_view>
 
 namespace kelvo {
 
-enum class RTFWord : std::uint16_t;
+/// A word that stands for a character.
+struct RTFCharacterWord {
+    std::string_view name;
+    char16_t unit;
+};
+std::span<const RTFCharacterWord> rtfCharacterWords();
 
-/// The character that a word stands for; 0 for words that stand for none.
-char16_t rtfCharacterOf(RTFWord word);
-/// The same of a backslash and a sign.
+/// The character that a backslash and a sign stand for; 0 for signs that stand for none.
 char16_t rtfCharacterOfSymbol(char symbol);
 
 } // namespace kelvo

@@ -1,6 +1,5 @@
 #include "platform/appkit/rtfreader/RTFColorTable.h"
 
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -16,22 +15,39 @@ float componentOf(std::int32_t byte) {
 
 } // namespace
 
-void RTFColorTable::apply(Part part, RTFWord word, const RTFToken& token) {
-    if (part == Part::expanded) {
-        if (word != RTFWord::c)
-            currentExpanded_ = {.space = word};
-        else if (currentExpanded_.count < currentExpanded_.components.size())
-            currentExpanded_.components[currentExpanded_.count++] = std::clamp(token.parameter, 0, 100000);
-        return;
-    }
-    float* const component = word == RTFWord::red     ? &current_.red
-                             : word == RTFWord::green ? &current_.green
-                             : word == RTFWord::blue  ? &current_.blue
-                                                      : nullptr;
-    if (!component)
-        return;
-    *component = componentOf(token.parameter);
-    isStated_ = true;
+template <float NSColor::*component>
+void RTFColorTable::setComponent(RTFColorTable& table, const RTFToken& token) {
+    table.current_.*component = componentOf(token.parameter);
+    table.isStated_ = true;
+}
+
+template <RTFColorTable::Space space>
+void RTFColorTable::beginComponents(RTFColorTable& table, const RTFToken&) {
+    table.currentExpanded_ = {.space = space};
+}
+
+void RTFColorTable::addComponent(RTFColorTable& table, const RTFToken& token) {
+    Expanded& entry = table.currentExpanded_;
+    if (entry.count < entry.components.size())
+        entry.components[entry.count++] = std::clamp(token.parameter, 0, 100000);
+}
+
+void RTFColorTable::apply(Part part, const RTFToken& token) {
+    static constexpr RTFWord<RTFColorTable> plainWords[] = {
+        {"red", setComponent<&NSColor::red>},
+        {"green", setComponent<&NSColor::green>},
+        {"blue", setComponent<&NSColor::blue>},
+    };
+    static constexpr RTFWord<RTFColorTable> expandedWords[] = {
+        {"c", addComponent},
+        {"csgray", beginComponents<Space::gray>},
+        {"cssrgb", beginComponents<Space::rgb>},
+        {"csgenericrgb", beginComponents<Space::rgb>},
+        {"cspthree", beginComponents<Space::unknown>},
+    };
+    applyRTFWord<RTFColorTable>(part == Part::plain ? std::span<const RTFWord<RTFColorTable>>(plainWords)
+                                                    : expandedWords,
+                                *this, token);
 }
 
 void RTFColorTable::append(Part part, std::u16string_view units) {
@@ -54,18 +70,18 @@ std::optional<NSColor> RTFColorTable::colorOf(const Expanded& entry) {
         return static_cast<float>(entry.components[index]) / 100000;
     };
     switch (entry.space) {
-    case RTFWord::csgray:
+    case Space::gray:
         if (entry.count < 1)
             return std::nullopt;
         return NSColor{component(0), component(0), component(0), entry.count > 1 ? component(1) : 1};
-    case RTFWord::cssrgb:
-    case RTFWord::csgenericrgb:
+    case Space::rgb:
         if (entry.count < 3)
             return std::nullopt;
         return NSColor{component(0), component(1), component(2), entry.count > 3 ? component(3) : 1};
-    default:
-        return std::nullopt;
+    case Space::unknown:
+        break;
     }
+    return std::nullopt;
 }
 
 std::optional<NSColor> RTFColorTable::colorOf(std::int32_t number) const {

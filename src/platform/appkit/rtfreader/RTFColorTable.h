@@ -11,7 +11,6 @@
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
 
 /// The colours of a document by their numbers: one table for every reader, and one with the same numbers for
 /// those who know of opacity and finer steps.
@@ -19,7 +18,7 @@ class RTFColorTable {
 public:
     enum class Part : std::uint8_t { plain, expanded };
 
-    void apply(Part part, RTFWord word, const RTFToken& token);
+    void apply(Part part, const RTFToken& token);
     /// Text of a table: each semicolon ends an entry.
     void append(Part part, std::u16string_view units);
 
@@ -27,12 +26,18 @@ public:
     std::optional<NSColor> colorOf(std::int32_t number) const;
 
 private:
+    enum class Space : std::uint8_t { unknown, gray, rgb };
     struct Expanded {
-        RTFWord space{};
+        Space space = Space::unknown;
         std::uint8_t count = 0;
         std::array<std::int32_t, 4> components{};
     };
 
+    template <float NSColor::*component>
+    static void setComponent(RTFColorTable& table, const RTFToken& token);
+    template <Space space>
+    static void beginComponents(RTFColorTable& table, const RTFToken& token);
+    static void addComponent(RTFColorTable& table, const RTFToken& token);
     static std::optional<NSColor> colorOf(const Expanded& entry);
 
     NSColor current_{0, 0, 0, 1};

@@ -1,7 +1,6 @@
 #include "platform/appkit/rtfreader/RTFDocumentInfo.h"
 
 #include "platform/appkit/NSDocumentAttributes.h"
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 #include "platform/foundation/Value.h"
 
@@ -42,56 +41,41 @@ NSArray keywords(std::u16string_view text) {
     return NSArray::arrayWithValues(std::move(words));
 }
 
-const char16_t* keyOfText(RTFWord word) {
-    switch (word) {
-    case RTFWord::title:
-        return NSTitleDocumentAttribute;
-    case RTFWord::subject:
-        return NSSubjectDocumentAttribute;
-    case RTFWord::author:
-        return NSAuthorDocumentAttribute;
-    case RTFWord::manager:
-        return NSManagerDocumentAttribute;
-    case RTFWord::company:
-        return NSCompanyDocumentAttribute;
-    case RTFWord::copyright:
-        return NSCopyrightDocumentAttribute;
-    case RTFWord::category:
-        return NSCategoryDocumentAttribute;
-    case RTFWord::operator_:
-    case RTFWord::editor:
-        return NSEditorDocumentAttribute;
-    default:
-        return NSCommentDocumentAttribute;
-    }
+struct Text {
+    std::string_view word;
+    const char16_t* key;
+    /// Another word states the same and is made for it: that one wins.
+    bool isSecondChoice = false;
+};
+
+constexpr Text texts[] = {
+    {"title", NSTitleDocumentAttribute},           {"subject", NSSubjectDocumentAttribute},
+    {"author", NSAuthorDocumentAttribute},         {"manager", NSManagerDocumentAttribute},
+    {"company", NSCompanyDocumentAttribute},       {"copyright", NSCopyrightDocumentAttribute},
+    {"category", NSCategoryDocumentAttribute},     {"editor", NSEditorDocumentAttribute},
+    {"operator", NSEditorDocumentAttribute, true}, {"doccomm", NSCommentDocumentAttribute},
+    {"comment", NSCommentDocumentAttribute, true},
+};
+
+template <auto member>
+void setNumber(RTFDocumentInfo& info, const RTFToken& token) {
+    info.*member = token.parameter;
 }
 
 } // namespace
 
-void RTFTime::apply(RTFWord word, const RTFToken& token) {
-    switch (word) {
-    case RTFWord::yr:
-        year_ = token.parameter;
-        break;
-    case RTFWord::mo:
-        month_ = token.parameter;
-        break;
-    case RTFWord::dy:
-        day_ = token.parameter;
-        break;
-    case RTFWord::hr:
-        hour_ = token.parameter;
-        break;
-    case RTFWord::min:
-        minute_ = token.parameter;
-        break;
-    case RTFWord::sec:
-        second_ = token.parameter;
-        break;
-    default:
-        sinceReferenceDate_ = token.parameter;
-        break;
-    }
+void RTFTime::apply(const RTFToken& token) {
+    static constexpr RTFWord<RTFTime> words[] = {
+        {"yr", [](RTFTime& time, const RTFToken& word) { time.year_ = word.parameter; }},
+        {"mo", [](RTFTime& time, const RTFToken& word) { time.month_ = word.parameter; }},
+        {"dy", [](RTFTime& time, const RTFToken& word) { time.day_ = word.parameter; }},
+        {"hr", [](RTFTime& time, const RTFToken& word) { time.hour_ = word.parameter; }},
+        {"min", [](RTFTime& time, const RTFToken& word) { time.minute_ = word.parameter; }},
+        {"sec", [](RTFTime& time, const RTFToken& word) { time.second_ = word.parameter; }},
+        {"timesinceref",
+         [](RTFTime& time, const RTFToken& word) { time.sinceReferenceDate_ = word.parameter; }},
+    };
+    applyRTFWord<RTFTime>(words, *this, token);
 }
 
 std::optional<NSDate> RTFTime::date() const {
@@ -110,79 +94,60 @@ std::optional<NSDate> RTFTime::date() const {
     return NSDate::dateWithTimeIntervalSince1970(static_cast<double>(std::mktime(&parts)));
 }
 
-void RTFDocumentInfo::apply(RTFWord word, const RTFToken& token) {
-    const std::int32_t number = token.parameter;
-    switch (word) {
-    case RTFWord::cocoartf:
-        version_ = number;
-        break;
-    case RTFWord::cocoatextscaling:
-        textScaling_ = number;
-        break;
-    case RTFWord::paperw:
-        paperWidth_ = number;
-        break;
-    case RTFWord::paperh:
-        paperHeight_ = number;
-        break;
-    case RTFWord::margl:
-        leftMargin_ = number;
-        break;
-    case RTFWord::margr:
-        rightMargin_ = number;
-        break;
-    case RTFWord::margt:
-        topMargin_ = number;
-        break;
-    case RTFWord::margb:
-        bottomMargin_ = number;
-        break;
-    case RTFWord::vieww:
-        viewWidth_ = number;
-        break;
-    case RTFWord::viewh:
-        viewHeight_ = number;
-        break;
-    case RTFWord::deftab:
-        tabInterval_ = number;
-        break;
-    case RTFWord::hyphauto:
-        isHyphenated_ = !token.hasParameter || number != 0;
-        break;
-    case RTFWord::hyphfactor:
-        hyphenationPercent_ = std::clamp(number, 0, 100);
-        break;
-    case RTFWord::viewkind:
-        stated_.setObject_forKey(NSNumber::numberWithInt(number == 1 ? 1 : 0), NSViewModeDocumentAttribute);
-        break;
-    case RTFWord::viewscale:
-        stated_.setObject_forKey(NSNumber::numberWithDouble(number), NSViewZoomDocumentAttribute);
-        break;
-    default:
-        break;
-    }
+std::span<const RTFWord<RTFDocumentInfo>> RTFDocumentInfo::words() {
+    using Info = RTFDocumentInfo;
+    static constexpr RTFWord<Info> words[] = {
+        {"cocoartf", [](Info& info, const RTFToken& token) { info.version_ = token.parameter; }},
+        {"cocoatextscaling", setNumber<&Info::textScaling_>},
+        {"paperw", setNumber<&Info::paperWidth_>},
+        {"paperh", setNumber<&Info::paperHeight_>},
+        {"margl", setNumber<&Info::leftMargin_>},
+        {"margr", setNumber<&Info::rightMargin_>},
+        {"margt", setNumber<&Info::topMargin_>},
+        {"margb", setNumber<&Info::bottomMargin_>},
+        {"vieww", setNumber<&Info::viewWidth_>},
+        {"viewh", setNumber<&Info::viewHeight_>},
+        {"deftab", setNumber<&Info::tabInterval_>},
+        {"hyphauto",
+         [](Info& info, const RTFToken& token) {
+             info.isHyphenated_ = !token.hasParameter || token.parameter != 0;
+         }},
+        {"hyphfactor",
+         [](Info& info, const RTFToken& token) {
+             info.hyphenationPercent_ = std::clamp(token.parameter, 0, 100);
+         }},
+        {"viewkind",
+         [](Info& info, const RTFToken& token) {
+             info.stated_.setObject_forKey(NSNumber::numberWithInt(token.parameter == 1 ? 1 : 0),
+                                           NSViewModeDocumentAttribute);
+         }},
+        {"viewscale",
+         [](Info& info, const RTFToken& token) {
+             info.stated_.setObject_forKey(NSNumber::numberWithDouble(token.parameter),
+                                           NSViewZoomDocumentAttribute);
+         }},
+    };
+    return words;
 }
 
-void RTFDocumentInfo::setText(RTFWord word, std::u16string_view text) {
+void RTFDocumentInfo::setText(std::string_view word, std::u16string_view text) {
     if (trimmed(text).empty())
         return;
-    if (word == RTFWord::keywords) {
+    if (word == "keywords") {
         const NSArray words = keywords(text);
         if (words.count() > 0)
             stated_.setObject_forKey(words, NSKeywordsDocumentAttribute);
         return;
     }
-    const char16_t* const key = keyOfText(word);
-    // Two words can state the comment, and two the editor: the one made for it wins.
-    const bool isSecondChoice = word == RTFWord::comment || word == RTFWord::operator_;
-    if (!isSecondChoice || stated_.objectForKey(key).isNil())
-        stated_.setObject_forKey(NSString(text), key);
+    const auto row = std::ranges::find(texts, word, &Text::word);
+    if (row != std::end(texts) && (!row->isSecondChoice || stated_.objectForKey(row->key).isNil()))
+        stated_.setObject_forKey(NSString(text), row->key);
 }
 
-void RTFDocumentInfo::setTime(RTFWord word, const RTFTime& time) {
+void RTFDocumentInfo::setTime(std::string_view word, const RTFTime& time) {
     if (const std::optional<NSDate> date = time.date())
-        stated_.setObject_forKey(*date, word == RTFWord::creatim ? NSCreationTimeDocumentAttribute
-                                                                 : NSModificationTimeDocumentAttribute);
+        stated_.setObject_forKey(*date, word == "creatim" ? NSCreationTimeDocumentAttribute
+                                                          : NSModificationTimeDocumentAttribute);
 }
 
 NSDictionary RTFDocumentInfo::documentAttributes(bool isPackage) const {

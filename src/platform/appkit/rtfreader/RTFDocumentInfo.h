@@ -6,17 +6,19 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
+template <typename State>
+struct RTFWord;
 
 /// A point in time as RTF states it, by the parts of a date.
 class RTFTime {
 public:
-    void apply(RTFWord word, const RTFToken& token);
+    void apply(const RTFToken& token);
     /// Absent when there is no year that documents are from. Without the seconds since the reference date the
     /// parts are taken for local time.
     std::optional<NSDate> date() const;
@@ -34,9 +36,11 @@ private:
 /// What a document says of itself.
 class RTFDocumentInfo {
 public:
-    void apply(RTFWord word, const RTFToken& token);
-    void setText(RTFWord word, std::u16string_view text);
-    void setTime(RTFWord word, const RTFTime& time);
+    static std::span<const RTFWord<RTFDocumentInfo>> words();
+    /// The text of a group, such as "title".
+    void setText(std::string_view word, std::u16string_view text);
+    /// "creatim" or "revtim".
+    void setTime(std::string_view word, const RTFTime& time);
 
     /// The writer is one of the platform, or says so.
     bool isOfPlatform() const { return version_.has_value(); }

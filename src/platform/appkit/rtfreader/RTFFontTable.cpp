@@ -1,6 +1,5 @@
 #include "platform/appkit/rtfreader/RTFFontTable.h"
 
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -64,29 +63,30 @@ NSFont fontNamed(std::u16string_view name) {
     return font;
 }
 
-void RTFFontTable::apply(RTFWord word, const RTFToken& token) {
-    switch (word) {
-    case RTFWord::f:
-        finishEntry();
-        number_ = token.parameter;
-        break;
-    case RTFWord::fcharset:
-        current_.codePage = rtfCodePageOfCharset(token.parameter);
-        break;
-    case RTFWord::cpg:
-        if (token.parameter > 0)
-            current_.codePage = token.parameter;
-        break;
-    case RTFWord::fmodern:
-        current_.font.isFixedPitch = true;
-        break;
-    case RTFWord::fprq:
-        if (token.parameter == 1)
-            current_.font.isFixedPitch = true;
-        break;
-    default:
-        break;
-    }
+void RTFFontTable::apply(const RTFToken& token) {
+    static constexpr RTFWord<RTFFontTable> words[] = {
+        {"f",
+         [](RTFFontTable& table, const RTFToken& word) {
+             table.finishEntry();
+             table.number_ = word.parameter;
+         }},
+        {"fcharset",
+         [](RTFFontTable& table, const RTFToken& word) {
+             table.current_.codePage = rtfCodePageOfCharset(word.parameter);
+         }},
+        {"cpg",
+         [](RTFFontTable& table, const RTFToken& word) {
+             if (word.parameter > 0)
+                 table.current_.codePage = word.parameter;
+         }},
+        {"fmodern", [](RTFFontTable& table, const RTFToken&) { table.current_.font.isFixedPitch = true; }},
+        {"fprq",
+         [](RTFFontTable& table, const RTFToken& word) {
+             if (word.parameter == 1)
+                 table.current_.font.isFixedPitch = true;
+         }},
+    };
+    applyRTFWord<RTFFontTable>(words, *this, token);
 }
 
 void RTFFontTable::append(std::u16string_view units) {

@@ -10,13 +10,12 @@
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
 
 /// The fonts of a document by their numbers.
 class RTFFontTable {
 public:
-    /// A word of an entry: `\f` begins one.
-    void apply(RTFWord word, const RTFToken& token);
+    /// A word of an entry, if it is one: `\f` begins an entry.
+    void apply(const RTFToken& token);
     /// Text of the table: a name up to the semicolon that ends an entry.
     void append(std::u16string_view units);
     /// The page in which the name of the present entry is written, and the text in that font.

@@ -1,6 +1,5 @@
 #include "platform/appkit/rtfreader/RTFFormats.h"
 
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -32,22 +31,31 @@ private:
     std::uint64_t hash_ = 0x243F6A8885A308D3u;
 };
 
-NSUnderlineStyle underlineStyle(RTFWord word) {
-    switch (word) {
-    case RTFWord::uldb:
-    case RTFWord::ululdbwave:
-        return NSUnderlineStyleDouble;
-    case RTFWord::ulth:
-    case RTFWord::ulthd:
-    case RTFWord::ulthdash:
-    case RTFWord::ulthdashd:
-    case RTFWord::ulthdashdd:
-    case RTFWord::ulthldash:
-    case RTFWord::ulhwave:
-        return NSUnderlineStyleThick;
-    default:
-        return NSUnderlineStyleSingle;
-    }
+template <auto member>
+void setNumber(RTFParagraphFormat& format, const RTFToken& token) {
+    format.*member = token.parameter;
+}
+
+template <auto member>
+void setSwitch(RTFParagraphFormat& format, const RTFToken& token) {
+    format.*member = isOn(token);
+}
+
+template <auto member, auto value>
+void setValue(RTFParagraphFormat& format, const RTFToken&) {
+    format.*member = value;
+}
+
+void addTab(RTFParagraphFormat& format, const RTFToken& token) {
+    const NSTextTab tab{pointsFromTwips(token.parameter), format.nextTabType};
+    format.nextTabType = NSTextTabType::left;
+    auto& tabs = format.tabs;
+    if (tabs && tabs->size() >= maximumTabs)
+        return;
+    auto longer =
+        tabs ? std::make_shared<std::vector<NSTextTab>>(*tabs) : std::make_shared<std::vector<NSTextTab>>();
+    longer->insert(std::ranges::upper_bound(*longer, tab.location, {}, &NSTextTab::location), tab);
+    tabs = std::move(longer);
 }
 
 } // namespace
@@ -62,120 +70,140 @@ std::size_t RTFCharacterFormat::Hash::operator()(const RTFCharacterFormat& forma
     return hasher.hash();
 }
 
-void RTFCharacterState::setOther(RTFWord word, const RTFToken& token) {
-    switch (word) {
-    case RTFWord::af:
-        otherFont_ = std::max(token.parameter, 0);
-        break;
-    case RTFWord::afs:
-        otherSize_ = token.parameter > 0 ? sizeFromHalfPoints(token.parameter) : -1;
-        break;
-    case RTFWord::ab:
-        otherBold_ = isOn(token);
-        break;
-    default:
-        otherItalic_ = isOn(token);
-        break;
-    }
+template <NSUnderlineStyle style>
+void RTFCharacterState::setUnderline(RTFCharacterState& state, const RTFToken& token) {
+    state.format_.underline = isOn(token) ? style : NSUnderlineStyleNone;
 }
 
-void RTFCharacterState::apply(RTFWord word, const RTFToken& token, std::int32_t defaultFont) {
-    const std::int32_t number = token.parameter;
-    switch (word) {
-    case RTFWord::plain:
-        *this = RTFCharacterState(defaultFont);
-        break;
-    case RTFWord::ltrch:
-    case RTFWord::loch:
-    case RTFWord::hich:
-    case RTFWord::dbch:
-        isRightToLeft_ = false;
-        break;
-    case RTFWord::rtlch:
-        isRightToLeft_ = true;
-        break;
-    case RTFWord::af:
-    case RTFWord::afs:
-    case RTFWord::ab:
-    case RTFWord::ai:
-        // Behind the other words they speak of scripts whose formats \f and its like state as well.
-        if (isRightToLeft_)
-            setOther(word, token);
-        break;
-    case RTFWord::f:
-        format_.font = std::max(number, 0);
-        if (isRightToLeft_)
-            otherFont_ = -1;
-        break;
-    case RTFWord::fs:
-        format_.size = token.hasParameter && number > 0 ? sizeFromHalfPoints(number) : 12000;
-        if (isRightToLeft_)
-            otherSize_ = -1;
-        break;
-    case RTFWord::fsmilli:
-        if (number > 0)
-            format_.size = std::min(number, 4000000);
-        break;
-    case RTFWord::b:
-        format_.isBold = isOn(token);
-        if (isRightToLeft_)
-            otherBold_ = -1;
-        break;
-    case RTFWord::i:
-        format_.isItalic = isOn(token);
-        if (isRightToLeft_)
-            otherItalic_ = -1;
-        break;
-    case RTFWord::cf:
-        format_.foreground = std::max(number, 0);
-        break;
-    case RTFWord::cb:
-    case RTFWord::chcbpat:
-    case RTFWord::highlight:
-        format_.background = number > 0 ? number : -1;
-        break;
-    case RTFWord::strike:
-        format_.strikethrough = isOn(token) ? NSUnderlineStyleSingle : NSUnderlineStyleNone;
-        break;
-    case RTFWord::striked:
-        format_.strikethrough = isOn(token) ? NSUnderlineStyleDouble : NSUnderlineStyleNone;
-        break;
-    case RTFWord::super:
-        format_.superscript = token.hasParameter ? std::clamp(number, 0, 100) : 1;
-        break;
-    case RTFWord::sub:
-        format_.superscript = token.hasParameter ? -std::clamp(number, 0, 100) : -1;
-        break;
-    case RTFWord::nosupersub:
-        format_.superscript = 0;
-        break;
-    case RTFWord::up:
-        format_.baselineHalfPoints = token.hasParameter ? number : 6;
-        break;
-    case RTFWord::dn:
-        format_.baselineHalfPoints = token.hasParameter ? -std::max(number, -0x7FFFFFFF) : -6;
-        break;
-    case RTFWord::expnd:
-        format_.kernTwips = std::clamp(number, -100000, 100000) * 5;
-        break;
-    case RTFWord::expndtw:
-        format_.kernTwips = number;
-        break;
-    case RTFWord::v:
-        isHidden_ = isOn(token);
-        break;
-    case RTFWord::deleted:
-        isDeleted_ = isOn(token);
-        break;
-    case RTFWord::ulnone:
-        format_.underline = NSUnderlineStyleNone;
-        break;
-    case RTFWord::cs:
-        break;
-    default:
-        format_.underline = isOn(token) ? underlineStyle(word) : NSUnderlineStyleNone;
-        break;
-    }
+void RTFCharacterState::setBackground(RTFCharacterState& state, const RTFToken& token) {
+    state.format_.background = token.parameter > 0 ? token.parameter : -1;
+}
+
+void RTFCharacterState::endRightToLeft(RTFCharacterState& state, const RTFToken&) {
+    state.isRightToLeft_ = false;
+}
+
+std::span<const RTFWord<RTFCharacterState>> RTFCharacterState::words() {
+    using State = RTFCharacterState;
+    using Token = RTFToken;
+    constexpr auto single = setUnderline<NSUnderlineStyleSingle>;
+    constexpr auto twofold = setUnderline<NSUnderlineStyleDouble>;
+    constexpr auto thick = setUnderline<NSUnderlineStyleThick>;
+    static constexpr RTFWord<State> words[] = {
+        {"ltrch", endRightToLeft},
+        {"loch", endRightToLeft},
+        {"hich", endRightToLeft},
+        {"dbch", endRightToLeft},
+        {"rtlch", [](State& state, const Token&) { state.isRightToLeft_ = true; }},
+        // After words other than \rtlch the four speak of scripts whose formats \f and its like state as well.
+        {"af",
+         [](State& state, const Token& token) {
+             if (state.isRightToLeft_)
+                 state.otherFont_ = std::max(token.parameter, 0);
+         }},
+        {"afs",
+         [](State& state, const Token& token) {
+             if (state.isRightToLeft_)
+                 state.otherSize_ = token.parameter > 0 ? sizeFromHalfPoints(token.parameter) : -1;
+         }},
+        {"ab",
+         [](State& state, const Token& token) {
+             if (state.isRightToLeft_)
+                 state.otherBold_ = isOn(token);
+         }},
+        {"ai",
+         [](State& state, const Token& token) {
+             if (state.isRightToLeft_)
+                 state.otherItalic_ = isOn(token);
+         }},
+        {"f",
+         [](State& state, const Token& token) {
+             state.format_.font = std::max(token.parameter, 0);
+             if (state.isRightToLeft_)
+                 state.otherFont_ = -1;
+         }},
+        {"fs",
+         [](State& state, const Token& token) {
+             const bool isStated = token.hasParameter && token.parameter > 0;
+             state.format_.size = isStated ? sizeFromHalfPoints(token.parameter) : 12000;
+             if (state.isRightToLeft_)
+                 state.otherSize_ = -1;
+         }},
+        {"fsmilli",
+         [](State& state, const Token& token) {
+             if (token.parameter > 0)
+                 state.format_.size = std::min(token.parameter, 4000000);
+         }},
+        {"b",
+         [](State& state, const Token& token) {
+             state.format_.isBold = isOn(token);
+             if (state.isRightToLeft_)
+                 state.otherBold_ = -1;
+         }},
+        {"i",
+         [](State& state, const Token& token) {
+             state.format_.isItalic = isOn(token);
+             if (state.isRightToLeft_)
+                 state.otherItalic_ = -1;
+         }},
+        {"cf",
+         [](State& state, const Token& token) { state.format_.foreground = std::max(token.parameter, 0); }},
+        {"cb", setBackground},
+        {"chcbpat", setBackground},
+        {"highlight", setBackground},
+        {"strike",
+         [](State& state, const Token& token) {
+             state.format_.strikethrough = isOn(token) ? NSUnderlineStyleSingle : NSUnderlineStyleNone;
+         }},
+        {"striked",
+         [](State& state, const Token& token) {
+             state.format_.strikethrough = isOn(token) ? NSUnderlineStyleDouble : NSUnderlineStyleNone;
+         }},
+        {"super",
+         [](State& state, const Token& token) {
+             state.format_.superscript = token.hasParameter ? std::clamp(token.parameter, 0, 100) : 1;
+         }},
+        {"sub",
+         [](State& state, const Token& token) {
+             state.format_.superscript = token.hasParameter ? -std::clamp(token.parameter, 0, 100) : -1;
+         }},
+        {"nosupersub", [](State& state, const Token&) { state.format_.superscript = 0; }},
+        {"up",
+         [](State& state, const Token& token) {
+             state.format_.baselineHalfPoints = token.hasParameter ? token.parameter : 6;
+         }},
+        {"dn",
+         [](State& state, const Token& token) {
+             state.format_.baselineHalfPoints =
+                 token.hasParameter ? -std::max(token.parameter, -0x7FFFFFFF) : -6;
+         }},
+        {"expnd",
+         [](State& state, const Token& token) {
+             state.format_.kernTwips = std::clamp(token.parameter, -100000, 100000) * 5;
+         }},
+        {"expndtw", [](State& state, const Token& token) { state.format_.kernTwips = token.parameter; }},
+        {"v", [](State& state, const Token& token) { state.isHidden_ = isOn(token); }},
+        {"deleted", [](State& state, const Token& token) { state.isDeleted_ = isOn(token); }},
+        {"ulnone", [](State& state, const Token&) { state.format_.underline = NSUnderlineStyleNone; }},
+        {"ul", single},
+        {"uld", single},
+        {"uldash", single},
+        {"uldashd", single},
+        {"uldashdd", single},
+        {"ulldash", single},
+        {"ulw", single},
+        {"ulwave", single},
+        {"uldb", twofold},
+        {"ululdbwave", twofold},
+        {"ulth", thick},
+        {"ulthd", thick},
+        {"ulthdash", thick},
+        {"ulthdashd", thick},
+        {"ulthdashdd", thick},
+        {"ulthldash", thick},
+        {"ulhwave", thick},
+    };
+    return words;
 }
 
 RTFCharacterFormat RTFCharacterState::effective() const {
@@ -224,111 +252,51 @@ std::size_t RTFParagraphFormat::Hash::operator()(const RTFParagraphFormat& forma
     return hasher.hash();
 }
 
-void RTFParagraphFormat::apply(RTFWord word, const RTFToken& token) {
-    const std::int32_t number = token.parameter;
-    switch (word) {
-    case RTFWord::pard:
-        *this = RTFParagraphFormat();
-        break;
-    case RTFWord::ql:
-        alignment = NSTextAlignment::left;
-        break;
-    case RTFWord::qr:
-        alignment = NSTextAlignment::right;
-        break;
-    case RTFWord::qc:
-        alignment = NSTextAlignment::center;
-        break;
-    case RTFWord::qj:
-        alignment = NSTextAlignment::justified;
-        break;
-    case RTFWord::qnatural:
-        alignment = NSTextAlignment::natural;
-        break;
-    case RTFWord::ltrpar:
-        direction = NSWritingDirection::leftToRight;
-        break;
-    case RTFWord::rtlpar:
-        direction = NSWritingDirection::rightToLeft;
-        break;
-    case RTFWord::pardirnatural:
-        direction = NSWritingDirection::natural;
-        break;
-    case RTFWord::li:
-        leftIndent = number;
-        break;
-    case RTFWord::fi:
-        firstLineIndent = number;
-        break;
-    case RTFWord::ri:
-        rightIndent = number;
-        break;
-    case RTFWord::sb:
-        spaceBefore = number;
-        break;
-    case RTFWord::sa:
-        spaceAfter = number;
-        break;
-    case RTFWord::sl:
-        lineHeight = number;
-        break;
-    case RTFWord::slmult:
-        isLineHeightMultiple = number != 0;
-        break;
-    case RTFWord::slleading:
-        lineSpacing = number;
-        break;
-    case RTFWord::slminimum:
-        minimumLineHeight = number;
-        break;
-    case RTFWord::slmaximum:
-        maximumLineHeight = number;
-        break;
-    case RTFWord::outlinelevel:
-        outlineLevel = static_cast<std::int8_t>(std::clamp(number, 0, 9));
-        break;
-    case RTFWord::s:
-        style = number;
-        break;
-    case RTFWord::ls:
-        list = number;
-        break;
-    case RTFWord::ilvl:
-        listLevel = static_cast<std::int8_t>(std::clamp(number, 0, 8));
-        break;
-    case RTFWord::contextualspace:
-        isSpacingContextual = isOn(token);
-        break;
-    case RTFWord::intbl:
-        isInTable = isOn(token);
-        break;
-    case RTFWord::itap:
-        nesting = std::clamp(number, 0, 1000);
-        break;
-    case RTFWord::pardeftab:
-        tabInterval = number;
-        break;
-    case RTFWord::tqc:
-        nextTabType = NSTextTabType::center;
-        break;
-    case RTFWord::tqr:
-        nextTabType = NSTextTabType::right;
-        break;
-    case RTFWord::tqdec:
-        nextTabType = NSTextTabType::decimal;
-        break;
-    default: { // tx
-        const NSTextTab tab{pointsFromTwips(number), nextTabType};
-        nextTabType = NSTextTabType::left;
-        if (tabs && tabs->size() >= maximumTabs)
-            break;
-        auto longer = tabs ? std::make_shared<std::vector<NSTextTab>>(*tabs)
-                           : std::make_shared<std::vector<NSTextTab>>();
-        longer->insert(std::ranges::upper_bound(*longer, tab.location, {}, &NSTextTab::location), tab);
-        tabs = std::move(longer);
-        break;
-    }
-    }
+std::span<const RTFWord<RTFParagraphFormat>> RTFParagraphFormat::words() {
+    using Format = RTFParagraphFormat;
+    using Token = RTFToken;
+    static constexpr RTFWord<Format> words[] = {
+        {"pard", [](Format& format, const Token&) { format = Format(); }},
+        {"ql", setValue<&Format::alignment, NSTextAlignment::left>},
+        {"qr", setValue<&Format::alignment, NSTextAlignment::right>},
+        {"qc", setValue<&Format::alignment, NSTextAlignment::center>},
+        {"qj", setValue<&Format::alignment, NSTextAlignment::justified>},
+        {"qnatural", setValue<&Format::alignment, NSTextAlignment::natural>},
+        {"ltrpar", setValue<&Format::direction, NSWritingDirection::leftToRight>},
+        {"rtlpar", setValue<&Format::direction, NSWritingDirection::rightToLeft>},
+        {"pardirnatural", setValue<&Format::direction, NSWritingDirection::natural>},
+        {"li", setNumber<&Format::leftIndent>},
+        {"fi", setNumber<&Format::firstLineIndent>},
+        {"ri", setNumber<&Format::rightIndent>},
+        {"sb", setNumber<&Format::spaceBefore>},
+        {"sa", setNumber<&Format::spaceAfter>},
+        {"sl", setNumber<&Format::lineHeight>},
+        {"slmult",
+         [](Format& format, const Token& token) { format.isLineHeightMultiple = token.parameter != 0; }},
+        {"slleading", setNumber<&Format::lineSpacing>},
+        {"slminimum", setNumber<&Format::minimumLineHeight>},
+        {"slmaximum", setNumber<&Format::maximumLineHeight>},
+        {"outlinelevel",
+         [](Format& format, const Token& token) {
+             format.outlineLevel = static_cast<std::int8_t>(std::clamp(token.parameter, 0, 9));
+         }},
+        {"s", setNumber<&Format::style>},
+        {"ls", setNumber<&Format::list>},
+        {"ilvl",
+         [](Format& format, const Token& token) {
+             format.listLevel = static_cast<std::int8_t>(std::clamp(token.parameter, 0, 8));
+         }},
+        {"contextualspace", setSwitch<&Format::isSpacingContextual>},
+        {"intbl", setSwitch<&Format::isInTable>},
+        {"itap",
+         [](Format& format, const Token& token) { format.nesting = std::clamp(token.parameter, 0, 1000); }},
+        {"pardeftab", setNumber<&Format::tabInterval>},
+        {"tqc", setValue<&Format::nextTabType, NSTextTabType::center>},
+        {"tqr", setValue<&Format::nextTabType, NSTextTabType::right>},
+        {"tqdec", setValue<&Format::nextTabType, NSTextTabType::decimal>},
+        {"tx", addTab},
+    };
+    return words;
 }
 
 std::int32_t RTFParagraphFormat::tableLevel() const {

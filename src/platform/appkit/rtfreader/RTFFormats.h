@@ -5,12 +5,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
+template <typename State>
+struct RTFWord;
 
 // Formats as RTF states them: twips (1/20 point), indices into the document's tables.
 
@@ -48,10 +50,10 @@ struct RTFCharacterFormat {
 class RTFCharacterState {
 public:
     RTFCharacterState() = default;
-    /// What \plain goes back to.
+    /// Plain text, as it is after \plain.
     explicit RTFCharacterState(std::int32_t defaultFont) { format_.font = defaultFont; }
 
-    void apply(RTFWord word, const RTFToken& token, std::int32_t defaultFont);
+    static std::span<const RTFWord<RTFCharacterState>> words();
     RTFCharacterFormat effective() const;
     std::int32_t effectiveFont() const {
         return isRightToLeft_ && otherFont_ >= 0 ? otherFont_ : format_.font;
@@ -60,7 +62,10 @@ public:
     bool isInvisible() const { return isHidden_ || isDeleted_; }
 
 private:
-    void setOther(RTFWord word, const RTFToken& token);
+    template <NSUnderlineStyle style>
+    static void setUnderline(RTFCharacterState& state, const RTFToken& token);
+    static void setBackground(RTFCharacterState& state, const RTFToken& token);
+    static void endRightToLeft(RTFCharacterState& state, const RTFToken& token);
 
     RTFCharacterFormat format_;
     // Right to left; negative is not stated.
@@ -105,7 +110,7 @@ struct RTFParagraphFormat {
     /// Null: none.
     std::shared_ptr<const std::vector<NSTextTab>> tabs;
 
-    void apply(RTFWord word, const RTFToken& token);
+    static std::span<const RTFWord<RTFParagraphFormat>> words();
     /// 0 outside of tables.
     std::int32_t tableLevel() const;
     /// The style that it asks for, without lists and cells.

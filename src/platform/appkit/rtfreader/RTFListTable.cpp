@@ -1,6 +1,5 @@
 #include "platform/appkit/rtfreader/RTFListTable.h"
 
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -72,49 +71,56 @@ RTFListTable::Level* RTFListTable::currentLevel() {
                                                                             : nullptr;
 }
 
-void RTFListTable::apply(RTFWord word, const RTFToken& token) {
-    Level* const level = currentLevel();
-    switch (word) {
-    case RTFWord::listoverride:
-        isInOverrides_ = true;
-        if (overrides_.size() < maximumLists)
-            overrides_.emplace_back();
-        break;
-    case RTFWord::listid:
-        current().identifier = token.parameter;
-        if (!isInOverrides_)
-            listOfIdentifier_.emplace(token.parameter, lists_.size() - 1);
-        break;
-    case RTFWord::ls:
-        if (isInOverrides_ && !overrides_.empty())
-            overrideOfNumber_.emplace(token.parameter, overrides_.size() - 1);
-        break;
-    case RTFWord::lfolevel:
-    case RTFWord::listlevel: {
-        // A level inside of an override describes the one that the override has begun.
-        Definition& definition = current();
-        if (isInOverrides_ && word == RTFWord::listlevel) {
-            if (level)
-                level->isFormatStated = true;
-        } else {
-            if (definition.levels.size() < levelCount)
-                definition.levels.emplace_back();
-            ++definition.currentLevel;
-        }
-        break;
-    }
-    case RTFWord::levelnfc:
-    case RTFWord::levelnfcn:
-        if (level)
-            level->kind = token.parameter;
-        break;
-    case RTFWord::levelstartat:
-        if (level)
-            level->startingNumber = token.parameter;
-        break;
-    default:
-        break;
-    }
+void RTFListTable::beginOverride() {
+    isInOverrides_ = true;
+    if (overrides_.size() < maximumLists)
+        overrides_.emplace_back();
+}
+
+void RTFListTable::addLevel() {
+    Definition& definition = current();
+    if (definition.levels.size() < levelCount)
+        definition.levels.emplace_back();
+    ++definition.currentLevel;
+}
+
+void RTFListTable::apply(const RTFToken& token) {
+    using Table = RTFListTable;
+    constexpr auto setKind = [](Table& table, const RTFToken& word) {
+        if (Level* const level = table.currentLevel())
+            level->kind = word.parameter;
+    };
+    static constexpr RTFWord<Table> words[] = {
+        {"listoverride", [](Table& table, const RTFToken&) { table.beginOverride(); }},
+        {"listid",
+         [](Table& table, const RTFToken& word) {
+             table.current().identifier = word.parameter;
+             if (!table.isInOverrides_)
+                 table.listOfIdentifier_.emplace(word.parameter, table.lists_.size() - 1);
+         }},
+        {"ls",
+         [](Table& table, const RTFToken& word) {
+             if (table.isInOverrides_ && !table.overrides_.empty())
+                 table.overrideOfNumber_.emplace(word.parameter, table.overrides_.size() - 1);
+         }},
+        {"lfolevel", [](Table& table, const RTFToken&) { table.addLevel(); }},
+        {"listlevel",
+         [](Table& table, const RTFToken&) {
+             // Inside an override it describes the level that \lfolevel has begun.
+             if (!table.isInOverrides_)
+                 table.addLevel();
+             else if (Level* const level = table.currentLevel())
+                 level->isFormatStated = true;
+         }},
+        {"levelnfc", setKind},
+        {"levelnfcn", setKind},
+        {"levelstartat",
+         [](Table& table, const RTFToken& word) {
+             if (Level* const level = table.currentLevel())
+                 level->startingNumber = word.parameter;
+         }},
+    };
+    applyRTFWord<Table>(words, *this, token);
 }
 
 void RTFListTable::setMarker(std::u16string_view marker) {
@@ -188,11 +194,23 @@ std::vector<RTFListTable::List> RTFListTable::listsOf(std::int32_t number, int l
     return {made.begin(), made.begin() + count};
 }
 
-void RTFOldList::apply(RTFWord word, const RTFToken& token) {
-    if (word == RTFWord::pnstart)
-        startingNumber_ = token.parameter;
-    else
-        kind_ = word;
+template <RTFOldList::Kind kind>
+void RTFOldList::setKind(RTFOldList& list, const RTFToken&) {
+    list.kind_ = kind;
+}
+
+void RTFOldList::apply(const RTFToken& token) {
+    static constexpr RTFWord<RTFOldList> words[] = {
+        {"pnstart", [](RTFOldList& list, const RTFToken& word) { list.startingNumber_ = word.parameter; }},
+        {"pnlvlblt", setKind<Kind::bullet>},
+        {"pnlvlcont", setKind<Kind::none>},
+        {"pndec", setKind<Kind::decimal>},
+        {"pnlcltr", setKind<Kind::lowerLetters>},
+        {"pnucltr", setKind<Kind::upperLetters>},
+        {"pnlcrm", setKind<Kind::lowerRoman>},
+        {"pnucrm", setKind<Kind::upperRoman>},
+    };
+    applyRTFWord<RTFOldList>(words, *this, token);
 }
 
 std::optional<NSTextList> RTFOldList::list() const {
@@ -200,25 +218,25 @@ std::optional<NSTextList> RTFOldList::list() const {
     list.startingItemNumber = startingNumber_;
     const char16_t* kind = nullptr;
     switch (kind_) {
-    case RTFWord::pnlvlblt:
+    case Kind::bullet:
         list.markerFormat = markerFormatOfBullet(before_ + after_);
         return list;
-    case RTFWord::pndec:
+    case Kind::decimal:
         kind = u"{decimal}";
         break;
-    case RTFWord::pnlcltr:
+    case Kind::lowerLetters:
         kind = u"{lower-alpha}";
         break;
-    case RTFWord::pnucltr:
+    case Kind::upperLetters:
         kind = u"{upper-alpha}";
         break;
-    case RTFWord::pnlcrm:
+    case Kind::lowerRoman:
         kind = u"{lower-roman}";
         break;
-    case RTFWord::pnucrm:
+    case Kind::upperRoman:
         kind = u"{upper-roman}";
         break;
-    default:
+    case Kind::none:
         return std::nullopt;
     }
     list.markerFormat = NSString(std::u16string_view(before_ + kind + after_));

@@ -15,7 +15,6 @@
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
 
 /// The lists that a document defines, and the numbers under which its paragraphs mention them.
 class RTFListTable {
@@ -24,8 +23,8 @@ public:
     static constexpr int levelCount = 9;
 
     /// Words of both tables, the one of lists and the one of overrides.
-    void apply(RTFWord word, const RTFToken& token);
-    /// The begin of a list's definition.
+    void apply(const RTFToken& token);
+    /// A list's definition begins.
     void beginList();
     void setMarker(std::u16string_view marker);
     void setText(std::u16string_view text);
@@ -49,6 +48,8 @@ private:
         int currentLevel = -1;
     };
 
+    void beginOverride();
+    void addLevel();
     Level* currentLevel();
     Definition& current();
     static NSTextList makeList(const Level& level, int index);
@@ -64,14 +65,26 @@ private:
 /// A list of the old kind: each paragraph describes its own.
 class RTFOldList {
 public:
-    void apply(RTFWord word, const RTFToken& token);
+    void apply(const RTFToken& token);
     void setTextBefore(std::u16string_view text) { before_ = text; }
     void setTextAfter(std::u16string_view text) { after_ = text; }
     /// Absent when the paragraph is in no list.
     std::optional<NSTextList> list() const;
 
 private:
-    RTFWord kind_{};
+    enum class Kind : std::uint8_t {
+        none,
+        bullet,
+        decimal,
+        lowerLetters,
+        upperLetters,
+        lowerRoman,
+        upperRoman
+    };
+    template <Kind kind>
+    static void setKind(RTFOldList& list, const RTFToken& token);
+
+    Kind kind_ = Kind::none;
     std::int32_t startingNumber_ = 1;
     std::u16string before_;
     std::u16string after_;

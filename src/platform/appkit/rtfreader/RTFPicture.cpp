@@ -1,7 +1,6 @@
 #include "platform/appkit/rtfreader/RTFPicture.h"
 
 #include "platform/appkit/NSFileWrapper.h"
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -70,6 +69,10 @@ std::string bitmapHeader(std::string_view data) {
     return header;
 }
 
+std::int32_t numberOf(const RTFToken& token) {
+    return std::clamp(token.parameter, -1000000, 1000000);
+}
+
 float pointsOf(std::int32_t goal, std::int32_t crop, std::int32_t scale) {
     const double twips = static_cast<double>(goal) - crop;
     const double points = twips * scale / 2000;
@@ -78,60 +81,31 @@ float pointsOf(std::int32_t goal, std::int32_t crop, std::int32_t scale) {
 
 } // namespace
 
-void RTFPicture::apply(RTFWord word, const RTFToken& token) {
-    const std::int32_t number = std::clamp(token.parameter, -1000000, 1000000);
-    switch (word) {
-    case RTFWord::pngblip:
-        kind_ = "png";
-        break;
-    case RTFWord::jpegblip:
-        kind_ = "jpg";
-        break;
-    case RTFWord::emfblip:
-        kind_ = "emf";
-        break;
-    case RTFWord::wmetafile:
-        kind_ = "wmf";
-        mappingMode_ = token.hasParameter ? number : 1;
-        break;
-    case RTFWord::macpict:
-        kind_ = "pict";
-        break;
-    case RTFWord::dibitmap:
-        kind_ = "bmp";
-        break;
-    case RTFWord::wbitmap:
-        isForDevice_ = true;
-        break;
-    case RTFWord::picw:
-        width_ = number;
-        break;
-    case RTFWord::pich:
-        height_ = number;
-        break;
-    case RTFWord::picwgoal:
-        goalWidth_ = number;
-        break;
-    case RTFWord::pichgoal:
-        goalHeight_ = number;
-        break;
-    case RTFWord::picscalex:
-        scaleX_ = number;
-        break;
-    case RTFWord::picscaley:
-        scaleY_ = number;
-        break;
-    case RTFWord::piccropl:
-    case RTFWord::piccropr:
-        cropX_ += number;
-        break;
-    case RTFWord::piccropt:
-    case RTFWord::piccropb:
-        cropY_ += number;
-        break;
-    default:
-        break;
-    }
+void RTFPicture::apply(const RTFToken& token) {
+    static constexpr RTFWord<RTFPicture> words[] = {
+        {"pngblip", [](RTFPicture& picture, const RTFToken&) { picture.kind_ = "png"; }},
+        {"jpegblip", [](RTFPicture& picture, const RTFToken&) { picture.kind_ = "jpg"; }},
+        {"emfblip", [](RTFPicture& picture, const RTFToken&) { picture.kind_ = "emf"; }},
+        {"macpict", [](RTFPicture& picture, const RTFToken&) { picture.kind_ = "pict"; }},
+        {"dibitmap", [](RTFPicture& picture, const RTFToken&) { picture.kind_ = "bmp"; }},
+        {"wmetafile",
+         [](RTFPicture& picture, const RTFToken& word) {
+             picture.kind_ = "wmf";
+             picture.mappingMode_ = word.hasParameter ? numberOf(word) : 1;
+         }},
+        {"wbitmap", [](RTFPicture& picture, const RTFToken&) { picture.isForDevice_ = true; }},
+        {"picw", [](RTFPicture& picture, const RTFToken& word) { picture.width_ = numberOf(word); }},
+        {"pich", [](RTFPicture& picture, const RTFToken& word) { picture.height_ = numberOf(word); }},
+        {"picwgoal", [](RTFPicture& picture, const RTFToken& word) { picture.goalWidth_ = numberOf(word); }},
+        {"pichgoal", [](RTFPicture& picture, const RTFToken& word) { picture.goalHeight_ = numberOf(word); }},
+        {"picscalex", [](RTFPicture& picture, const RTFToken& word) { picture.scaleX_ = numberOf(word); }},
+        {"picscaley", [](RTFPicture& picture, const RTFToken& word) { picture.scaleY_ = numberOf(word); }},
+        {"piccropl", [](RTFPicture& picture, const RTFToken& word) { picture.cropX_ += numberOf(word); }},
+        {"piccropr", [](RTFPicture& picture, const RTFToken& word) { picture.cropX_ += numberOf(word); }},
+        {"piccropt", [](RTFPicture& picture, const RTFToken& word) { picture.cropY_ += numberOf(word); }},
+        {"piccropb", [](RTFPicture& picture, const RTFToken& word) { picture.cropY_ += numberOf(word); }},
+    };
+    applyRTFWord<RTFPicture>(words, *this, token);
 }
 
 void RTFPicture::appendHexDigits(std::string_view digits) {

@@ -10,12 +10,11 @@
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
 
 /// One picture of an RTF document while it is read.
 class RTFPicture {
 public:
-    void apply(RTFWord word, const RTFToken& token);
+    void apply(const RTFToken& token);
     /// The picture in hexadecimal digits; anything else between them is passed over.
     void appendHexDigits(std::string_view digits);
     void appendBytes(std::string_view bytes) { data_ += bytes; }

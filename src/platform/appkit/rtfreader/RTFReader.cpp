@@ -26,13 +26,25 @@ bool isControl(char16_t unit) {
     return unit < 0x20 || unit == NSAttachmentCharacter || unit == paragraphSeparator;
 }
 
+/// Whose words they are.
+enum WordTable : std::uint8_t {
+    charactersTable,
+    paragraphsTable,
+    rowsTable,
+    signsTable,
+    bodyTable,
+    readerTable,
+    groupsTable,
+    documentTable
+};
+
 } // namespace
 
 RTFReader::RTFReader(std::string_view source, const NSFileWrapper* package)
     : scanner_(source),
       package_(package),
-      body_(resources_.cells, resources_.colors),
-      notes_(resources_.cells, resources_.colors) {
+      body_(definitions_.cells, definitions_.colors),
+      notes_(definitions_.cells, definitions_.colors) {
     State first;
     first.story = &body_;
     states_.push_back(std::move(first));
@@ -87,7 +99,7 @@ NSAttributedString RTFReader::read() {
         endParagraph(isLast ? u'\0' : u'\n', state().paragraph.tableLevel());
     body_.finish();
     body_.appendStory(std::move(notes_), -1);
-    return RTFAssembler(resources_).textOf(body_);
+    return RTFAssembler(definitions_).textOf(body_);
 }
 
 void RTFReader::openGroup() {
@@ -114,188 +126,197 @@ void RTFReader::closeGroup() {
         endParagraph(u'\n', 0);
     const State ended = std::move(states_.back());
     states_.pop_back();
-    if (ended.destination != state().destination || ended.word != state().word)
-        endDestination(ended);
+    const bool isOwnGroup = ended.destination != state().destination || ended.group != state().group;
+    if (isOwnGroup && ended.group && ended.group->end)
+        ended.group->end(*this, ended);
     if (ended.story != state().story)
-        endStory(ended.word);
+        endStory(ended.group && ended.group->name == "footnote");
 }
 
 // Words.
+
+const RTFWordIndex& RTFReader::wordIndex() {
+    static const RTFWordIndex index = [] {
+        RTFWordIndex all;
+        all.add(charactersTable, RTFCharacterState::words());
+        all.add(paragraphsTable, RTFParagraphFormat::words());
+        all.add(rowsTable, RTFRowDefinition::words());
+        all.add(signsTable, rtfCharacterWords());
+        all.add(bodyTable, bodyWords());
+        all.add(readerTable, words());
+        all.add(groupsTable, groupWords());
+        all.add(documentTable, RTFDocumentInfo::words());
+        return all;
+    }();
+    return index;
+}
 
 void RTFReader::readWord(const RTFToken& token) {
     flushBytes();
     const bool isStarred = std::exchange(isStarred_, false);
     const bool isAtGroupStart = std::exchange(isAtGroupStart_, false);
-    const auto [word, kind] = rtfWordNamed(token.bytes);
-    if (kind != RTFWordKind::text)
-        unicodeSkip_ = 0;
-    if (state().destination == Destination::packageName)
-        isPackageNameEnded_ = true;
-    switch (kind) {
-    case RTFWordKind::unknown:
-        if (isStarred)
-            scanner_.skipGroup();
-        break;
-    case RTFWordKind::skipped:
-        if (isStarred || isAtGroupStart)
-            readGroupWord(word, true);
-        break;
-    case RTFWordKind::group:
-        readGroupWord(word, isStarred || isAtGroupStart);
-        break;
-    case RTFWordKind::text:
-        readTextWord(word, token);
-        break;
-    case RTFWordKind::character:
-        if (state().destination == Destination::fontTable) {
-            resources_.fonts.apply(word, token);
-        } else if (state().destination == Destination::styleSheet) {
-            styles_.apply(word, token);
-        } else {
-            state().characters.apply(word, token, defaultFont_);
-            state().format = -1;
-            state().isCodePageKnown = false;
-        }
-        break;
-    case RTFWordKind::paragraph:
-        if (state().destination == Destination::styleSheet)
-            styles_.apply(word, token);
-        else if (state().destination == Destination::listTable)
-            resources_.lists.apply(word, token);
-        else if (state().destination == Destination::body) {
-            state().paragraph.apply(word, token);
-            state().paragraphFormat = -1;
-        }
-        break;
-    case RTFWordKind::row:
-        // Word takes the padding at the left of cells for that at the top, and all who state the unit of it
-        // follow Word, but for the platform.
-        if ((word == RTFWord::clpadfl || word == RTFWord::clpadft) && info_.isOfPlatform())
-            break;
-        if (state().destination == Destination::body)
-            state().story->rowDefinition(state().paragraph.nesting).apply(word, token);
-        break;
-    case RTFWordKind::document:
-        readDocumentWord(word, token);
-        break;
-    case RTFWordKind::time:
-        if (state().destination == Destination::time)
-            time_.apply(word, token);
-        break;
-    case RTFWordKind::font:
-        if (state().destination == Destination::fontTable)
-            resources_.fonts.apply(word, token);
-        break;
-    case RTFWordKind::color:
-        if (state().destination == Destination::colorTable)
-            resources_.colors.apply(RTFColorTable::Part::plain, word, token);
-        else if (state().destination == Destination::expandedColorTable)
-            resources_.colors.apply(RTFColorTable::Part::expanded, word, token);
-        break;
-    case RTFWordKind::list:
-        if (state().destination == Destination::listTable)
-            resources_.lists.apply(word, token);
-        break;
-    case RTFWordKind::numbering:
-        if (state().destination == Destination::oldList)
-            oldList_.apply(word, token);
-        break;
-    case RTFWordKind::picture:
-        if (state().destination == Destination::picture)
-            picture_.apply(word, token);
-        else if (state().destination == Destination::packageName && word == RTFWord::width)
-            packageSize_.width = pointsFromTwips(std::max(token.parameter, 0));
-        else if (state().destination == Destination::packageName && word == RTFWord::height)
-            packageSize_.height = pointsFromTwips(std::max(token.parameter, 0));
-        break;
-    }
-}
-
-void RTFReader::readDocumentWord(RTFWord word, const RTFToken& token) {
-    switch (word) {
-    case RTFWord::ansi:
-        documentCodePage_ = 1252;
-        break;
-    case RTFWord::mac:
-        documentCodePage_ = 10000;
-        break;
-    case RTFWord::pc:
-        documentCodePage_ = 437;
-        break;
-    case RTFWord::pca:
-        documentCodePage_ = 850;
-        break;
-    case RTFWord::ansicpg:
-        if (token.parameter > 0)
-            documentCodePage_ = token.parameter;
-        break;
-    case RTFWord::deff:
-        defaultFont_ = std::max(token.parameter, 0);
-        state().characters = RTFCharacterState(defaultFont_);
-        state().format = -1;
-        break;
-    default:
-        info_.apply(word, token);
-        return;
-    }
-    state().isCodePageKnown = false;
-}
-
-void RTFReader::readTextWord(RTFWord word, const RTFToken& token) {
-    switch (word) {
-    case RTFWord::uc:
-        unicodeSkip_ = 0;
-        state().unicodeSkip = std::clamp(token.parameter, 0, 1000);
-        return;
-    case RTFWord::u:
-        unicodeSkip_ = 0;
-        return readUnicode(token.parameter);
-    default:
-        break;
-    }
-    if (const char16_t unit = rtfCharacterOf(word)) {
+    const RTFWordIndex::Entry* const entry = wordIndex().find(token.bytes);
+    if (entry && entry->table == signsTable) {
+        if (state().destination == Destination::packageName)
+            packageMark_.apply(token);
         if (unicodeSkip_ > 0)
             --unicodeSkip_;
         else
-            appendUnit(unit);
+            appendUnit(rtfCharacterWords()[entry->row].unit);
         return;
     }
     unicodeSkip_ = 0;
-    if (state().destination != Destination::body)
+    const Destination destination = state().destination;
+    if (destination == Destination::packageName)
+        packageMark_.apply(token);
+    if (!entry) {
+        if (isStarred)
+            scanner_.skipGroup();
+        else
+            readDestinationWord(token);
         return;
-    const std::int32_t level = state().paragraph.tableLevel();
-    switch (word) {
-    case RTFWord::par:
-        // The end of a paragraph that does not show leaves no empty one.
-        if (!state().characters.isInvisible() || state().story->hasOpenParagraph())
-            endParagraph(u'\n', level);
+    }
+    switch (entry->table) {
+    case charactersTable:
+        if (destination == Destination::fontTable || destination == Destination::styleSheet)
+            return readDestinationWord(token);
+        RTFCharacterState::words()[entry->row].apply(state().characters, token);
+        state().format = -1;
+        state().isCodePageKnown = false;
         break;
-    case RTFWord::sect:
-        if (state().story->hasOpenParagraph())
-            endParagraph(u'\n', level);
+    case paragraphsTable:
+        if (destination != Destination::body)
+            return readDestinationWord(token);
+        RTFParagraphFormat::words()[entry->row].apply(state().paragraph, token);
+        state().paragraphFormat = -1;
         break;
-    case RTFWord::cell:
-        endCell(1);
+    case rowsTable:
+        // Word takes the padding at the left of cells for that at the top, and every writer that states its
+        // unit follows Word, except the platform.
+        if (info_.isOfPlatform() && token.bytes.starts_with("clpadf"))
+            break;
+        if (destination == Destination::body)
+            RTFRowDefinition::words()[entry->row].apply(
+                state().story->rowDefinition(state().paragraph.nesting), token);
         break;
-    case RTFWord::nestcell:
-        endCell(std::max(level, 2));
+    case bodyTable:
+        if (destination == Destination::body)
+            bodyWords()[entry->row].apply(*this, token);
         break;
-    case RTFWord::row:
-        endRow(1);
+    case readerTable:
+        words()[entry->row].apply(*this, token);
         break;
-    case RTFWord::nestrow:
-        endRow(std::max(level, 2));
+    case groupsTable:
+        readGroupWord(groupWords()[entry->row], isStarred || isAtGroupStart);
         break;
-    case RTFWord::chftn: {
-        if (state().storyDepth == 0)
-            ++noteNumber_;
-        const std::string digits = std::to_string(noteNumber_);
-        appendUnits(std::u16string(digits.begin(), digits.end()));
+    case documentTable:
+        RTFDocumentInfo::words()[entry->row].apply(info_, token);
         break;
     }
+}
+
+/// Words that have a meaning of their own where the group is not text of the document.
+void RTFReader::readDestinationWord(const RTFToken& token) {
+    switch (state().destination) {
+    case Destination::fontTable:
+        return definitions_.fonts.apply(token);
+    case Destination::colorTable:
+        return definitions_.colors.apply(RTFColorTable::Part::plain, token);
+    case Destination::expandedColorTable:
+        return definitions_.colors.apply(RTFColorTable::Part::expanded, token);
+    case Destination::styleSheet:
+        return styles_.apply(token);
+    case Destination::listTable:
+        return definitions_.lists.apply(token);
+    case Destination::time:
+        return time_.apply(token);
+    case Destination::oldList:
+        return oldList_.apply(token);
+    case Destination::picture:
+        return picture_.apply(token);
     default:
-        break;
+        return;
     }
+}
+
+template <RTFCodePage page>
+void RTFReader::setDocumentCodePage(RTFReader& reader, const RTFToken&) {
+    reader.documentCodePage_ = page;
+    reader.state().isCodePageKnown = false;
+}
+
+std::span<const RTFWord<RTFReader>> RTFReader::words() {
+    using Reader = RTFReader;
+    static constexpr RTFWord<Reader> words[] = {
+        {"ansi", setDocumentCodePage<1252>},
+        {"mac", setDocumentCodePage<10000>},
+        {"pc", setDocumentCodePage<437>},
+        {"pca", setDocumentCodePage<850>},
+        {"ansicpg",
+         [](Reader& reader, const RTFToken& token) {
+             if (token.parameter > 0)
+                 reader.documentCodePage_ = token.parameter;
+             reader.state().isCodePageKnown = false;
+         }},
+        {"deff",
+         [](Reader& reader, const RTFToken& token) {
+             reader.defaultFont_ = std::max(token.parameter, 0);
+             reader.setPlain();
+         }},
+        {"plain",
+         [](Reader& reader, const RTFToken&) {
+             const Destination destination = reader.state().destination;
+             if (destination != Destination::fontTable && destination != Destination::styleSheet)
+                 reader.setPlain();
+         }},
+        {"uc",
+         [](Reader& reader, const RTFToken& token) {
+             reader.state().unicodeSkip = std::clamp(token.parameter, 0, 1000);
+         }},
+        {"u", [](Reader& reader, const RTFToken& token) { reader.readUnicode(token.parameter); }},
+    };
+    return words;
+}
+
+std::span<const RTFWord<RTFReader>> RTFReader::bodyWords() {
+    using Reader = RTFReader;
+    static constexpr RTFWord<Reader> words[] = {
+        {"par",
+         [](Reader& reader, const RTFToken&) {
+             // The end of a paragraph that does not show leaves no empty one.
+             if (!reader.state().characters.isInvisible() || reader.state().story->hasOpenParagraph())
+                 reader.endParagraph(u'\n', reader.state().paragraph.tableLevel());
+         }},
+        {"sect",
+         [](Reader& reader, const RTFToken&) {
+             if (reader.state().story->hasOpenParagraph())
+                 reader.endParagraph(u'\n', reader.state().paragraph.tableLevel());
+         }},
+        {"cell", [](Reader& reader, const RTFToken&) { reader.endCell(1); }},
+        {"nestcell",
+         [](Reader& reader, const RTFToken&) {
+             reader.endCell(std::max(reader.state().paragraph.tableLevel(), 2));
+         }},
+        {"row", [](Reader& reader, const RTFToken&) { reader.endRow(1); }},
+        {"nestrow",
+         [](Reader& reader, const RTFToken&) {
+             reader.endRow(std::max(reader.state().paragraph.tableLevel(), 2));
+         }},
+        {"chftn",
+         [](Reader& reader, const RTFToken&) {
+             if (reader.state().storyDepth == 0)
+                 ++reader.noteNumber_;
+             const std::string digits = std::to_string(reader.noteNumber_);
+             reader.appendUnits(std::u16string(digits.begin(), digits.end()));
+         }},
+    };
+    return words;
+}
+
+void RTFReader::setPlain() {
+    state().characters = RTFCharacterState(defaultFont_);
+    state().format = -1;
+    state().isCodePageKnown = false;
 }
 
 void RTFReader::readSymbol(const RTFToken& token) {
@@ -357,9 +378,7 @@ void RTFReader::readBytes(std::string_view bytes) {
     case Destination::picture:
         return picture_.appendHexDigits(bytes);
     case Destination::packageName:
-        if (!isPackageNameEnded_)
-            packageName_ += bytes;
-        return;
+        return packageMark_.appendName(bytes);
     case Destination::body:
         if (bytes_.empty() && !state().isPackageMarkNext && isPlain(bytes) && codePage() >= 0) {
             if (!state().characters.isInvisible())
@@ -404,20 +423,18 @@ void RTFReader::appendUnits(std::u16string_view units) {
     case Destination::body:
         return appendToBody(units);
     case Destination::fontTable:
-        return resources_.fonts.append(units);
+        return definitions_.fonts.append(units);
     case Destination::colorTable:
-        return resources_.colors.append(RTFColorTable::Part::plain, units);
+        return definitions_.colors.append(RTFColorTable::Part::plain, units);
     case Destination::expandedColorTable:
-        return resources_.colors.append(RTFColorTable::Part::expanded, units);
+        return definitions_.colors.append(RTFColorTable::Part::expanded, units);
     case Destination::styleSheet:
         return styles_.append(units);
     case Destination::captured:
         captured_ += units;
         return;
     case Destination::packageName:
-        if (!isPackageNameEnded_)
-            packageName_ += UTF8StringOfCharacters(units);
-        return;
+        return packageMark_.appendName(UTF8StringOfCharacters(units));
     default:
         return;
     }
@@ -447,14 +464,14 @@ void RTFReader::appendToBody(std::u16string_view units) {
 }
 
 void RTFReader::appendAttachment(std::shared_ptr<const NSTextAttachment> attachment) {
-    auto& attachments = resources_.attachments;
+    auto& attachments = definitions_.attachments;
     if (attachments.size() >= maximumAttachments || state().characters.isInvisible())
         return;
     attachments.push_back(std::move(attachment));
     RTFCharacterFormat format = state().characters.effective();
     format.link = state().link;
     format.attachment = static_cast<std::int32_t>(attachments.size() - 1);
-    state().story->append({&NSAttachmentCharacter, 1}, resources_.characterFormats.indexOf(format));
+    state().story->append({&NSAttachmentCharacter, 1}, definitions_.characterFormats.indexOf(format));
 }
 
 // Formats.
@@ -467,14 +484,14 @@ RTFCodePage RTFReader::codePage() {
     switch (current.destination) {
     case Destination::fontTable:
         // Changes from entry to entry.
-        page = resources_.fonts.currentCodePage();
+        page = definitions_.fonts.currentCodePage();
         return page > 0 ? page : documentCodePage_;
     case Destination::body:
-        page = resources_.fonts.codePageOf(current.characters.effectiveFont());
+        page = definitions_.fonts.codePageOf(current.characters.effectiveFont());
         break;
     case Destination::captured:
-        if (current.word == RTFWord::fldinst)
-            page = resources_.fonts.codePageOf(current.characters.effectiveFont());
+        if (current.group && current.group->name == "fldinst")
+            page = definitions_.fonts.codePageOf(current.characters.effectiveFont());
         break;
     default:
         break;
@@ -491,7 +508,7 @@ std::uint32_t RTFReader::characterFormat() {
     if (state().format < 0) {
         RTFCharacterFormat format = state().characters.effective();
         format.link = state().link;
-        state().format = static_cast<std::int32_t>(resources_.characterFormats.indexOf(format));
+        state().format = static_cast<std::int32_t>(definitions_.characterFormats.indexOf(format));
     }
     return static_cast<std::uint32_t>(state().format);
 }
@@ -510,7 +527,7 @@ std::uint32_t RTFReader::paragraphFormat() {
     if (!format.isSpacingContextual)
         format.style = 0;
     format.isInTable = false;
-    const std::uint32_t index = resources_.paragraphFormats.indexOf(format);
+    const std::uint32_t index = definitions_.paragraphFormats.indexOf(format);
     state().paragraphFormat = static_cast<std::int32_t>(index);
     return index;
 }

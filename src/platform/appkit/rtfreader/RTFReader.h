@@ -5,6 +5,7 @@
 #include "platform/appkit/rtfreader/RTFCharsets.h"
 #include "platform/appkit/rtfreader/RTFDocumentInfo.h"
 #include "platform/appkit/rtfreader/RTFFormats.h"
+#include "platform/appkit/rtfreader/RTFPackageMark.h"
 #include "platform/appkit/rtfreader/RTFPicture.h"
 #include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFStory.h"
@@ -14,6 +15,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -50,15 +52,29 @@ private:
         oldList,
         picture,
         packageName,
-        /// Collected until the group ends; `State::word` says what for.
+        /// Collected until the group ends, and then what its word makes of it.
         captured
     };
 
+    struct State;
+    /// A word at the start of a group, which says what the group is.
+    struct GroupWord {
+        std::string_view name;
+        /// The destinations in which it counts, as bits. In others its group is passed over.
+        std::uint32_t places = 0;
+        /// False says that the group is to be passed over.
+        bool (*begin)(RTFReader& reader, const GroupWord& word) = nullptr;
+        /// Null when there is nothing to do.
+        void (*end)(RTFReader& reader, const State& ended) = nullptr;
+        /// It means nothing further inside a group.
+        bool needsStart = false;
+    };
     struct State {
         RTFCharacterState characters;
         RTFParagraphFormat paragraph;
         Destination destination = Destination::body;
-        RTFWord word = RTFWord::unknown;
+        /// The innermost of those that the state is of which began something; null when none did.
+        const GroupWord* group = nullptr;
         /// Of `characters` and `link`, and of `paragraph`; negative until they are asked for.
         std::int32_t format = -1;
         std::int32_t paragraphFormat = -1;
@@ -78,20 +94,28 @@ private:
     bool keepsStates() const { return depth_ == states_.size() - 1; }
     void openGroup();
     void closeGroup();
-    void endDestination(const State& ended);
-    void endCapture(RTFWord word);
     void endOldList();
     void endField();
+    void endPicture();
+    void endPackageMark();
 
+    /// Words of the reader's own: those that count everywhere, and those that count in the text.
+    static std::span<const RTFWord<RTFReader>> words();
+    static std::span<const RTFWord<RTFReader>> bodyWords();
+    static std::span<const GroupWord> groupWords();
+    static const RTFWordIndex& wordIndex();
     void readWord(const RTFToken& token);
-    void readGroupWord(RTFWord word, bool isAtGroupStart);
-    void readTextWord(RTFWord word, const RTFToken& token);
-    void readDocumentWord(RTFWord word, const RTFToken& token);
+    void readDestinationWord(const RTFToken& token);
+    void readGroupWord(const GroupWord& word, bool isAtGroupStart);
     void readSymbol(const RTFToken& token);
     void readUnicode(std::int32_t number);
-    void enter(Destination destination, RTFWord word = RTFWord::unknown);
-    void enterStory(RTFWord word);
-    void endStory(RTFWord word);
+    template <Destination destination>
+    static bool enter(RTFReader& reader, const GroupWord& word);
+    static bool enterStory(RTFReader& reader, const GroupWord& word);
+    static bool readOn(RTFReader&, const GroupWord&) { return true; }
+    template <RTFCodePage page>
+    static void setDocumentCodePage(RTFReader& reader, const RTFToken& token);
+    void endStory(bool isNote);
 
     void readBytes(std::string_view bytes);
     void flushBytes();
@@ -103,13 +127,14 @@ private:
     RTFCodePage codePage();
     std::uint32_t characterFormat();
     std::uint32_t paragraphFormat();
+    void setPlain();
     void endParagraph(char16_t unit, std::int32_t level);
     void endCell(std::int32_t level);
     void endRow(std::int32_t level);
 
     RTFScanner scanner_;
     const NSFileWrapper* package_;
-    RTFResources resources_;
+    RTFDefinitions definitions_;
     RTFStyleSheet styles_;
     RTFDocumentInfo info_;
     RTFCharsets charsets_;
@@ -130,11 +155,8 @@ private:
     std::string bytes_;
     std::u16string units_;
     std::u16string captured_;
-    /// UTF-8.
-    std::string packageName_;
-    bool isPackageNameEnded_ = false;
+    RTFPackageMark packageMark_;
     RTFPicture picture_;
-    NSSize packageSize_;
     RTFTime time_;
     RTFOldList oldList_;
     std::unordered_map<NSString, std::int32_t> linkIndices_;

@@ -2,7 +2,6 @@
 #include "platform/appkit/RTFPackage.h"
 #include "platform/appkit/rtfreader/RTFField.h"
 #include "platform/appkit/rtfreader/RTFReader.h"
-#include "platform/foundation/NSFileManager.h"
 
 #include <utility>
 
@@ -17,246 +16,262 @@ constexpr std::uint8_t maximumStoryDepth = 8;
 
 } // namespace
 
-void RTFReader::readGroupWord(RTFWord word, bool isAtGroupStart) {
-    const Destination destination = state().destination;
-    switch (word) {
-    case RTFWord::fonttbl:
-        return enter(Destination::fontTable);
-    case RTFWord::colortbl:
-        return enter(Destination::colorTable);
-    case RTFWord::expandedcolortbl:
-        return enter(Destination::expandedColorTable);
-    case RTFWord::stylesheet:
-        return enter(Destination::styleSheet);
-    case RTFWord::listtable:
-    case RTFWord::listoverridetable:
-        return enter(Destination::listTable);
-    case RTFWord::list:
-        if (destination == Destination::listTable)
-            return resources_.lists.beginList();
-        break;
-    case RTFWord::levelmarker:
-    case RTFWord::leveltext:
-        if (destination == Destination::listTable)
-            return enter(Destination::captured, word);
-        break;
-    case RTFWord::info:
-        return enter(Destination::info);
-    case RTFWord::title:
-    case RTFWord::subject:
-    case RTFWord::author:
-    case RTFWord::manager:
-    case RTFWord::company:
-    case RTFWord::copyright:
-    case RTFWord::category:
-    case RTFWord::operator_:
-    case RTFWord::editor:
-    case RTFWord::comment:
-    case RTFWord::doccomm:
-    case RTFWord::keywords:
-        if (destination == Destination::info)
-            return enter(Destination::captured, word);
-        break;
-    case RTFWord::creatim:
-    case RTFWord::revtim:
-        if (destination == Destination::info)
-            return enter(Destination::time, word);
-        break;
-    case RTFWord::fldinst:
-        if (destination == Destination::body)
-            return enter(Destination::captured, word);
-        break;
-    case RTFWord::fldrslt:
-        if (!state().isFieldShown)
-            return;
-        break;
-    case RTFWord::pn:
-        if (destination == Destination::body)
-            return enter(Destination::oldList);
-        break;
-    case RTFWord::pntxta:
-    case RTFWord::pntxtb:
-        if (destination == Destination::oldList)
-            return enter(Destination::captured, word);
-        break;
-    case RTFWord::pict:
-        if (destination == Destination::body || destination == Destination::wordsOnly)
-            return enter(Destination::picture);
-        break;
-    case RTFWord::field:
-        state().isFieldShown = false;
+std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
+    using Reader = RTFReader;
+    using Word = GroupWord;
+    constexpr auto in = [](auto... destinations) {
+        return (std::uint32_t{0} | ... | (1U << static_cast<unsigned>(destinations)));
+    };
+    constexpr std::uint32_t anywhere = ~0U;
+    constexpr std::uint32_t inText = in(Destination::body, Destination::wordsOnly);
+    constexpr std::uint32_t inInfo = in(Destination::info);
+    constexpr std::uint32_t inLists = in(Destination::listTable);
+    constexpr auto endInfoText = [](Reader& reader, const State& ended) {
+        reader.info_.setText(ended.group->name, std::exchange(reader.captured_, {}));
+    };
+    constexpr auto endTime = [](Reader& reader, const State& ended) {
+        reader.info_.setTime(ended.group->name, std::exchange(reader.time_, RTFTime()));
+    };
+    constexpr auto beginMarker = [](Reader& reader, const Word& word) {
+        if (reader.state().destination == Destination::body && reader.keepsStates() && reader.depth_ > 1 &&
+            !reader.state().story->hasOpenParagraph())
+            reader.state().group = &word;
+        return true;
+    };
+    constexpr auto endMarker = [](Reader& reader, const State& ended) {
+        if (ended.story == reader.state().story)
+            ended.story->endMarker(reader.characterFormat());
+    };
+    static constexpr Word words[] = {
+        // Tables of the head.
+        {"fonttbl", anywhere, enter<Destination::fontTable>,
+         [](Reader& reader, const State&) {
+             reader.definitions_.fonts.append(u";");
+             reader.state().isCodePageKnown = false;
+         }},
+        {"colortbl", anywhere, enter<Destination::colorTable>},
+        {"expandedcolortbl", anywhere, enter<Destination::expandedColorTable>},
+        {"stylesheet", anywhere, enter<Destination::styleSheet>},
+        {"listtable", anywhere, enter<Destination::listTable>},
+        {"listoverridetable", anywhere, enter<Destination::listTable>},
+        {"list", inLists,
+         [](Reader& reader, const Word&) {
+             reader.definitions_.lists.beginList();
+             return true;
+         },
+         nullptr, true},
+        {"levelmarker", inLists, enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.definitions_.lists.setMarker(std::exchange(reader.captured_, {}));
+         }},
+        {"leveltext", inLists, enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.definitions_.lists.setText(std::exchange(reader.captured_, {}));
+         }},
+        {"info", anywhere, enter<Destination::info>},
+        {"title", inInfo, enter<Destination::captured>, endInfoText},
+        {"subject", inInfo, enter<Destination::captured>, endInfoText},
+        {"author", inInfo, enter<Destination::captured>, endInfoText},
+        {"manager", inInfo, enter<Destination::captured>, endInfoText},
+        {"company", inInfo, enter<Destination::captured>, endInfoText},
+        {"copyright", inInfo, enter<Destination::captured>, endInfoText},
+        {"category", inInfo, enter<Destination::captured>, endInfoText},
+        {"operator", inInfo, enter<Destination::captured>, endInfoText},
+        {"editor", inInfo, enter<Destination::captured>, endInfoText},
+        {"comment", inInfo, enter<Destination::captured>, endInfoText},
+        {"doccomm", inInfo, enter<Destination::captured>, endInfoText},
+        {"keywords", inInfo, enter<Destination::captured>, endInfoText},
+        {"creatim", inInfo, enter<Destination::time>, endTime},
+        {"revtim", inInfo, enter<Destination::time>, endTime},
+        // Fields.
+        {"field", anywhere,
+         [](Reader& reader, const Word&) {
+             reader.state().isFieldShown = false;
+             return true;
+         }},
+        {"fldinst", in(Destination::body), enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.endField();
+             reader.captured_.clear();
+         }},
+        {"fldrslt", anywhere, [](Reader& reader, const Word&) { return !reader.state().isFieldShown; }},
+        // Markers of lists.
+        {"listtext", anywhere, beginMarker, endMarker},
+        {"pntext", anywhere, beginMarker, endMarker},
+        {"pn", in(Destination::body), enter<Destination::oldList>,
+         [](Reader& reader, const State&) { reader.endOldList(); }},
+        {"pntxta", in(Destination::oldList), enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.oldList_.setTextAfter(std::exchange(reader.captured_, {}));
+         }},
+        {"pntxtb", in(Destination::oldList), enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.oldList_.setTextBefore(std::exchange(reader.captured_, {}));
+         }},
+        // Pictures and attachments. A picture that is there twice is shown once.
+        {"pict", inText, enter<Destination::picture>,
+         [](Reader& reader, const State&) { reader.endPicture(); }},
+        {"shppict", anywhere,
+         [](Reader& reader, const Word&) {
+             reader.hasShapePicture_ = false;
+             return true;
+         }},
+        {"nonshppict", anywhere,
+         [](Reader& reader, const Word&) { return !std::exchange(reader.hasShapePicture_, false); }},
+        {"NeXTGraphic", in(Destination::body),
+         [](Reader& reader, const Word& word) {
+             reader.packageMark_ = RTFPackageMark();
+             return enter<Destination::packageName>(reader, word);
+         },
+         [](Reader& reader, const State&) { reader.endPackageMark(); }},
+        // Shapes.
+        {"shpinst", anywhere, enter<Destination::wordsOnly>},
+        {"sp", anywhere, enter<Destination::wordsOnly>},
+        {"do", anywhere, enter<Destination::wordsOnly>},
+        {"sn", in(Destination::wordsOnly), enter<Destination::captured>,
+         [](Reader& reader, const State&) { reader.shapeProperty_ = std::exchange(reader.captured_, {}); }},
+        {"sv", anywhere, [](Reader& reader, const Word&) { return reader.shapeProperty_ == u"pib"; }},
+        // Notes and frames.
+        {"footnote", inText, enterStory},
+        {"shptxt", inText, enterStory},
+        {"dptxbxtext", inText, enterStory},
+        // The next group is for readers that know no Unicode.
+        {"upr", anywhere,
+         [](Reader& reader, const Word&) {
+             reader.skipsNextGroup_ = true;
+             return true;
+         }},
+        // What these hold is read as if they were not there.
+        {"nesttableprops", anywhere, readOn},
+        {"object", anywhere, readOn},
+        {"result", anywhere, readOn},
+        {"rtf", anywhere, readOn},
+        {"shp", anywhere, readOn},
+        {"shpgrp", anywhere, readOn},
+        {"ud", anywhere, readOn},
+        // Passed over even without a star.
+        {"aftncn"},
+        {"aftnsep"},
+        {"aftnsepc"},
+        {"annotation"},
+        {"atnauthor"},
+        {"atnid"},
+        {"atnref"},
+        {"atntime"},
+        {"atrfend"},
+        {"atrfstart"},
+        {"bkmkend"},
+        {"bkmkstart"},
+        {"buptim"},
+        {"datafield"},
+        {"filetbl"},
+        {"footer"},
+        {"footerf"},
+        {"footerl"},
+        {"footerr"},
+        {"formfield"},
+        {"ftncn"},
+        {"ftnsep"},
+        {"ftnsepc"},
+        {"generator"},
+        {"header"},
+        {"headerf"},
+        {"headerl"},
+        {"headerr"},
+        {"levelnumbers"},
+        {"listname"},
+        {"listpicture"},
+        {"nonesttables"},
+        {"objclass"},
+        {"objdata"},
+        {"objname"},
+        {"picprop"},
+        {"printim"},
+        {"private"},
+        {"revtbl"},
+        {"rxe"},
+        {"shprslt"},
+        {"tc"},
+        {"tcn"},
+        {"template"},
+        {"txe"},
+        {"xe"},
+    };
+    return words;
+}
+
+void RTFReader::readGroupWord(const GroupWord& word, bool isAtGroupStart) {
+    const bool isHere = (word.places >> static_cast<unsigned>(state().destination) & 1) != 0;
+    if (isHere && (isAtGroupStart || !word.needsStart) && word.begin(*this, word))
         return;
-    case RTFWord::shppict:
-        hasShapePicture_ = false;
-        return;
-    case RTFWord::nonshppict:
-        if (!std::exchange(hasShapePicture_, false))
-            return;
-        break;
-    case RTFWord::NeXTGraphic:
-        if (destination == Destination::body) {
-            packageName_.clear();
-            packageSize_ = NSSize();
-            isPackageNameEnded_ = false;
-            return enter(Destination::packageName);
-        }
-        break;
-    case RTFWord::shpinst:
-    case RTFWord::sp:
-    case RTFWord::do_:
-        return enter(Destination::wordsOnly);
-    case RTFWord::sn:
-        if (destination == Destination::wordsOnly)
-            return enter(Destination::captured, word);
-        break;
-    case RTFWord::sv:
-        if (shapeProperty_ == u"pib")
-            return;
-        break;
-    case RTFWord::footnote:
-    case RTFWord::shptxt:
-    case RTFWord::dptxbxtext:
-        if (destination == Destination::body || destination == Destination::wordsOnly)
-            return enterStory(word);
-        break;
-    case RTFWord::upr:
-        skipsNextGroup_ = true;
-        return;
-    case RTFWord::listtext:
-    case RTFWord::pntext:
-        if (destination == Destination::body && keepsStates() && depth_ > 1 &&
-            !state().story->hasOpenParagraph())
-            state().word = RTFWord::listtext;
-        return;
-    // What they hold is read as if they were not there.
-    case RTFWord::nesttableprops:
-    case RTFWord::object:
-    case RTFWord::result:
-    case RTFWord::rtf:
-    case RTFWord::shp:
-    case RTFWord::shpgrp:
-    case RTFWord::ud:
-        return;
-    default:
-        break;
-    }
     if (isAtGroupStart)
         scanner_.skipGroup();
 }
 
-void RTFReader::enter(Destination destination, RTFWord word) {
+template <RTFReader::Destination destination>
+bool RTFReader::enter(RTFReader& reader, const GroupWord& word) {
     // The destination could not end where its group does.
-    if (!keepsStates() || depth_ <= 1) {
-        scanner_.skipGroup();
-        return;
+    if (!reader.keepsStates() || reader.depth_ <= 1) {
+        reader.scanner_.skipGroup();
+        return true;
     }
-    state().destination = destination;
-    state().word = word;
-    state().isCodePageKnown = false;
+    State& state = reader.state();
+    state.destination = destination;
+    state.group = &word;
+    state.isCodePageKnown = false;
+    return true;
 }
 
-void RTFReader::enterStory(RTFWord word) {
-    if (!keepsStates() || depth_ <= 1)
-        return;
-    state().destination = Destination::body;
-    if (state().storyDepth >= maximumStoryDepth)
-        return;
-    openStories_.push_back(std::make_unique<RTFStory>(resources_.cells, resources_.colors));
-    state().story = openStories_.back().get();
-    state().word = word;
-    state().paragraph = RTFParagraphFormat();
-    state().paragraphFormat = -1;
-    ++state().storyDepth;
+bool RTFReader::enterStory(RTFReader& reader, const GroupWord& word) {
+    if (!reader.keepsStates() || reader.depth_ <= 1)
+        return true;
+    State& state = reader.state();
+    state.destination = Destination::body;
+    if (state.storyDepth >= maximumStoryDepth)
+        return true;
+    reader.openStories_.push_back(
+        std::make_unique<RTFStory>(reader.definitions_.cells, reader.definitions_.colors));
+    state.story = reader.openStories_.back().get();
+    state.group = &word;
+    state.paragraph = RTFParagraphFormat();
+    state.paragraphFormat = -1;
+    ++state.storyDepth;
+    return true;
 }
 
-void RTFReader::endStory(RTFWord word) {
+void RTFReader::endStory(bool isNote) {
     const std::unique_ptr<RTFStory> story = std::move(openStories_.back());
     openStories_.pop_back();
     if (story->isEmpty())
         return;
     story->finish();
-    if (word == RTFWord::footnote)
+    if (isNote)
         notes_.appendStory(std::move(*story), -1);
     else
         state().story->addFrame(std::move(*story));
 }
 
-void RTFReader::endDestination(const State& ended) {
-    switch (ended.destination) {
-    case Destination::fontTable:
-        resources_.fonts.append(u";");
-        state().isCodePageKnown = false;
-        break;
-    case Destination::body:
-        if (ended.word == RTFWord::listtext && ended.story == state().story)
-            state().story->endMarker(characterFormat());
-        break;
-    case Destination::captured:
-        endCapture(ended.word);
-        break;
-    case Destination::time:
-        info_.setTime(ended.word, std::exchange(time_, RTFTime()));
-        break;
-    case Destination::oldList:
-        endOldList();
-        break;
-    case Destination::picture:
-        if (auto attachment =
-                std::exchange(picture_, RTFPicture()).attachmentNumbered(resources_.attachments.size() + 1)) {
-            hasShapePicture_ = true;
-            appendAttachment(std::move(attachment));
-        }
-        break;
-    case Destination::packageName: {
-        while (packageName_.ends_with(' '))
-            packageName_.pop_back();
-        const NSString name =
-            NSFileManager::defaultManager().stringWithFileSystemRepresentation(packageName_);
-        auto attachment = std::make_shared<NSTextAttachment>();
-        attachment->displaySize = packageSize_;
-        if (package_)
-            attachment->fileWrapper = rtfPackageEntry(*package_, name);
-        if (!attachment->fileWrapper) {
-            auto wrapper = NSFileWrapper::initRegularFileWithContents(NSData::data());
-            wrapper->setPreferredFilename(name);
-            attachment->fileWrapper = std::move(wrapper);
-        }
+void RTFReader::endPicture() {
+    if (auto attachment =
+            std::exchange(picture_, RTFPicture()).attachmentNumbered(definitions_.attachments.size() + 1)) {
+        hasShapePicture_ = true;
         appendAttachment(std::move(attachment));
-        state().isPackageMarkNext = true;
-        break;
-    }
-    default:
-        break;
     }
 }
 
-void RTFReader::endCapture(RTFWord word) {
-    const std::u16string text = std::exchange(captured_, {});
-    switch (word) {
-    case RTFWord::fldinst:
-        captured_ = text;
-        endField();
-        captured_.clear();
-        break;
-    case RTFWord::levelmarker:
-        resources_.lists.setMarker(text);
-        break;
-    case RTFWord::leveltext:
-        resources_.lists.setText(text);
-        break;
-    case RTFWord::pntxtb:
-        oldList_.setTextBefore(text);
-        break;
-    case RTFWord::pntxta:
-        oldList_.setTextAfter(text);
-        break;
-    case RTFWord::sn:
-        shapeProperty_ = text;
-        break;
-    default:
-        info_.setText(word, text);
-        break;
+void RTFReader::endPackageMark() {
+    const NSString name = packageMark_.name();
+    auto attachment = std::make_shared<NSTextAttachment>();
+    attachment->displaySize = packageMark_.displaySize();
+    if (package_)
+        attachment->fileWrapper = rtfPackageEntry(*package_, name);
+    if (!attachment->fileWrapper) {
+        auto wrapper = NSFileWrapper::initRegularFileWithContents(NSData::data());
+        wrapper->setPreferredFilename(name);
+        attachment->fileWrapper = std::move(wrapper);
     }
+    appendAttachment(std::move(attachment));
+    state().isPackageMarkNext = true;
 }
 
 void RTFReader::endField() {
@@ -265,9 +280,9 @@ void RTFReader::endField() {
     const RTFField field = RTFField::parse(captured_);
     if (!field.link.isNil()) {
         const auto [entry, isNew] =
-            linkIndices_.try_emplace(field.link, static_cast<std::int32_t>(resources_.links.size()));
+            linkIndices_.try_emplace(field.link, static_cast<std::int32_t>(definitions_.links.size()));
         if (isNew)
-            resources_.links.push_back(field.link);
+            definitions_.links.push_back(field.link);
         state().link = entry->second;
         state().format = -1;
     }
@@ -297,9 +312,9 @@ void RTFReader::endOldList() {
         return;
     }
     // Each paragraph describes its list anew: it is the one of the paragraph before when that had the same.
-    auto& lists = resources_.oldLists;
+    auto& lists = definitions_.oldLists;
     const RTFParagraph* const last = state().story->lastParagraph();
-    const std::int32_t previous = last ? resources_.paragraphFormats[last->format].oldList : -1;
+    const std::int32_t previous = last ? definitions_.paragraphFormats[last->format].oldList : -1;
     if (previous < 0 || !(*lists[static_cast<std::size_t>(previous)] == *list)) {
         lists.push_back(std::make_shared<const NSTextList>(*list));
         state().paragraph.oldList = static_cast<std::int32_t>(lists.size() - 1);

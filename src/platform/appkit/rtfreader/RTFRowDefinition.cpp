@@ -2,7 +2,6 @@
 
 #include "platform/appkit/rtfreader/RTFColorTable.h"
 #include "platform/appkit/rtfreader/RTFFormats.h"
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -17,6 +16,14 @@ constexpr std::int32_t thinnestBorder = 10;
 /// 1584 points, the widest page there is.
 constexpr std::int32_t widest = 31680;
 
+std::int32_t length(const RTFToken& token) {
+    return std::clamp(token.parameter, 0, widest);
+}
+
+std::int32_t position(std::int32_t number) {
+    return std::clamp(number, -widest, widest);
+}
+
 } // namespace
 
 std::optional<NSTextBlockLength> RTFRowDefinition::Length::length() const {
@@ -27,180 +34,141 @@ std::optional<NSTextBlockLength> RTFRowDefinition::Length::length() const {
     return std::nullopt;
 }
 
-void RTFRowDefinition::applyToBorder(RTFWord word, const RTFToken& token) {
-    if (!border_)
-        return;
-    switch (word) {
-    case RTFWord::brdrnil:
-    case RTFWord::brdrnone:
-    case RTFWord::brdrtbl:
-        border_->isNone = true;
-        break;
-    case RTFWord::brdrw:
-        border_->width = std::clamp(token.parameter, 0, widest);
-        break;
-    case RTFWord::brdrcf:
-        border_->color = token.parameter;
-        break;
-    default:
-        border_->isNone = false;
-        break;
-    }
+void RTFRowDefinition::begin() {
+    cells_.clear();
+    next_ = Cell();
+    border_ = nullptr;
+    isFresh_ = true;
+    isLastRow_ = false;
+    rowNumber_ = -1;
+    leftEdge_ = 0;
+    gap_ = 0;
+    background_ = -1;
+    width_ = Length();
+    tableBorders_ = {};
+    padding_ = {-1, -1, -1, -1};
 }
 
-void RTFRowDefinition::apply(RTFWord word, const RTFToken& token) {
-    const std::int32_t number = token.parameter;
-    const auto beginBorder = [&](Border& border) {
-        border = {.isStated = true};
-        border_ = &border;
+void RTFRowDefinition::beginBorder(Border& border) {
+    border = {.isStated = true};
+    border_ = &border;
+}
+
+void RTFRowDefinition::forgetBorder(RTFRowDefinition& row, const RTFToken&) {
+    row.border_ = nullptr;
+}
+
+void RTFRowDefinition::setNoBorder(RTFRowDefinition& row, const RTFToken&) {
+    if (row.border_)
+        row.border_->isNone = true;
+}
+
+void RTFRowDefinition::setVisibleBorder(RTFRowDefinition& row, const RTFToken&) {
+    if (row.border_)
+        row.border_->isNone = false;
+}
+
+void RTFRowDefinition::turnPadding(RTFRowDefinition& row, const RTFToken&) {
+    row.next_.isPaddingTurned = true;
+}
+
+void RTFRowDefinition::endCell(std::int32_t rightEdge) {
+    next_.rightEdge = rightEdge;
+    if (cells_.size() < maximumColumns)
+        cells_.push_back(next_);
+    next_ = Cell();
+    border_ = nullptr;
+}
+
+std::span<const RTFWord<RTFRowDefinition>> RTFRowDefinition::words() {
+    using Row = RTFRowDefinition;
+    using Token = RTFToken;
+    static constexpr RTFWord<Row> words[] = {
+        {"trowd", [](Row& row, const Token&) { row.begin(); }},
+        {"irow", [](Row& row, const Token& token) { row.rowNumber_ = token.parameter; }},
+        {"lastrow", [](Row& row, const Token&) { row.isLastRow_ = true; }},
+        {"trleft", [](Row& row, const Token& token) { row.leftEdge_ = position(token.parameter); }},
+        {"trgaph", [](Row& row, const Token& token) { row.gap_ = length(token); }},
+        {"trftsWidth", [](Row& row, const Token& token) { row.width_.unit = token.parameter; }},
+        {"trwWidth", [](Row& row, const Token& token) { row.width_.value = token.parameter; }},
+        {"trcbpat", [](Row& row, const Token& token) { row.background_ = token.parameter; }},
+        {"trpaddl", [](Row& row, const Token& token) { row.padding_[left] = length(token); }},
+        {"trpaddt", [](Row& row, const Token& token) { row.padding_[top] = length(token); }},
+        {"trpaddr", [](Row& row, const Token& token) { row.padding_[right] = length(token); }},
+        {"trpaddb", [](Row& row, const Token& token) { row.padding_[bottom] = length(token); }},
+        {"trbrdrl", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[left]); }},
+        {"trbrdrt", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[top]); }},
+        {"trbrdrr", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[right]); }},
+        {"trbrdrb", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[bottom]); }},
+        {"trbrdrh", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[betweenRows]); }},
+        {"trbrdrv", [](Row& row, const Token&) { row.beginBorder(row.tableBorders_[betweenColumns]); }},
+        {"clbrdrl", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[left]); }},
+        {"clbrdrt", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[top]); }},
+        {"clbrdrr", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[right]); }},
+        {"clbrdrb", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[bottom]); }},
+        // Borders of a paragraph, of characters and across a cell are not kept.
+        {"brdrl", forgetBorder},
+        {"brdrt", forgetBorder},
+        {"brdrr", forgetBorder},
+        {"brdrb", forgetBorder},
+        {"brdrbar", forgetBorder},
+        {"brdrbtw", forgetBorder},
+        {"box", forgetBorder},
+        {"chbrdr", forgetBorder},
+        {"cldglu", forgetBorder},
+        {"cldgll", forgetBorder},
+        {"brdrnil", setNoBorder},
+        {"brdrnone", setNoBorder},
+        {"brdrtbl", setNoBorder},
+        {"brdrdash", setVisibleBorder},
+        {"brdrdashd", setVisibleBorder},
+        {"brdrdashdd", setVisibleBorder},
+        {"brdrdashsm", setVisibleBorder},
+        {"brdrdb", setVisibleBorder},
+        {"brdrdot", setVisibleBorder},
+        {"brdremboss", setVisibleBorder},
+        {"brdrengrave", setVisibleBorder},
+        {"brdrhair", setVisibleBorder},
+        {"brdrinset", setVisibleBorder},
+        {"brdroutset", setVisibleBorder},
+        {"brdrs", setVisibleBorder},
+        {"brdrsh", setVisibleBorder},
+        {"brdrth", setVisibleBorder},
+        {"brdrtriple", setVisibleBorder},
+        {"brdrwavy", setVisibleBorder},
+        {"brdrwavydb", setVisibleBorder},
+        {"brdrw",
+         [](Row& row, const Token& token) {
+             if (row.border_)
+                 row.border_->width = length(token);
+         }},
+        {"brdrcf",
+         [](Row& row, const Token& token) {
+             if (row.border_)
+                 row.border_->color = token.parameter;
+         }},
+        {"clpadl", [](Row& row, const Token& token) { row.next_.padding[left] = length(token); }},
+        {"clpadt", [](Row& row, const Token& token) { row.next_.padding[top] = length(token); }},
+        {"clpadr", [](Row& row, const Token& token) { row.next_.padding[right] = length(token); }},
+        {"clpadb", [](Row& row, const Token& token) { row.next_.padding[bottom] = length(token); }},
+        {"clpadfl", turnPadding},
+        {"clpadft", turnPadding},
+        {"clcbpat", [](Row& row, const Token& token) { row.next_.background = token.parameter; }},
+        {"clvertalt",
+         [](Row& row, const Token&) { row.next_.verticalAlignment = NSTextBlockVerticalAlignment::top; }},
+        {"clvertalc",
+         [](Row& row, const Token&) { row.next_.verticalAlignment = NSTextBlockVerticalAlignment::middle; }},
+        {"clvertalb",
+         [](Row& row, const Token&) { row.next_.verticalAlignment = NSTextBlockVerticalAlignment::bottom; }},
+        {"clmgf", [](Row& row, const Token&) { row.next_.horizontal = Merge::first; }},
+        {"clmrg", [](Row& row, const Token&) { row.next_.horizontal = Merge::continued; }},
+        {"clvmgf", [](Row& row, const Token&) { row.next_.vertical = Merge::first; }},
+        {"clvmrg", [](Row& row, const Token&) { row.next_.vertical = Merge::continued; }},
+        {"clftsWidth", [](Row& row, const Token& token) { row.next_.width.unit = token.parameter; }},
+        {"clwWidth", [](Row& row, const Token& token) { row.next_.width.value = token.parameter; }},
+        {"cellx", [](Row& row, const Token& token) { row.endCell(position(token.parameter)); }},
     };
-    switch (word) {
-    case RTFWord::trowd:
-        cells_.clear();
-        next_ = Cell();
-        border_ = nullptr;
-        isFresh_ = true;
-        isLastRow_ = false;
-        rowNumber_ = -1;
-        leftEdge_ = 0;
-        gap_ = 0;
-        background_ = -1;
-        width_ = Length();
-        tableBorders_ = {};
-        padding_ = {-1, -1, -1, -1};
-        break;
-    case RTFWord::irow:
-        rowNumber_ = number;
-        break;
-    case RTFWord::lastrow:
-        isLastRow_ = true;
-        break;
-    case RTFWord::trleft:
-        leftEdge_ = std::clamp(number, -widest, widest);
-        break;
-    case RTFWord::trgaph:
-        gap_ = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::trftsWidth:
-        width_.unit = number;
-        break;
-    case RTFWord::trwWidth:
-        width_.value = number;
-        break;
-    case RTFWord::trcbpat:
-        background_ = number;
-        break;
-    case RTFWord::trpaddl:
-        padding_[left] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::trpaddt:
-        padding_[top] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::trpaddr:
-        padding_[right] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::trpaddb:
-        padding_[bottom] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::trbrdrl:
-        beginBorder(tableBorders_[left]);
-        break;
-    case RTFWord::trbrdrt:
-        beginBorder(tableBorders_[top]);
-        break;
-    case RTFWord::trbrdrr:
-        beginBorder(tableBorders_[right]);
-        break;
-    case RTFWord::trbrdrb:
-        beginBorder(tableBorders_[bottom]);
-        break;
-    case RTFWord::trbrdrh:
-        beginBorder(tableBorders_[betweenRows]);
-        break;
-    case RTFWord::trbrdrv:
-        beginBorder(tableBorders_[betweenColumns]);
-        break;
-    case RTFWord::clbrdrl:
-        beginBorder(next_.borders[left]);
-        break;
-    case RTFWord::clbrdrt:
-        beginBorder(next_.borders[top]);
-        break;
-    case RTFWord::clbrdrr:
-        beginBorder(next_.borders[right]);
-        break;
-    case RTFWord::clbrdrb:
-        beginBorder(next_.borders[bottom]);
-        break;
-    case RTFWord::brdrl:
-    case RTFWord::brdrt:
-    case RTFWord::brdrr:
-    case RTFWord::brdrb:
-    case RTFWord::brdrbar:
-    case RTFWord::brdrbtw:
-    case RTFWord::box:
-    case RTFWord::chbrdr:
-    case RTFWord::cldglu:
-    case RTFWord::cldgll:
-        border_ = nullptr; // Of a paragraph, of characters or across a cell: not kept.
-        break;
-    case RTFWord::clpadl:
-        next_.padding[left] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::clpadt:
-        next_.padding[top] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::clpadr:
-        next_.padding[right] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::clpadb:
-        next_.padding[bottom] = std::clamp(number, 0, widest);
-        break;
-    case RTFWord::clpadfl:
-    case RTFWord::clpadft:
-        next_.isPaddingTurned = true;
-        break;
-    case RTFWord::clcbpat:
-        next_.background = number;
-        break;
-    case RTFWord::clvertalt:
-        next_.verticalAlignment = NSTextBlockVerticalAlignment::top;
-        break;
-    case RTFWord::clvertalc:
-        next_.verticalAlignment = NSTextBlockVerticalAlignment::middle;
-        break;
-    case RTFWord::clvertalb:
-        next_.verticalAlignment = NSTextBlockVerticalAlignment::bottom;
-        break;
-    case RTFWord::clmgf:
-        next_.horizontal = Merge::first;
-        break;
-    case RTFWord::clmrg:
-        next_.horizontal = Merge::continued;
-        break;
-    case RTFWord::clvmgf:
-        next_.vertical = Merge::first;
-        break;
-    case RTFWord::clvmrg:
-        next_.vertical = Merge::continued;
-        break;
-    case RTFWord::clftsWidth:
-        next_.width.unit = number;
-        break;
-    case RTFWord::clwWidth:
-        next_.width.value = number;
-        break;
-    case RTFWord::cellx:
-        next_.rightEdge = std::clamp(number, -widest, widest);
-        if (cells_.size() < maximumColumns)
-            cells_.push_back(next_);
-        next_ = Cell();
-        border_ = nullptr;
-        break;
-    default:
-        applyToBorder(word, token);
-        break;
-    }
+    return words;
 }
 
 NSTextBlockBorder RTFRowDefinition::borderOf(std::size_t index, std::size_t edge,

@@ -6,13 +6,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace kelvo {
 
 class RTFColorTable;
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
+template <typename State>
+struct RTFWord;
 
 /// What RTF says of the cells of a row; lengths are in twips.
 class RTFRowDefinition {
@@ -51,7 +53,7 @@ public:
     RTFRowDefinition(const RTFRowDefinition&) = delete;
     RTFRowDefinition& operator=(const RTFRowDefinition&) = delete;
 
-    void apply(RTFWord word, const RTFToken& token);
+    static std::span<const RTFWord<RTFRowDefinition>> words();
     /// Each row has its definition before its cells, behind them or, of rows that are alike, not at all.
     void endRow() { isFresh_ = false; }
 
@@ -69,7 +71,13 @@ public:
 private:
     NSTextBlockBorder borderOf(std::size_t index, std::size_t edge, const RTFColorTable& colors) const;
     float paddingOf(const Cell& cell, std::size_t edge) const;
-    void applyToBorder(RTFWord word, const RTFToken& token);
+    void begin();
+    void beginBorder(Border& border);
+    void endCell(std::int32_t rightEdge);
+    static void forgetBorder(RTFRowDefinition& row, const RTFToken& token);
+    static void setNoBorder(RTFRowDefinition& row, const RTFToken& token);
+    static void setVisibleBorder(RTFRowDefinition& row, const RTFToken& token);
+    static void turnPadding(RTFRowDefinition& row, const RTFToken& token);
 
     std::vector<Cell> cells_;
     Cell next_;

@@ -1,6 +1,5 @@
 #include "platform/appkit/rtfreader/RTFStyleSheet.h"
 
-#include "platform/appkit/rtfreader/RTFScanner.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
@@ -29,13 +28,14 @@ int headerLevelOfOutlineLevel(std::int32_t outlineLevel) {
     return outlineLevel < 0 || outlineLevel > 8 ? 0 : std::min(outlineLevel + 1, maximumHeaderLevel);
 }
 
-void RTFStyleSheet::apply(RTFWord word, const RTFToken& token) {
-    if (word == RTFWord::s)
-        number_ = token.parameter;
-    else if (word == RTFWord::cs)
-        isOfParagraphs_ = false;
-    else if (word == RTFWord::outlinelevel)
-        outlineLevel_ = token.parameter;
+void RTFStyleSheet::apply(const RTFToken& token) {
+    static constexpr RTFWord<RTFStyleSheet> words[] = {
+        {"s", [](RTFStyleSheet& sheet, const RTFToken& word) { sheet.number_ = word.parameter; }},
+        {"cs", [](RTFStyleSheet& sheet, const RTFToken&) { sheet.isOfParagraphs_ = false; }},
+        {"outlinelevel",
+         [](RTFStyleSheet& sheet, const RTFToken& word) { sheet.outlineLevel_ = word.parameter; }},
+    };
+    applyRTFWord<RTFStyleSheet>(words, *this, token);
 }
 
 void RTFStyleSheet::append(std::u16string_view units) {

@@ -8,13 +8,12 @@
 namespace kelvo {
 
 struct RTFToken;
-enum class RTFWord : std::uint16_t;
 
 /// What the styles of a document say beyond the formats that writers repeat in the text: which of them are
 /// headings.
 class RTFStyleSheet {
 public:
-    void apply(RTFWord word, const RTFToken& token);
+    void apply(const RTFToken& token);
     /// Text of the sheet: a name up to the semicolon that ends an entry.
     void append(std::u16string_view units);
     /// From 1; 0 when the style is none of a heading.

@@ -69,7 +69,7 @@ void writeHexByte(RTFOutput& output, std::size_t byte) {
 
 } // namespace
 
-std::int32_t RTFFonts::numberOfFont(const NSFont& font) {
+std::int32_t RTFFontNumbers::numberOfFont(const NSFont& font) {
     const NSString& family = font.familyName.isEmpty() ? NSFont::defaultFamilyName() : font.familyName;
     const auto [found, isNew] =
         numbers_[font.isFixedPitch].emplace(family, static_cast<std::int32_t>(entries_.size()));
@@ -78,7 +78,7 @@ std::int32_t RTFFonts::numberOfFont(const NSFont& font) {
     return found->second;
 }
 
-void RTFFonts::write(RTFOutput& output) const {
+void RTFFontNumbers::write(RTFOutput& output) const {
     output.raw("{");
     output.word("fonttbl");
     for (std::size_t number = 0; number < entries_.size(); ++number) {
@@ -99,12 +99,12 @@ void RTFFonts::write(RTFOutput& output) const {
     output.raw("}\n");
 }
 
-RTFColors::Components RTFColors::componentsOf(const NSColor& color) {
+RTFColorNumbers::Components RTFColorNumbers::componentsOf(const NSColor& color) {
     const auto component = [](float value) { return std::max(rtfNumber(value, 100000, 100000), 0); };
     return {component(color.red), component(color.green), component(color.blue), component(color.alpha)};
 }
 
-std::int32_t RTFColors::numberOfColor(const std::optional<NSColor>& color) {
+std::int32_t RTFColorNumbers::numberOfColor(const std::optional<NSColor>& color) {
     if (!color)
         return 0;
     const Components components = componentsOf(*color);
@@ -114,7 +114,7 @@ std::int32_t RTFColors::numberOfColor(const std::optional<NSColor>& color) {
     return found->second;
 }
 
-void RTFColors::write(RTFOutput& output) const {
+void RTFColorNumbers::write(RTFOutput& output) const {
     output.raw("{");
     output.word("colortbl");
     output.raw(";");
@@ -137,7 +137,7 @@ void RTFColors::write(RTFOutput& output) const {
     output.raw("}\n");
 }
 
-std::optional<std::int32_t> RTFLists::listThatFits(const Path& path) const {
+std::optional<std::int32_t> RTFListNumbers::listThatFits(const Path& path) const {
     const auto found = byOutermost_.find(path.front().get());
     if (found == byOutermost_.end())
         return std::nullopt;
@@ -156,7 +156,7 @@ std::optional<std::int32_t> RTFLists::listThatFits(const Path& path) const {
     return std::nullopt;
 }
 
-RTFLists::Place RTFLists::placeOfLists(const Path& given, Indents indents) {
+RTFListNumbers::Place RTFListNumbers::placeOfLists(const Path& given, Indents indents) {
     Path path;
     for (const auto& list : given) {
         if (list && path.size() < maximumLevels)
@@ -183,7 +183,8 @@ RTFLists::Place RTFLists::placeOfLists(const Path& given, Indents indents) {
     return lastPlace_;
 }
 
-void RTFLists::writeLevel(const Level& level, std::size_t depth, std::int32_t identifier, RTFOutput& output) {
+void RTFListNumbers::writeLevel(const Level& level, std::size_t depth, std::int32_t identifier,
+                                RTFOutput& output) {
     // A level's text counts its characters in one byte.
     constexpr std::size_t maximumText = 200;
     const NSTextList& list = *level.list;
@@ -231,7 +232,7 @@ void RTFLists::writeLevel(const Level& level, std::size_t depth, std::int32_t id
     output.raw(" }");
 }
 
-void RTFLists::write(RTFOutput& output) const {
+void RTFListNumbers::write(RTFOutput& output) const {
     if (lists_.empty())
         return;
     output.raw("{\\*");

@@ -20,10 +20,10 @@ class RTFOutput;
 // What the head of an RTF document lists and its text names by number. Numbers are given as the text asks for
 // them, so that the head is written last.
 
-class RTFFonts {
+class RTFFontNumbers {
 public:
     /// There is always a font 0.
-    RTFFonts() { numberOfFont(NSFont()); }
+    RTFFontNumbers() { numberOfFont(NSFont()); }
     /// Family and pitch count; size and style are for the text to say.
     std::int32_t numberOfFont(const NSFont& font);
     void write(RTFOutput& output) const;
@@ -38,7 +38,7 @@ private:
 };
 
 /// Components are kept to 1/100000, beside the 1/255 that every reader knows.
-class RTFColors {
+class RTFColorNumbers {
 public:
     /// 0 for no colour, which is the automatic one.
     std::int32_t numberOfColor(const std::optional<NSColor>& color);
@@ -54,7 +54,7 @@ private:
     std::map<Components, std::int32_t> numbers_{{entries_.front(), 1}};
 };
 
-class RTFLists {
+class RTFListNumbers {
 public:
     using Path = std::vector<std::shared_ptr<const NSTextList>>;
     /// Word and its kin have no more levels.

@@ -167,7 +167,7 @@ std::int32_t RTFTableLayout::widthInside(std::size_t row, std::size_t place) con
     return std::max(width, minimumColumnWidth);
 }
 
-void RTFTableLayout::writePlace(const Place& place, RTFColors& colors, RTFOutput& output) const {
+void RTFTableLayout::writePlace(const Place& place, RTFColorNumbers& colors, RTFOutput& output) const {
     if (place.beginsColumnSpan)
         output.word("clmgf");
     if (place.continuesColumnSpan)
@@ -203,7 +203,7 @@ void RTFTableLayout::writePlace(const Place& place, RTFColors& colors, RTFOutput
     writeLength("clftsWidth", "clwWidth", block.width, output);
 }
 
-void RTFTableLayout::writeDefinition(std::size_t row, RTFColors& colors, RTFOutput& output) const {
+void RTFTableLayout::writeDefinition(std::size_t row, RTFColorNumbers& colors, RTFOutput& output) const {
     const auto number = static_cast<std::int32_t>(row);
     output.word("trowd");
     output.word("irow", number);

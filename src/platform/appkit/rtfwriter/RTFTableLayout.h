@@ -9,7 +9,7 @@
 
 namespace kelvo {
 
-class RTFColors;
+class RTFColorNumbers;
 class RTFOutput;
 
 /// The rows of one table as RTF has them: each row is a sequence of places, one a column, of which some
@@ -40,14 +40,14 @@ public:
 
     std::span<const Row> rows() const noexcept { return rows_; }
     /// From \trowd to the last \cellx.
-    void writeDefinition(std::size_t row, RTFColors& colors, RTFOutput& output) const;
+    void writeDefinition(std::size_t row, RTFColorNumbers& colors, RTFOutput& output) const;
     /// Of the place and the columns that its cell spans, without the padding; in twips.
     std::int32_t widthInside(std::size_t row, std::size_t place) const;
 
 private:
     void placeCells(std::span<const NSTextTableBlock* const> cells);
     void measureColumns(std::int32_t available);
-    void writePlace(const Place& place, RTFColors& colors, RTFOutput& output) const;
+    void writePlace(const Place& place, RTFColorNumbers& colors, RTFOutput& output) const;
 
     const NSTextTable& table_;
     std::vector<Row> rows_;

@@ -38,7 +38,7 @@ std::size_t lengthOfMarker(std::u16string_view units) {
     return end != std::u16string_view::npos && units[end] == u'\t' ? end + 1 : 0;
 }
 
-RTFLists::Indents indentsOf(const NSParagraphStyle& style) {
+RTFListNumbers::Indents indentsOf(const NSParagraphStyle& style) {
     const std::int32_t head = rtfTwips(style.headIndent);
     return {head, rtfTwips(style.firstLineHeadIndent) - head};
 }
@@ -277,7 +277,7 @@ void RTFWriter::endCell(std::size_t depth) {
 }
 
 void RTFWriter::writeParagraph(const Paragraph& paragraph, std::size_t depth, bool endsCell) {
-    const RTFLists::Place place =
+    const RTFListNumbers::Place place =
         lists_.placeOfLists(paragraph.style->textLists, indentsOf(*paragraph.style));
     stateParagraph(*paragraph.style, depth, place);
     std::size_t run = paragraph.run;
@@ -312,7 +312,8 @@ void RTFWriter::writeParagraph(const Paragraph& paragraph, std::size_t depth, bo
     }
 }
 
-void RTFWriter::stateParagraph(const NSParagraphStyle& style, std::size_t depth, RTFLists::Place place) {
+void RTFWriter::stateParagraph(const NSParagraphStyle& style, std::size_t depth,
+                               RTFListNumbers::Place place) {
     if (&style == statedStyle_ && depth == statedDepth_ && place == statedPlace_)
         return;
     statedStyle_ = &style;
@@ -330,7 +331,7 @@ void RTFWriter::stateParagraph(const NSParagraphStyle& style, std::size_t depth,
         scratch_.word("ilvl", place.level);
     }
     writeTabs(style, scratch_);
-    const RTFLists::Indents indents = indentsOf(style);
+    const RTFListNumbers::Indents indents = indentsOf(style);
     writeIfNotZero("li", indents.head, scratch_);
     writeIfNotZero("fi", indents.firstLine, scratch_);
     writeIfNotZero("ri", -rtfTwips(style.tailIndent), scratch_);

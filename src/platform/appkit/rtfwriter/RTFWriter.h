@@ -56,7 +56,7 @@ private:
     void writeParagraph(const Paragraph& paragraph, std::size_t depth, bool endsCell);
     /// The end of a cell that has no text of its own there.
     void endCell(std::size_t depth);
-    void stateParagraph(const NSParagraphStyle& style, std::size_t depth, RTFLists::Place place);
+    void stateParagraph(const NSParagraphStyle& style, std::size_t depth, RTFListNumbers::Place place);
     void forgetParagraph();
     /// `run` holds the start, or comes before the run that does; afterwards the last unit.
     void writeUnits(std::size_t start, std::size_t end, std::size_t& run);
@@ -77,9 +77,9 @@ private:
     NameAttachment nameAttachment_;
 
     RTFOutput body_;
-    RTFFonts fonts_;
-    RTFColors colors_;
-    RTFLists lists_;
+    RTFFontNumbers fonts_;
+    RTFColorNumbers colors_;
+    RTFListNumbers lists_;
 
     std::size_t position_ = 0;
     std::size_t run_ = 0;
@@ -87,7 +87,7 @@ private:
     const NSTextAttributes* statedAttributes_ = nullptr;
     const NSParagraphStyle* statedStyle_ = nullptr;
     std::size_t statedDepth_ = 0;
-    RTFLists::Place statedPlace_;
+    RTFListNumbers::Place statedPlace_;
     /// \pard and its words in force.
     RTFOutput paragraphWords_;
     RTFOutput scratch_;

@@ -1,7 +1,6 @@
 #include "platform/appkit/rtfreader/RTFListTable.h"
 
 #include "platform/appkit/rtfreader/RTFScanner.h"
-#include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +16,7 @@ template <typename Table>
 void applyWords(Table& table, std::string_view source) {
     RTFScanner scanner(source);
     for (RTFToken token = scanner.next(); token.kind != RTFToken::Kind::end; token = scanner.next())
-        table.apply(rtfWordNamed(token.bytes).word, token);
+        table.apply(token);
 }
 
 std::string formatOf(const NSTextList& list) {

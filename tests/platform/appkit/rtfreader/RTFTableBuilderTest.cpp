@@ -27,24 +27,26 @@ std::string tablesOf(std::string_view source) {
         const RTFCellIndex cell = builder.paragraphEnded(level, paragraphs.size(), text.empty());
         paragraphs.emplace_back(std::exchange(text, {}), cell);
     };
+    const auto define = [&builder](int level, const RTFToken& word) {
+        applyRTFWord(RTFRowDefinition::words(), builder.definition(level), word);
+    };
     RTFScanner scanner(source);
     for (RTFToken token = scanner.next(); token.kind != RTFToken::Kind::end; token = scanner.next()) {
-        const RTFWordEntry entry = rtfWordNamed(token.bytes);
         const int level = token.hasParameter ? token.parameter : 1;
         if (token.kind == RTFToken::Kind::text) {
             text += token.bytes;
         } else if (token.bytes == "itap") {
-            builder.definition(level).apply(RTFWord::trowd, {});
-            builder.definition(level).apply(RTFWord::cellx, {.parameter = 400});
-        } else if (entry.word == RTFWord::par) {
+            define(level, {.bytes = "trowd"});
+            define(level, {.parameter = 400, .bytes = "cellx"});
+        } else if (token.bytes == "par") {
             endParagraph(level);
-        } else if (entry.word == RTFWord::cell) {
+        } else if (token.bytes == "cell") {
             endParagraph(level);
             builder.cellEnded(level);
-        } else if (entry.word == RTFWord::row) {
+        } else if (token.bytes == "row") {
             builder.rowEnded(level);
         } else {
-            builder.definition(1).apply(entry.word, token);
+            define(1, token);
         }
     }
     builder.finish();

@@ -17,7 +17,7 @@ std::string written(const Table& table) {
 }
 
 TEST(RTFHeadTablesTest, Fonts) {
-    RTFFonts fonts;
+    RTFFontNumbers fonts;
     const auto number = [&fonts](const char16_t* family, bool isFixedPitch = false) {
         NSFont font;
         font.familyName = family;
@@ -38,7 +38,7 @@ TEST(RTFHeadTablesTest, Fonts) {
 }
 
 TEST(RTFHeadTablesTest, Colors) {
-    RTFColors colors;
+    RTFColorNumbers colors;
     EXPECT_EQ(colors.numberOfColor(std::nullopt), 0);
     EXPECT_EQ(colors.numberOfColor(NSColor{1, 1, 1, 1}), 1) << "white is in every document";
     EXPECT_EQ(colors.numberOfColor(NSColor{0, 0.5F, 1, 1}), 2);
@@ -56,13 +56,13 @@ std::shared_ptr<const NSTextList> list(const char16_t* format, int start = 1) {
     return std::make_shared<const NSTextList>(NSTextList{format, start});
 }
 
-std::string placeOf(RTFLists& lists, const RTFLists::Path& path) {
-    const RTFLists::Place place = lists.placeOfLists(path, {});
+std::string placeOf(RTFListNumbers& lists, const RTFListNumbers::Path& path) {
+    const RTFListNumbers::Place place = lists.placeOfLists(path, {});
     return std::to_string(place.list) + '/' + std::to_string(place.level);
 }
 
 TEST(RTFHeadTablesTest, PlacesOfLists) {
-    RTFLists lists;
+    RTFListNumbers lists;
     EXPECT_EQ(written(lists), "");
     const auto outer = list(u"{decimal}.");
     const auto inner = list(u"{disc}");
@@ -75,11 +75,11 @@ TEST(RTFHeadTablesTest, PlacesOfLists) {
     EXPECT_EQ(placeOf(lists, {outer, list(u"{hyphen}")}), "2/1") << "another one there";
     EXPECT_EQ(placeOf(lists, {outer, inner, inner}), "1/2") << "the list that fits is not the last";
     EXPECT_EQ(placeOf(lists, {list(u"{decimal}.")}), "3/0") << "equal and yet not the same list";
-    EXPECT_EQ(placeOf(lists, RTFLists::Path(20, inner)), "4/8") << "no more levels";
+    EXPECT_EQ(placeOf(lists, RTFListNumbers::Path(20, inner)), "4/8") << "no more levels";
 }
 
 TEST(RTFHeadTablesTest, Lists) {
-    RTFLists lists;
+    RTFListNumbers lists;
     const auto outer = list(u"({upper-roman}).", 7);
     const auto inner = list(u"{octal}{x");
     lists.placeOfLists({outer, inner, list(u"{lower-greek}")}, {1000, -200});
@@ -108,7 +108,7 @@ TEST(RTFHeadTablesTest, Lists) {
             "{\\listname ;}\\listid2}\n}\n"
             "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}"
             "{\\listoverride\\listid2\\listoverridecount0\\ls2}}\n");
-    RTFLists longOnes;
+    RTFListNumbers longOnes;
     longOnes.placeOfLists(
         {list((std::u16string(300, u'<') + u"{decimal}" + std::u16string(300, u'>')).c_str())}, {});
     EXPECT_NE(written(longOnes).find("\\'c9<"), std::string::npos) << "lengths are bytes";

@@ -56,7 +56,7 @@ struct Table {
 std::string placesOf(const RTFTableLayout& layout) {
     std::string shown;
     for (std::size_t row = 0; row < layout.rows().size(); ++row) {
-        RTFColors colors;
+        RTFColorNumbers colors;
         RTFOutput output;
         layout.writeDefinition(row, colors, output);
         std::string_view definition = output.bytes();
@@ -179,7 +179,7 @@ TEST(RTFTableLayoutTest, Definitions) {
     block.padding = {1, 0, 2, -3};
     table.blocks[1].verticalAlignment = NSTextBlockVerticalAlignment::bottom;
     const RTFTableLayout layout = table.layout(2000);
-    RTFColors colors;
+    RTFColorNumbers colors;
     RTFOutput output;
     layout.writeDefinition(0, colors, output);
     layout.writeDefinition(1, colors, output);
