@@ -6,7 +6,7 @@
 namespace kelvo::cli {
 
 /// The text of RTFD bytes for people: what stands in it as a file (pictures, as a rule) is there as its name
-/// in brackets. Nil when the bytes are none.
+/// in brackets. Nil when they are no RTFD.
 NSString textOfRichText(const NSData& rtfd);
 
 } // namespace kelvo::cli

@@ -18,7 +18,7 @@ class Tags {
 public:
     explicit Tags(std::string_view page) : rest_(page) {}
 
-    /// Moves behind the name of the next frame element; false when there is none.
+    /// Moves past the name of the next frame element; false when there is none.
     bool goToFrame() {
         for (;;) {
             const std::size_t begin = rest_.find('<');

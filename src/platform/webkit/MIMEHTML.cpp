@@ -270,7 +270,7 @@ public:
         : parts_(message.parts()), base_(message.base()), isUsed_(parts_.size(), false) {
         for (std::size_t index = 0; index < parts_.size(); ++index) {
             const Part& part = parts_[index];
-            // Of parts with the same address the first counts.
+            // Where several parts have one address, the first counts.
             for (const NSURL& url : {part.address, URLOfContentID(part.contentID)}) {
                 if (!url.isNil())
                     indexes_.emplace(keyOfURL(url), index);

@@ -5,7 +5,7 @@
 namespace kelvo {
 
 /// Whether the data begins with a block of header fields that has a Content-Type among them, as MIME HTML
-/// (.mht, .mhtml) does. Nothing behind that block is looked at.
+/// (.mht, .mhtml) does. Nothing after that block is looked at.
 bool beginsLikeMIMEMessage(const NSData& data);
 
 /// A page saved as MIME HTML: a multipart message that is multipart/related or has an HTML page among its
@@ -16,7 +16,7 @@ bool beginsLikeMIMEMessage(const NSData& data);
 /// - The main resource is the part that the message names as its start, else the first HTML page, else the
 ///   first part of a message that is multipart/related.
 /// - A part that a frame element names is an archive among the frames of the page that names it, the first
-///   that does. HTML pages that no page names come behind the frames of the main one.
+///   that does. HTML pages that no page names come after the frames of the main one.
 /// - All other parts are subresources of the main archive. One that has both a Content-ID and an address is
 ///   there under either, and so is a frame.
 /// - Addresses are resolved against that of the message; one of more than 8,192 bytes counts as none. A part

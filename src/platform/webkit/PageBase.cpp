@@ -95,7 +95,7 @@ bool isTag(const PageUnits& page, std::size_t at, std::string_view name) {
     return end >= page.count() || isBlank(page.at(end)) || page.at(end) == '>' || page.at(end) == '/';
 }
 
-/// Behind the tag's ">", quotes minded.
+/// The place after the tag's ">"; one within quotes does not count.
 std::size_t endOfTag(const PageUnits& page, std::size_t at) {
     char quote = 0;
     for (; at < page.count(); ++at) {
@@ -113,7 +113,7 @@ std::size_t endOfTag(const PageUnits& page, std::size_t at) {
     return at;
 }
 
-/// Behind the comment or declaration that begins there, or `at` itself.
+/// The place after the comment or declaration that begins there, or `at` itself.
 std::size_t skipDeclaration(const PageUnits& page, std::size_t at) {
     if (matches(page, at, "<!--"))
         return std::min(find(page, at + 4, "-->") + 3, page.count());
@@ -122,7 +122,7 @@ std::size_t skipDeclaration(const PageUnits& page, std::size_t at) {
     return at;
 }
 
-/// Behind what comes before the contents of the head: earlier, an element would end the search for a document
+/// Where the contents of the head begin: earlier, an element would end the search for a document
 /// type.
 std::size_t startOfHead(const PageUnits& page) {
     std::size_t at = 0;
@@ -181,7 +181,7 @@ std::optional<WrittenReference> hrefOfTag(const PageUnits& page, std::size_t at,
     return std::nullopt;
 }
 
-/// Of the first base element with a reference. Text between tags that are not markup is passed over.
+/// The reference of the first base element that has one. Text of elements that hold no markup is passed over.
 std::optional<WrittenReference> ownBase(const PageUnits& page, std::size_t at) {
     constexpr std::string_view withoutMarkup[] = {"script",   "style",    "title",
                                                   "textarea", "template", "noscript"};

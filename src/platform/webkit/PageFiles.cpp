@@ -83,7 +83,7 @@ std::optional<std::string> beginningOfFile(const std::string& path) {
     return count < 0 ? std::nullopt : std::optional<std::string>(std::in_place, bytes.data(), count);
 }
 
-/// Of a file URL of this machine; links are resolved. Empty when nothing is there.
+/// Where a file URL of this machine leads, links resolved. Empty when nothing is there.
 std::string pathOfURL(const NSURL& url) {
     const NSString host = url.host();
     if (!url.isFileURL() || !(host.isEmpty() || host == u"localhost"))

@@ -14,9 +14,9 @@ public:
     /// its own.
     explicit PageFiles(const NSURL& pageURL);
 
-    /// Of a file URL. A regular file, links followed, that is by its name or, where that says nothing, by its
-    /// contents a picture, a style sheet, a font or markup; a script by its name, in the page's folder or
-    /// below.
+    /// Whether the file URL leads to a regular file, links followed, that is a picture, a style sheet, a font
+    /// or markup, by its name or, where that says nothing, by its contents; or a script, by its name, in the
+    /// page's folder or below.
     ///
     /// The file is looked at before it is loaded and may be another one by then: who can exchange it owns it.
     bool mayLoad(const NSURL& url) const;

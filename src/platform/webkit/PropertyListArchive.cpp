@@ -20,7 +20,7 @@ constexpr std::size_t maximumFactor = 8;
 static_assert(2 * WebArchive::maximumFrameDepth + 2 == Value::maximumDepth,
               "each frame is a dictionary in an array, and its main resource one dictionary more");
 
-/// In whatever encoding: behind a byte-order mark, blanks, and the NULs of UTF-16.
+/// In whatever encoding: after a byte-order mark, blanks, and the NULs of UTF-16.
 bool beginsLikeXML(std::string_view bytes) {
     const std::size_t begin = bytes.find_first_not_of(std::string_view("\xEF\xBB\xBF\xFE\xFF \t\r\n\0", 10));
     return begin != std::string_view::npos && bytes[begin] == '<';

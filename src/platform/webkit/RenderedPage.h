@@ -33,7 +33,7 @@ struct RenderedPage {
         int fontWeight = 400;
         bool isItalic = false;
         std::optional<NSColor> color;
-        /// Of the nearest box with one, up to the cell, not counting the page's own.
+        /// That of the nearest box with one, up to the cell, not counting the page's own.
         std::optional<NSColor> backgroundColor;
         bool isUnderlined = false;
         bool isDoublyUnderlined = false;
@@ -54,7 +54,7 @@ struct RenderedPage {
         /// Only of boxes whose distance from the side is meant for the reader.
         float indentLeft = 0;
         float indentRight = 0;
-        /// Of the first line.
+        /// Moves the first line only.
         float textIndent = 0;
         float marginTop = 0;
         /// Padding and border: margins do not collapse across.
@@ -78,7 +78,7 @@ struct RenderedPage {
 
     struct Item {
         NSString styleType;
-        /// Of the marker, in textStyles.
+        /// The style of the marker, in textStyles.
         std::uint32_t textStyle = 0;
         /// What the item says about its own number.
         std::optional<int> value;
@@ -87,7 +87,7 @@ struct RenderedPage {
     struct Table {
         bool collapsesBorders = false;
         float width = 0;
-        /// Of the box around it.
+        /// The width of the box around it.
         float availableWidth = 0;
         std::optional<NSColor> backgroundColor;
     };
@@ -103,7 +103,7 @@ struct RenderedPage {
         int columnSpan = 1;
         /// 0 reaches to the end of the table.
         int rowSpan = 1;
-        /// Of the table's width.
+        /// Measured by the table's width.
         float widthPercent = 0;
         std::optional<NSColor> backgroundColor;
         VerticalAlignment verticalAlignment = VerticalAlignment::top;

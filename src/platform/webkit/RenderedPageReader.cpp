@@ -8,7 +8,7 @@
 namespace kelvo {
 namespace {
 
-/// Of what the walk writes. No page comes near; what does is no page.
+/// The most styles or pictures that are believed. No page comes near; what does is no page.
 constexpr std::size_t mostEntries = 4'000'000;
 
 /// Fields between U+0000 in UTF-8: the title, the numbers of text styles, block styles and images, these

@@ -28,10 +28,10 @@ public:
 
     /// The archive in the bytes of a file: a web archive (a binary or XML property list) or MIME HTML
     /// (MIMEHTML.h), told apart by their contents. Nil for anything else, a property list without any of a
-    /// web archive's keys among them, and for one nested more deeply than maximumFrameDepth. Does not throw
-    /// but for want of memory.
+    /// web archive's keys among them, and for one nested more deeply than maximumFrameDepth. Throws
+    /// only when memory runs out.
     ///
-    /// Of a web archive:
+    /// In a web archive:
     /// - No key is required. A resource with a value of another type than its key's is passed over like any
     ///   element that is none; text as data counts as its UTF-8 bytes.
     /// - Frames and resources past the counts above are left out. Objects that a binary property list shares

@@ -32,7 +32,7 @@ public:
     /// throws refuses that request.
     std::optional<RenderedPage> render(const NSData& page, const Options& options);
 
-    /// Of the engine, 0 when none runs.
+    /// The process of the engine, 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
 private:

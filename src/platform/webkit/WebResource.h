@@ -31,7 +31,7 @@ public:
     /// The text of data that tells its encoding by a byte-order mark, without the mark; nil when it has none,
     /// when a label came with it, and when it is longer than 1 GiB.
     NSString _stringValue() const;
-    /// Of a frame's main resource; empty for the frame of the page itself.
+    /// The name of the frame that this is the main resource of; empty for the page itself.
     NSString frameName() const;
 
 private:

@@ -28,11 +28,11 @@ public:
     /// "sxw", "xml". Runs the current run loop meanwhile.
     ///
     /// Nil when the document is encrypted or cannot be read, when that takes longer or ends the engine (the
-    /// next document has a new one), when the engine is at work on another document, in whose midst this one
-    /// was asked for, and, with one line in the log, when there is no office suite.
+    /// next document has a new one), when the engine is still at work on another one (the run loop may
+    /// perform a request meanwhile), and, with one line in the log, when there is no office suite.
     NSData RTFOfDocument(const NSData& document, const NSString& extension, double timeoutSeconds);
 
-    /// Of the engine, 0 when none runs.
+    /// The process of the engine, 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
 private:

@@ -17,8 +17,8 @@ namespace {
 /// Who asks waits 15 s, in which the engine may have to start first, and what was read has to be written and
 /// sent.
 constexpr float secondsToLoad = 10;
-/// Of those in an answer: they are copied from hand to hand, and the web engine takes none of more than 1
-/// MiB.
+/// Contents that are given out within an address are copied several times on their way, and the web engine
+/// takes no address of more than 1 MiB.
 constexpr std::size_t mostBytesInAddress = 256 << 10;
 
 class LocalResources final : public NSObject, public WebResourceLoadDelegate {
@@ -70,7 +70,8 @@ private:
                            resource.frameName());
     }
 
-    /// Of pictures the web engine wants the file, which it can hand on.
+    /// Pictures always become files: the web engine returns where a picture came from, and it is read from
+    /// there.
     NSURL urlWithContents(const WebResource& resource) {
         const bool isSmallText = resource.data().length() <= mostBytesInAddress &&
                                  !resource.MIMEType().characters().starts_with(u"image/");
@@ -95,7 +96,7 @@ private:
         return resource.data().writeToFile_atomically(path, false) ? NSURL::fileURLWithPath(path) : NSURL();
     }
 
-    /// Of pictures the second part of the type is an extension that is known.
+    /// The second part of a picture's type is an extension that readers know.
     static std::string extensionOfMIMEType(const NSString& type) {
         const std::string text = type.UTF8String();
         const std::string subtype = text.substr(text.find('/') + 1);

@@ -72,7 +72,7 @@ private:
     const HTMLParagraphs& paragraphs_;
     std::vector<std::optional<HTMLFontFamily>> fonts_;
     std::unordered_map<std::uint32_t, std::shared_ptr<const NSTextAttachment>> attachments_;
-    /// Of pictures that the page shows more than once.
+    /// By address: a picture that the page shows more than once is one file.
     std::unordered_map<std::string, std::shared_ptr<const NSFileWrapper>> wrappers_;
 
     struct KnownStyle {

@@ -44,9 +44,9 @@ struct Box {
     const RenderedPage::BlockStyle* style = nullptr;
     ListLevel list;
     ItemLevel item;
-    /// Of a table.
+    /// Where the cells of a table go; null for other boxes, and for a table nested too deeply to be one.
     std::shared_ptr<HTMLTableGrid> grid;
-    /// Of a cell.
+    /// What the paragraphs of a cell stand in; null for other boxes.
     std::shared_ptr<const NSTextTableBlock> cell;
 };
 
@@ -75,8 +75,9 @@ bool isCollapsible(char16_t unit) {
     return unit == u' ' || unit == u'\n' || unit == u'\t' || unit == u'\r' || unit == u'\f';
 }
 
-/// The vertical distance between what was put last and what comes next, after the rules of collapsing
-/// margins.
+/// The vertical distance between what was put last and what comes next. On a page, margins that meet do not
+/// add up: the largest counts, negative ones pull, and padding or a border keeps them apart. Rich text has one
+/// distance between two paragraphs, so all edges that are passed between them are gathered here.
 class Gap {
 public:
     void addMargin(float margin) {
@@ -98,6 +99,11 @@ private:
     float negative_ = 0;
 };
 
+/// Goes through the events once, with the boxes that are open.
+///
+/// A paragraph begins with the first thing that is shown in it and not at the edge of a box: boxes often begin
+/// and end in one place, and each of those edges would leave an empty line. What a paragraph looks like follows
+/// from all open boxes together, because rich text has no boxes to inherit from, only paragraphs.
 class Builder {
 public:
     explicit Builder(const RenderedPage& page) : page_(page) {}
@@ -138,7 +144,8 @@ private:
         return static_cast<std::size_t>(
             std::count_if(boxes_.begin(), boxes_.end(), [](const Box& box) { return box.cell != nullptr; }));
     }
-    /// Of the boxes of the innermost cell.
+    /// The index of the innermost cell's box, or 0. Lists, items and indents count from there: to rich text a
+    /// cell is a place of its own, which what surrounds its table does not move.
     std::size_t firstOfCell() const {
         std::size_t at = boxes_.size();
         while (at > 0 && !boxes_[at - 1].cell)
@@ -154,13 +161,14 @@ private:
     std::vector<Box> boxes_;
     Gap gap_;
 
-    // Of the paragraph at work.
+    // The paragraph that is being written.
     bool isOpen_ = false;
     NSParagraphStyle style_;
     std::size_t start_ = 0;
-    /// Behind the marker, if there is one.
+    /// After the marker, if there is one.
     std::size_t contentStart_ = 0;
-    /// Set while collapsible white space waits for what comes behind it.
+    /// The style of white space that has been read but not written: at the end of a line none is shown, so it
+    /// waits until something follows it.
     std::optional<std::uint32_t> pendingSpace_;
     std::uint32_t lastTextStyle_ = HTMLParagraphs::noStyle;
 };
@@ -288,7 +296,7 @@ void Builder::openCell(const RenderedPage::Cell& cell) {
 }
 
 void Builder::close() {
-    // What the outermost box holds is not set off from anything behind it.
+    // Nothing comes after the outermost box, so its last line needs no line feed to set it off.
     endParagraph(boxes_.size() > 1);
     const Box& box = boxes_.back();
     if (!box.item.marker.empty()) {
@@ -310,6 +318,7 @@ void Builder::close() {
 }
 
 void Builder::closeCell(const std::shared_ptr<const NSTextTableBlock>& cell) {
+    // A cell without a paragraph is no cell in rich text, and those to its right would move.
     if (!last() || last()->style.textBlocks.empty() || last()->style.textBlocks.back() != cell) {
         startParagraph();
         endParagraph(true, true);
@@ -359,7 +368,7 @@ NSParagraphStyle Builder::styleHere(bool hasMarker) const {
         style.alignment = innermost->isRightToLeft ? NSTextAlignment::left : NSTextAlignment::right;
         break;
     case Alignment::left:
-        // Of left-to-right text that is how it stands anyway.
+        // Left-to-right text stands like that anyway, and natural says that nobody asked for it.
         style.alignment = innermost->isRightToLeft ? NSTextAlignment::left : NSTextAlignment::natural;
         break;
     case Alignment::right:
@@ -407,6 +416,8 @@ void Builder::startParagraph() {
         marked = &boxes_[at];
     }
     style_ = styleHere(marked != nullptr);
+    // Paragraphs in the same cells have their distance below the upper one, as most readers of rich text expect.
+    // A cell does not let the spacing of its last paragraph out, so after a table the lower one has it above.
     if (!result_.paragraphs.empty()) {
         HTMLParagraphs::Paragraph& before = result_.paragraphs.back();
         if (before.style.textBlocks == style_.textBlocks)
@@ -453,6 +464,7 @@ void Builder::put(std::u16string_view units, std::uint32_t textStyle, std::uint3
         return;
     result_.text += units;
     lastTextStyle_ = textStyle;
+    // Pictures have a run each, and runs end where paragraphs do, because attributes do.
     const bool isNew = result_.runs.empty() || result_.runs.back().textStyle != textStyle ||
                        result_.runs.back().image != image || image != HTMLParagraphs::noImage ||
                        result_.text.size() - units.size() == start_;

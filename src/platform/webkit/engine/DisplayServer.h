@@ -24,7 +24,7 @@ public:
     /// Waits until the server can be reached, at most that long, and gives the name of its display (":7");
     /// empty when there is no server.
     std::string waitForDisplay(int timeoutMilliseconds);
-    /// Of the authority file that its clients need (XAUTHORITY).
+    /// Where the authority file is that its clients need (XAUTHORITY).
     const std::string& authorityPath() const noexcept { return authorityPath_; }
 
 private:

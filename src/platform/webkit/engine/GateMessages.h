@@ -9,7 +9,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-/// What the extension in the web process and the engine program say to each other: texts, each behind its
+/// What the extension in the web process and the engine program say to each other: texts, each after its
 /// length in 32 bits. Three (address, the one that redirected, status code) ask, one answers.
 namespace kelvo::gate {
 

@@ -19,7 +19,7 @@ constexpr char userName[] = "plumwick";
 constexpr std::size_t passwordBytes = 16;
 /// WebKit keeps to six connections a host and a few dozen in all.
 constexpr std::size_t mostConnections = 256;
-/// Of those who have not shown the password yet: any user can come this far.
+/// Connections that have not shown the password yet: any user can come this far.
 constexpr std::size_t mostStrangers = 32;
 /// To one of several addresses. A page has 15 seconds in all.
 constexpr guint secondsToConnect = 4;

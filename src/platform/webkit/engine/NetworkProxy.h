@@ -16,7 +16,7 @@ struct ConnectionDecision {
     enum class State { refused, pending, allowed };
 
     State state = State::refused;
-    /// Of an allowed one: as text, the first that answers is taken.
+    /// Where an allowed connection may go, as text. The first that answers is taken.
     std::vector<std::string> addresses;
 };
 

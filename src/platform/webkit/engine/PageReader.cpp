@@ -28,12 +28,13 @@ constexpr char pageAddress[] = "file:///";
 /// In pixels: about what a printed page holds, and what pages made for large screens still stand.
 constexpr int viewWidth = 800;
 constexpr int viewHeight = 1024;
-/// Of the time for a page, what is kept for describing it, and before that for loading it once more.
+/// The parts of a page's time that are kept for describing it, and before that for loading it once more.
 constexpr double shareForDescription = 0.1;
 constexpr double mostSecondsForDescription = 1;
 constexpr double shareForSecondLoad = 0.2;
 constexpr double mostSecondsForSecondLoad = 2;
-/// Of the time that is left for describing it: what has not been seen by then is left out.
+/// The part of the time left for describing it that the walk may take: what it has not seen by then is left
+/// out.
 constexpr double shareForWalk = 0.6;
 constexpr double secondsForState = 0.2;
 /// How long the script of a page may hold up the leaving of it.
@@ -41,7 +42,7 @@ constexpr double secondsToLeave = 0.5;
 constexpr double secondsToStart = 5;
 constexpr double secondsToConnect = 1;
 constexpr guint millisecondsBetweenLooks = 100;
-/// Of a web process. A page that needs more is no page.
+/// The largest a web process may become. A page that needs more is no page.
 constexpr std::size_t mostResidentBytes = std::size_t{3} << 29;
 /// A web process keeps some memory of each page.
 constexpr int pagesPerProcess = 60;

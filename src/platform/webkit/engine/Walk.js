@@ -57,7 +57,7 @@
     // What one element hands down to its text without CSS inheritance doing so.
     function Context(parent) {
         this.link = parent ? parent.link : '';
-        // Of the nearest inline box, of the nearest block, and of the row of a table that have one.
+        // Backgrounds: that of the nearest inline box, block and table row that have one.
         this.back = parent ? parent.back : '';
         this.ground = parent ? parent.ground : '';
         this.rowGround = parent ? parent.rowGround : '';

@@ -310,7 +310,7 @@ TEST_F(HTMLResourcesTest, TheDelegateIsAskedForEveryRequest) {
     EXPECT_EQ(describe(read(page, {judge, server.url("/")})),
               "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}"
               "{#ff0000;image.gif 8x8:\uFFFC}\n");
-    // Of what is embedded the kind is asked about, however much it is.
+    // Embedded data is asked about by its kind alone, however much it is.
     for (const std::string& line :
          {file, dataURL(), std::string("data:image/gif;base64,"), server.url("/go"),
           server.url("/a.gif after 302 of ") + server.url("/go"),
@@ -581,7 +581,7 @@ protected:
             const std::size_t nameEnd = stat.rfind(") ");
             if (nameEnd == std::string::npos || stat.find("(WebKitWebProces") == std::string::npos)
                 continue;
-            // Behind the state and the parent stands the process group.
+            // After the state and the parent comes the process group.
             std::size_t at = nameEnd + 4;
             at = stat.find(' ', at) + 1;
             if (stat.substr(at, stat.find(' ', at) - at) == group)

@@ -22,7 +22,7 @@ struct Unref {
 using Context = std::unique_ptr<JSCContext, Unref>;
 using Script = std::unique_ptr<JSCValue, Unref>;
 
-/// Of this web process, which shows one page at a time: the main frame's first, each in the isolated world. A
+/// The frames of the one page that this web process shows, the main frame first, each in the isolated world. A
 /// context stays valid when its frame has gone or shows another document.
 std::vector<Context>& contexts() {
     static auto& contexts = *new std::vector<Context>;

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Of this web process, connected at its start.
+/// The web process connects once, when it starts.
 int gateDescriptor = -1;
 
 int connectToGate(const std::string& path) {
