@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -20,8 +21,9 @@ public:
     std::uint64_t length() const noexcept { return length_; }
     /// A copy of up to `count` bytes from that place on; fewer where the file ends or cannot be read.
     std::string bytes(std::uint64_t place, std::size_t count) const;
-    /// Whether the part, of at most 1 KiB, stands anywhere in the first 512 MiB. Reads a piece at a time.
-    bool contain(std::string_view part) const;
+    /// Whether any of the parts, of at most 1 KiB each, stands anywhere in the first 512 MiB. Reads a piece at a
+    /// time.
+    bool containAny(std::initializer_list<std::string_view> parts) const;
 
 private:
     std::string_view inMemory_;
