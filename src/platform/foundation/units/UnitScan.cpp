@@ -92,6 +92,15 @@ HWY_INLINE std::size_t countWhere(const AliasedUnit* p, std::size_t count, std::
                                   Matches matches) {
     const Units d;
     const std::size_t lanes = hn::Lanes(d);
+    // Where a comparison gives bits, those are counted; a vector would have to be made of them first.
+    if constexpr (HWY_TARGET <= HWY_AVX3) {
+        std::size_t counted = 0, at = 0;
+        for (; at + 2 * lanes <= count; at += 2 * lanes)
+            counted += hn::CountTrue(d, matches(hn::LoadU(d, p + at))) +
+                       hn::CountTrue(d, matches(hn::LoadU(d, p + at + lanes)));
+        *rest = at;
+        return counted;
+    }
     // Each lane counts at most 65,535 matches before it is emptied.
     constexpr std::size_t roundsPerFlush = 65535;
     std::size_t found = 0, index = 0;
