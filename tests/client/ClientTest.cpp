@@ -76,8 +76,17 @@ protected:
 TEST_F(ClientTest, SendsPathsAbsoluteAndByteForByte) {
     const std::string here = std::filesystem::current_path().string();
     const NSString odd(std::u16string_view(u"caf\xDCE9 \U0001F600"));
-    EXPECT_EQ(client.metaDataForFile(odd).objectForKey(u"file").string(),
-              NSString::stringWithUTF8String(here + "/").stringByAppendingString(odd));
+    const NSString absolute = NSString::stringWithUTF8String(here + "/").stringByAppendingString(odd);
+    EXPECT_EQ(client.metaDataForFile(odd).objectForKey(u"file").string(), absolute);
+    EXPECT_EQ(client.searchableTextOfWebArchive(odd).objectForKey(u"archive").string(), absolute);
+    EXPECT_EQ(client.attributedStringWithContentsOfFile(odd).objectForKey(u"document").string(), absolute);
+    EXPECT_EQ(client.posterImageForMovieWithFile(odd).objectForKey(u"movie").string(), absolute);
+    EXPECT_EQ(client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(odd, true, true)
+                  .objectForKey(u"file")
+                  .string(),
+              absolute);
+    const std::string written = here + "/x";
+    EXPECT_TRUE(client.writeRTFDData_toFile(NSData::dataWithBytes(written), u"x"));
 }
 
 TEST_F(ClientTest, ReportsWhatTheOperationThrew) {

@@ -20,6 +20,7 @@ TEST(MetaDataImporterTest, TheSharedOneIsKeptUntilItIsReleased) {
     seen = MetaDataImporter::sharedImporter();
     MetaDataImporter::releaseSharedImporter();
     EXPECT_TRUE(seen.expired());
+    EXPECT_EQ(MetaDataImporter().className(), u"MetaDataImporter");
 }
 
 } // namespace

@@ -11,6 +11,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -38,6 +40,7 @@ protected:
     void SetUp() override { ASSERT_TRUE(proxy_); }
 
     KelvoImExport& proxy() { return *proxy_; }
+    NSConnection& connection() { return *connection_; }
 
 private:
     tests::TemporaryFolder folder_;
@@ -89,6 +92,32 @@ TEST_F(KelvoImExportTest, NilIsNotEmptyInEitherDirection) {
                     .imageWithContentsOfFile_stringFromPDF_canUseSpotlight(nullptr, true, true)
                     .objectForKey(u"file")
                     .isNil());
+}
+
+TEST_F(KelvoImExportTest, WhatFailsIsCalledByItsOwnName) {
+    connection().setReplyTimeout(0);
+    const std::function<void()> operations[] = {
+        [&] { proxy().metaDataForFile(u"/a"); },
+        [&] { proxy().RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, false); },
+        [&] { proxy().writeRTFDData_toFile(nullptr, u"/a"); },
+        [&] { proxy().searchableTextOfWebArchive(u"/a"); },
+        [&] { proxy().attributedStringWithContentsOfFile(u"/a"); },
+        [&] { proxy().posterImageForMovieWithFile(u"/a"); },
+        [&] { proxy().attributed_stringWithPDF(true, nullptr); },
+        [&] { proxy().imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/a", true, true); },
+        [&] { proxy().PDFImageRepOfFile(u"/1"); },
+    };
+    static_assert(std::size(operations) == operationCount);
+    for (std::size_t index = 0; index < operationCount; ++index) {
+        const NSString name = selectorOfOperation(static_cast<Operation>(index));
+        try {
+            operations[index]();
+            ADD_FAILURE() << name.UTF8String();
+        } catch (const NSException& exception) {
+            EXPECT_EQ(exception.name(), NSPortTimeoutException);
+            EXPECT_EQ(exception.reason(), name.stringByAppendingString(u" was not answered in time."));
+        }
+    }
 }
 
 TEST(Operations, SelectorsStandInTheSchema) {

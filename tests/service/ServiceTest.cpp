@@ -105,10 +105,10 @@ TEST_F(ServiceTest, ReadsDocuments) {
         return client.attributedStringWithContentsOfFile(
             NSString::stringWithUTF8String(folder.write("document", contents)));
     };
-    const auto textOf = [](const NSDictionary& result) {
-        NSDictionary ignored;
+    NSDictionary written;
+    const auto textOf = [&written](const NSDictionary& result) {
         return NSAttributedStringKitAdditions::initWithRTFD_documentAttributes(
-                   result.objectForKey(ResultRtfdKey).data(), &ignored)
+                   result.objectForKey(ResultRtfdKey).data(), &written)
             .string()
             .UTF8String();
     };
@@ -124,6 +124,7 @@ TEST_F(ServiceTest, ReadsDocuments) {
     EXPECT_EQ(
         office.objectForKey(ResultDocumentAttributesKey).dictionary().objectForKey(NSTitleDocumentAttribute),
         Value(u"The Title"));
+    EXPECT_EQ(written.objectForKey(NSTitleDocumentAttribute), Value(u"The Title"));
     EXPECT_NE(office.objectForKey(ResultRtfdKey).data().characters().find("\x89PNG"), std::string_view::npos);
 
     EXPECT_TRUE(answer(tests::smallPNG()).isNil());

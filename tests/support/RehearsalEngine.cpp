@@ -3,6 +3,7 @@
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/foundation/connections/EngineChannel.h"
+#include "platform/foundation/connections/EngineFrames.h"
 
 #include <csignal>
 #include <cstdio>
@@ -41,6 +42,15 @@ int main() {
             std::raise(SIGKILL);
         } else if (command == u"garbage") {
             ::write(channel.descriptor(), "\x63 is no frame at all", 21);
+        } else if (command == u"in pieces") {
+            const std::string frame = bytesOfEngineFrame(EngineFrameKind::answer, with);
+            std::size_t sent = 0;
+            for (const std::size_t end :
+                 {std::size_t{5}, engineFrameHeadLength, frame.size() - 1, frame.size()}) {
+                ::write(channel.descriptor(), frame.data() + sent, end - sent);
+                ::usleep(20'000);
+                sent = end;
+            }
         } else if (command == u"boast") {
             // The head of an answer of 2^56 bytes.
             ::write(channel.descriptor(), "\2\0\0\0\0\0\0\0\1", 9);

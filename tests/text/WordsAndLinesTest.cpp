@@ -154,6 +154,7 @@ TEST(WordsAndLinesTest, numbers) {
         {"largest", u"9223372036854775807", std::numeric_limits<std::int64_t>::max(), true},
         {"lowest", u"-9223372036854775808", lowest, true},
         {"too long to fit", u"18446744073709551617", 1, false},
+        {"without its first digit", u"12", 112, false},
         {"sign U+2212", u"\u22125", -5, true},
         {"empty", u"", 0, false},
     };

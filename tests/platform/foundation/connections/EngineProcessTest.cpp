@@ -78,6 +78,7 @@ TEST(EngineProcess, OneChildAnswersMessagesOfEverySize) {
         const NSData data = NSData::dataWithBytesNoCopy(std::string(length, 'x'));
         EXPECT_TRUE(engine.ask(message(u"echo", data), ample).data() == data) << length;
     }
+    EXPECT_EQ(engine.ask(message(u"in pieces", NSString(u"whole")), ample), Value(u"whole"));
     EXPECT_EQ(engine.processIdentifier(), child);
 }
 

@@ -274,6 +274,7 @@ TEST(PropertyList, BrokenInputGivesAReason) {
         {"key in an array", "<plist><array><key>a</key></array></plist>", "outside of a dictionary"},
         {"bad integer", "<plist><integer>1x</integer></plist>", "integer"},
         {"bad real", "<plist><real>1,5</real></plist>", "real"},
+        {"real of two signs", "<plist><real>+-1</real></plist>", "real"},
         {"no such day", "<plist><date>2001-02-29T00:00:00Z</date></plist>", "date"},
         {"hour 24", "<plist><date>2001-01-01T24:00:00Z</date></plist>", "date"},
         {"minute 60", "<plist><date>2001-01-01T00:60:00Z</date></plist>", "date"},
@@ -304,6 +305,8 @@ TEST(PropertyList, BrokenInputGivesAReason) {
         {"length is no integer",
          binaryList({"\x5F\x51"
                      "a"}),
+         "length"},
+        {"length of sixteen bytes", binaryList({"\x5F\x14" + bigEndian(0, 8) + bigEndian(1, 8) + "a"}),
          "length"},
         {"key is no string", binaryList({"\xD1" + references({1, 1}), "\x09"}), "not a string"},
         {"date is no number", binaryList({"\x33" + std::string(8, '\xFF')}), "not a number"},
