@@ -107,7 +107,7 @@ public:
                                                                        bool canUseSpotlight) override;
     NSData PDFImageRepOfFile(const NSString& file) override;
 
-    /// Of the service that runs now; never starts one. Throws ClientError (notThere) when none does.
+    /// Tells about the service that runs now; never starts one. Throws ClientError (notThere) when none does.
     ServiceStatus status();
 
 private:

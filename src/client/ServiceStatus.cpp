@@ -28,7 +28,7 @@ std::string textOfFile(const std::string& path) {
 }
 
 double uptimeOfProcess(pid_t processIdentifier) {
-    // The second field, the program's name in parentheses, may hold anything; the fields behind it are
+    // The second field, the program's name in parentheses, may hold anything; the fields after it are
     // numbers. The start is field 22, in ticks from the start of the system.
     const std::string stat = textOfFile(folderOfProcess(processIdentifier) + "/stat");
     const std::size_t nameEnd = stat.rfind(')');

@@ -18,8 +18,8 @@ CFStringEncoding charset2CFStringEncoding(const NSString& label);
 CFStringEncoding macEncoding(std::u16string_view script);
 
 /// charset2CFStringEncoding as an NSStringEncoding, and only of encodings that text can be converted from;
-/// else kCFStringEncodingInvalidId. Logs a label that fails, but for those that are known to
-/// stand for "unknown": nil, "", "/", "0", "<", ">" and "auto".
+/// else kCFStringEncodingInvalidId. Logs a label that fails, except for those that are
+/// known to stand for "unknown": nil, "", "/", "0", "<", ">" and "auto".
 NSStringEncoding charset2NSStringEncoding(const NSString& label);
 
 /// charset2CFStringEncoding as an operation of the label.

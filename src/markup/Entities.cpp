@@ -28,7 +28,7 @@ constexpr std::size_t longestReference = 6;
 /// Nothing shorter is looked at in whole strings: "&lt;" is the shortest complete reference.
 constexpr std::size_t shortestConvertedString = 4;
 
-/// What stands behind a "&": the character and how many units make it, 0 when they are no reference.
+/// What follows a "&": the character and how many units make it, 0 when they are no reference.
 struct Reference {
     char16_t character;
     std::size_t length;
@@ -39,7 +39,7 @@ bool isMarkupUnit(char16_t unit) {
     return unit == u'<' || unit == u'>' || unit == u'&' || unit == u'"';
 }
 
-/// A reference that is `name` whatever follows it. `text` begins behind the "&".
+/// A reference that is `name` whatever follows it. `text` begins after the "&".
 Reference fixedReference(std::u16string_view text, std::u16string_view name, char16_t character) {
     if (!text.starts_with(name))
         return noReference;
@@ -140,7 +140,7 @@ char16_t* copiedFolded(const char16_t* from, std::size_t count, char16_t* to, co
     return to;
 }
 
-/// `foldTable` may be null. `decode` gives the Reference at the text behind a "&".
+/// `foldTable` may be null. `decode` gives the Reference in the text after a "&".
 template <typename Decode>
 std::size_t convert(const char16_t* source, std::size_t length, char16_t* destination,
                     const char16_t* foldTable, const Decode& decode) {

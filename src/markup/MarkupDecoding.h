@@ -12,13 +12,13 @@ namespace XmlExtensions {
 /// The text of a document. `encodingName` is the charset label that came with it, from a protocol header for
 /// example, and may be nil; without one that is known the first decoding is in `defaultEncoding`. When the
 /// document declares another charset itself (see markupCharset) it is decoded again in that one, and the
-/// better result is taken: the declared one but where it has more U+FFFD than the one that was asked for.
+/// better result is taken: the declared one, unless it has more U+FFFD than the one that was asked for.
 ///
 /// Any bytes have a result, "" for none at all. It is nil only for documents past 1 GiB, when there is no
 /// memory, and when the encoding of the first decoding is not available. Bytes that an encoding cannot decode
 /// become U+FFFD, a byte-order mark in UTF-8 is kept as U+FEFF, and a text never has more units than the
-/// document has bytes (or 32): what an encoding would make beyond that is cut off, but for the letter "ch" of
-/// KOI8-CS2.
+/// document has bytes (or 32): what an encoding would make beyond that is cut off, except for the letter
+/// "ch" of KOI8-CS2.
 ///
 /// `url` does not matter.
 NSString stringWithMarkupData_encodingName_defaultEncoding_URL(const NSData& data,

@@ -68,7 +68,7 @@ struct PlainTextContext {
     std::uint32_t markerBits = markerAll;
 };
 
-/// Units behind the four per character that the handlers may use.
+/// Units that the handlers may use beyond the four per character.
 inline constexpr std::size_t plainTextSlack = 64;
 
 } // namespace kelvo

@@ -133,7 +133,7 @@ bool keepsLineBreak(char16_t next) {
     return next == u'/' || next == u'>' || next == u' ' || next == u'-' || next == u'}';
 }
 
-/// The text of a pre element with its lines rebuilt. `run` may lie in the buffer at or behind the write
+/// The text of a pre element with its lines rebuilt. `run` may lie in the buffer at or after the write
 /// position: never more is written than has been read.
 void writeLines(PlainTextContext& context, std::u16string_view run) {
     const CharacterSetRep space = spaceCharacterSetRep();

@@ -21,7 +21,7 @@ bool endsInWhiteSpace(const PlainTextContext& context);
 void writeTextRun(PlainTextContext& context, std::u16string_view run, std::size_t readable);
 
 /// The run with its references decoded, as far as the context asks for that; the run itself where there is
-/// nothing to decode, else text at `place`, which is in the buffer, at or behind the write position.
+/// nothing to decode, else text at `place`, which is in the buffer, at or after the write position.
 std::u16string_view decodedRun(const PlainTextContext& context, std::u16string_view run, char16_t* place);
 
 /// A text in which a scan met no tag, comment or section, and decoding changes nothing, is no HTML: it is not

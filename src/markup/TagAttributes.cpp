@@ -47,9 +47,9 @@ struct CharacterClasses {
         }
         return true;
     }
-    /// Behind the name at `index` and the separator that follows it; 0 when they are not there.
-    std::size_t behindNameAndSeparator(std::u16string_view text, std::size_t index, std::string_view name,
-                                       char16_t separator, bool ignoringCase) const {
+    /// The index after the name at `index` and the separator that follows it; 0 when they are not there.
+    std::size_t endOfNameAndSeparator(std::u16string_view text, std::size_t index, std::string_view name,
+                                      char16_t separator, bool ignoringCase) const {
         if (!matches(text.data() + index, name, ignoringCase))
             return 0;
         index = skipWhite(text, index + name.size());
@@ -62,7 +62,7 @@ NSString stringOrNil(std::u16string_view value) {
 }
 
 /// Walks the text outside quotes; the index of the value of `name`, text.size() when there is none.
-/// `mayFollow(unit)` tells whether a name may stand behind that character.
+/// `mayFollow(unit)` tells whether a name may follow that character.
 template <typename MayFollow>
 std::size_t indexOfValue(std::u16string_view text, std::string_view name, char16_t separator,
                          bool ignoringCase, const CharacterClasses& classes, MayFollow mayFollow) {
@@ -73,7 +73,7 @@ std::size_t indexOfValue(std::u16string_view text, std::string_view name, char16
                 break;
         } else if (index == 0 || mayFollow(text[index - 1])) {
             const std::size_t value =
-                classes.behindNameAndSeparator(text, index, name, separator, ignoringCase);
+                classes.endOfNameAndSeparator(text, index, name, separator, ignoringCase);
             if (value != 0)
                 return classes.skipWhite(text, value);
         }

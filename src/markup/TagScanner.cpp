@@ -204,7 +204,7 @@ private:
                         context_);
     }
 
-    /// The index behind the ">", or the length.
+    /// The index after the ">", or the length.
     std::size_t endOfComment(std::size_t tag) {
         const bool isShort = tag + 3 < length_ && characters_[tag + 3] != u'-';
         for (std::size_t index = next<greaterThan>(tag + 3); index < length_;
@@ -218,7 +218,7 @@ private:
         return length_;
     }
 
-    /// The index behind the ">", or the length.
+    /// The index after the ">", or the length.
     std::size_t endOfSection(std::size_t tag) {
         for (std::size_t index = next<greaterThan>(tag + 3); index < length_;
              index = next<greaterThan>(index + 1)) {
@@ -233,7 +233,7 @@ private:
     std::size_t endOfTag(std::size_t start) {
         if (endsOfRuns_) [[unlikely]]
             return endOfTagRemembered(start);
-        // Most tags have all their values in double quotes that stand right behind "=". There every other
+        // Most tags have all their values in double quotes that stand right after "=". There every other
         // double quote opens a value, and the ">" sought is the first that an even number of them precedes.
         // What breaks that rule is a double quote that opens but does not follow "=", or an apostrophe
         // outside values.

@@ -13,7 +13,7 @@ namespace kelvo {
 
 /// What a handler is called for.
 enum class TagKind {
-    /// The last call of a scan, for the text behind the last tag.
+    /// The last call of a scan, for the text after the last tag.
     text = 0,
     /// "<" up to the next ">" outside quotes. A quote opens only a value, so after "=".
     tag = 1,
@@ -31,10 +31,10 @@ enum class TagKind {
 ///
 /// - `nameLocation`, `nameLength`: the tag's name without "/"; NSNotFound and 0 when there is none. A name
 ///   begins with the first letter in the tag and runs up to white space, "/" or ">".
-/// - `tagLocation`, `tagLength`: from "<" to ">", both included. A script or style element is one tag from
-/// the
-///   "<" of its opening tag to the ">" of its closing tag, so that its body is never text. A comment or
-///   section that is never closed runs to the end of the string. In the last call: the string's length and 0.
+/// - `tagLocation`, `tagLength`: from "<" to ">", both included. A script or style element is one tag
+///   from the "<" of its opening tag to the ">" of its closing tag, so that its body is never text. A comment
+///   or section that is never closed runs to the end of the string. In the last call: the string's length and
+///   0.
 /// - `textLocation`: the text run in front of the construct is [textLocation, tagLocation).
 /// - `context`: as it was given to the scan.
 using TagHandler = bool (*)(const NSString& string, char16_t* characters, std::size_t nameLocation,

@@ -19,7 +19,7 @@
 namespace kelvo {
 namespace {
 
-/// Of a page, in the platform's single precision.
+/// How long a page may take to load, in the platform's single precision.
 constexpr float secondsToLoad = 15.0F;
 
 } // namespace

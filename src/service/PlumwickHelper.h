@@ -9,7 +9,7 @@
 
 namespace kelvo {
 
-/// The root object of the service. It keeps no state between requests but its own importer host.
+/// The root object of the service. The only state that it keeps between requests is its own importer host.
 class PlumwickHelper final : public NSObject, public KelvoImExport, public WebResourceLoadDelegate {
 public:
     PlumwickHelper();

@@ -37,7 +37,7 @@ const char16_t* buildOnce(std::atomic<const char16_t*>& table, std::once_flag& o
     return table.load(std::memory_order_acquire);
 }
 
-/// `change` works on a string of one letter; a letter of which it makes anything but one unit stays.
+/// `change` works on a string of one letter; a letter that it makes anything but one unit of stays.
 void fillFromTextService(char16_t* entries, const NSCharacterSet& letters, void (*change)(NSMutableString&)) {
     NSMutableString text = NSMutableString::stringWithCapacity(8);
     for (std::size_t index = 0; index < foldingTableCount; ++index) {

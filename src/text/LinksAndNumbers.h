@@ -16,7 +16,7 @@ namespace kelvo {
 // and no double quotation mark or guillemet. It begins with
 //   * a scheme (an ASCII letter, then letters, digits, "+", "-" and ".") and "://", or
 //   * "mailto:" or "www.", in any case and not in the middle of a word,
-// with the first of these in the stretch, and goes on to the stretch's end, but for the punctuation there
+// with the first of these in the stretch, and goes on to the stretch's end, except for the punctuation there
 // (. , ; : ! ? ' and closing brackets that have no opening one in the link). At least one unit must follow
 // the beginning. In a stretch without any of these, a link is a mail address: local part, "@", and a domain
 // with a dot inside it.
@@ -27,7 +27,7 @@ NSRange getLinkRangeAtIndex(std::u16string_view text, std::size_t index);
 /// As it is written, or nil.
 NSString getLinkAtIndex(const NSString& text, std::size_t index);
 
-// A number is a longest run of decimal digits of any script. Signs, points and separators belong to none:
+// A number is a longest run of decimal digits of any script. Signs, points and separators belong to no number:
 // "-3.14" holds the two numbers 3 and 14.
 
 std::size_t countNumbers(std::u16string_view text);

@@ -39,10 +39,11 @@ bool isLowerCaseString(std::u16string_view string);
 // not even nil, and neither does a range that passes the end. With a range, that part of the string is
 // compared with the whole of the other.
 
-/// Of uppercaseNonUmlautedString.
+/// Compares what uppercaseNonUmlautedString makes of the strings.
 bool isNonUmlautedEqualToStringNoCase(const NSString& string, const NSString& other);
 bool range_isNonUmlautedEqualToNoCase(const NSString& string, NSRange range, const NSString& other);
-/// Of uppercaseAsciiString; so all units without an ASCII counterpart are equal to each other and to a space.
+/// Compares what uppercaseAsciiString makes of them: all units without an ASCII counterpart are equal to each
+/// other and to a space.
 bool isAsciiEqualToStringNoCase(const NSString& string, const NSString& other);
 bool range_isAsciiEqualToNoCase(const NSString& string, NSRange range, const NSString& other);
 /// By the entries of the upper-case table, and not as isEqualToStringNoCase.

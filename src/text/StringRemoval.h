@@ -37,9 +37,9 @@ void removeDigits(NSMutableString& string);
 NSString stringByRemovingDigits(const NSString& string);
 void removeAttachments(NSMutableString& string);
 
-/// Of each run of spaces the first unit remains. Feeds are left alone.
+/// Keeps the first unit of each run of spaces. Feeds are left alone.
 void removeMultipleSpaces(NSMutableString& string);
-/// Of each run of feeds the first line end remains; U+000D U+000A is one. Spaces between two feeds make them
+/// Keeps the first line end of each run of feeds; U+000D U+000A is one. Spaces between two feeds make them
 /// two runs.
 void removeMultipleFeeds(NSMutableString& string);
 NSString stringByRemovingMultipleFeeds(const NSString& string);

@@ -137,7 +137,7 @@ bool NSFileManager::removeFileAtPath(const NSString& path) const {
     auto bytes = fileSystemRepresentationWithPath(path);
     if (!bytes)
         return false;
-    // With a slash behind it, a link would be followed.
+    // With a slash after it, a link would be followed.
     bytes->resize(bytes->find_last_not_of('/') + 1);
     const std::string_view name = std::string_view(*bytes).substr(bytes->rfind('/') + 1);
     if (name.empty() || name == "." || name == "..")

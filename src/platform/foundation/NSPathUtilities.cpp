@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t npos = std::u16string_view::npos;
 
-// Of a path without slashes at its end.
+// The path has no slashes at its end.
 std::size_t startOfLastComponent(std::u16string_view path) {
     return path == u"/" ? 0 : path.rfind(u'/') + 1;
 }

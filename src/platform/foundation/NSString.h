@@ -97,7 +97,7 @@ public:
 private:
     /// What is not well-formed becomes U+FFFD.
     static NSString stringByDecodingUTF8(std::string_view bytes, bool* hadErrors);
-    // The units stand behind the header in one block, or in a malloc block of their own that was taken over.
+    // The units follow the header in one block, or in a malloc block of their own that was taken over.
     struct Rep {
         std::atomic<std::uint32_t> references;
         std::size_t length;

@@ -228,7 +228,7 @@ private:
             pattern += ".*";
         pattern += size;
         pattern += static_cast<char>(it.type);
-        // The longest is the largest double with all its digits before the point, and the precision behind
+        // The longest is the largest double with all its digits before the point, and the precision after
         // it.
         std::array<char, maximumFieldWidth + 400> text;
         const int width = it.width.value.value_or(0);

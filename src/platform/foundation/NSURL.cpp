@@ -200,7 +200,7 @@ NSString NSURL::lastPathComponent() const {
 NSString NSURL::pathExtension() const {
     const NSString name = lastPathComponent();
     const std::size_t dot = name.characters().rfind(u'.');
-    // A dot at the start hides a file, and one at the end has nothing behind it.
+    // A dot at the start hides a file, and nothing follows one at the end.
     if (dot == std::u16string_view::npos || dot == 0 || dot + 1 == name.length())
         return nullptr;
     return name.substringFromIndex(dot + 1);

@@ -40,12 +40,12 @@ public:
     NSString absoluteString() const;
     /// The string as it was given, not resolved.
     NSString relativeString() const;
-    /// Always absolute itself; nil when there is none.
+    /// The base, which is always absolute itself; nil when the URL has none.
     NSURL baseURL() const;
     /// The receiver itself when it has no base.
     NSURL absoluteURL() const;
 
-    // Of the absolute URL. Nil when absent; a component that is there but empty is the empty string.
+    // The components of the absolute URL: nil for one that is absent, the empty string for one that is empty.
     /// Without the colon, in the letters it was written in.
     NSString scheme() const;
     /// Everything after the scheme's colon.

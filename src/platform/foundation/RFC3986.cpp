@@ -125,7 +125,7 @@ bool isIPLiteral(std::u16string_view text) {
 }
 
 // Splits at the delimiters without looking at what stands between them (appendix B). The last "@" ends the
-// user information, and the last ":" behind it and outside brackets begins the port.
+// user information, and the last ":" after it and outside brackets begins the port.
 Components split(std::u16string_view string) {
     Components parts;
     const std::size_t delimiter = string.find_first_of(u":/?#");

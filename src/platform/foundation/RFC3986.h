@@ -43,7 +43,8 @@ NSMutableString removeDotSegments(std::u16string_view path);
 /// number and in brackets that hold no IP address. A string that parses is unchanged.
 NSMutableString escapeToMatch(std::u16string_view string);
 
-/// The bytes behind the percent escapes; everything else as UTF-8. A percent sign without two digits stays.
+/// The bytes that the percent escapes stand for; everything else as UTF-8. A percent sign without two digits
+/// stays.
 std::string decodePercentEscapes(std::u16string_view string);
 /// For the path of a URI with an authority: percent-escapes every byte that a path may not hold.
 void appendEscapedPath(NSMutableString& result, std::string_view bytes);

@@ -6,9 +6,9 @@
 
 namespace kelvo {
 
-/// The child's side of an EngineProcess. All calls wait; the end of the other side is an absent value, upon
-/// which the child is to exit. Should it not manage to within two seconds, it is ended, with all processes of
-/// its group.
+/// The child's side of an EngineProcess. All calls wait. An absent value says that the other side is gone; the
+/// child should exit then. If it does not manage to within two seconds, it is killed with all processes of its
+/// group.
 class EngineChannel {
 public:
     /// Over this process's standard input, which is replaced by nothing, so that no library reads from it. At
@@ -23,7 +23,7 @@ public:
     /// Answers the message that came last. False when the other side is gone. Throws NSException
     /// (NSInvalidArgumentException) when the result is neither nil nor a property list.
     bool answer(const Value& result);
-    /// Asks back in the midst of a message.
+    /// Asks the other side a question while a message is being worked on.
     std::optional<Value> ask(const Value& question);
 
 private:

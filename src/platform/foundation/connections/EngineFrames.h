@@ -22,9 +22,10 @@ inline constexpr std::size_t engineFrameHeadLength = 9;
 
 /// Throws NSException (NSInvalidArgumentException) when the value is no property list.
 std::string bytesOfEngineFrame(EngineFrameKind kind, const Value& value);
-/// Of the head's bytes; absent when they are no head, or announce more than one message can hold.
+/// The length that a frame's head announces; absent when the bytes are no head, and when it is more than one
+/// message can hold.
 std::optional<std::uint64_t> contentsLengthOfEngineFrame(std::string_view head);
-/// Of a whole frame; absent when its contents cannot be read.
+/// The frame in these bytes, which are all of it; absent when its contents cannot be read.
 std::optional<EngineFrame> engineFrameWithBytes(std::string bytes);
 
 } // namespace kelvo

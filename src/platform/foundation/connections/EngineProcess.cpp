@@ -231,7 +231,7 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
     if (!own.task && !own.start())
         return {};
 
-    // Whatever ends this early leaves no child in the midst of a message.
+    // Whatever ends this early leaves no child in the middle of a message.
     struct Asking {
         explicit Asking(EngineProcess& asked, NSRunLoop& runLoop) : process(asked), loop(runLoop) {
             process.internals_->isAsking = true;

@@ -12,7 +12,7 @@ namespace kelvo {
 
 /// An engine in a process of its own: a program of this system that is started when it is first needed, kept
 /// for the next time, and ended with this process, however that ends. What the engine does to itself
-/// (crashes, runs for ever, grows) does not reach the one who asks. It starts with an environment made for
+/// (crashing, running for ever, growing) does not reach the one who asks. It starts with an environment made for
 /// engines: of this process's own only PATH, TMPDIR, XDG_RUNTIME_DIR, TZ and the sanitizers' options.
 ///
 /// The two talk in property lists over a socket that is the child's standard input; the child's side is
@@ -34,14 +34,14 @@ public:
     /// none runs.
     ///
     /// Nil when the program is missing or ends at once (one line in the log), when the child ends meanwhile,
-    /// when no answer came in time (the child is ended), and when the engine is at work on another message
-    /// already, of which this one was asked in the midst.
+    /// when no answer came in time (the child is ended), and when the engine is still working on another
+    /// message, as it is while it asks a question.
     Value ask(const Value& message, double timeoutSeconds, const Questions& questions = {});
 
     /// Ends the child, and all processes that it started and that stayed in its group, at once. The next
     /// message starts another.
     void stop();
-    /// Of the child, 0 when none runs.
+    /// The child's process; 0 when none runs.
     pid_t processIdentifier() const;
 
 private:

@@ -114,7 +114,7 @@ kj::Exception failureOfCall(const char* what);
 [[noreturn]] void throwFailureOfRequest(const kj::Exception& exception, bool isTimedOut,
                                         const NSString& selector);
 
-/// A time-out from here on is none.
+/// A time-out of this length or more never runs out.
 inline constexpr double longestTimeoutSeconds = 1e8;
 
 /// Waits for the answer to a request, at most for the connection's time-outs. Throws NSException; see

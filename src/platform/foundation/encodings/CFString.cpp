@@ -99,7 +99,7 @@ char16_t simpleFold(char16_t unit) {
 // No canonical decomposition is longer than four characters.
 constexpr std::size_t longestDecomposition = 8;
 
-// Writes the decomposition of the character but for its marks; returns the number of units.
+// Writes the decomposition of the character without its marks; returns the number of units.
 std::size_t decomposeWithoutMarks(const UNormalizer2* decomposer, UChar32 character, char16_t* units) {
     const auto isMark = [](UChar32 part) { return u_charType(part) == U_NON_SPACING_MARK; };
     char16_t decomposed[longestDecomposition];

@@ -14,10 +14,10 @@ namespace {
 
 using Kind = EncodingRow::Kind;
 
-// In the order of the numbers. The converters agree with the encodings' published tables but for these, which
-// are stood for by their nearest relatives: MacJapanese, MacChineseTrad, MacKorean and MacChineseSimp by the
+// In the order of the numbers. The converters agree with the encodings' published tables, except for these,
+// whose nearest relatives stand in for them: MacJapanese, MacChineseTrad, MacKorean and MacChineseSimp by the
 // code pages of the same characters, which lack the vendor's extra rows and single bytes; MacUkrainian by
-// MacCyrillic, of which it is a subset; JIS_C6226_78 by its successor. ICU's Windows code pages give the
+// MacCyrillic, whose subset it is; JIS_C6226_78 by its successor. ICU's Windows code pages give the
 // bytes that the page leaves open as C1 controls. For ISO-8859-16, Johab, VISCII and some others only glibc
 // has tables.
 constexpr EncodingRow rows[] = {

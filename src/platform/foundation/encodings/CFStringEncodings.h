@@ -212,7 +212,8 @@ NSStringEncoding CFStringConvertEncodingToNSStringEncoding(CFStringEncoding enco
 /// kCFStringEncodingInvalidId for a small number that is not among those above.
 CFStringEncoding CFStringConvertNSStringEncodingToEncoding(NSStringEncoding encoding);
 
-/// The encoding of a code page by its number in Windows and DOS; kCFStringEncodingInvalidId for a number that is none.
+/// The encoding of a code page by its number in Windows and DOS; kCFStringEncodingInvalidId for any other
+/// number.
 CFStringEncoding CFStringConvertWindowsCodepageToEncoding(std::int32_t codePage);
 
 /// True exactly when text can be converted from and to the encoding here.

@@ -7,8 +7,8 @@ namespace kelvo {
 
 namespace {
 
-// Derived from the mapping files that the encodings' vendors published, but for the two Czech ones at the
-// end. The tags F860 to F87F, which only tell variants of one character apart, are left out; code points of
+// Derived from the mapping files that the encodings' vendors published, except for the two Czech ones at
+// the end. The tags F860 to F87F, which only tell variants of one character apart, are left out; code points of
 // the vendors' own from F880 on are kept. FFFD is undefined.
 
 constexpr char16_t macIcelandic[] = {

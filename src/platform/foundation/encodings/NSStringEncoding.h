@@ -25,8 +25,8 @@ NSString stringByRepairingData_encoding(const NSData& data, NSStringEncoding enc
 NSStringEncoding encodingOfByteOrderMark(std::string_view bytes);
 /// The text of data that begins with a byte-order mark, in whose encoding it is decoded, without the mark;
 /// what is not valid in UTF-8 and UTF-16 becomes U+FFFD, and a part of a unit at the end of UTF-16 and UTF-32
-/// is left out. What begins like UTF-32 and is none is UTF-16. Nil without a mark, and when the text is not
-/// valid in UTF-32. `encoding` may be null; it is set when there is a text.
+/// is left out. What begins like UTF-32 but is not valid in it is read as UTF-16. Nil without a mark, and when
+/// the text is not valid in UTF-32. `encoding` may be null; it is set when there is a text.
 NSString stringWithMarkedData(const NSData& data, NSStringEncoding* encoding);
 
 /// The bytes of the text; nil when the string is nil, when the encoding is not available and when it cannot

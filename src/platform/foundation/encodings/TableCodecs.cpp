@@ -325,7 +325,7 @@ private:
 // ASCII with escapes: \\ for the backslash, \ooo (octal) for U+0080 to U+00FF, \uhhhh for every other unit.
 class NonLossyASCIICodec final : public TextCodec {
 public:
-    // Of an escape that is none the backslash becomes U+FFFD and the rest stands for itself.
+    // In what only looks like an escape the backslash becomes U+FFFD, and the rest stands for itself.
     Progress decode(std::span<const std::uint8_t> bytes, char16_t* units, std::size_t capacity) override {
         Progress progress;
         std::size_t read = 0;

@@ -20,7 +20,7 @@ public:
         std::size_t unitsWritten = 0;
         /// Something was not valid in the encoding and became U+FFFD.
         bool hadErrors = false;
-        /// There is more to come: call again with the bytes that are left, even when none are.
+        /// There is more to come: call again with the bytes that are left, even if none are left.
         bool isOutputFull = false;
     };
 
@@ -45,7 +45,7 @@ public:
     /// Forgets the text it was on, to begin another.
     virtual void reset() {}
 
-    /// No more units come from one byte.
+    /// How many units one byte can become at most.
     virtual std::size_t mostUnitsPerByte() const { return 1; }
 };
 

@@ -20,7 +20,7 @@ CFStringEncoding unitsOfThisMachine() {
     return low == 1 ? kCFStringEncodingUTF16LE : kCFStringEncodingUTF16BE;
 }
 
-// Of a decoded piece, how many units go to the encoder at once when there may not be room for all of them.
+// How many units of a decoded piece go to the encoder at once when there may not be room for all of them.
 std::size_t lengthOfFirstCharacter(std::u16string_view units) {
     const bool isPair = units.size() > 1 && (units[0] & 0xFC00) == 0xD800 && (units[1] & 0xFC00) == 0xDC00;
     return isPair ? 2 : 1;

@@ -23,8 +23,8 @@ public:
     /// The path as it was given, without slashes at its end.
     NSString bundlePath() const;
     /// The first of Contents/Info.plist, Resources/Info.plist and Info.plist that is a regular file, read
-    /// when it is first asked for and then kept. Nil when there is none, when it is larger than 16 MiB, and
-    /// when it does not hold a dictionary.
+    /// when it is first asked for and then kept. Nil when none of them exists, when it is larger than 16
+    /// MiB, and when it does not hold a dictionary.
     NSDictionary infoDictionary() const;
     Value objectForInfoDictionaryKey(const NSString& key) const;
     /// The file named by "CFBundleExecutable", or "lib<name>.so", in Contents/Linux, Contents/MacOS or the

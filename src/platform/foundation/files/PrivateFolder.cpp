@@ -16,7 +16,7 @@ namespace kelvo {
 namespace {
 
 constexpr std::string_view randomPart = "XXXXXX";
-/// Of folders that were taken for leftovers between their making and the mark that they are in use.
+/// New folders may be taken for leftovers before they are marked as in use; so many times another is made.
 constexpr int mostAttempts = 8;
 
 std::string temporaryDirectory() {

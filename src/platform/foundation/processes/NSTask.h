@@ -59,9 +59,8 @@ public:
     void terminate();
     void killTask();
 
-    /// Of a child that has ended: its exit status, or the number of the signal that ended it; -1 when
-    /// something else in this process has collected it. Throws NSException (NSInvalidArgumentException)
-    /// before.
+    /// The exit status of the child, or the number of the signal that ended it; -1 when something else in this
+    /// process has collected it. Throws NSException (NSInvalidArgumentException) as long as it has not ended.
     int terminationStatus();
     bool wasEndedBySignal();
     /// 0 before the launch.

@@ -13,7 +13,7 @@ namespace kelvo {
 /// empty when the kernel does not tell.
 std::string folderOfThisProgram();
 
-/// Running children of this process by their name, of which the kernel keeps 15 bytes.
+/// Running children of this process by their name; the kernel keeps the first 15 bytes of it.
 std::vector<pid_t> childProcessesNamed(std::string_view name);
 
 /// What a process holds in memory; 0 when there is no such process.

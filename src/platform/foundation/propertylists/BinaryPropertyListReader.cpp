@@ -215,7 +215,7 @@ private:
         entry.state = State::done;
     }
 
-    /// `end` becomes the position behind the object.
+    /// `end` becomes the position after the object.
     Value scalarAt(std::size_t start, std::size_t& end) const {
         const unsigned marker = bytes_[start];
         const unsigned low = marker & 0x0F;

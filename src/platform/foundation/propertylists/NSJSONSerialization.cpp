@@ -77,8 +77,8 @@ private:
 
     JSON convertDictionary(const NSDictionary& dictionary, std::size_t depth) {
         JSON result = JSON::object();
-        // Storing by key would search through all keys before it. These are distinct already, but for keys
-        // that differ in unpaired surrogates only.
+        // Storing by key would search through all keys before it. These are distinct already, except for
+        // keys that differ in unpaired surrogates only.
         JSON::object_t::Container& entries = result.get_ref<JSON::object_t&>();
         entries.reserve(dictionary.count());
         for (const auto& [key, object] : dictionary) {

@@ -15,13 +15,13 @@ enum class NSJSONWritingOptions : std::uint8_t {
 
 class NSJSONSerialization {
 public:
-    /// The tree as JSON in UTF-8, without a line end behind it. Any value may stand on the top level.
+    /// The tree as JSON in UTF-8, without a line end. Any value may stand at the top level.
     ///
-    /// Nil and NSNull are null, and so are infinities and not-a-number, which JSON has not. Other floating
+    /// Nil and NSNull are null, and so are infinities and not-a-number, which JSON lacks. Other floating
     /// numbers have the shortest form that reads back to the same number of their width; booleans are true
     /// and false. Dictionaries keep their order; unpaired surrogates become U+FFFD.
     ///
-    /// Throws NSException (NSInvalidArgumentException) when the tree has a kind of value that JSON has not
+    /// Throws NSException (NSInvalidArgumentException) when the tree has a kind of value that JSON lacks
     /// (data, dates, URLs, sizes, colours, objects), a key that is no string, more than Value::maximumDepth
     /// levels or more than 4,194,304 values.
     static NSData dataWithJSONObject_options(const Value& object, NSJSONWritingOptions options);

@@ -16,7 +16,7 @@
 namespace kelvo {
 namespace {
 
-/// Old-style data begins with "<" too, but has a digit, a blank or ">" behind it.
+/// Old-style data begins with "<" too, but a digit, a blank or ">" follows.
 bool beginsLikeXML(std::string_view bytes) {
     // Every other byte of UTF-16 is NUL here; leaving those out makes the three encodings look alike.
     constexpr std::size_t examined = 4096;

@@ -28,7 +28,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(xmlBlanks) - first + 1);
 }
 
-/// Decimal, or hexadecimal behind "0x"; what passes 64 bits becomes a double.
+/// Decimal, or hexadecimal after "0x". What only an unsigned 64-bit number holds becomes a double.
 NSNumber integerOfText(std::string_view text) {
     std::string_view digits = text;
     const bool isNegative = digits.starts_with('-');
@@ -196,7 +196,7 @@ public:
 private:
     enum class Element { plist, dict, array, key, string, data, date, integer, real, isTrue, isFalse };
 
-    /// No exception may pass through the parser's C code: it is kept, and thrown on behind it.
+    /// No exception may pass through the parser's C code: it is kept, and thrown again after it.
     template <typename... Parameters, typename... Arguments>
     static void guard(void* self, void (Reader::*handler)(Parameters...), Arguments... arguments) {
         auto* reader = static_cast<Reader*>(self);

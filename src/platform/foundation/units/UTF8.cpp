@@ -42,7 +42,7 @@ std::size_t decodePairs(const std::uint8_t* bytes, std::size_t most, char16_t* u
     return count;
 }
 
-// The same with three bytes, but for those whose second byte needs another look.
+// The same with three bytes, except for those whose second byte needs a closer look.
 std::size_t decodeTriples(const std::uint8_t* bytes, std::size_t most, char16_t* units) {
     std::size_t count = 0;
     for (; count < most; ++count, bytes += 3) {

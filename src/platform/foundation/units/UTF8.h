@@ -27,8 +27,8 @@ inline constexpr char32_t notACharacter = 0xFFFFFFFF;
 
 /// The character at the index, which moves past it. A surrogate without its other half comes as it is.
 char32_t nextCharacter(std::u16string_view units, std::size_t& index);
-/// The same in UTF-8: notACharacter for bytes that are not well-formed, of which the index passes as many as
-/// begin one sequence (the maximal subpart of Unicode's chapter 3), and one at least.
+/// The same in UTF-8: notACharacter for bytes that are not well-formed. The index then moves past the longest
+/// beginning of a sequence among them (the maximal subpart of Unicode's chapter 3), and past one byte at least.
 char32_t nextUTF8Character(std::span<const std::uint8_t> bytes, std::size_t& index);
 
 /// A character of at most 0x10FFFF as one or two units, or as one to four bytes; past the last of them.

@@ -32,7 +32,7 @@ HWY_INLINE unsigned bitsOf(D d, M mask) {
     return bits[0] | static_cast<unsigned>(bits[1]) << 8;
 }
 
-/// `writesWholeBlocks`: what lies behind the copied part of a block may be overwritten.
+/// `writesWholeBlocks`: what lies past the copied part of a block may be overwritten.
 template <bool writesWholeBlocks>
 HWY_INLINE char16_t* collapse(const char16_t* units, std::size_t count, std::size_t readable, char16_t* to,
                               const std::uint8_t* bitmap, bool stopsAtAmpersand) {

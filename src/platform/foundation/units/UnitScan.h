@@ -40,7 +40,7 @@ inline std::size_t firstUnitEqualTo(const char16_t* units, std::size_t count, co
     return index;
 }
 
-/// The first index at which `first` stands and `second` behind it.
+/// The first index at which `first` stands, followed by `second`.
 inline std::size_t firstPairOfUnits(const char16_t* units, std::size_t count, char16_t first,
                                     char16_t second) {
     for (std::size_t index = 0; index + 1 < count; ++index) {

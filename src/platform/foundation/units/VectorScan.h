@@ -15,7 +15,7 @@ struct UnitRange {
     char16_t first;
     char16_t count;
 };
-/// The number of leading units that lie in one of the ranges, of which there is one at least. Text that stays
+/// The number of leading units that lie in one of the ranges; there must be at least one range. Text that stays
 /// within two of them for long is skipped fastest.
 std::size_t lengthOfPrefixInRanges(std::u16string_view units, std::span<const UnitRange> ranges);
 
