@@ -126,6 +126,7 @@ TEST(URL, ResolvesReferences) {
         {"http://a/b/c/d;p?q", ".", "http://a/b/c/"},
         {"http://a/b/c/d;p?q", "./", "http://a/b/c/"},
         {"http://a/b/c/d;p?q", "..", "http://a/b/"},
+        {"http://a/b/c/d;p?q", "x:..", "x:"},
         {"http://a/b/c/d;p?q", "../", "http://a/b/"},
         {"http://a/b/c/d;p?q", "../g", "http://a/b/g"},
         {"http://a/b/c/d;p?q", "../..", "http://a/"},

@@ -133,6 +133,14 @@ TEST_F(Reachability, AnswersAreKept) {
     EXPECT_EQ(lookUps, 2);
 }
 
+TEST(ReachabilityOfLinks, AZoneIsNotAnothers) {
+    const SCNetworkRehearsal rehearsal([](const std::string&) { return std::nullopt; },
+                                       {{"fe80::20%lo", 64}});
+    EXPECT_EQ(judgement("fe80::21%lo"), "near");
+    EXPECT_EQ(judgement("fe80::21"), "near");
+    EXPECT_EQ(judgement("fe80::21%77"), "far");
+}
+
 TEST(ReachabilityOfASilentResolver, FailsAndLeavesAddressesAlone) {
     const auto isSilent = std::make_shared<std::atomic<bool>>(true);
     const auto waiting = std::make_shared<std::atomic<int>>(0);

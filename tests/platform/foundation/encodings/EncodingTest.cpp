@@ -80,6 +80,31 @@ TEST(Encoding, Numbers) {
                   row.encoding);
 }
 
+TEST(Encoding, CodePages) {
+    const struct {
+        std::int32_t codePage;
+        std::string_view bytes;
+        std::u16string_view text;
+    } rows[] = {
+        {437, "\x84", u"\u00E4"},       {819, "\xE4", u"\u00E4"},       {850, "\xD0", u"\u00F0"},
+        {866, "\x80", u"\u0410"},       {932, "\x93\xFA", u"\u65E5"},   {936, "\xC8\xD5", u"\u65E5"},
+        {949, "\xB0\xA1", u"\uAC00"},   {950, "\xA4\xE9", u"\u65E5"},   {1250, "\xEC", u"\u011B"},
+        {1252, "\x80", u"\u20AC"},      {1255, "\xE0", u"\u05D0"},      {1361, "\x88\x61", u"\uAC00"},
+        {10000, "\x8A", u"\u00E4"},     {10001, "\x93\xFA", u"\u65E5"}, {10004, "\xC7", u"\u0627"},
+        {10006, "\xE1", u"\u03B1"},     {10007, "\x80", u"\u0410"},     {10010, "\xAF", u"\u0218"},
+        {10021, "\xA1", u"\u0E01"},     {10029, "\x81", u"\u0100"},     {10079, "\xDC", u"\u00D0"},
+        {10081, "\xDD", u"\u0131"},     {10082, "\xA9", u"\u0160"},     {20866, "\xC1", u"\u0430"},
+        {28592, "\xEC", u"\u011B"},     {28605, "\xA4", u"\u20AC"},     {51932, "\xC6\xFC", u"\u65E5"},
+        {65001, "\xC3\xA4", u"\u00E4"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(decoded(row.bytes, CFStringConvertWindowsCodepageToEncoding(row.codePage)).characters(),
+                  row.text)
+            << row.codePage;
+    for (const std::int32_t none : {-1, 0, 436, 438, 1251 + 10000, 65002})
+        EXPECT_EQ(CFStringConvertWindowsCodepageToEncoding(none), kCFStringEncodingInvalidId) << none;
+}
+
 TEST(Encoding, Availability) {
     const std::set<CFStringEncoding> withoutConverter = {
         0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F, 0x10, 0x11, 0x12,  0x13,  0x14,  0x16,  0x17,
@@ -356,6 +381,7 @@ TEST(Encoding, CharactersThatDoNotFit) {
         {"ISO_2022_JP, without a picture", 0x820, u"a\u200Bb", "a?b"},
         {"ShiftJIS_X0213", 0x628, u"\u4E9C\uAC00", "\x88\x9F?"},
         {"MacHebrew", 0x5, u"\uFDD0\u05F2", "??"},
+        {"UTF-7, closed after a substitute", 0x4000100, u"a\xD800", "a+//0-"},
         {"windows-1252, U+0000 and U+FFFD", 0x500, u"\0\uFFFD"sv, "\0?"sv},
     };
     for (const Row& row : rows) {
