@@ -86,6 +86,7 @@ TEST(RTFReading, Text) {
     };
     for (const Row& row : rows)
         EXPECT_EQ(textOf(row.body), row.text) << row.name;
+    EXPECT_EQ(read("\xEF\xBB\xBF \r\n{\\rtf1 a}").string(), u"a") << "after a byte-order mark and blanks";
 }
 
 /// The runs, each as its text in quotes and what differs from plain text.
@@ -270,6 +271,8 @@ TEST(RTFReading, Tables) {
          "cell=1,1/2:50pt\n\"e\"\n"},
         {"defined behind its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",
          "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c\" cell=1,0/2:50pt\n"},
+        {"frames in cells", definition + "\\intbl a{\\shptxt f}\\cell b\\cell\\row",
+         "\"a|f|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n"},
         {"never defined", "\\intbl a\\cell b\\cell\\row", "\"a|\" cell=0,0/2:auto\n\"b|\" cell=0,1/2:auto\n"},
         {"stated widths",
          "\\trowd\\clftsWidth3\\clwWidth400\\cellx1\\clftsWidth2\\clwWidth1000\\cellx900\\clftsWidth1\\cellx2"

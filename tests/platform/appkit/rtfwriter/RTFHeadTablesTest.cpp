@@ -84,6 +84,7 @@ TEST(RTFHeadTablesTest, Lists) {
     const auto inner = list(u"{octal}{x");
     lists.placeOfLists({outer, inner, list(u"{lower-greek}")}, {1000, -200});
     lists.placeOfLists({outer}, {500, 40});
+    lists.placeOfLists({outer, inner}, {1440, -360});
     lists.placeOfLists({outer}, {9, 9}); // The first indents of a level stay.
     lists.placeOfLists({list(u"{disc}", 3)}, {});
     const std::string rest = "\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat";

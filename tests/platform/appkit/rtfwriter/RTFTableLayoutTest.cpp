@@ -106,6 +106,9 @@ TEST(RTFTableLayoutTest, Places) {
         {"a row that goes back begins a table's rows anew",
          {{1, 0, 5}, {1, 1}, {0, 0}, {0, 1}, {1, 1}},
          "0:500|1:1000\n2:500|3:1000\n:500|4:1000\n"},
+        {"spans end there",
+         {{0, 0, 9}, {0, 1}, {1, 1}, {0, 1}},
+         "0V:500|1:1000\nv:500|2:1000\n:500|3:1000\n"},
         {"before the first column, less than one column", {{0, -3, -1, -1}, {0, 1}}, "0:500|1:1000\n"},
     };
     for (const Row& row : rows)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 
@@ -217,6 +218,15 @@ TEST(RTFWriterTest, Tables) {
                   "\\pard\\intbl\\itap1\\pardirnatural\\cell\ne\\cell\n\\row\n}");
 }
 
+TEST(RTFWriterTest, Numbers) {
+    EXPECT_EQ(rtfTwips(0.024), 0);
+    EXPECT_EQ(rtfTwips(-0.026), -1);
+    EXPECT_EQ(rtfTwips(1e300), 1'000'000);
+    EXPECT_EQ(rtfTwips(-1e300), -1'000'000);
+    EXPECT_EQ(rtfNumber(NAN, 1), 0);
+    EXPECT_EQ(rtfNumber(7, 3, 20), 20);
+}
+
 TEST(RTFWriterTest, DocumentAttributes) {
     ::setenv("TZ", "UTC", 1);
     ::tzset();
@@ -237,6 +247,11 @@ TEST(RTFWriterTest, DocumentAttributes) {
               "{\\info\n{\\title t\\{}\n{\\*\\company c}\n{\\creatim\\yr2001\\mo2\\dy5\\hr1\\min2\\sec3"
               "\\timesinceref3027723}\n{\\keywords k, l}}\n\\paperw12000\\paperh16000\\margt200"
               "\\viewkind1\n\\deftab560\\hyphauto1\\hyphfactor50\n");
+    output.clear();
+    writeRTFDocumentAttributes(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                                   {{NSNumber::numberWithDouble(0), NSHyphenationFactorDocumentAttribute}}),
+                               output);
+    EXPECT_EQ(output.bytes(), "\\deftab720\n") << "nothing to say";
 }
 
 } // namespace
