@@ -225,7 +225,7 @@ private:
             table->width = length();
         if (sometimes())
             table->backgroundColor = color();
-        // Of each column, the first row that no cell from further up reaches. The first row has all edges,
+        // For each column, the first row that no cell from further up reaches. The first row has all edges,
         // and the last column is never spanned, so that each row has a cell of its own.
         std::vector<std::size_t> freeFrom(columns, 0);
         for (std::size_t row = 0; row < rows; ++row) {

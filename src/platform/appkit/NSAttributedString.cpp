@@ -23,7 +23,7 @@ bool areInSamePlace(const NSTextAttributes& left, const NSTextAttributes& right)
            std::ranges::equal(one.textBlocks, other.textBlocks, {}, tableOf, tableOf);
 }
 
-/// The first run that ends behind the unit.
+/// The first run that ends after the unit.
 template <typename Runs>
 auto runHolding(Runs& runs, std::size_t index) {
     return std::ranges::upper_bound(runs, index, {}, [](const NSAttributedString::Run& run) {

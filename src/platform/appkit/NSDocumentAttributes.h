@@ -3,7 +3,7 @@
 namespace kelvo {
 
 // Keys of the dictionary in which a document says of itself what its text does not. The type of the value
-// stands behind each; lengths are in points.
+// stands after each; lengths are in points.
 
 inline constexpr const char16_t* NSDocumentTypeDocumentAttribute = u"DocumentType"; // string, below
 inline constexpr const char16_t* NSUTIDocumentAttribute = u"UTI";                   // string

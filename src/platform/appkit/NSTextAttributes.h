@@ -36,7 +36,7 @@ struct NSTextAttributes {
     float kern = 0;
     /// The address as it was written; nil: none.
     NSString link;
-    /// Of a run of one NSAttachmentCharacter.
+    /// Null unless the run is one NSAttachmentCharacter.
     std::shared_ptr<const NSTextAttachment> attachment;
     /// Null: the default style.
     std::shared_ptr<const NSParagraphStyle> paragraphStyle;

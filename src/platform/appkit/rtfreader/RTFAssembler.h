@@ -14,7 +14,7 @@
 
 namespace kelvo {
 
-/// What the formats of a document speak of by number.
+/// What the formats of a document refer to by number.
 struct RTFDefinitions {
     RTFFontTable fonts;
     RTFColorTable colors;
@@ -38,7 +38,7 @@ public:
 private:
     using Style = std::shared_ptr<const NSParagraphStyle>;
 
-    /// Which of the spaces around a paragraph its neighbours take away.
+    /// Which of the spaces around a paragraph its neighbours leave it.
     struct Spaces {
         bool hasBefore = true;
         bool hasAfter = true;

@@ -11,7 +11,7 @@ auto valueOf(std::int32_t key, const Row& rows) {
     return row == std::end(rows) ? std::begin(rows)->second : row->second;
 }
 
-// The first row is what all others are.
+// The first row answers for numbers that are not listed.
 constexpr std::pair<std::int32_t, RTFCodePage> charsets[] = {
     {1, RTFDocumentCodePage},
     {0, 1252},
@@ -113,8 +113,8 @@ RTFCharsets::Page RTFCharsets::makePage(RTFCodePage number) {
         char16_t units[8];
         page.codec->reset();
         const TextCodec::Progress progress = page.codec->decode(source, units, std::size(units));
-        // The few bytes that are two characters go through the codec, but for the tags of variants that some
-        // signs have.
+        // The few bytes that are two characters go through the codec, except where the second is a mere tag
+        // for a variant of a sign.
         if (progress.unitsWritten != 1 && number > 0)
             page.isSingleByte = false;
         else if (!progress.hadErrors || number > 0)

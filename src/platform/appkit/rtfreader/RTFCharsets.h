@@ -29,7 +29,7 @@ public:
     /// Appends the text of the bytes, which end at the end of a character. Anything is taken: a code page
     /// that is not known here is read as 1252.
     void decode(std::string_view bytes, RTFCodePage page, std::u16string& units);
-    /// One byte never is more than one character.
+    /// Every byte is one character of one unit.
     bool isSingleByte(RTFCodePage page) { return pageOf(page).isSingleByte; }
     /// The character of a sign that the text states as U+F020 to U+F0FF, where the font is one of signs;
     /// other units as they are.

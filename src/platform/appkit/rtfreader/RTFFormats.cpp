@@ -95,7 +95,8 @@ std::span<const RTFWord<RTFCharacterState>> RTFCharacterState::words() {
         {"hich", endRightToLeft},
         {"dbch", endRightToLeft},
         {"rtlch", [](State& state, const Token&) { state.isRightToLeft_ = true; }},
-        // After words other than \rtlch the four speak of scripts whose formats \f and its like state as well.
+        // After words other than \rtlch the four speak of scripts whose formats \f and its like state as
+        // well.
         {"af",
          [](State& state, const Token& token) {
              if (state.isRightToLeft_)

@@ -78,7 +78,7 @@ private:
     bool isDeleted_ = false;
 };
 
-/// How a paragraph is set, but for the cell it is in.
+/// How a paragraph is set, except for the cell it is in.
 struct RTFParagraphFormat {
     NSTextAlignment alignment = NSTextAlignment::natural;
     NSWritingDirection direction = NSWritingDirection::natural;

@@ -42,7 +42,7 @@ private:
         bool isFormatStated = false;
     };
     struct Definition {
-        /// Of a list, or of the list that an override is of.
+        /// The identifier of the list itself, or of the list that an override changes.
         std::int32_t identifier = 0;
         std::vector<Level> levels;
         int currentLevel = -1;

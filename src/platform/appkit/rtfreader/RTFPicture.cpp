@@ -161,7 +161,7 @@ std::shared_ptr<const NSTextAttachment> RTFPicture::attachmentNumbered(std::size
     else if (ending == "bmp" && !data_.starts_with("BM"))
         data_.insert(0, bitmapHeader(data_));
     else if (ending == "pict")
-        data_.insert(0, 512, '\0'); // Files of this kind begin with room for whoever made them.
+        data_.insert(0, 512, '\0'); // Files of this kind begin with an empty header.
     auto wrapper = NSFileWrapper::initRegularFileWithContents(NSData::dataWithBytesNoCopy(std::move(data_)));
     const std::string name = "picture-" + std::to_string(number) + '.' + kind;
     wrapper->setPreferredFilename(NSString::stringWithUTF8String(name));

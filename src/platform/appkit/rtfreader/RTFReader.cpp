@@ -21,7 +21,7 @@ bool isPlain(std::string_view bytes) {
     return odd == 0;
 }
 
-/// Where the next unit of the body stands for more than itself.
+/// Whether the unit does more in the body than add a character.
 bool isControl(char16_t unit) {
     return unit < 0x20 || unit == NSAttachmentCharacter || unit == paragraphSeparator;
 }
@@ -48,7 +48,8 @@ RTFReader::RTFReader(std::string_view source, const NSFileWrapper* package)
     State first;
     first.story = &body_;
     states_.push_back(std::move(first));
-    // Few words make more text than they are long. What is not used never becomes resident.
+    // Hardly any word makes more text than its own length. Memory that stays untouched never becomes
+    // resident.
     body_.reserve(source.size());
 }
 
@@ -330,7 +331,7 @@ void RTFReader::readSymbol(const RTFToken& token) {
     case '\\':
     case '{':
     case '}':
-        // As a byte: it may be the second one of a character.
+        // As a byte, because it may be the second half of a two-byte character.
         return readBytes({&symbol, 1});
     case '\n':
         flushBytes();
@@ -409,7 +410,7 @@ void RTFReader::flushBytes() {
         return;
     units_.clear();
     charsets_.decode(bytes_, codePage(), units_);
-    // Half a character is one of a font that states the wrong charset, as fonts of bullets do.
+    // Half a character means that the font states the wrong charset, as fonts of bullets do.
     if (units_.ends_with(u'\uFFFD') && !charsets_.isSingleByte(codePage())) {
         units_.pop_back();
         charsets_.decode(std::string_view(bytes_).substr(bytes_.size() - 1), 1252, units_);
@@ -455,7 +456,7 @@ void RTFReader::appendToBody(std::u16string_view units) {
             return;
         const char16_t unit = units.front();
         units.remove_prefix(1);
-        // A sign for an attachment that is not there would be taken for one.
+        // U+FFFC in the source is dropped: without an attachment it would look like one.
         if (unit == u'\n' || unit == u'\r' || unit == paragraphSeparator)
             endParagraph(unit, state().paragraph.tableLevel());
         else if (unit != 0 && unit != NSAttachmentCharacter)
@@ -496,7 +497,7 @@ RTFCodePage RTFReader::codePage() {
     default:
         break;
     }
-    // Who writes UTF-8 states no charset for it in the fonts.
+    // Writers of UTF-8 have no charset to state for it in the font table, and state 0.
     if (page == RTFDocumentCodePage || (page == 1252 && documentCodePage_ == 65001))
         page = documentCodePage_;
     current.codePage = page;
@@ -520,10 +521,10 @@ std::uint32_t RTFReader::paragraphFormat() {
     const int level = format.outlineLevel >= 0 ? headerLevelOfOutlineLevel(format.outlineLevel)
                                                : styles_.headerLevelOf(format.style);
     format.headerLevel = static_cast<std::int8_t>(level);
-    // Said otherwise from here on.
+    // From here on headerLevel and the cell say these.
     format.outlineLevel = -1;
     format.nesting = 0;
-    // Only then does it matter for how the paragraph looks which of the styles it has.
+    // The style only decides about spaces between neighbours; formats that differ in nothing else are one.
     if (!format.isSpacingContextual)
         format.style = 0;
     format.isInTable = false;

@@ -25,7 +25,8 @@ namespace kelvo {
 
 class NSFileWrapper;
 
-/// Reads one document. What is said in any order is collected first, and made into text at the end.
+/// Reads one document. RTF may say what a thing looks like before or after it, so everything is collected
+/// first and made into attributed text at the end.
 class RTFReader {
 public:
     /// `package` holds the attachments that the source names; null: none. Both must stay valid.
@@ -37,10 +38,10 @@ public:
     NSDictionary documentAttributes() const { return info_.documentAttributes(package_ != nullptr); }
 
 private:
-    /// What the text of a group is.
+    /// What becomes of the text in a group.
     enum class Destination : std::uint8_t {
         body,
-        /// Words count and text does not.
+        /// Words are read, text is not.
         wordsOnly,
         fontTable,
         colorTable,
@@ -66,23 +67,22 @@ private:
         bool (*begin)(RTFReader& reader, const GroupWord& word) = nullptr;
         /// Null when there is nothing to do.
         void (*end)(RTFReader& reader, const State& ended) = nullptr;
-        /// It means nothing further inside a group.
-        bool needsStart = false;
     };
     struct State {
         RTFCharacterState characters;
         RTFParagraphFormat paragraph;
         Destination destination = Destination::body;
-        /// The innermost of those that the state is of which began something; null when none did.
+        /// The word of the innermost group that began something of its own; null when there is none.
         const GroupWord* group = nullptr;
-        /// Of `characters` and `link`, and of `paragraph`; negative until they are asked for.
+        /// Indices of the pooled formats of `characters` with `link`, and of `paragraph`; negative until
+        /// somebody asks for them.
         std::int32_t format = -1;
         std::int32_t paragraphFormat = -1;
         RTFCodePage codePage = RTFDocumentCodePage;
         bool isCodePageKnown = false;
-        /// The sign that stands for the attachment in the eyes of other readers comes next.
+        /// The character comes next that other readers show in place of the attachment.
         bool isPackageMarkNext = false;
-        /// The field has been shown, so that its result is not.
+        /// The field is in the text already, so its result is left out.
         bool isFieldShown = false;
         std::uint8_t storyDepth = 0;
         std::int32_t unicodeSkip = 1;
@@ -140,16 +140,16 @@ private:
     RTFCharsets charsets_;
     RTFStory body_;
     RTFStory notes_;
-    /// Stories whose groups are open.
+    /// Notes and frames whose groups are open.
     std::vector<std::unique_ptr<RTFStory>> openStories_;
     std::vector<State> states_;
-    /// Open groups, also those whose states are not kept.
+    /// How many groups are open, including those too deep for their states to be kept.
     std::size_t depth_ = 0;
 
     bool isAtGroupStart_ = false;
     bool isStarred_ = false;
     bool skipsNextGroup_ = false;
-    /// How many characters are still stand-ins for one of Unicode.
+    /// How many of the next characters only stand in for the last Unicode one.
     std::int32_t unicodeSkip_ = 0;
     /// Bytes of a code page in which characters may take several.
     std::string bytes_;

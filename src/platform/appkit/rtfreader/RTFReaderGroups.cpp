@@ -58,8 +58,7 @@ std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
          [](Reader& reader, const Word&) {
              reader.definitions_.lists.beginList();
              return true;
-         },
-         nullptr, true},
+         }},
         {"levelmarker", inLists, enter<Destination::captured>,
          [](Reader& reader, const State&) {
              reader.definitions_.lists.setMarker(std::exchange(reader.captured_, {}));
@@ -202,7 +201,7 @@ std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
 
 void RTFReader::readGroupWord(const GroupWord& word, bool isAtGroupStart) {
     const bool isHere = (word.places >> static_cast<unsigned>(state().destination) & 1) != 0;
-    if (isHere && (isAtGroupStart || !word.needsStart) && word.begin(*this, word))
+    if (isHere && word.begin(*this, word))
         return;
     if (isAtGroupStart)
         scanner_.skipGroup();

@@ -11,7 +11,7 @@ namespace kelvo {
 namespace NSAttributedStringKitAdditions {
 namespace {
 
-/// What is from the brace of RTF on; empty when there is none.
+/// The bytes from the first brace of the RTF on; empty when this is no RTF.
 std::string_view sourceIn(const NSData& data) {
     std::string_view source = data.characters();
     if (source.starts_with("\xEF\xBB\xBF"))

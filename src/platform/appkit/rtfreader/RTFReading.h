@@ -15,8 +15,8 @@ class NSFileWrapper;
 // document says of itself under the keys of NSDocumentAttributes.h, to nil on failure. Nothing throws for
 // what the bytes hold.
 //
-// The text is what a reader of the document has before him, in the order in which he reads it: notes stand
-// behind everything else, frames behind the paragraph that they belong to, markers of lists before their
+// The text is what somebody reading the document sees, in the order of reading: notes come after everything
+// else, frames after the paragraph that they belong to, markers of lists before their
 // items. Headers and footers, comments, and hidden or deleted text are left out. A cell of a table ends in a
 // line feed, as every paragraph does; places that a merged cell covers have no text.
 namespace NSAttributedStringKitAdditions {

@@ -11,7 +11,7 @@ namespace {
 
 enum Edge : std::size_t { left, top, right, bottom, betweenRows, betweenColumns };
 
-/// A hair line, which borders have that state a style and no width.
+/// The width of borders that state a style and no width: a hair line.
 constexpr std::int32_t thinnestBorder = 10;
 /// 1584 points, the widest page there is.
 constexpr std::int32_t widest = 31680;
@@ -173,8 +173,8 @@ std::span<const RTFWord<RTFRowDefinition>> RTFRowDefinition::words() {
 
 NSTextBlockBorder RTFRowDefinition::borderOf(std::size_t index, std::size_t edge,
                                              const RTFColorTable& colors) const {
-    // What the table says holds for cells that do not say it themselves; between columns it has words of
-    // its own, and which rows are the outer ones cannot be known here.
+    // The table's borders hold for cells that state none. There is a word for those between columns; whether
+    // this is an outer row is not known yet, so every row gets the top and bottom of the table.
     const bool isInner = (edge == left && index > 0) || (edge == right && index + 1 < cells_.size());
     const Border& own = cells_[index].borders[edge];
     const Border& border = own.isStated ? own : tableBorders_[isInner ? betweenColumns : edge];

@@ -19,7 +19,7 @@ struct RTFWord;
 /// What RTF says of the cells of a row; lengths are in twips.
 class RTFRowDefinition {
 public:
-    /// More columns than any table has; what stands past them belongs to the last one.
+    /// More columns than any table has. Text past them goes into the last cell.
     static constexpr std::size_t maximumColumns = 1024;
 
     struct Border {
@@ -45,7 +45,8 @@ public:
         std::int32_t background = -1;
         NSTextTableBlock::Edges<Border> borders;
         NSTextTableBlock::Edges<std::int32_t> padding{-1, -1, -1, -1};
-        /// What is said of the left is meant for the top, and the other way round.
+        /// What is said of the left means the top, and the other way round: a fault of Word that became the
+        /// custom of all who state the unit of the padding.
         bool isPaddingTurned = false;
     };
 
@@ -54,7 +55,8 @@ public:
     RTFRowDefinition& operator=(const RTFRowDefinition&) = delete;
 
     static std::span<const RTFWord<RTFRowDefinition>> words();
-    /// Each row has its definition before its cells, behind them or, of rows that are alike, not at all.
+    /// The row is over; what was said of this one row alone does not hold for the next. A definition may come
+    /// before the cells or after them, and rows that look like the last one may have none.
     void endRow() { isFresh_ = false; }
 
     bool isFresh() const { return isFresh_; }
@@ -64,7 +66,7 @@ public:
     bool isLastRow() const { return isFresh_ && isLastRow_; }
     std::int32_t leftEdge() const { return leftEdge_; }
     const std::vector<Cell>& cells() const { return cells_; }
-    /// The look of a cell but for its place and width; `index` is below the count of cells.
+    /// How a cell looks, without its place and width; `index` is below the count of cells.
     NSTextTableBlock blockForCell(std::size_t index, const RTFColorTable& colors) const;
     NSTextTable tableAttributes(const RTFColorTable& colors) const;
 

@@ -63,7 +63,7 @@ RTFToken RTFScanner::next() {
     return {};
 }
 
-/// The end token, when it is not the end, says that what followed the backslash meant nothing.
+/// Returns an end token before the end too: then the backslash and what belonged to it mean nothing.
 RTFToken RTFScanner::backslash() {
     if (next_ == end_)
         return {};

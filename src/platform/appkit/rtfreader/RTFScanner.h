@@ -14,7 +14,7 @@ struct RTFToken {
         groupClose,
         /// `bytes` is the name without the backslash.
         word,
-        /// `parameter` is the character behind the backslash; every kind of line end is '\n'.
+        /// `parameter` is the character after the backslash; every kind of line end is '\n'.
         symbol,
         /// `\'hh`: `parameter` is the byte.
         hexByte,
@@ -26,7 +26,7 @@ struct RTFToken {
 
     Kind kind = Kind::end;
     bool hasParameter = false;
-    /// Held at the ends of the range of its type when the source says more.
+    /// Held within plus and minus 0x7FFFFFFF when the source says more.
     std::int32_t parameter = 0;
     std::string_view bytes{};
 };

@@ -46,7 +46,7 @@ struct RTFRun {
 };
 
 struct RTFParagraph {
-    /// Behind its last unit and its last run.
+    /// One past its last unit, and one past its last run.
     std::uint32_t endUnit;
     std::uint32_t endRun;
     std::uint32_t format;
@@ -57,7 +57,7 @@ struct RTFParagraph {
 /// One stream of text: that of the document, of a note or of a frame.
 class RTFStory {
 public:
-    /// The text that the platform can hold; what passes it is dropped.
+    /// The longest text that the platform can hold; what comes after is dropped.
     static constexpr std::size_t maximumLength = maximumSizeInBytes / sizeof(char16_t);
 
     RTFStory(RTFCells& cells, const RTFColorTable& colors) : tables_(cells, colors) {}
@@ -68,8 +68,8 @@ public:
     void appendASCII(std::string_view bytes, std::uint32_t format);
     /// Ends the paragraph with the unit; 0 is none.
     void endParagraph(char16_t unit, std::uint32_t characterFormat, std::uint32_t format, std::int32_t level);
-    /// What there is of the open paragraph is the marker of its list: it comes to stand between two tabs,
-    /// however the writer set it apart. Tabs that are missing get the format.
+    /// The open paragraph so far is the marker of its list: it is put between two tabs, however the writer
+    /// set it apart. Tabs that were missing get the format.
     void endMarker(std::uint32_t format);
     void endCell(std::int32_t level) { tables_.cellEnded(level); }
     void endRow(std::int32_t level) { tables_.rowEnded(level); }
@@ -78,10 +78,10 @@ public:
     bool isEmpty() const { return units_.empty(); }
     const RTFParagraph* lastParagraph() const { return paragraphs_.empty() ? nullptr : &paragraphs_.back(); }
 
-    /// The frame, which is finished, stands behind the paragraph that is open now.
+    /// Puts a finished frame after the paragraph that is open now.
     void addFrame(RTFStory&& frame);
     bool hasFrames() const { return frames_ != nullptr; }
-    /// Behind all that is here; the other one is finished.
+    /// Appends a finished story; `cell` is the cell for all of it, -1 leaves its paragraphs where they are.
     void appendStory(RTFStory&& other, RTFCellIndex cell);
     /// No paragraph is open.
     void finish();

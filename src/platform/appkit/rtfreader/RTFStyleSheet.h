@@ -16,13 +16,13 @@ public:
     void apply(const RTFToken& token);
     /// Text of the sheet: a name up to the semicolon that ends an entry.
     void append(std::u16string_view units);
-    /// From 1; 0 when the style is none of a heading.
+    /// From 1; 0 when the style is not that of a heading.
     int headerLevelOf(std::int32_t style) const;
 
 private:
     void finishEntry();
 
-    /// Entries without a number are the one that paragraphs without a style have.
+    /// 0 when the entry states none: that is the style of paragraphs that name no style.
     std::int32_t number_ = 0;
     bool isOfParagraphs_ = true;
     std::int32_t outlineLevel_ = -1;

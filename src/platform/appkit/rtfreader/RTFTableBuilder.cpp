@@ -6,10 +6,11 @@
 namespace kelvo {
 namespace {
 
-/// Edges of columns that differ by less, in twips, are one: word processors round them row by row.
+/// Edges that are nearer than this, in twips, are the edge of one column: word processors round them in each
+/// row anew, so that the columns of one table are a few twips apart.
 constexpr std::int32_t edgeTolerance = 20;
 
-/// The edges of all columns, each that is near to one before it left out.
+/// The distinct edges, in ascending order.
 std::vector<std::int32_t> gridOf(std::vector<std::int32_t> edges) {
     std::ranges::sort(edges);
     std::vector<std::int32_t> grid;
@@ -108,7 +109,7 @@ void RTFTableBuilder::closeDeeperThan(std::int32_t number) {
 /// Whether the cell is only a place that another one covers.
 bool RTFTableBuilder::isCovered(const Level& own, const Cell& cell, const RTFRowDefinition::Cell& stated,
                                 RowMerge& merge) {
-    // A cell with text of its own stays, whatever covers it.
+    // A cell with text stays although it is covered: nothing else would hold the text.
     const bool isBare = cell.isEmpty && cell.paragraphs == 1;
     using Merge = RTFRowDefinition::Merge;
     if (isBare && stated.horizontal == Merge::continued && (merge.isCovered || !merge.row.cells.empty())) {
@@ -123,11 +124,15 @@ bool RTFTableBuilder::isCovered(const Level& own, const Cell& cell, const RTFRow
     merge.isCovered = false;
     if (!isBare || stated.vertical != Merge::continued)
         return false;
+    // The span that begins at or before the cell's left edge.
     auto span = std::ranges::upper_bound(own.spans, cell.leftEdge + edgeTolerance - 1, {}, &Span::leftEdge);
     if (span == own.spans.begin())
         return false;
     --span;
     const bool isContinued = !merge.spans.empty() && merge.spans.back().cell == span->cell;
+    // The first cell under a span has to begin where it does. Further ones are under it as long as they begin
+    // before its end, because a span that is several columns wide may be continued by one cell or by one for
+    // each column.
     const bool isSameEdge = cell.leftEdge - span->leftEdge < edgeTolerance;
     if (isContinued ? cell.leftEdge >= span->rightEdge : !isSameEdge)
         return false;
@@ -142,6 +147,8 @@ bool RTFTableBuilder::isCovered(const Level& own, const Cell& cell, const RTFRow
 void RTFTableBuilder::endRow(Level& own) {
     RTFRowDefinition& definition = own.definition;
     const std::int32_t rowNumber = definition.rowNumber();
+    // A first row after a later one begins a new table. After another first row it does not: a number that
+    // never changes says nothing.
     if (rowNumber == 0 && own.lastRowNumber > 0)
         endTable(own);
     own.lastRowNumber = rowNumber;
@@ -201,6 +208,7 @@ void RTFTableBuilder::endTable(Level& own) {
                 edges.push_back(cell.leftEdge);
                 edges.push_back(cell.rightEdge);
             }
+    // A row without a definition has no edges: its cells are the first columns.
     const std::vector<std::int32_t> grid = gridOf(std::move(edges));
     const auto table = std::make_shared<NSTextTable>(own.attributes);
     for (std::size_t number = 0; number < own.rows.size(); ++number) {

@@ -18,14 +18,14 @@ using RTFCellIndex = std::int32_t;
 /// All cells of a document.
 class RTFCells {
 public:
-    /// Past so many the text goes on without them: each costs a few hundred bytes, and takes as few as six in
-    /// the source.
+    /// Text after so many is in no cell. A cell costs a few hundred bytes, and the source of one may be six
+    /// bytes long.
     static constexpr std::size_t maximumCells = 250000;
     using Blocks = std::vector<std::shared_ptr<const NSTextTableBlock>>;
 
     /// -1 when there are too many.
     RTFCellIndex add(RTFCellIndex parent);
-    /// Nothing speaks of the cell any more.
+    /// No paragraph is in the cell any more; add() may use it again.
     void release(RTFCellIndex cell) { free_.push_back(cell); }
     NSTextTableBlock& block(RTFCellIndex cell) { return *cells_[static_cast<std::size_t>(cell)].block; }
     /// From the outermost to the innermost; empty for -1.
@@ -41,22 +41,28 @@ private:
     std::vector<RTFCellIndex> free_;
 };
 
-/// Makes tables of the rows and cells that one story says, as its paragraphs end. What a row looks like may
-/// be said behind it, and how many columns a table has shows at its end.
+/// Makes tables of the rows and cells of one story, as its paragraphs end.
+///
+/// RTF has no tables, only rows: each defines its own cells by the positions of their right edges, may do so
+/// after its text, and nothing says where a table ends. So paragraphs are put into cells as they come; a row
+/// gets its looks and spans when it ends; and the columns, which are the distinct edges of all rows, are
+/// counted when something other than a row follows. Cells are shared with the paragraphs that are in them, so
+/// that filling them in later is enough.
 class RTFTableBuilder {
 public:
     /// Tables within tables.
     static constexpr std::int32_t maximumLevel = 32;
-    /// Of a paragraph that says nothing and belongs to a cell that is merged into another.
+    /// Numbers of paragraphs: the empty ones that stand for cells which another cell covers.
     using Dropped = std::vector<std::size_t>;
 
     RTFTableBuilder(RTFCells& cells, const RTFColorTable& colors) : cells_(&cells), colors_(&colors) {}
 
-    /// A paragraph of that level has ended; 0 ends all tables. `paragraph` is its number in the story.
+    /// A paragraph inside `level` tables has ended; 0 ends all tables. `paragraph` is its number in the
+    /// story.
     RTFCellIndex paragraphEnded(std::int32_t level, std::size_t paragraph, bool isEmpty);
     void cellEnded(std::int32_t level);
     void rowEnded(std::int32_t level);
-    /// The definition that row words speak of.
+    /// The definition of the row at that level, for words to change.
     RTFRowDefinition& definition(std::int32_t level);
     void finish() { closeDeeperThan(0); }
     /// The paragraphs to leave out, in no order; empties the list.
@@ -76,18 +82,18 @@ private:
         bool hasEdges = false;
         std::vector<Cell> cells;
     };
-    /// A cell that goes on in the rows below it.
+    /// The place of a cell that may go on in the row below.
     struct Span {
         std::int32_t leftEdge;
         std::int32_t rightEdge;
         RTFCellIndex cell;
     };
-    /// A row while it is made.
+    /// A row while its cells are merged.
     struct RowMerge {
         Row row;
         /// From left to right.
         std::vector<Span> spans;
-        /// The cell before is covered from above.
+        /// The previous cell is covered from above, so that cells merged into it are too.
         bool isCovered = false;
     };
     struct Level {
@@ -111,9 +117,9 @@ private:
 
     RTFCells* cells_;
     const RTFColorTable* colors_;
-    /// Of level 1 and further in.
+    /// The outermost table first; index 0 is level 1.
     std::vector<std::unique_ptr<Level>> levels_;
-    /// How many of them have begun a table.
+    /// How many of the levels are in a table now.
     std::int32_t depth_ = 0;
     Dropped dropped_;
 };

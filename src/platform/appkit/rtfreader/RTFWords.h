@@ -10,8 +10,8 @@
 
 namespace kelvo {
 
-/// A control word and what it does to the state that it speaks of. Each kind of state has a table of its words
-/// beside it, so that a new word is a new row in one place. Upper and lower case differ.
+/// A control word and what it does to the state that it speaks of. Each kind of state has a table of its
+/// words beside it, so that a new word is a new row in one place. Upper and lower case differ.
 template <typename State>
 struct RTFWord {
     std::string_view name;

@@ -10,7 +10,8 @@
 namespace kelvo {
 namespace {
 
-/// How far back lists are looked through for one that a path fits; whoever has more variants gets more lists.
+/// How many of the latest lists are searched for one that a path fits, so that the time stays linear. A
+/// document with more variants gets more lists.
 constexpr std::size_t triedLists = 8;
 
 std::string_view familyWord(std::u16string_view family, bool isFixedPitch) {

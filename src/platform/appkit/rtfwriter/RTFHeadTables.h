@@ -74,10 +74,10 @@ public:
     };
 
     /// The lists of a paragraph from the outermost to the innermost, of which the first maximumLevels count.
-    /// A level takes over the indents of its first paragraph, because there are readers that let it win over
-    /// a paragraph that says the same.
+    /// A level gets the indents of its first paragraph, because for some readers they count more than those
+    /// that the paragraph states.
     Place placeOfLists(const Path& path, Indents indents);
-    /// Nothing when there are no lists.
+    /// Writes nothing when there are no lists.
     void write(RTFOutput& output) const;
 
 private:

@@ -82,6 +82,7 @@ void RTFTableLayout::placeCells(std::span<const NSTextTableBlock* const> cells) 
             const std::size_t room = row.size() < maximumColumns ? maximumColumns - row.size() : 1;
             const std::size_t count =
                 std::clamp<std::size_t>(static_cast<std::size_t>(std::max(block.columnSpan, 1)), 1, room);
+            // A span that no row follows is not marked: readers would look for the rows.
             const bool beginsRowSpan = hasNext && endRowOf(block) > nextNumber;
             for (std::size_t offset = 0; offset < count; ++offset) {
                 if (row.size() < maximumColumns)
@@ -100,7 +101,8 @@ void RTFTableLayout::placeCells(std::span<const NSTextTableBlock* const> cells) 
             else
                 row.emplace_back();
         }
-        // Of a cell whose first column another one has taken, the rest is nobody's.
+        // Where a cell has taken the first column of a span from above, the span's other columns have nothing
+        // to be merged into.
         for (std::size_t column = 0; column < row.size(); ++column) {
             Place& place = row[column];
             const bool isAttached = column > 0 && row[column - 1].block == place.block &&
@@ -108,6 +110,7 @@ void RTFTableLayout::placeCells(std::span<const NSTextTableBlock* const> cells) 
             if (place.continuesColumnSpan && !isAttached)
                 place.continuesColumnSpan = false;
         }
+        // The next row begins anew, and spans say nothing about its columns.
         if (!hasNext)
             spans = {};
         rows_.push_back(std::move(row));
@@ -141,7 +144,7 @@ void RTFTableLayout::measureColumns(std::int32_t available) {
         unstatedCount += width == 0;
     }
     std::int64_t left = std::max<std::int64_t>(whole - stated, unstatedCount * least);
-    // What would be wider than any page is drawn in proportion.
+    // A table wider than any page shrinks in proportion.
     const std::int64_t total = stated + left * (unstatedCount > 0);
     std::int64_t edge = 0;
     for (const std::int32_t width : widths) {

@@ -12,14 +12,15 @@ namespace kelvo {
 class RTFColorNumbers;
 class RTFOutput;
 
-/// The rows of one table as RTF has them: each row is a sequence of places, one a column, of which some
-/// belong to a cell further left or further up.
+/// The rows of one table as RTF has them. RTF cannot skip a column: every row has a place for each, in order,
+/// with an end of a cell in the text, and places that a cell further left or further up covers are marked as
+/// merged into it.
 ///
-/// Cells come in the order of the text, whatever their rows and columns say: one that does not follow the
-/// cell before it begins a new row.
+/// The text decides about the order of the cells, whatever rows and columns they state: text is never moved,
+/// so a cell that does not come after the one before it begins a new row.
 class RTFTableLayout {
 public:
-    /// Word's limit. Cells that stand further right get the next place; none is lost.
+    /// Word's limit. Cells further right get the next free place, so that none is lost.
     static constexpr std::size_t maximumColumns = 63;
 
     struct Place {
@@ -41,7 +42,8 @@ public:
     std::span<const Row> rows() const noexcept { return rows_; }
     /// From \trowd to the last \cellx.
     void writeDefinition(std::size_t row, RTFColorNumbers& colors, RTFOutput& output) const;
-    /// Of the place and the columns that its cell spans, without the padding; in twips.
+    /// The width of the place and of the columns that its cell spans, without the padding, in twips: what a
+    /// table inside the cell can have.
     std::int32_t widthInside(std::size_t row, std::size_t place) const;
 
 private:

@@ -13,7 +13,7 @@ namespace {
 
 /// Tables in tables; what is deeper stands in the innermost cell.
 constexpr std::size_t maximumTableDepth = 32;
-/// Between the margins of a page that says nothing of its size, in twips.
+/// The width of the text on a page of the usual size, in twips.
 constexpr std::int32_t pageWidth = 8640;
 /// A marker is a tab, a few characters and a tab.
 constexpr std::size_t maximumMarkerLength = 40;
@@ -164,7 +164,8 @@ std::string RTFWriter::write(const NSDictionary& documentAttributes) {
     Paragraph paragraph;
     bool isThere = takeParagraph(paragraph);
     while (isThere) {
-        // The rows of tables are known before their cells are written; all else goes through as it comes.
+        // A row's definition precedes its text, so a table is gathered whole; everything else is written as
+        // it comes.
         for (; isThere && tableAt(*paragraph.style, 0); isThere = takeParagraph(paragraph))
             tables.push_back(paragraph);
         writeParagraphs(tables, 0, pageWidth);
@@ -347,7 +348,7 @@ void RTFWriter::stateParagraph(const NSParagraphStyle& style, std::size_t depth,
     body_.words(paragraphWords_);
 }
 
-/// The words of paragraphs do not count past the end of a row.
+/// The words of paragraphs do not hold past the end of a row.
 void RTFWriter::forgetParagraph() {
     statedStyle_ = nullptr;
     paragraphWords_.clear();
@@ -369,7 +370,7 @@ void RTFWriter::writeRun(const NSTextAttributes& attributes, std::u16string_view
     std::string name;
     if (attachment && units.find(NSAttachmentCharacter) != std::u16string_view::npos)
         name = nameAttachment_(*attachment);
-    // What is left out leaves no traces.
+    // An attachment that is left out leaves no empty links and groups.
     if (attachment && name.empty() &&
         units.find_first_not_of(NSAttachmentCharacter) == std::u16string_view::npos)
         return;
@@ -429,7 +430,7 @@ void RTFWriter::closeLink() {
     restore(formatBeforeLink_);
 }
 
-/// What a group stated ends with it.
+/// A group has ended, and with it the formats that were stated in it.
 void RTFWriter::restore(const CharacterFormat& format) {
     format_ = format;
     statedAttributes_ = nullptr;

@@ -28,7 +28,7 @@ public:
     std::string write(const NSDictionary& documentAttributes);
 
 private:
-    /// Up to a line feed and with it.
+    /// A paragraph includes the line feed that ends it.
     struct Paragraph {
         std::size_t start = 0;
         std::size_t end = 0;
@@ -37,8 +37,8 @@ private:
         /// Never null.
         const NSParagraphStyle* style = nullptr;
     };
-    /// What of the attributes is stated once and holds until it is stated anew; -1 is not yet. The rest
-    /// (background, superscript and the like) is stated in a group of each run, because not every reader
+    /// The attributes that hold from where they are stated until they are stated anew; -1 is not yet. The
+    /// rest (background, superscript and the like) is stated in a group of each run, because not every reader
     /// knows the words that end them.
     struct CharacterFormat {
         std::int32_t font = -1;
@@ -58,7 +58,7 @@ private:
     void endCell(std::size_t depth);
     void stateParagraph(const NSParagraphStyle& style, std::size_t depth, RTFListNumbers::Place place);
     void forgetParagraph();
-    /// `run` holds the start, or comes before the run that does; afterwards the last unit.
+    /// `run` is the run with the first unit or one before it, and afterwards that of the last unit.
     void writeUnits(std::size_t start, std::size_t end, std::size_t& run);
     void writeRun(const NSTextAttributes& attributes, std::u16string_view units);
     void writeAttachment(const NSTextAttachment& attachment, const std::string& name);
@@ -91,7 +91,7 @@ private:
     /// \pard and its words in force.
     RTFOutput paragraphWords_;
     RTFOutput scratch_;
-    /// Nil: none.
+    /// Nil outside links.
     NSString link_;
     CharacterFormat formatBeforeLink_;
 };

@@ -15,16 +15,13 @@ class NSFileWrapper;
 // throws NSException: NSRangeException when the range passes the end, NSMallocException when the RTF would
 // pass maximumSizeInBytes.
 //
-// What is written and read again is equal but for this:
+// What is written and read again is equal, with these exceptions:
 // - Lengths are rounded to 1/20 point, baseline offsets to 1/2, sizes of fonts to 1/1000 (and held between
-// 1/2
-//   and 4000), components of colours to 1/100000, widths in percent to 1/50, multiples of line heights to
+//   1/2 and 4000), components of colours to 1/100000, widths in percent to 1/50, multiples of line heights to
 //   1/240.
 // - The weight of a strikethrough is not kept (double is). Lists count up to the ninth level, tables in
-// tables
-//   up to the 32nd, columns that nothing stands in up to the 63rd, tab stops up to the 256th.
-// - Tables: every cell ends with a line feed then, and its end is in no link; rows are numbered anew; spans
-// over
+//   tables up to the 32nd, columns that nothing stands in up to the 63rd, tab stops up to the 256th.
+// - In tables every cell ends with a line feed, and its end is in no link; rows are numbered anew; spans over
 //   rows or columns that have no cell of their own shrink; whether borders collapse is not kept.
 // - Attachments get names that the text can mention and that differ by more than upper and lower case; U+FFFC
 //   without an attachment and U+0000 are not read back.

@@ -43,7 +43,7 @@ TEST(RTFReading, Text) {
         const char* text;
     };
     const Row rows[] = {
-        {"line ends mean nothing but behind a backslash", "a\r\nb\\\r\nc\\\nd\\par e", "ab\nc\nd\ne"},
+        {"line ends mean nothing except after a backslash", "a\r\nb\\\r\nc\\\nd\\par e", "ab\nc\nd\ne"},
         {"escapes", "\\{\\}\\\\\\~\\_\\-\\tab\\line\\page x", "{}\\\u00A0\u2011\u00AD\t\u2028\fx"},
         {"bytes of the code page", "\\'e4\xE4\\'80", "ää€"},
         {"bytes of a font's charset", "\\f1\\'d3{\\f0\\'d3}\\'e2", "УÓв"},
@@ -68,21 +68,21 @@ TEST(RTFReading, Text) {
          "a\nb"},
         {"index entries and bookmarks", "a{\\xe {\\v x}}{\\*\\bkmkstart m}{\\tc t}b", "ab"},
         {"one of two forms of a text, and of none", "{\\upr}{a}{\\upr{ansi}{\\*\\ud{\\u8364 ?}}}", "a€"},
-        {"notes behind the text",
+        {"notes after the text",
          "a{\\super\\chftn{\\footnote\\pard {\\super\\chftn} n}}b{\\footnote m}\\par c", "a1b\nc\n1 n\nm\n"},
-        {"frames behind their paragraph",
+        {"frames after their paragraph",
          "a{\\shp{\\*\\shpinst{\\sp{\\sn x}{\\sv y}}{\\shptxt f\\par g}}{\\shprslt f}}b\\par c",
          "ab\nf\ng\nc"},
         {"frames at the end", "a{\\shptxt f}", "a\nf\n"},
-        {"frames behind the end of a paragraph", "a\\par{\\shptxt f}", "a\nf\n"},
+        {"frames after the end of a paragraph", "a\\par{\\shptxt f}", "a\nf\n"},
         {"markers of lists", "{\\listtext\t\\bullet\t}a\\par{\\pntext 1.\\tab}{\\*\\pn\\pnlvlbody\\pndec}b",
          "\t•\ta\n\t1.\tb"},
         {"markers set apart otherwise", "{\\listtext  {\\b 1}. }a\\par{\\listtext\\'b7}b\\par{\\listtext}c",
          "\t1.\ta\n\t·\tb\nc"},
         {"objects show their results", "{\\object{\\*\\objdata 00}{\\result r}}", "r"},
-        {"signs as fields", "{\\field{\\*\\fldinst SYMBOL 97 \\\\f \"Symbol\"}{\\fldrslt\\f3}}", "α"},
+        {"signs as fields", "{\\field{\\*\\fldinst SYMBOL 97 \\\\f \"Symbol\"}{\\fldrslt\\f3 x}}", "α"},
         {"a document within a document", "a{\\rtf1{\\fonttbl{\\f9 X;}}b}c", "abc"},
-        {"nothing behind the end", "a}b", "a"},
+        {"nothing after the end", "a}b", "a"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(textOf(row.body), row.text) << row.name;
@@ -265,11 +265,11 @@ TEST(RTFReading, Tables) {
         const char* runs;
     };
     const Row rows[] = {
-        {"rows, and a text behind",
+        {"rows, and text after them",
          definition + "\\pard\\intbl a\\par b\\cell c\\cell\\row\\intbl d\\cell\\cell\\row\\pard e",
          "\"a|b|\" cell=0,0/2:50pt\n\"c|\" cell=0,1/2:50pt\n\"d|\" cell=1,0/2:50pt\n\"|\" "
          "cell=1,1/2:50pt\n\"e\"\n"},
-        {"defined behind its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",
+        {"defined after its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",
          "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c\" cell=1,0/2:50pt\n"},
         {"frames in cells", definition + "\\intbl a{\\shptxt f}\\cell b\\cell\\row",
          "\"a|f|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n"},
@@ -356,7 +356,7 @@ TEST(RTFReading, SharedObjects) {
     const auto listOf = [&](std::size_t run) { return runs[run].attributes->style().textLists.at(0); };
     EXPECT_EQ(listOf(0), listOf(3)) << "one list";
     EXPECT_EQ(listOf(6), listOf(7)) << "one list that each paragraph describes";
-    EXPECT_NE(listOf(7), listOf(9)) << "another one behind plain text";
+    EXPECT_NE(listOf(7), listOf(9)) << "another one after plain text";
 }
 
 TEST(RTFReading, Pictures) {
@@ -371,7 +371,7 @@ TEST(RTFReading, Pictures) {
         {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
          "\"\t\"\n\"\uFFFC\" file=picture-1.png/1\n\"\ta\"\n"},
         {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "\"\uFFFC\" file=picture-1.bmp/18\n"},
-        {"a better one counts for the worse one behind it",
+        {"a better one counts for the worse one after it",
          "{\\*\\shppict{\\pict\\pngblip 01}}{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip "
          "02}}",
          "\"\uFFFC\" file=picture-1.png/1\n\"\uFFFC\" file=picture-2.jpg/1\n"},
