@@ -179,7 +179,7 @@ void RTFReader::readWord(const RTFToken& token) {
     }
     switch (entry->table) {
     case charactersTable:
-        if (destination == Destination::fontTable || destination == Destination::styleSheet)
+        if (destination == Destination::fontTable)
             return readDestinationWord(token);
         RTFCharacterState::words()[entry->row].apply(state().characters, token);
         state().format = -1;
@@ -264,12 +264,7 @@ std::span<const RTFWord<RTFReader>> RTFReader::words() {
              reader.defaultFont_ = std::max(token.parameter, 0);
              reader.setPlain();
          }},
-        {"plain",
-         [](Reader& reader, const RTFToken&) {
-             const Destination destination = reader.state().destination;
-             if (destination != Destination::fontTable && destination != Destination::styleSheet)
-                 reader.setPlain();
-         }},
+        {"plain", [](Reader& reader, const RTFToken&) { reader.setPlain(); }},
         {"uc",
          [](Reader& reader, const RTFToken& token) {
              reader.state().unicodeSkip = std::clamp(token.parameter, 0, 1000);

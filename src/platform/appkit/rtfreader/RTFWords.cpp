@@ -11,10 +11,9 @@ std::size_t RTFWordIndex::slotOf(std::string_view name) {
 
 void RTFWordIndex::add(std::string_view name, Entry entry) {
     std::size_t slot = slotOf(name);
-    while (!slots_[slot].name.empty() && slots_[slot].name != name)
+    while (!slots_[slot].name.empty())
         slot = (slot + 1) & (slotCount - 1);
-    if (slots_[slot].name.empty())
-        slots_[slot] = {name, entry};
+    slots_[slot] = {name, entry};
 }
 
 const RTFWordIndex::Entry* RTFWordIndex::find(std::string_view name) const {

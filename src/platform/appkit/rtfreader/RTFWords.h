@@ -35,7 +35,7 @@ public:
         std::uint16_t row = 0;
     };
 
-    /// Adds the names of a table's rows. Names that are there already stay what they are.
+    /// Adds the names of a table's rows, which no other table has.
     void add(std::uint8_t table, const auto& rows) {
         std::uint16_t row = 0;
         for (const auto& word : rows)

@@ -66,7 +66,7 @@ TEST(RTFListTableTest, Formats) {
         table.beginList();
         for (int level = 0; level <= row.level; ++level)
             applyWords(table, "\\listlevel");
-        applyWords(table, "\\levelnfc" + std::to_string(row.kind));
+        applyWords(table, "\\levelnfc9\\levelnfcn" + std::to_string(row.kind));
         table.setText(row.text);
         applyWords(table, "\\listid1\\listoverride\\listid1\\ls1");
         EXPECT_EQ(formatOf(*table.listsOf(1, row.level).back()), std::string(row.format) + "@1") << row.name;

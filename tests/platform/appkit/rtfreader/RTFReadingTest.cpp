@@ -313,12 +313,12 @@ TEST(RTFReading, Tables) {
 }
 
 TEST(RTFReading, CellLooks) {
-    const NSAttributedString text =
-        read(document("{\\colortbl;\\red255\\green0\\blue0;}"
-                      "\\trowd\\trgaph100\\trpaddb60\\trftsWidth2\\trwWidth2500\\trbrdrv\\brdrs\\brdrw30"
-                      "\\clvertalc\\clcbpat1\\clbrdrl\\brdrw40\\brdrs\\brdrcf1\\clbrdrt\\brdrnil\\clpadt80\\c"
-                      "ellx1000\\cellx2000"
-                      "\\pard\\intbl\\brdrt\\brdrs\\brdrw90 a\\cell b\\cell\\row"));
+    const NSAttributedString text = read(document(
+        "{\\colortbl;\\red255\\green0\\blue0;}"
+        "\\trowd\\trgaph100\\trpaddb60\\trpaddr40\\trftsWidth2\\trwWidth2500\\trbrdrv\\brdrs\\brdrw30"
+        "\\clvertalc\\clcbpat1\\clbrdrl\\brdrw40\\brdrs\\brdrcf1\\clbrdrt\\brdrnil\\clpadt80\\c"
+        "ellx1000\\cellx2000"
+        "\\pard\\intbl\\brdrt\\brdrs\\brdrw90 a\\cell b\\cell\\row"));
     const NSTextTableBlock& first = *text.runs()[0].attributes->style().textBlocks.at(0);
     const NSTextTableBlock& second = *text.runs()[1].attributes->style().textBlocks.at(0);
     const NSColor red{1, 0, 0, 1};
@@ -326,7 +326,7 @@ TEST(RTFReading, CellLooks) {
     EXPECT_EQ(first.table->width, (NSTextBlockLength{50, NSTextBlockLength::Unit::percent}));
     EXPECT_EQ(first.borders, (NSTextTableBlock::Edges<NSTextBlockBorder>{{{2, red}, {}, {1.5, {}}, {}}}));
     EXPECT_EQ(second.borders[0].width, 1.5);
-    EXPECT_EQ(first.padding, (NSTextTableBlock::Edges<float>{5, 4, 5, 3}));
+    EXPECT_EQ(first.padding, (NSTextTableBlock::Edges<float>{5, 4, 2, 3}));
     const std::string padded =
         "\\trowd\\clpadl20\\clpadfl3\\clpadt40\\clpadft3\\cellx900\\intbl a\\cell\\row";
     for (const bool isOfPlatform : {false, true}) {
@@ -363,9 +363,9 @@ TEST(RTFReading, Pictures) {
     const std::string wmf(18, '\1');
     const RunsRow rows[] = {
         {"kinds and sizes",
-         "{\\pict\\pngblip\\picwgoal400\\pichgoal200\\picscalex50\\piccropr100 0a "
+         "{\\pict\\pngblip\\picwgoal400\\pichgoal200\\picscalex50\\piccropr100\\piccropt40 0a "
          "0B\r\n0c}{\\pict\\jpegblip\\bin3 }{}}",
-         "\"\uFFFC\" file=picture-1.png/3 width=7.5 height=10\n\"\uFFFC\" file=picture-2.jpg/3\n"},
+         "\"\uFFFC\" file=picture-1.png/3 width=7.5 height=8\n\"\uFFFC\" file=picture-2.jpg/3\n"},
         {"metafiles get the header of a file", "{\\pict\\wmetafile8\\picw2540\\pich1270 0102}",
          "\"\uFFFC\" file=picture-1.wmf/24 width=72 height=36\n"},
         {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
@@ -449,7 +449,7 @@ TEST(RTFReading, Packages) {
     };
     const auto package = NSFileWrapper::initDirectory();
     package->addFileWrapper(wrapper(
-        "{\\rtf1{\\fonttbl\\f0 Arial;}{{\\NeXTGraphic a b.png \\width40 \\height60 \\noorient\n}\\'ac} "
+        "{\\rtf1{\\fonttbl\\f0 Arial;}{{\\NeXTGraphic a b.png \\width40 \\height60 \\noorient more}\\'ac} "
         "\\'ac{{\\*\\NeXTGraphic u\\'c3\\'bc\\{.txt}\xAC}{{\\NeXTGraphic gone}\\'ac}}",
         u"txt.rtf"));
     package->addFileWrapper(wrapper("12345", u"a b.png"));
