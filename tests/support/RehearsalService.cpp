@@ -91,7 +91,9 @@ public:
     bool writeRTFDData_toFile(const NSData& data, const NSString& file) override {
         if (file.UTF8String().ends_with("sleep"))
             std::this_thread::sleep_for(std::chrono::seconds(30));
-        return data == NSData::dataWithBytes(file.UTF8String());
+        // Data that are a path are to be the file's own.
+        return !data.isNil() &&
+               (!data.characters().starts_with('/') || data == NSData::dataWithBytes(file.UTF8String()));
     }
 
     NSDictionary searchableTextOfWebArchive(const NSString& file) override {
