@@ -46,6 +46,9 @@ function(kelvo_make_fences)
 endfunction()
 kelvo_make_fences()
 
+# What is tested is optimised as it is delivered; the tests themselves are compiled more often than they are run.
+set(kelvoTestOptions $<$<CONFIG:Release>:-O1>)
+
 # kelvo_precompile(<target> <name> <header>...): has the target take these headers as compiled once for all targets that
 # name the same. They have the same flags otherwise: what a library adds to them is a reason to do without.
 function(kelvo_precompile target name)
@@ -60,6 +63,7 @@ function(kelvo_precompile target name)
       file(CONFIGURE OUTPUT ${source} CONTENT "int main() {}\n")
       add_executable(kelvo_precompiled_${name} EXCLUDE_FROM_ALL ${source})
       target_link_libraries(kelvo_precompiled_${name} PRIVATE GTest::gtest)
+      target_compile_options(kelvo_precompiled_${name} PRIVATE ${kelvoTestOptions})
     else()
       file(CONFIGURE OUTPUT ${source} CONTENT "")
       add_library(kelvo_precompiled_${name} OBJECT ${source})
@@ -131,6 +135,7 @@ function(kelvo_tests folder)
   add_executable(${target} ${sources})
   target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(${target} PRIVATE kelvo_options ${arg_LINK} GTest::gtest GTest::gtest_main)
+  target_compile_options(${target} PRIVATE ${kelvoTestOptions})
   if(NOT arg_FOREIGN_FLAGS)
     kelvo_precompile(${target} tests [["platform/foundation/Value.h"]]
       <gtest/gtest.h> <algorithm> <filesystem> <fstream> <functional> <string> <thread> <vector>)
