@@ -175,6 +175,10 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
 int run() {
     EngineChannel channel;
     PrivateFolder folder("plumwick-web", parentsOfRuntimeFolder(), mostBytesInFolder);
+    if (folder.path().empty()) {
+        NSLog(u"No page can be read: no temporary folder.");
+        return EXIT_FAILURE;
+    }
     const std::string runtimeFolder = folder.path() + "/run";
     // Web processes will not start without a display either. They draw nothing, and get one where nobody else
     // is: who shares a display can do harm to those who do.
