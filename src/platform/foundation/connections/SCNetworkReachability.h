@@ -35,9 +35,8 @@ bool SCNetworkCheckReachabilityByName(const std::string& hostUTF8, std::uint32_t
 /// Whether the answer is held already. Starts looking the name up where it is not, and does not wait.
 bool SCNetworkPrepareReachabilityByName(const std::string& hostUTF8);
 
-/// The addresses that the answer stands on, as text ("192.0.2.7", "fe80::1%eth0"): of the name each time it
-/// is looked up, others may come. In the resolver's order; empty where the check gives false. Waits as that
-/// does.
+/// The addresses that were judged for the answer that is held, as text ("192.0.2.7", "fe80::1%eth0"), in the
+/// resolver's order. A later look-up may give others. Empty where the check gives false. Waits as that does.
 std::vector<std::string> SCNetworkAddressesByName(const std::string& hostUTF8);
 
 /// An address of an interface and the network that it stands in.
