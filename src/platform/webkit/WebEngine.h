@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/engine/EngineProcess.h"
 #include "platform/foundation/NSURL.h"
-#include "platform/foundation/connections/EngineProcess.h"
 #include "platform/webkit/RenderedPage.h"
 #include "platform/webkit/WebResourceLoadDelegate.h"
 

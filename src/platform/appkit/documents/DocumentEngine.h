@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/engine/EngineProcess.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/connections/EngineProcess.h"
 #include "platform/foundation/files/PrivateFolder.h"
 
 #include <sys/types.h>

@@ -1,6 +1,6 @@
+#include "platform/engine/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/Value.h"
-#include "platform/foundation/connections/EngineChannel.h"
 #include "platform/foundation/files/PrivateFolder.h"
 #include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/webkit/engine/DisplayServer.h"

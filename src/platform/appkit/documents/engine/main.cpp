@@ -1,10 +1,10 @@
 #include "platform/appkit/documents/DocumentEngineMessages.h"
 #include "platform/appkit/documents/engine/Confinement.h"
 #include "platform/appkit/documents/engine/OfficeLibrary.h"
+#include "platform/engine/EngineChannel.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/foundation/connections/EngineChannel.h"
 #include "platform/foundation/files/Leftovers.h"
 
 #include <fcntl.h>

@@ -1,9 +1,9 @@
-#include "platform/foundation/connections/EngineProcess.h"
+#include "platform/engine/EngineProcess.h"
 
+#include "platform/engine/EngineFrames.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/connections/EngineFrames.h"
 #include "platform/foundation/connections/NSRunLoopInternals.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "platform/foundation/processes/ProcessFacts.h"

@@ -1,8 +1,8 @@
-#include "platform/foundation/connections/EngineProcess.h"
+#include "platform/engine/EngineProcess.h"
 
+#include "platform/engine/EngineFrames.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/connections/EngineFrames.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 
 #include <gtest/gtest.h>

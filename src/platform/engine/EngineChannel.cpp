@@ -1,7 +1,7 @@
-#include "platform/foundation/connections/EngineChannel.h"
+#include "platform/engine/EngineChannel.h"
 
+#include "platform/engine/EngineFrames.h"
 #include "platform/foundation/FileIO.h"
-#include "platform/foundation/connections/EngineFrames.h"
 
 #include <chrono>
 #include <csignal>

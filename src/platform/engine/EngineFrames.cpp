@@ -1,4 +1,4 @@
-#include "platform/foundation/connections/EngineFrames.h"
+#include "platform/engine/EngineFrames.h"
 
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/propertylists/NSPropertyListSerialization.h"

@@ -1,9 +1,9 @@
 // An engine that does what it is told, for tests of the process that engines run in.
 
+#include "platform/engine/EngineChannel.h"
+#include "platform/engine/EngineFrames.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/foundation/connections/EngineChannel.h"
-#include "platform/foundation/connections/EngineFrames.h"
 
 #include <csignal>
 #include <cstdio>
