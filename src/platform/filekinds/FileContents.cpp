@@ -19,7 +19,14 @@ constexpr std::uint64_t mostBytesSearched = 512ULL << 20;
 
 FileContents::FileContents(std::string_view bytes) : inMemory_(bytes), length_(bytes.size()) {}
 
-FileContents::FileContents(FileDescriptor file) : file_(std::move(file)) {
+FileContents::FileContents(const NSData& data) : data_(data), length_(data.length()) {
+    if (data.isUnread())
+        descriptor_ = data.descriptor();
+    else
+        inMemory_ = data.characters();
+}
+
+FileContents::FileContents(FileDescriptor file) : file_(std::move(file)), descriptor_(file_.get()) {
     struct stat facts;
     if (file_ && fstat(file_.get(), &facts) == 0 && facts.st_size > 0)
         length_ = static_cast<std::uint64_t>(facts.st_size);
@@ -29,13 +36,13 @@ std::string FileContents::bytes(std::uint64_t place, std::size_t count) const {
     if (place >= length_)
         return {};
     count = static_cast<std::size_t>(std::min<std::uint64_t>(count, length_ - place));
-    if (!file_)
+    if (descriptor_ < 0)
         return std::string(inMemory_.substr(static_cast<std::size_t>(place), count));
     std::string result(count, '\0');
     std::size_t got = 0;
     while (got < count) {
         const ssize_t length =
-            pread(file_.get(), result.data() + got, count - got, static_cast<off_t>(place + got));
+            pread(descriptor_, result.data() + got, count - got, static_cast<off_t>(place + got));
         if (length < 0 && errno == EINTR)
             continue;
         if (length <= 0)

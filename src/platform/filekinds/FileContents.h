@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/FileIO.h"
+#include "platform/foundation/NSData.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,8 @@ public:
     explicit FileContents(std::string_view bytes);
     /// Of an open regular file. None at all when the descriptor owns nothing.
     explicit FileContents(FileDescriptor file);
+    /// Data that stands on a file is not read for it.
+    explicit FileContents(const NSData& data);
 
     std::uint64_t length() const noexcept { return length_; }
     /// A copy of up to `count` bytes from that place on; fewer where the file ends or cannot be read.
@@ -27,7 +30,10 @@ public:
 
 private:
     std::string_view inMemory_;
+    NSData data_;
     FileDescriptor file_;
+    /// What is read from; -1 when the bytes are in memory.
+    int descriptor_ = -1;
     std::uint64_t length_ = 0;
 };
 

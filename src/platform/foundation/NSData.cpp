@@ -6,8 +6,11 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 #include <fcntl.h>
@@ -71,11 +74,76 @@ bool writeInPlace(const std::string& path, std::string_view contents) {
 
 } // namespace
 
+/// Bytes that are read at most once, by whichever thread is first.
+struct NSData::File {
+    File(FileDescriptor given, std::size_t size) : descriptor(std::move(given)), length(size) {}
+
+    std::span<const std::uint8_t> read() const {
+        std::call_once(once, [this] {
+            bytes.reset(static_cast<std::uint8_t*>(std::calloc(std::max<std::size_t>(length, 1), 1)));
+            if (!bytes)
+                throw NSException(NSMallocException, u"There is no memory for the contents of a file.");
+            std::size_t place = 0;
+            while (place < length) {
+                const ssize_t count =
+                    ::pread(descriptor.get(), bytes.get() + place, length - place, static_cast<off_t>(place));
+                if (count == 0 || (count < 0 && errno != EINTR))
+                    break;
+                place += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+            }
+            isRead.store(true, std::memory_order_release);
+        });
+        return {bytes.get(), length};
+    }
+
+    const FileDescriptor descriptor;
+    const std::size_t length;
+    mutable std::once_flag once;
+    mutable std::atomic<bool> isRead = false;
+    mutable std::unique_ptr<std::uint8_t, decltype(&std::free)> bytes{nullptr, &std::free};
+};
+
 NSData NSData::dataWithBytesNoCopy(std::span<const std::uint8_t> bytes, std::shared_ptr<const void> owner) {
+    return dataWithBytesNoCopy_descriptor(bytes, std::move(owner), -1);
+}
+
+NSData NSData::dataWithBytesNoCopy_descriptor(std::span<const std::uint8_t> bytes,
+                                              std::shared_ptr<const void> owner, int descriptor) {
     checkedSizeInBytes(bytes.size(), 1);
     NSData result;
-    result.rep_ = std::make_shared<const Rep>(Rep{bytes, std::move(owner)});
+    result.rep_ =
+        std::make_shared<const Rep>(Rep{bytes, std::move(owner), bytes.size(), descriptor, nullptr});
     return result;
+}
+
+NSData NSData::dataWithContentsOfDescriptorWhenNeeded(int descriptor) {
+    FileDescriptor file(descriptor);
+    struct stat status = {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0 ||
+        static_cast<std::uint64_t>(status.st_size) > maximumSizeInBytes)
+        return nullptr;
+    const auto owner =
+        std::make_shared<const File>(std::move(file), static_cast<std::size_t>(status.st_size));
+    NSData result;
+    result.rep_ =
+        std::make_shared<const Rep>(Rep{{}, owner, owner->length, owner->descriptor.get(), owner.get()});
+    return result;
+}
+
+NSData NSData::dataWithContentsOfFileWhenNeeded(const NSString& path) {
+    const auto bytes = NSFileManager::defaultManager().fileSystemRepresentationWithPath(path);
+    FileDescriptor file = bytes ? openRegularFile(*bytes) : FileDescriptor();
+    const NSData data = dataWithContentsOfDescriptorWhenNeeded(file.release());
+    // The kernel's own files have no length before they are read.
+    return data.isEmpty() ? dataWithContentsOfFile(path) : data;
+}
+
+std::span<const std::uint8_t> NSData::bytesOfFile() const {
+    return rep_->file->read();
+}
+
+bool NSData::isUnread() const noexcept {
+    return rep_ && rep_->file && !rep_->file->isRead.load(std::memory_order_acquire);
 }
 
 NSData NSData::data() {
@@ -146,7 +214,7 @@ bool NSData::writeToFile_atomically(const NSString& path, bool atomically) const
     return atomically ? writeBeside(*bytes, characters()) : writeInPlace(*bytes, characters());
 }
 
-std::string_view NSData::characters() const noexcept {
+std::string_view NSData::characters() const {
     return {reinterpret_cast<const char*>(bytes().data()), length()};
 }
 
@@ -154,12 +222,12 @@ NSData NSData::subdataWithRange(NSRange range) const {
     if (!rangeFits(range, length()))
         throw NSException(NSRangeException, u"The range passes the end of the data.");
     return isNil() ? NSData()
-                   : dataWithBytesNoCopy(rep_->bytes.subspan(range.location, range.length), rep_->owner);
+                   : dataWithBytesNoCopy(bytes().subspan(range.location, range.length), rep_->owner);
 }
 
-bool operator==(const NSData& left, const NSData& right) noexcept {
-    return left.rep_ == right.rep_ ||
-           (left.rep_ && right.rep_ && std::ranges::equal(left.rep_->bytes, right.rep_->bytes));
+bool operator==(const NSData& left, const NSData& right) {
+    return left.rep_ == right.rep_ || (left.rep_ && right.rep_ && left.length() == right.length() &&
+                                       std::ranges::equal(left.bytes(), right.bytes()));
 }
 
 NSString NSData::base64EncodedString() const {

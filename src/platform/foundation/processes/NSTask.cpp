@@ -5,6 +5,7 @@
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/processes/DescriptorLimit.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 
 #include <algorithm>
 #include <array>
@@ -13,6 +14,7 @@
 #include <climits>
 #include <cmath>
 #include <csignal>
+#include <map>
 #include <mutex>
 #include <new>
 #include <string>
@@ -23,12 +25,16 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace kelvo {
 namespace {
+
+constexpr int mostRoundsForStrays = 100;
 
 [[noreturn]] void throwInvalidArgument(const NSString& reason) {
     throw NSException(NSInvalidArgumentException, reason);
@@ -101,29 +107,40 @@ private:
     posix_spawnattr_t attributes_;
 };
 
-// Children whose task is gone. The kernel keeps what has become of each until it is asked for.
-class AbandonedChildren {
+// The children of all tasks until they are collected.
+class TaskChildren {
 public:
-    static AbandonedChildren& shared() {
-        static AbandonedChildren children;
+    static TaskChildren& shared() {
+        static TaskChildren children;
         return children;
     }
-    void add(pid_t process) noexcept {
-        try {
-            const std::scoped_lock lock(mutex_);
-            processes_.push_back(process);
-        } catch (const std::bad_alloc&) {
-            // The child stays in the process table for the life of this process.
-        }
-    }
-    void collect() {
+    void add(pid_t process) {
         const std::scoped_lock lock(mutex_);
-        std::erase_if(processes_, [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
+        processes_.emplace(process, false);
+    }
+    void remove(pid_t process) {
+        const std::scoped_lock lock(mutex_);
+        processes_.erase(process);
+    }
+    /// Its task is gone. The kernel keeps what has become of it until it is asked for.
+    void abandon(pid_t process) {
+        const std::scoped_lock lock(mutex_);
+        processes_[process] = true;
+    }
+    void collectAbandoned() {
+        const std::scoped_lock lock(mutex_);
+        std::erase_if(processes_, [](const auto& each) {
+            return each.second && ::waitpid(each.first, nullptr, WNOHANG) != 0;
+        });
+    }
+    bool contains(pid_t process) {
+        const std::scoped_lock lock(mutex_);
+        return processes_.contains(process);
     }
 
 private:
     std::mutex mutex_;
-    std::vector<pid_t> processes_;
+    std::map<pid_t, bool> processes_;
 };
 
 // The C library's function for this lacks C linkage in the header of version 2.36.
@@ -147,7 +164,7 @@ NSTask::~NSTask() {
         return;
     collectIfEnded();
     if (!waitStatus_)
-        AbandonedChildren::shared().add(process_);
+        TaskChildren::shared().abandon(process_);
 }
 
 void NSTask::setLaunchPath(const NSString& path) {
@@ -192,7 +209,7 @@ void NSTask::setSession(Session session) {
 
 void NSTask::launch() {
     requireNotLaunched();
-    AbandonedChildren::shared().collect();
+    TaskChildren::shared().collectAbandoned();
     const NSFileManager& files = NSFileManager::defaultManager();
 
     // The program is looked for after the child has changed its folder, so its path may not depend on that.
@@ -248,6 +265,7 @@ void NSTask::launch() {
                                   std::system_category().message(error))));
     }
     process_ = process;
+    TaskChildren::shared().add(process);
     for (int target = 0; target < 3; ++target) {
         if (const auto* pipe = std::get_if<std::shared_ptr<NSPipe>>(&streams_[target]); pipe && *pipe)
             (target == 0 ? (*pipe)->fileHandleForReading() : (*pipe)->fileHandleForWriting())->closeFile();
@@ -334,14 +352,46 @@ bool NSTask::wasEndedBySignal() {
     return !collectedElsewhere_ && WIFSIGNALED(*waitStatus_);
 }
 
+bool NSTask::waitForEndForSeconds(double seconds) {
+    const FileDescriptor exit = isCollected() ? FileDescriptor() : descriptorOfProcess(process_);
+    if (!exit)
+        return true;
+    pollfd polled{exit.get(), POLLIN, 0};
+    return ::poll(&polled, 1, static_cast<int>(std::ceil(std::clamp(seconds, 0.0, 1e6) * 1000))) > 0;
+}
+
+void NSTask::endStrayChildren() {
+    int isParentOfStrays = 0;
+    if (::prctl(PR_GET_CHILD_SUBREAPER, &isParentOfStrays) != 0 || isParentOfStrays == 0)
+        return;
+    // What they start meanwhile comes to this process when they end.
+    for (int round = 0; round < mostRoundsForStrays; ++round) {
+        std::vector<pid_t> strays = childProcesses();
+        std::erase_if(strays, [](pid_t child) { return TaskChildren::shared().contains(child); });
+        if (strays.empty())
+            return;
+        for (const pid_t stray : strays)
+            ::kill(stray, SIGKILL);
+        for (const pid_t stray : strays) {
+            while (::waitpid(stray, nullptr, 0) < 0 && errno == EINTR) {
+            }
+        }
+    }
+}
+
 void NSTask::collectIfEnded() {
     int status = 0;
+    rusage usage{};
     pid_t collected = 0;
     do
-        collected = ::waitpid(process_, &status, WNOHANG);
+        collected = ::wait4(process_, &status, WNOHANG, &usage);
     while (collected < 0 && errno == EINTR);
     if (collected == 0)
         return;
+    TaskChildren::shared().remove(process_);
+    cpuMilliseconds_ =
+        (static_cast<double>(usage.ru_utime.tv_sec) + static_cast<double>(usage.ru_stime.tv_sec)) * 1e3 +
+        (static_cast<double>(usage.ru_utime.tv_usec) + static_cast<double>(usage.ru_stime.tv_usec)) / 1e3;
     collectedElsewhere_ = collected < 0;
     waitStatus_ = status;
 }

@@ -54,6 +54,9 @@ public:
     void waitUntilExit();
     /// The same for no longer than that; false when the child still runs.
     bool waitUntilExitForSeconds(double seconds);
+    /// Waits as long for the end alone, and leaves the child to be collected: until then its number, and that of the
+    /// group that it leads, cannot be another's. False when it still runs.
+    bool waitForEndForSeconds(double seconds);
     bool isRunning();
     /// Ask the child to end, or end it. Nothing happens when it has ended already or was not launched.
     void terminate();
@@ -63,13 +66,20 @@ public:
     /// process has collected it. Throws NSException (NSInvalidArgumentException) as long as it has not ended.
     int terminationStatus();
     bool wasEndedBySignal();
+    /// What it and all that it had waited for used of the CPU. 0 before it has been collected.
+    double cpuMilliseconds() const { return cpuMilliseconds_; }
     /// 0 before the launch.
     pid_t processIdentifier() const { return process_; }
+
+    /// Ends, and collects, the children of this process that no task has started: what ended children have left
+    /// behind. Does nothing unless this process has asked the kernel for those (PR_SET_CHILD_SUBREAPER).
+    static void endStrayChildren();
 
 private:
     void requireNotLaunched() const;
     void requireEnded();
     void collectIfEnded();
+    bool isCollected() const { return process_ == 0 || waitStatus_; }
     void sendSignal(int signal);
     bool wait(double seconds);
 
@@ -82,6 +92,7 @@ private:
     pid_t process_ = 0;
     std::optional<int> waitStatus_;
     bool collectedElsewhere_ = false;
+    double cpuMilliseconds_ = 0;
 };
 
 } // namespace kelvo

@@ -17,19 +17,25 @@ std::string folderOfThisProgram() {
     return program.substr(0, slash == std::string::npos ? 0 : slash);
 }
 
-std::vector<pid_t> childProcessesNamed(std::string_view name) {
+std::vector<pid_t> childProcesses() {
     std::vector<pid_t> found;
     std::error_code ignored;
     // Each thread has the children that it started.
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", ignored)) {
         std::ifstream children(thread.path() / "children");
-        for (pid_t child = 0; children >> child;) {
-            std::ifstream file("/proc/" + std::to_string(child) + "/comm");
-            std::string own;
-            if (std::getline(file, own) && own == name)
-                found.push_back(child);
-        }
+        for (pid_t child = 0; children >> child;)
+            found.push_back(child);
     }
+    return found;
+}
+
+std::vector<pid_t> childProcessesNamed(std::string_view name) {
+    std::vector<pid_t> found = childProcesses();
+    std::erase_if(found, [name](pid_t child) {
+        std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+        std::string own;
+        return !std::getline(file, own) || own != name;
+    });
     return found;
 }
 

@@ -13,7 +13,9 @@ namespace kelvo {
 /// empty when the kernel does not tell.
 std::string folderOfThisProgram();
 
-/// Running children of this process by their name; the kernel keeps the first 15 bytes of it.
+/// Children of this process that have not been collected.
+std::vector<pid_t> childProcesses();
+/// Those of that name; the kernel keeps the first 15 bytes of it.
 std::vector<pid_t> childProcessesNamed(std::string_view name);
 
 /// What a process holds in memory; 0 when there is no such process.

@@ -3,6 +3,7 @@
 #include "platform/foundation/processes/DescriptorLimit.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <climits>
@@ -20,6 +21,8 @@ void becomeServiceProcess() {
     if (descriptor > STDERR_FILENO)
         close(descriptor);
     raiseDescriptorLimit();
+    // What an ended engine has left behind becomes a child of this process, which ends it.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);

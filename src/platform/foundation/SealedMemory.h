@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/foundation/FileIO.h"
+#include "platform/foundation/NSData.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace kelvo {
+
+// Memory that can be handed to another process by its descriptor, without a copy. Once it is sealed nobody can
+// change it any more, nor make it longer or shorter, so that who gets it may read it in place.
+
+/// Smaller data is copied faster than it is sealed.
+inline constexpr std::size_t leastSealedBytes = std::size_t{64} << 10;
+
+/// Such memory while it is being written. Throws NSException (NSMallocException) when there is none.
+class SealedMemory {
+public:
+    explicit SealedMemory(std::size_t lengthInBytes);
+    SealedMemory(const SealedMemory&) = delete;
+    SealedMemory& operator=(const SealedMemory&) = delete;
+    ~SealedMemory();
+
+    /// All zero at first.
+    std::span<std::uint8_t> bytes() noexcept { return bytes_; }
+    /// The bytes as they are now, sealed; data of that length. Nothing can be written after it.
+    NSData seal();
+    /// The first `lengthInBytes` of them.
+    NSData seal(std::size_t lengthInBytes);
+
+private:
+    FileDescriptor file_;
+    std::span<std::uint8_t> bytes_;
+};
+
+/// A copy of the bytes: sealed when they are more than leastSealedBytes and there is a descriptor left.
+NSData dataForOtherProcesses(std::string_view bytes);
+
+/// Whether writing to it, and making it longer or shorter, is sealed for good.
+bool isSealedMemory(int descriptor);
+/// The memory that another process has sent, read in place. Nil when it is not sealed, or too large.
+NSData dataWithSealedMemory(FileDescriptor descriptor);
+
+} // namespace kelvo
