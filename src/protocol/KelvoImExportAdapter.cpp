@@ -84,7 +84,7 @@ public:
             kj::mv(context),
             [](auto parameters) {
                 return std::tuple(parameters.getAttributed(),
-                                  parameters.hasPdf() ? decodeData(parameters.getPdf()) : NSData());
+                                  parameters.hasPdf() ? decodeDataForEngines(parameters.getPdf()) : NSData());
             },
             [root = root_](bool attributed, const NSData& pdf) {
                 return root->attributed_stringWithPDF(attributed, pdf);

@@ -1,6 +1,7 @@
 #include "protocol/WireValues.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/SealedMemory.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/NSConnection.h"
 
@@ -203,6 +204,10 @@ NSString decodeString(capnp::Data::Reader units) {
 
 NSData decodeData(capnp::Data::Reader bytes) {
     return NSData::dataWithBytes(bytes.begin(), bytes.size());
+}
+
+NSData decodeDataForEngines(capnp::Data::Reader bytes) {
+    return dataForOtherProcesses({reinterpret_cast<const char*>(bytes.begin()), bytes.size()});
 }
 
 NSURL decodeURL(wire::Url::Reader reader) {

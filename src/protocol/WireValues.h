@@ -25,6 +25,8 @@ void encodeDictionary(const NSDictionary& dictionary, wire::Dictionary::Builder 
 NSString decodeString(capnp::Data::Reader units);
 /// A copy of the bytes.
 NSData decodeData(capnp::Data::Reader bytes);
+/// The same where the data is going to an engine: a large copy can be handed on by its descriptor.
+NSData decodeDataForEngines(capnp::Data::Reader bytes);
 NSURL decodeURL(wire::Url::Reader reader);
 NSDictionary decodeDictionary(wire::Dictionary::Reader reader);
 

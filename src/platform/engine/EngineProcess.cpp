@@ -1,30 +1,50 @@
 #include "platform/engine/EngineProcess.h"
 
-#include "platform/engine/EngineFrames.h"
+#include "platform/engine/EngineExceptions.h"
+#include "platform/engine/EngineKeys.h"
+#include "platform/engine/EngineSocket.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/connections/NSRunLoopInternals.h"
+#include "platform/foundation/files/PrivateFolder.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "platform/foundation/processes/ProcessFacts.h"
+#include "platform/ledger/RequestNotes.h"
 
-#include <cerrno>
+#include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <utility>
 
+#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace kelvo {
 namespace {
 
-/// How long a child that was killed may take to be gone before nobody waits for it any more.
+/// How long a child that has closed its socket, or was killed, may take to be gone.
 constexpr double secondsToBeGone = 1;
+/// Most answers come sooner than an event loop that waits for several things turns.
+constexpr int millisecondsOfShortWait = 1;
+/// All threads of an engine together may use the CPU for so many times as long as an answer may take, and for so many
+/// seconds more.
+constexpr double cpuSecondsPerSecond = 2;
+constexpr double cpuSecondsMore = 2;
 
-NSString pathBesideThisProgram(const std::string& name) {
-    return NSFileManager::defaultManager().stringWithFileSystemRepresentation(folderOfThisProgram() + '/' +
-                                                                              name);
+constexpr const char16_t* replaceSelector = u"replaceEngine";
+
+double monotonicSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+NSString pathOf(const std::string& bytes) {
+    return NSFileManager::defaultManager().stringWithFileSystemRepresentation(bytes);
 }
 
 /// Libraries obey hundreds of variables: they load modules that these name, talk to the services of a
@@ -37,77 +57,111 @@ NSDictionary environmentOfEngines() {
     for (const char* name :
          {"PATH", "TMPDIR", "XDG_RUNTIME_DIR", "TZ", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"}) {
         if (const char* value = std::getenv(name))
-            environment.setObject_forKey(
-                NSFileManager::defaultManager().stringWithFileSystemRepresentation(value),
-                NSString::stringWithUTF8String(name));
+            environment.setObject_forKey(pathOf(value), NSString::stringWithUTF8String(name));
     }
     return environment;
+}
+
+/// Of all its life until now.
+double cpuSecondsOfProcess(pid_t process) {
+    clockid_t clock{};
+    timespec used{};
+    if (::clock_getcpuclockid(process, &clock) != 0 || ::clock_gettime(clock, &used) != 0)
+        return 0;
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
+}
+
+/// "SIGSEGV".
+NSString nameOfSignal(int signal) {
+    const char* const name = ::sigabbrev_np(signal);
+    return name ? NSString::stringWithUTF8String(std::string("SIG") + name)
+                : stringWithFormat(u"signal %d", signal);
 }
 
 } // namespace
 
 /// Reads and writes without waiting, as events of the run loop; whole frames are handled at its top.
-struct EngineProcess::Internals final : NSRunLoopSource {
-    explicit Internals(std::string name) : programName(std::move(name)) {}
+struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
+    explicit Internals(EngineDescription given)
+        : description(std::move(given)),
+          folder(description.programName, description.folderParents, description.longestFolderPath) {}
     ~Internals() noexcept override {}
 
-    bool start();
+    void start();
     void stop();
-    void send(EngineFrameKind kind, const Value& value);
+    void send(EncodedEngineFrame frame);
     /// Takes in what is there.
     void drain();
-    /// Sends what the socket takes.
-    void push();
     kj::Promise<void> drainUntilGone();
     kj::Promise<void> pushTheRest();
-    bool hasWholeFrame() const;
-    std::string takeFrame();
+    void handleFrame();
+    void limitCPU(double timeoutSeconds) const;
+    void noteUse(double cpuMilliseconds, std::uint64_t peakBytes) const;
+    void replaceSoon();
+    [[noreturn]] void fail(const char16_t* exceptionName, Outcome outcome, const NSString& sentence) const;
+    [[noreturn]] void failAfterEnd();
 
-    bool hasPending() override { return isGone || hasWholeFrame(); }
+    NSString title() const { return description.title; }
+
+    bool hasPending() override { return isGone || reader.hasWholeFrame(); }
     bool performPending() override;
+    Value performSelector_withObject(const NSString& selector, const Value& argument) override;
 
-    const std::string programName;
+    const EngineDescription description;
+    PrivateFolder folder;
     std::unique_ptr<NSTask> task;
     FileDescriptor socket;
     kj::Own<kj::UnixEventPort::FdObserver> observer;
     kj::Promise<void> reading = nullptr;
     kj::Promise<void> writing = nullptr;
-    std::string incoming;
-    std::string outgoing;
-    std::size_t sent = 0;
+    EngineFrameReader reader{EngineFrameData::sealedMemory};
+    EngineFrameWriter writer;
     /// The child's end of the socket is closed, or it sent what cannot be understood.
     bool isGone = false;
+    bool isBroken = false;
     bool isAsking = false;
+    bool isToBeReplaced = false;
+    bool isReady = false;
+    NSString layers;
+    unsigned answeredMessages = 0;
+    double cpuSecondsBefore = 0;
     const Questions* questions = nullptr;
     std::optional<Value> result;
+    /// What the engine has noted about why it cannot work at all.
+    NSString complaint;
 };
 
-bool EngineProcess::Internals::start() {
+void EngineProcess::Internals::start() {
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        return false;
+        fail(EngineMissingException, Outcome::missingEngine, u"there is no descriptor left for it");
     socket = FileDescriptor(ends[0]);
     const auto otherEnd = std::make_shared<NSFileHandle>(FileDescriptor(ends[1]));
+    auto arguments = NSMutableArray::array();
+    arguments.addObject(pathOf(folder.path()));
+    for (const std::string& argument : description.arguments)
+        arguments.addObject(pathOf(argument));
     auto child = std::make_unique<NSTask>();
     try {
         child->setStandardInput(otherEnd);
-        child->setLaunchPath(pathBesideThisProgram(programName));
+        child->setLaunchPath(pathOf(folderOfThisProgram() + '/' + description.programName));
+        child->setArguments(arguments);
         child->setEnvironment(environmentOfEngines());
         child->setSession(NSTask::Session::own);
         child->launch();
     } catch (const NSException& exception) {
         NSLog(u"%@", exception.reason());
         socket.close();
-        return false;
+        folder.remove();
+        fail(EngineMissingException, Outcome::missingEngine,
+             stringWithFormat(u"the %@ cannot be started", title()));
     }
     otherEnd->closeFile();
     task = std::move(child);
-    isGone = false;
     observer = kj::heap<kj::UnixEventPort::FdObserver>(
         NSRunLoop::currentRunLoop().internals().io.unixEventPort, socket.get(),
         kj::UnixEventPort::FdObserver::OBSERVE_READ_WRITE);
     reading = drainUntilGone().eagerlyEvaluate([](kj::Exception&&) {});
-    return true;
 }
 
 void EngineProcess::Internals::stop() {
@@ -115,60 +169,45 @@ void EngineProcess::Internals::stop() {
     writing = nullptr;
     observer = nullptr;
     socket.close();
-    incoming.clear();
-    outgoing.clear();
-    sent = 0;
-    isGone = false;
-    if (!task)
-        return;
-    // Before the child is collected, because its group may outlive it and must not outlive its number.
-    ::kill(-task->processIdentifier(), SIGKILL);
-    task->waitUntilExitForSeconds(secondsToBeGone);
-    task = nullptr;
+    reader = EngineFrameReader(EngineFrameData::sealedMemory);
+    writer = EngineFrameWriter();
+    isGone = isBroken = isReady = isToBeReplaced = false;
+    layers = nullptr;
+    complaint = nullptr;
+    answeredMessages = 0;
+    if (task) {
+        // Before the child is collected, because its group may outlive it and must not outlive its number.
+        ::kill(-task->processIdentifier(), SIGKILL);
+        task->waitUntilExitForSeconds(secondsToBeGone);
+        task = nullptr;
+        NSTask::endStrayChildren();
+    }
+    folder.remove();
 }
 
-void EngineProcess::Internals::send(EngineFrameKind kind, const Value& value) {
-    const bool isWriting = !outgoing.empty();
-    outgoing += bytesOfEngineFrame(kind, value);
+void EngineProcess::Internals::send(EncodedEngineFrame frame) {
+    const bool isWriting = !writer.isEmpty();
+    writer.add(std::move(frame));
     if (!isWriting)
         writing = pushTheRest().eagerlyEvaluate([](kj::Exception&&) {});
 }
 
-void EngineProcess::Internals::push() {
-    while (sent < outgoing.size()) {
-        const ssize_t count =
-            ::send(socket.get(), outgoing.data() + sent, outgoing.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count >= 0)
-            sent += static_cast<std::size_t>(count);
-        else if (errno == EAGAIN)
-            return;
-        else if (errno != EINTR)
-            break; // reading sees the end as well, after what the child has said last
-    }
-    outgoing = std::string();
-    sent = 0;
-}
-
 kj::Promise<void> EngineProcess::Internals::pushTheRest() {
-    push();
-    if (outgoing.empty())
+    // That the other side is gone reading sees as well, after what the child has said last.
+    if (writer.send(socket.get(), MSG_DONTWAIT) != EngineFrameWriter::Event::full)
         return kj::READY_NOW;
     return observer->whenBecomesWritable().then([this] { return pushTheRest(); });
 }
 
 void EngineProcess::Internals::drain() {
-    char buffer[64 * 1024];
-    while (!isGone) {
-        const ssize_t count = ::recv(socket.get(), buffer, sizeof buffer, MSG_DONTWAIT);
-        if (count > 0)
-            incoming.append(buffer, static_cast<std::size_t>(count));
-        else if (count < 0 && errno == EAGAIN)
+    // A frame at a time: one that sends without end fills no memory.
+    while (!isGone && !reader.hasWholeFrame()) {
+        const auto event = reader.receive(socket.get(), MSG_DONTWAIT);
+        if (event == EngineFrameReader::Event::none)
             break;
-        else if (count == 0 || errno != EINTR)
-            isGone = true;
+        isBroken = event == EngineFrameReader::Event::broken;
+        isGone = isBroken || event == EngineFrameReader::Event::ended;
     }
-    if (incoming.size() >= engineFrameHeadLength && !contentsLengthOfEngineFrame(incoming))
-        isGone = true;
     if (hasPending())
         NSRunLoop::currentRunLoop().wakeUp();
 }
@@ -180,38 +219,141 @@ kj::Promise<void> EngineProcess::Internals::drainUntilGone() {
     return observer->whenBecomesReadable().then([this] { return drainUntilGone(); });
 }
 
-bool EngineProcess::Internals::hasWholeFrame() const {
-    const auto length = contentsLengthOfEngineFrame(incoming);
-    return length && incoming.size() - engineFrameHeadLength >= *length;
-}
-
-std::string EngineProcess::Internals::takeFrame() {
-    const std::size_t length = engineFrameHeadLength + *contentsLengthOfEngineFrame(incoming);
-    std::string rest = incoming.substr(length);
-    incoming.resize(length);
-    return std::exchange(incoming, std::move(rest));
+void EngineProcess::Internals::handleFrame() {
+    const auto frame = reader.takeFrame();
+    if (!frame) {
+        isBroken = isGone = true;
+        return;
+    }
+    switch (frame->kind) {
+    case EngineFrameKind::greeting:
+        isReady = true;
+        layers = frame->value.string();
+        break;
+    case EngineFrameKind::note: {
+        const NSDictionary fields = frame->value.dictionary();
+        const NSNumber* const number = fields.objectForKey(enginekeys::outcome).numberIfAny();
+        const int outcome = number ? number->intValue() : -1;
+        const NSString sentence = fields.objectForKey(enginekeys::sentence).string();
+        if (outcome < 0 || outcome >= static_cast<int>(outcomeCount) || sentence.isNil())
+            break;
+        if (!isReady)
+            complaint = sentence;
+        else if (RequestNotes* const notes = RequestNotes::current())
+            notes->note(static_cast<Outcome>(outcome), sentence);
+        break;
+    }
+    case EngineFrameKind::question:
+        send({EngineFrameKind::reply, *questions ? (*questions)(frame->value) : Value()});
+        break;
+    case EngineFrameKind::answer:
+        result = frame->value;
+        break;
+    case EngineFrameKind::message:
+    case EngineFrameKind::reply:
+        isBroken = isGone = true;
+        break;
+    }
 }
 
 bool EngineProcess::Internals::performPending() {
-    if (!isAsking)
+    if (!isAsking || result || !hasPending())
         return false;
-    if (!hasWholeFrame()) {
-        if (isGone)
-            result = Value();
-        return isGone;
-    }
-    const auto frame = engineFrameWithBytes(takeFrame());
-    if (!frame)
-        result = Value();
-    else if (frame->kind == EngineFrameKind::answer)
-        result = frame->value;
-    else if (frame->kind == EngineFrameKind::question)
-        send(EngineFrameKind::reply, *questions ? (*questions)(frame->value) : Value());
+    if (reader.hasWholeFrame())
+        handleFrame();
+    // The end of what has come in brings nothing that wakes the loop again.
+    if (!result)
+        drain();
     return true;
 }
 
-EngineProcess::EngineProcess(std::string programName)
-    : internals_(std::make_unique<Internals>(std::move(programName))) {}
+void EngineProcess::Internals::limitCPU(double timeoutSeconds) const {
+    // The limit counts a warm engine's whole life.
+    const rlimit limit{static_cast<rlim_t>(std::ceil(cpuSecondsBefore + cpuSecondsMore +
+                                                     cpuSecondsPerSecond * std::max(timeoutSeconds, 0.0))),
+                       RLIM_INFINITY};
+    ::prlimit(task->processIdentifier(), RLIMIT_CPU, &limit, nullptr);
+}
+
+void EngineProcess::Internals::noteUse(double cpuMilliseconds, std::uint64_t peakBytes) const {
+    if (RequestNotes* const notes = RequestNotes::current())
+        notes->noteEngine({description.programName, cpuMilliseconds, peakBytes});
+}
+
+void EngineProcess::Internals::replaceSoon() {
+    isToBeReplaced = true;
+    NSRunLoop::currentRunLoop().performSelector_target_argument_afterDelay(replaceSelector,
+                                                                           shared_from_this(), Value(), 0);
+}
+
+Value EngineProcess::Internals::performSelector_withObject(const NSString& selector, const Value& argument) {
+    if (selector != replaceSelector)
+        return NSObject::performSelector_withObject(selector, argument);
+    if (isToBeReplaced && !isAsking) {
+        stop();
+        try {
+            start();
+        } catch (const NSException&) {
+            // The next message says so.
+        }
+    }
+    return {};
+}
+
+void EngineProcess::Internals::fail(const char16_t* exceptionName, Outcome outcome,
+                                    const NSString& sentence) const {
+    if (RequestNotes* const notes = RequestNotes::current())
+        notes->note(outcome, sentence);
+    throw NSException(exceptionName, sentence);
+}
+
+void EngineProcess::Internals::failAfterEnd() {
+    const bool hasSpoken = isReady;
+    const NSString reason = complaint;
+    if (!isBroken && task->waitForEndForSeconds(secondsToBeGone)) {
+        const auto ended = std::move(task);
+        ::kill(-ended->processIdentifier(), SIGKILL);
+        ended->waitUntilExitForSeconds(secondsToBeGone);
+        stop();
+        NSTask::endStrayChildren();
+        noteUse(std::max(0.0, ended->cpuMilliseconds() - cpuSecondsBefore * 1000), 0);
+        const int status = ended->terminationStatus();
+        if (ended->wasEndedBySignal()) {
+            switch (status) {
+            case SIGSYS:
+                fail(EngineRefusedException, Outcome::refused,
+                     u"reading it wanted something that is not allowed, and was stopped");
+            case SIGXCPU:
+                fail(EngineTimeoutException, Outcome::timedOut, u"reading it took more time than it may");
+            case SIGKILL:
+                fail(EngineOutOfMemoryException, Outcome::outOfMemory,
+                     u"the system ended its reading for want of memory");
+            case SIGXFSZ:
+                fail(EngineRefusedException, Outcome::refused,
+                     u"reading it wanted to write more than is allowed, and was stopped");
+            default:
+                fail(EngineCrashedException, Outcome::crashed,
+                     stringWithFormat(u"reading it crashed the %@ (%@)", title(), nameOfSignal(status)));
+            }
+        }
+        if (status == engineStatusOutOfMemory)
+            fail(EngineOutOfMemoryException, Outcome::outOfMemory,
+                 u"reading it took more memory than it may");
+        if (!reason.isNil())
+            fail(EngineMissingException, Outcome::missingEngine, reason);
+        if (!hasSpoken)
+            fail(EngineMissingException, Outcome::missingEngine,
+                 stringWithFormat(u"the %@ does not start", title()));
+        fail(EngineCrashedException, Outcome::crashed,
+             stringWithFormat(u"reading it ended the %@ (status %d)", title(), status));
+    }
+    stop();
+    fail(EngineCrashedException, Outcome::crashed,
+         stringWithFormat(u"reading it made the %@ answer nonsense", title()));
+}
+
+EngineProcess::EngineProcess(EngineDescription description)
+    : internals_(std::make_shared<Internals>(std::move(description))) {}
 
 EngineProcess::~EngineProcess() {
     stop();
@@ -220,16 +362,17 @@ EngineProcess::~EngineProcess() {
 Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Questions& questions) {
     Internals& own = *internals_;
     if (own.isAsking)
-        return {};
+        throw NSException(NSGenericException, u"The engine is at work on another message.");
+    EncodedEngineFrame frame(EngineFrameKind::message, message);
     NSRunLoop& loop = NSRunLoop::currentRunLoop();
-    // A child that ended since the last message is replaced.
+    // A child that ended since the last message, or has gone on talking, is replaced.
     if (own.task) {
         own.drain();
-        if (own.isGone)
+        if (own.isGone || own.isToBeReplaced || (own.answeredMessages > 0 && !own.reader.isEmpty()))
             stop();
     }
-    if (!own.task && !own.start())
-        return {};
+    if (!own.task)
+        own.start();
 
     // Whatever ends this early leaves no child in the middle of a message.
     struct Asking {
@@ -240,9 +383,10 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
         Asking(const Asking&) = delete;
         Asking& operator=(const Asking&) = delete;
         ~Asking() {
-            loop.removeSource(*process.internals_);
-            process.internals_->isAsking = false;
-            process.internals_->questions = nullptr;
+            Internals& internals = *process.internals_;
+            loop.removeSource(internals);
+            internals.isAsking = false;
+            internals.questions = nullptr;
             if (!isAnswered)
                 process.stop();
         }
@@ -254,13 +398,38 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
 
     own.questions = &questions;
     own.result.reset();
-    own.send(EngineFrameKind::message, message);
-    const NSDate limit = NSDate::dateWithTimeIntervalSinceReferenceDate(
-        NSDate::date().timeIntervalSinceReferenceDate() + timeoutSeconds);
-    while (!own.result && limit.timeIntervalSinceDate(NSDate::date()) > 0)
-        loop.runMode_beforeDate(NSDefaultRunLoopMode, limit);
-    asking.isAnswered = own.result && !own.isGone;
-    return own.result.value_or(Value());
+    own.cpuSecondsBefore = cpuSecondsOfProcess(own.task->processIdentifier());
+    own.limitCPU(timeoutSeconds);
+    const double end = monotonicSeconds() + timeoutSeconds;
+    own.send(std::move(frame));
+    pollfd answer{own.socket.get(), POLLIN, 0};
+    if (own.isReady && ::poll(&answer, 1, millisecondsOfShortWait) > 0) {
+        own.drain();
+        own.performPending();
+    }
+    while (!own.result && !own.isGone && monotonicSeconds() < end)
+        loop.runMode_beforeDate(NSDefaultRunLoopMode, NSDate::dateWithTimeIntervalSinceReferenceDate(
+                                                          NSDate::date().timeIntervalSinceReferenceDate() +
+                                                          end - monotonicSeconds()));
+    if (own.result) {
+        const EngineFrameHead& head = own.reader.lastHead();
+        own.noteUse(static_cast<double>(head.cpuMicroseconds) / 1000, head.peakBytes);
+        asking.isAnswered = true;
+        ++own.answeredMessages;
+        const EngineDescription& bounds = own.description;
+        if ((bounds.mostMessages > 0 && own.answeredMessages >= bounds.mostMessages) ||
+            (bounds.mostResidentBytes > 0 &&
+             residentBytesOfProcess(own.task->processIdentifier()) > bounds.mostResidentBytes))
+            own.replaceSoon();
+        return *std::exchange(own.result, std::nullopt);
+    }
+    if (own.isGone)
+        own.failAfterEnd();
+    own.noteUse((cpuSecondsOfProcess(own.task->processIdentifier()) - own.cpuSecondsBefore) * 1000,
+                residentBytesOfProcess(own.task->processIdentifier()));
+    own.fail(EngineTimeoutException, Outcome::timedOut,
+             own.isReady ? NSString(u"reading it took more time than it may")
+                         : stringWithFormat(u"the %@ was not ready in time", own.title()));
 }
 
 void EngineProcess::stop() {
@@ -269,6 +438,10 @@ void EngineProcess::stop() {
 
 pid_t EngineProcess::processIdentifier() const {
     return internals_->task ? internals_->task->processIdentifier() : 0;
+}
+
+NSString EngineProcess::layers() const {
+    return internals_->layers;
 }
 
 } // namespace kelvo

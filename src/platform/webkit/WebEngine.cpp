@@ -1,13 +1,17 @@
 #include "platform/webkit/WebEngine.h"
 
+#include "platform/engine/EngineExceptions.h"
+#include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/connections/SCNetworkReachability.h"
+#include "platform/ledger/RequestNotes.h"
 #include "platform/webkit/EngineURL.h"
 #include "platform/webkit/PageBase.h"
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <exception>
 #include <unordered_map>
 
@@ -18,11 +22,28 @@ namespace {
 /// text of.
 constexpr double secondsToHandOn = 0.3;
 constexpr double mostShareToHandOn = 0.1;
+/// So that the path of a socket below the engine's folder is not too long for one.
+constexpr std::size_t mostBytesInFolder = 95;
 /// After the engine should have ended a page by itself, how long until it is ended.
 constexpr double secondsOfGrace = 0.2;
 
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+EngineDescription description() {
+    EngineDescription description;
+    description.programName = "plumwick-web-engine";
+    description.title = u"web engine";
+    const char* const users = std::getenv("XDG_RUNTIME_DIR");
+    description.folderParents = {users ? users : "", "/tmp"};
+    description.longestFolderPath = mostBytesInFolder;
+    return description;
+}
+
+void noteRefusal(const NSString& address) {
+    if (RequestNotes* const notes = RequestNotes::current())
+        notes->noteRefusedLoad(address);
 }
 
 /// What has not been decided yet.
@@ -122,6 +143,8 @@ bool WebResourceLoadDelegate::webView_canDecideRequest(const Value&, const NSURL
     return true;
 }
 
+WebEngine::WebEngine() : process_(description()) {}
+
 WebEngine& WebEngine::sharedEngine() {
     // Never taken apart: the run loop of its thread may be gone by then. The engine sees the end by itself.
     static auto& engine = *new WebEngine;
@@ -154,18 +177,25 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
         if (!options.delegate)
             return Value();
         const Value decided = decision(asked, *options.delegate);
+        if (decided.isNil())
+            noteRefusal(asked.objectForKey(u"url").string());
         noteSubstitute(substitutes, asked.objectForKey(u"url").string(), decided.string());
         return decided;
     };
     const auto ask = [&] {
         return process_.ask(message, deadline - monotonicSeconds() + secondsOfGrace, decide);
     };
-    Value answer = ask();
-    // An engine that ended under a page, or shortly before, need not be the page's fault.
-    if (answer.isNil() && deadline - monotonicSeconds() > options.timeoutSeconds / 2)
+    Value answer;
+    try {
         answer = ask();
-    if (answer.isNil())
-        NSLog(u"The web engine gave no answer.");
+    } catch (const NSException& exception) {
+        // An engine that ended under a page, or shortly before, need not be the page's fault.
+        const bool hasEnded =
+            exception.name() == EngineCrashedException || exception.name() == EngineOutOfMemoryException;
+        if (!hasEnded || deadline - monotonicSeconds() < options.timeoutSeconds / 2)
+            throw;
+        answer = ask();
+    }
     const NSDictionary fields = answer.dictionary();
     auto rendered = renderedPageWithFields(fields.objectForKey(u"fields").data());
     if (rendered) {

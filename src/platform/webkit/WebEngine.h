@@ -27,16 +27,17 @@ public:
     static WebEngine& sharedEngine();
 
     /// Loads, lays out and describes the page. Runs the current run loop meanwhile. A page that a script
-    /// leaves, or keeps from ending, is read as without scripts. Absent when there is no engine here, when it
-    /// failed, and when it gave no answer in time; the next page is read all the same. What the delegate
-    /// throws refuses that request.
+    /// leaves, or keeps from ending, is read as without scripts. Absent when the engine could make nothing of it;
+    /// throws as EngineProcess::ask does when there is no engine here, when it failed, and when it gave no answer in
+    /// time; the next page is read all the same. What the delegate throws refuses that request. Loads that were
+    /// refused are noted with the current request.
     std::optional<RenderedPage> render(const NSData& page, const Options& options);
 
     /// The process of the engine, 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
 private:
-    WebEngine() : process_("plumwick-web-engine") {}
+    WebEngine();
 
     EngineProcess process_;
 };

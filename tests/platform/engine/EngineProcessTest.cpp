@@ -1,18 +1,24 @@
 #include "platform/engine/EngineProcess.h"
 
-#include "platform/engine/EngineFrames.h"
+#include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/SealedMemory.h"
 #include "platform/foundation/connections/NSRunLoop.h"
+#include "platform/foundation/processes/ProcessFacts.h"
+#include "platform/ledger/RequestNotes.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+
+#include <sys/prctl.h>
 
 namespace kelvo {
 namespace {
@@ -22,6 +28,18 @@ constexpr double ample = 60;
 
 Value message(const char16_t* command, const Value& with = NSString(u"")) {
     return NSMutableDictionary::dictionaryWithObjectsAndKeys({{NSString(command), u"do"}, {with, u"with"}});
+}
+
+Value number(long long value) {
+    return NSNumber::numberWithLongLong(value);
+}
+
+EngineDescription rehearsal(std::vector<std::string> arguments = {}) {
+    EngineDescription description;
+    description.programName = "RehearsalEngine";
+    description.title = u"rehearsal";
+    description.arguments = std::move(arguments);
+    return description;
 }
 
 /// Whether nothing runs any more under that number; what nobody has collected yet is gone as well.
@@ -36,59 +54,47 @@ bool isGone(pid_t process) {
     return false;
 }
 
-TEST(EngineFrames, HeadsAreCheckedBeforeTheyAreTrusted) {
-    const auto head = [](unsigned kind, std::uint64_t length) {
-        std::string bytes(1, static_cast<char>(kind));
-        for (int shift = 0; shift < 64; shift += 8)
-            bytes.push_back(static_cast<char>(length >> shift));
-        return bytes;
-    };
-    constexpr std::uint64_t most = maximumSizeInBytes - engineFrameHeadLength;
-    const struct {
-        const char* name;
-        std::string bytes;
-        std::optional<std::uint64_t> length;
-    } rows[] = {
-        {"message without contents", head(1, 0), 0},
-        {"reply of several bytes of length", head(4, 0x0123456), 0x0123456},
-        {"longest", head(2, most), most},
-        {"longer than a message can be", head(2, most + 1), std::nullopt},
-        {"longest number", head(2, ~std::uint64_t{}), std::nullopt},
-        {"no kind", head(0, 1), std::nullopt},
-        {"past the last kind", head(5, 1), std::nullopt},
-        {"high bit", head(0x81, 1), std::nullopt},
-        {"cut off", head(1, 0).substr(1), std::nullopt},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(contentsLengthOfEngineFrame(row.bytes), row.length) << row.name;
-    EXPECT_FALSE(engineFrameWithBytes(head(1, 5) + "(open").has_value());
-    const std::string whole = bytesOfEngineFrame(EngineFrameKind::question, u"x");
-    EXPECT_EQ(contentsLengthOfEngineFrame(whole), whole.size() - engineFrameHeadLength);
-    EXPECT_EQ(engineFrameWithBytes(whole)->kind, EngineFrameKind::question);
-    EXPECT_EQ(engineFrameWithBytes(whole)->value, Value(u"x"));
+std::size_t openDescriptors() {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                                                  std::filesystem::directory_iterator()));
+}
+
+/// The name of the exception, and what the request knows of it.
+std::string failureOf(EngineProcess& engine, const Value& asked, double seconds = ample) {
+    const RequestNotes notes;
+    std::string name = "answered";
+    try {
+        engine.ask(asked, seconds);
+    } catch (const NSException& exception) {
+        name = exception.name().UTF8String();
+    }
+    return name + ": " + (notes.outcome() ? wordOfOutcome(*notes.outcome()).UTF8String() : "no outcome") +
+           ": " + (notes.sentence().isNil() ? "" : notes.sentence().UTF8String());
 }
 
 TEST(EngineProcess, OneChildAnswersMessagesOfEverySize) {
-    EngineProcess engine("RehearsalEngine");
+    EngineProcess engine(rehearsal());
     EXPECT_EQ(engine.processIdentifier(), 0);
     EXPECT_EQ(engine.ask(message(u"echo", NSString(u"one")), ample), Value(u"one"));
     const pid_t child = engine.processIdentifier();
-    // Past every buffer of the socket, in both directions at once.
     for (const std::size_t length : {0U, 1U, 65536U, 50'000'000U}) {
         const NSData data = NSData::dataWithBytesNoCopy(std::string(length, 'x'));
         EXPECT_TRUE(engine.ask(message(u"echo", data), ample).data() == data) << length;
     }
+    const NSData picture = engine.ask(message(u"picture", number(1'000'000)), ample).data();
+    EXPECT_GE(picture.descriptor(), 0);
+    EXPECT_EQ(picture.characters(), std::string(1'000'000, 'p'));
     EXPECT_EQ(engine.ask(message(u"in pieces", NSString(u"whole")), ample), Value(u"whole"));
     EXPECT_EQ(engine.processIdentifier(), child);
 }
 
 TEST(EngineProcess, QuestionsAreAnsweredInTheMidstOfAMessage) {
-    EngineProcess engine("RehearsalEngine");
+    EngineProcess engine(rehearsal());
     std::vector<Value> asked;
     const Value answer = engine.ask(message(u"ask", NSString(u"first")), ample, [&](const Value& question) {
         asked.push_back(question);
         // Nobody else gets through to an engine at work.
-        EXPECT_TRUE(engine.ask(message(u"echo", NSString(u"inner")), ample).isNil());
+        EXPECT_THROW(engine.ask(message(u"echo", NSString(u"inner")), ample), NSException);
         return Value(u"second");
     });
     EXPECT_EQ(answer, Value(u"second"));
@@ -106,7 +112,7 @@ TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {
     for (const char* name : refused)
         ::setenv(name, "/elsewhere", 1);
     ::setenv("TZ", "Asia/Tokyo", 1);
-    EngineProcess engine("RehearsalEngine");
+    EngineProcess engine(rehearsal());
     const std::string own = '\n' + engine.ask(message(u"environment"), ample).string().UTF8String();
     for (const char* name : refused) {
         EXPECT_EQ(own.find(std::string("\n") + name + '='), std::string::npos) << own;
@@ -117,40 +123,166 @@ TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {
         EXPECT_NE(own.find(entry), std::string::npos) << own;
 }
 
-TEST(EngineProcess, AFailedChildIsNilAndTheNextMessageHasANewOne) {
-    EngineProcess engine("RehearsalEngine");
-    for (const char16_t* command : {u"exit", u"crash", u"garbage", u"boast"}) {
-        EXPECT_TRUE(engine.ask(message(command), ample).isNil());
-        EXPECT_EQ(engine.processIdentifier(), 0);
-        EXPECT_EQ(engine.ask(message(u"echo", NSString(u"back")), ample), Value(u"back"));
+TEST(EngineProcess, WhatBecomesOfAnEngineHasAName) {
+    const tests::TemporaryFolder folder;
+    ::setenv("TMPDIR", folder.path().c_str(), 1);
+    EngineProcess engine(rehearsal());
+    const std::string crashed = "EngineCrashedException: crashed: reading it ";
+    const std::string refused = "EngineRefusedException: refused: reading it wanted ";
+    const std::string nonsense = crashed + "made the rehearsal answer nonsense";
+    const struct {
+        const char16_t* command;
+        long long with;
+        double seconds;
+        std::string failure;
+    } rows[] = {
+        {u"signal", SIGSEGV, ample, crashed + "crashed the rehearsal (SIGSEGV)"},
+        {u"signal", SIGABRT, ample, crashed + "crashed the rehearsal (SIGABRT)"},
+        {u"signal", SIGILL, ample, crashed + "crashed the rehearsal (SIGILL)"},
+        {u"signal", SIGSYS, ample, refused + "something that is not allowed, and was stopped"},
+        {u"signal", SIGXFSZ, ample, refused + "to write more than is allowed, and was stopped"},
+        {u"signal", SIGXCPU, ample,
+         "EngineTimeoutException: timed out: reading it took more time than it may"},
+        {u"signal", SIGKILL, ample,
+         "EngineOutOfMemoryException: out of memory: the system ended its reading for want of memory"},
+        {u"exit", engineStatusOutOfMemory, ample,
+         "EngineOutOfMemoryException: out of memory: reading it took more memory than it may"},
+        {u"exit", 0, ample, crashed + "ended the rehearsal (status 0)"},
+        {u"spin", 0, 0.3, "EngineTimeoutException: timed out: reading it took more time than it may"},
+        {u"sleep", 0, 0.3, "EngineTimeoutException: timed out: reading it took more time than it may"},
+        {u"nonsense", 0, ample, nonsense},
+        {u"half a frame", 0, ample, crashed + "ended the rehearsal (status 0)"},
+        {u"boast", 0, ample, nonsense},
+        {u"descriptor too many", 0, ample, nonsense},
+        {u"too many descriptors", 0, ample, nonsense},
+        {u"unsealed memory", 0, ample, nonsense},
+        {u"a file for memory", 0, ample, nonsense},
+    };
+    engine.ask(message(u"echo"), ample);
+    engine.stop();
+    const std::size_t descriptors = openDescriptors();
+    for (const auto& row : rows) {
+        const NSString name = row.command;
+        // As long as it may take from its own start.
+        engine.ask(message(u"echo"), ample);
+        EXPECT_EQ(failureOf(engine, message(row.command, number(row.with)), row.seconds), row.failure)
+            << name.UTF8String() << ' ' << row.with;
+        EXPECT_EQ(engine.processIdentifier(), 0) << name.UTF8String();
+        EXPECT_EQ(openDescriptors(), descriptors) << name.UTF8String();
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << name.UTF8String();
+        EXPECT_EQ(childProcesses(), std::vector<pid_t>()) << name.UTF8String();
     }
-    EXPECT_TRUE(engine.ask(message(u"hang"), 0.2).isNil());
-    EXPECT_EQ(engine.ask(message(u"echo", NSString(u"back")), ample), Value(u"back"));
     // Ended while nobody asked.
+    engine.ask(message(u"echo"), ample);
     ::kill(engine.processIdentifier(), SIGKILL);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(engine.ask(message(u"echo", NSString(u"back")), ample), Value(u"back"));
+    // What one has said too much reaches nobody.
+    EXPECT_EQ(engine.ask(message(u"answer twice"), ample), Value(u"first"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(engine.ask(message(u"echo", NSString(u"right")), ample), Value(u"right"));
     EXPECT_THROW(engine.ask(message(u"echo", NSURL::URLWithString(u"http://a/")), ample), NSException);
-    EXPECT_EQ(engine.ask(message(u"echo", NSString(u"back")), ample), Value(u"back"));
+    ::unsetenv("TMPDIR");
+}
+
+TEST(EngineProcess, AnEngineThatCannotWorkSaysWhy) {
+    const NSLogCapture log;
+    const std::string missing = "EngineMissingException: missing engine: ";
+    const auto failure = [](EngineDescription description) {
+        EngineProcess engine(std::move(description));
+        return failureOf(engine, message(u"echo"), 5);
+    };
+    EXPECT_EQ(failure(rehearsal({"lacks"})), missing + "the rehearsal has no stage");
+    EXPECT_EQ(failure(rehearsal({"dies"})), missing + "the rehearsal does not start");
+    EngineDescription nowhere = rehearsal();
+    nowhere.programName = "no-such-engine";
+    EXPECT_EQ(failure(nowhere), missing + "the rehearsal cannot be started");
+    ASSERT_EQ(log.messages().size(), 1U);
+    EXPECT_NE(log.messages()[0].UTF8String().find("no-such-engine"), std::string::npos);
+    EngineProcess sleeping(rehearsal({"sleeps"}));
+    EXPECT_EQ(failureOf(sleeping, message(u"echo"), 0.3),
+              "EngineTimeoutException: timed out: the rehearsal was not ready in time");
+}
+
+TEST(EngineProcess, WhatItNotesAndTakesIsPartOfTheRequest) {
+    EngineProcess engine(rehearsal());
+    {
+        const RequestNotes notes;
+        EXPECT_TRUE(engine.ask(message(u"note", NSString(u"it is encrypted")), ample).isNil());
+        EXPECT_EQ(notes.outcome(), Outcome::locked);
+        EXPECT_EQ(notes.sentence(), NSString(u"it is encrypted"));
+    }
+    EXPECT_EQ(failureOf(engine, message(u"throw", NSString(u"no header"))), "answered: broken: no header");
+    const auto use = [&](long long bytes) {
+        const RequestNotes notes;
+        engine.ask(message(u"use", number(bytes)), ample);
+        EXPECT_EQ(notes.engines().size(), 1U);
+        return notes.engines().at(0);
+    };
+    const auto large = use(200 << 20);
+    const auto small = use(1 << 20);
+    EXPECT_EQ(large.name, "RehearsalEngine");
+    EXPECT_GT(small.cpuMilliseconds, 5);
+    // Of this request alone, however much the one before took.
+    EXPECT_GT(large.peakBytes, 200U << 20);
+    EXPECT_LT(small.peakBytes, 100U << 20);
+}
+
+TEST(EngineProcess, ItIsReplacedBetweenTwoMessages) {
+    const auto runOnce = [] {
+        NSRunLoop::currentRunLoop().runMode_beforeDate(NSDefaultRunLoopMode, NSDate::date());
+    };
+    EngineDescription description = rehearsal();
+    description.mostMessages = 2;
+    EngineProcess engine(description);
+    engine.ask(message(u"echo"), ample);
+    const pid_t first = engine.processIdentifier();
+    runOnce();
+    EXPECT_EQ(engine.processIdentifier(), first);
+    engine.ask(message(u"echo"), ample);
+    EXPECT_EQ(engine.processIdentifier(), first);
+    runOnce();
+    const pid_t second = engine.processIdentifier();
+    EXPECT_NE(second, first);
+    EXPECT_NE(second, 0);
+    EXPECT_TRUE(isGone(first));
+    engine.ask(message(u"echo"), ample);
+    EXPECT_EQ(engine.processIdentifier(), second);
+    // Not even one that has not been replaced yet is asked once more.
+    engine.ask(message(u"echo"), ample);
+    engine.ask(message(u"echo"), ample);
+    EXPECT_NE(engine.processIdentifier(), second);
+
+    EngineDescription growing = rehearsal();
+    growing.mostResidentBytes = 100 << 20;
+    EngineProcess other(growing);
+    other.ask(message(u"echo"), ample);
+    const pid_t small = other.processIdentifier();
+    other.ask(message(u"grow", number(10 << 20)), ample);
+    runOnce();
+    EXPECT_EQ(other.processIdentifier(), small);
+    other.ask(message(u"grow", number(200 << 20)), ample);
+    runOnce();
+    EXPECT_TRUE(isGone(small));
 }
 
 TEST(EngineProcess, NothingOfAChildIsLeftBehind) {
-    auto engine = std::make_unique<EngineProcess>("RehearsalEngine");
-    const auto helper =
-        static_cast<pid_t>(engine->ask(message(u"pids"), ample).numberIfAny()->longLongValue());
-    const pid_t child = engine->processIdentifier();
-    EXPECT_EQ(::kill(helper, 0), 0);
+    const tests::TemporaryFolder folder;
+    ::setenv("TMPDIR", folder.path().c_str(), 1);
+    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+    auto engine = std::make_unique<EngineProcess>(rehearsal());
+    const NSArray left = engine->ask(message(u"leave", number(100)), ample).array();
+    ASSERT_EQ(left.count(), 100U);
+    const std::string own = engine->ask(message(u"folder"), ample).string().UTF8String();
+    EXPECT_EQ(own.substr(0, folder.path().size()), folder.path());
+    EXPECT_TRUE(std::filesystem::is_directory(own));
     engine = nullptr;
-    EXPECT_TRUE(isGone(child));
-    EXPECT_TRUE(isGone(helper));
-}
-
-TEST(EngineProcess, AMissingProgramIsOneLineInTheLog) {
-    EngineProcess engine("no-such-engine");
-    const NSLogCapture log;
-    EXPECT_TRUE(engine.ask(message(u"echo"), ample).isNil());
-    ASSERT_EQ(log.messages().size(), 1U);
-    EXPECT_NE(log.messages()[0].UTF8String().find("no-such-engine"), std::string::npos);
+    for (const Value& each : left)
+        EXPECT_NE(::kill(static_cast<pid_t>(each.numberIfAny()->longLongValue()), 0), 0);
+    EXPECT_EQ(childProcesses(), std::vector<pid_t>());
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    ::unsetenv("TMPDIR");
 }
 
 TEST(EngineProcess, TheRunLoopGoesOnMeanwhile) {
@@ -163,8 +295,8 @@ TEST(EngineProcess, TheRunLoopGoesOnMeanwhile) {
     };
     const auto target = std::make_shared<Target>();
     NSRunLoop::currentRunLoop().performSelector_target_argument_afterDelay(u"go", target, Value(), 0.05);
-    EngineProcess engine("RehearsalEngine");
-    EXPECT_TRUE(engine.ask(message(u"hang"), 0.5).isNil());
+    EngineProcess engine(rehearsal());
+    EXPECT_THROW(engine.ask(message(u"sleep"), 0.5), NSException);
     EXPECT_EQ(target->performed, 1);
 }
 

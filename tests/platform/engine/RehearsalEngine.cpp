@@ -1,64 +1,193 @@
 // An engine that does what it is told, for tests of the process that engines run in.
 
-#include "platform/engine/EngineChannel.h"
+#include "platform/engine/EngineExceptions.h"
 #include "platform/engine/EngineFrames.h"
-#include "platform/foundation/NSDictionary.h"
+#include "platform/engine/program/EngineProgram.h"
+#include "platform/foundation/NSException.h"
 #include "platform/foundation/NSNumber.h"
+#include "platform/foundation/SealedMemory.h"
 
 #include <csignal>
-#include <cstdio>
+#include <cstring>
+#include <ctime>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-int main() {
-    using namespace kelvo;
-    EngineChannel channel;
-    while (const auto message = channel.nextMessage()) {
-        const NSString command = message->dictionary().objectForKey(u"do").string();
-        const Value& with = message->dictionary().objectForKey(u"with");
-        if (command == u"echo") {
-            channel.answer(with);
-        } else if (command == u"ask") {
+namespace kelvo {
+namespace {
+
+void writeBytes(EngineChannel& channel, const std::string& bytes) {
+    static_cast<void>(::write(channel.descriptor(), bytes.data(), bytes.size()));
+}
+
+/// The bytes with descriptors that no head announces.
+void writeWithDescriptors(EngineChannel& channel, std::string bytes, const std::vector<int>& descriptors) {
+    alignas(cmsghdr) char control[CMSG_SPACE(64 * sizeof(int))] = {};
+    iovec part{bytes.data(), bytes.size()};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = CMSG_SPACE(descriptors.size() * sizeof(int));
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(descriptors.size() * sizeof(int));
+    std::memcpy(CMSG_DATA(header), descriptors.data(), descriptors.size() * sizeof(int));
+    ::sendmsg(channel.descriptor(), &message, 0);
+}
+
+std::string headOfAnswer(std::uint64_t length, bool isInMemory, std::uint8_t descriptors) {
+    EngineFrameHead head;
+    head.kind = EngineFrameKind::answer;
+    head.length = length;
+    head.isInMemory = isInMemory;
+    head.descriptorCount = descriptors;
+    return head.bytes();
+}
+
+[[noreturn]] void sleepForEver() {
+    for (;;)
+        ::pause();
+}
+
+class RehearsalProgram final : public EngineProgram {
+public:
+    explicit RehearsalProgram(std::string behaviour) : behaviour_(std::move(behaviour)) {}
+
+    void load() override {
+        if (behaviour_ == "lacks")
+            throw NSException(EngineMissingException, u"the rehearsal has no stage");
+        if (behaviour_ == "dies")
+            ::_exit(3);
+        if (behaviour_ == "sleeps")
+            sleepForEver();
+    }
+
+    void prepare(const std::string& folder) override { folder_ = folder; }
+
+    Value answerTo(const NSDictionary& message, EngineChannel& channel) override {
+        const NSString command = message.objectForKey(u"do").string();
+        const Value& with = message.objectForKey(u"with");
+        const NSNumber* const number = with.numberIfAny();
+        if (command == u"echo")
+            return with;
+        if (command == u"ask") {
             const auto first = channel.ask(with);
             const auto second = first ? channel.ask(*first) : std::nullopt;
-            channel.answer(second.value_or(Value()));
-        } else if (command == u"pids") {
-            // A helper of the engine's own, which does nothing but be there.
-            const pid_t helper = ::fork();
-            if (helper == 0) {
-                for (;;)
-                    ::pause();
+            return second.value_or(Value());
+        }
+        if (command == u"note") {
+            channel.note(Outcome::locked, with.string());
+            return {};
+        }
+        if (command == u"throw")
+            throw NSException(NSGenericException, with.string());
+        if (command == u"picture") {
+            SealedMemory memory(static_cast<std::size_t>(number->longLongValue()));
+            std::memset(memory.bytes().data(), 'p', memory.bytes().size());
+            return memory.seal();
+        }
+        if (command == u"use") {
+            std::string block(static_cast<std::size_t>(number->longLongValue()), 'x');
+            const std::clock_t end = std::clock() + CLOCKS_PER_SEC / 50;
+            while (std::clock() < end) {
             }
-            channel.answer(NSNumber::numberWithLongLong(helper));
-        } else if (command == u"environment") {
+            return NSNumber::numberWithLongLong(block[1]);
+        }
+        if (command == u"grow") {
+            grown_.assign(static_cast<std::size_t>(number->longLongValue()), 'x');
+            return {};
+        }
+        if (command == u"folder")
+            return NSString::stringWithUTF8String(folder_);
+        if (command == u"environment") {
             std::string names;
             for (char** entry = environ; *entry; ++entry)
                 names.append(*entry).append("\n");
-            channel.answer(NSString::stringWithUTF8String(names));
+            return NSString::stringWithUTF8String(names);
+        }
+        if (command == u"leave")
+            return leaveProcesses(number->intValue());
+        misbehave(command, with, channel);
+        return {};
+    }
+
+private:
+    /// Processes in sessions of their own, which no signal to the engine's group reaches.
+    static Value leaveProcesses(int count) {
+        auto processes = NSMutableArray::array();
+        for (int each = 0; each < count; ++each) {
+            const pid_t process = ::fork();
+            if (process == 0) {
+                ::setsid();
+                sleepForEver();
+            }
+            processes.addObject(NSNumber::numberWithLongLong(process));
+        }
+        return processes;
+    }
+
+    void misbehave(const NSString& command, const Value& with, EngineChannel& channel) {
+        if (command == u"signal") {
+            std::signal(with.numberIfAny()->intValue(), SIG_DFL);
+            ::kill(::getpid(), with.numberIfAny()->intValue());
         } else if (command == u"exit") {
-            return 0;
-        } else if (command == u"crash") {
-            std::raise(SIGKILL);
-        } else if (command == u"garbage") {
-            ::write(channel.descriptor(), "\x63 is no frame at all", 21);
+            ::_exit(with.numberIfAny()->intValue());
+        } else if (command == u"spin") {
+            for (volatile bool isSpinning = true; isSpinning;) {
+            }
+        } else if (command == u"eat") {
+            for (;;)
+                std::memset(::operator new(64 << 20), 1, 64 << 20);
+        } else if (command == u"nonsense") {
+            writeBytes(channel, std::string(64, '\x63'));
+        } else if (command == u"half a frame") {
+            writeBytes(channel, headOfAnswer(1000, false, 0) + "half");
+            ::_exit(0);
+        } else if (command == u"boast") {
+            writeBytes(channel, headOfAnswer(1 << 30, false, 0));
+        } else if (command == u"descriptor too many") {
+            writeWithDescriptors(channel, headOfAnswer(0, false, 0), {channel.descriptor()});
+        } else if (command == u"too many descriptors") {
+            writeWithDescriptors(channel, headOfAnswer(0, false, 0),
+                                 std::vector<int>(40, channel.descriptor()));
+        } else if (command == u"unsealed memory") {
+            const int memory = ::memfd_create("rehearsal", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+            static_cast<void>(::ftruncate(memory, 100'000));
+            writeWithDescriptors(channel, headOfAnswer(100'000, true, 1), {memory});
+        } else if (command == u"a file for memory") {
+            writeWithDescriptors(channel, headOfAnswer(100, true, 1), {::open("/proc/self/exe", O_RDONLY)});
+        } else if (command == u"answer twice") {
+            channel.answer(u"first");
+            channel.answer(u"second");
         } else if (command == u"in pieces") {
-            const std::string frame = bytesOfEngineFrame(EngineFrameKind::answer, with);
+            const std::string frame = EncodedEngineFrame(EngineFrameKind::answer, with).bytes;
             std::size_t sent = 0;
             for (const std::size_t end :
-                 {std::size_t{5}, engineFrameHeadLength, frame.size() - 1, frame.size()}) {
-                ::write(channel.descriptor(), frame.data() + sent, end - sent);
+                 {std::size_t{5}, EngineFrameHead::size, frame.size() - 1, frame.size()}) {
+                writeBytes(channel, frame.substr(sent, end - sent));
                 ::usleep(20'000);
                 sent = end;
             }
-        } else if (command == u"boast") {
-            // The head of an answer of 2^56 bytes.
-            ::write(channel.descriptor(), "\2\0\0\0\0\0\0\0\1", 9);
-            ::pause();
-        } else if (command == u"hang") {
-            for (;;)
-                ::pause();
         }
+        sleepForEver();
     }
-    return 0;
+
+    std::string behaviour_;
+    std::string folder_;
+    std::string grown_;
+};
+
+} // namespace
+} // namespace kelvo
+
+int main(int argumentCount, char** arguments) {
+    kelvo::RehearsalProgram program(argumentCount > 2 ? arguments[2] : "");
+    return kelvo::runEngine(program, argumentCount, arguments);
 }

@@ -3,7 +3,6 @@
 #include "platform/engine/EngineProcess.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/files/PrivateFolder.h"
 
 #include <sys/types.h>
 
@@ -16,20 +15,17 @@ class DocumentEngine {
 public:
     /// Nothing is started yet.
     DocumentEngine();
-    DocumentEngine(const DocumentEngine&) = delete;
-    DocumentEngine& operator=(const DocumentEngine&) = delete;
-    /// Ends the engine.
-    ~DocumentEngine();
 
     /// The one of this process.
     static DocumentEngine& sharedEngine();
 
     /// The document as RTF. `extension` is that of a file with such contents: "doc", "docx", "odt", "fodt",
-    /// "sxw", "xml". Runs the current run loop meanwhile.
+    /// "sxw", "xml". Runs the current run loop meanwhile. Data that stands on a file is not read for it.
     ///
-    /// Nil when the document is encrypted or cannot be read, when that takes longer or ends the engine (the
-    /// next document has a new one), when the engine is still at work on another one (the run loop may
-    /// perform a request meanwhile), and, with one line in the log, when there is no office suite.
+    /// Nil when the document is encrypted or cannot be read, which is noted with the current request. Throws as
+    /// EngineProcess::ask does when it takes longer or ends the engine (the next document has a new one), when the
+    /// engine is still at work on another one (the run loop may perform a request meanwhile), and when there is no
+    /// office suite.
     NSData RTFOfDocument(const NSData& document, const NSString& extension, double timeoutSeconds);
 
     /// The process of the engine, 0 when none runs.
@@ -37,8 +33,6 @@ public:
 
 private:
     EngineProcess process_;
-    PrivateFolder folder_;
-    bool isAtWork_ = false;
 };
 
 } // namespace kelvo

@@ -120,10 +120,10 @@ Reading readPackage(const NSString& path) {
 }
 
 Reading readFile(const NSString& path) {
-    const NSData data = NSData::dataWithContentsOfFile(path);
+    const NSData data = NSData::dataWithContentsOfFileWhenNeeded(path);
     if (data.isNil())
         return {};
-    const FileContents contents(data.characters());
+    const FileContents contents(data);
     const FileKind kind = kindOfContents(contents, path);
     switch (kind) {
     case FileKind::plainText:

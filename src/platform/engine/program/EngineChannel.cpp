@@ -1,10 +1,15 @@
-#include "platform/engine/EngineChannel.h"
+#include "platform/engine/program/EngineChannel.h"
 
-#include "platform/engine/EngineFrames.h"
-#include "platform/foundation/FileIO.h"
+#include "platform/engine/EngineKeys.h"
+#include "platform/foundation/files/Leftovers.h"
 
+#include <charconv>
 #include <chrono>
 #include <csignal>
+#include <ctime>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
 #include <thread>
 
 #include <fcntl.h>
@@ -16,69 +21,114 @@ namespace {
 
 constexpr std::chrono::seconds timeToExit{2};
 
+void removeFolder(const std::string& folder) {
+    std::error_code ignored;
+    if (!folder.empty())
+        std::filesystem::remove_all(folder, ignored);
+}
+
 /// Outlives whatever keeps the main thread busy.
-void endWithOtherSide(int descriptor) {
+void waitAndEnd(int descriptor, const std::string& folder) {
     pollfd other{descriptor, POLLRDHUP, 0};
     while (::poll(&other, 1, -1) <= 0) {
     }
     std::this_thread::sleep_for(timeToExit);
-    // The child leads a group of its own; where it was started by hand it may not, and ends alone.
+    removeFolder(folder);
+    // An engine leads a group of its own; where it was started by hand it may not, and ends alone.
     ::kill(::getpgrp() == ::getpid() ? 0 : ::getpid(), SIGKILL);
 }
 
-bool readAll(int descriptor, char* buffer, std::size_t length) {
-    while (length > 0) {
-        const ssize_t count = readSome(descriptor, buffer, length);
-        if (count <= 0)
-            return false;
-        buffer += count;
-        length -= static_cast<std::size_t>(count);
-    }
-    return true;
+std::uint64_t cpuMicroseconds() {
+    timespec used{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    return static_cast<std::uint64_t>(used.tv_sec) * 1'000'000 +
+           static_cast<std::uint64_t>(used.tv_nsec) / 1000;
 }
 
-std::optional<Value> readFrame(int descriptor, EngineFrameKind expected) {
-    std::string bytes(engineFrameHeadLength, '\0');
-    if (!readAll(descriptor, bytes.data(), bytes.size()))
-        return std::nullopt;
-    const auto length = contentsLengthOfEngineFrame(bytes);
-    if (!length)
-        return std::nullopt;
-    bytes.resize(engineFrameHeadLength + *length);
-    if (!readAll(descriptor, bytes.data() + engineFrameHeadLength, *length))
-        return std::nullopt;
-    auto frame = engineFrameWithBytes(std::move(bytes));
+/// The most that was resident since the last reset, by the kernel's own text.
+std::uint64_t peakBytes(int status) {
+    char text[4096];
+    const ssize_t length = ::pread(status, text, sizeof text, 0);
+    const std::string_view lines(text, static_cast<std::size_t>(length > 0 ? length : 0));
+    constexpr std::string_view name = "\nVmHWM:";
+    std::size_t place = lines.find(name);
+    if (place == lines.npos)
+        return 0;
+    place = lines.find_first_of("0123456789", place);
+    std::uint64_t kibibytes = 0;
+    if (place != lines.npos)
+        std::from_chars(lines.data() + place, lines.data() + lines.size(), kibibytes);
+    return kibibytes << 10;
+}
+
+} // namespace
+
+EngineChannel::EngineChannel()
+    : descriptor_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)),
+      peakReset_(::open("/proc/self/clear_refs", O_WRONLY | O_CLOEXEC)),
+      status_(::open("/proc/self/status", O_RDONLY | O_CLOEXEC)) {
+    std::signal(SIGPIPE, SIG_IGN);
+    const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    ::dup2(nothing.get(), STDIN_FILENO);
+}
+
+void EngineChannel::endWithOtherSide(const std::string& folder) {
+    folder_ = folder;
+    // This process outlives the other one's mark by a while.
+    if (!folder.empty())
+        folderUse_ = openFolderInUse(AT_FDCWD, folder);
+    std::thread(waitAndEnd, descriptor_, folder).detach();
+}
+
+EngineChannel::~EngineChannel() {
+    removeFolder(folder_);
+}
+
+bool EngineChannel::write(EncodedEngineFrame frame) {
+    writer_.add(std::move(frame));
+    return writer_.send(descriptor_, 0) == EngineFrameWriter::Event::done;
+}
+
+std::optional<Value> EngineChannel::read(EngineFrameKind expected) {
+    while (!reader_.hasWholeFrame()) {
+        if (reader_.receive(descriptor_, 0) != EngineFrameReader::Event::some)
+            return std::nullopt;
+    }
+    auto frame = reader_.takeFrame();
     if (!frame || frame->kind != expected)
         return std::nullopt;
     return std::move(frame->value);
 }
 
-bool writeFrame(int descriptor, EngineFrameKind kind, const Value& value) {
-    const std::string bytes = bytesOfEngineFrame(kind, value);
-    return writeAll(descriptor, bytes.data(), bytes.size());
-}
-
-} // namespace
-
-EngineChannel::EngineChannel() : descriptor_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)) {
-    std::signal(SIGPIPE, SIG_IGN);
-    const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    ::dup2(nothing.get(), STDIN_FILENO);
-    std::thread(endWithOtherSide, descriptor_).detach();
+bool EngineChannel::greet(const NSString& layers) {
+    return write({EngineFrameKind::greeting, layers});
 }
 
 std::optional<Value> EngineChannel::nextMessage() {
-    return readFrame(descriptor_, EngineFrameKind::message);
+    auto message = read(EngineFrameKind::message);
+    // Since now, not since the start of a warm engine; 5 resets the peak alone (proc(5)).
+    if (peakReset_)
+        static_cast<void>(::pwrite(peakReset_.get(), "5", 1, 0));
+    cpuMicrosecondsBefore_ = cpuMicroseconds();
+    return message;
+}
+
+bool EngineChannel::note(Outcome outcome, const NSString& sentence) {
+    return write({EngineFrameKind::note,
+                  NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                      {{NSNumber::numberWithInt(static_cast<int>(outcome)), enginekeys::outcome},
+                       {sentence, enginekeys::sentence}})});
 }
 
 bool EngineChannel::answer(const Value& result) {
-    return writeFrame(descriptor_, EngineFrameKind::answer, result);
+    return write({EngineFrameKind::answer, result, cpuMicroseconds() - cpuMicrosecondsBefore_,
+                  status_ ? peakBytes(status_.get()) : 0});
 }
 
 std::optional<Value> EngineChannel::ask(const Value& question) {
-    if (!writeFrame(descriptor_, EngineFrameKind::question, question))
+    if (!write({EngineFrameKind::question, question}))
         return std::nullopt;
-    return readFrame(descriptor_, EngineFrameKind::reply);
+    return read(EngineFrameKind::reply);
 }
 
 } // namespace kelvo

@@ -1,25 +1,37 @@
 #pragma once
 
+#include "platform/engine/EngineSocket.h"
 #include "platform/foundation/Value.h"
+#include "platform/ledger/Outcome.h"
 
 #include <optional>
+#include <string>
 
 namespace kelvo {
 
-/// The child's side of an EngineProcess. All calls wait. An absent value says that the other side is gone; the
-/// child should exit then. If it does not manage to within two seconds, it is killed with all processes of its
-/// group.
+/// The engine's side of an EngineProcess. All calls wait. An absent value says that the other side is gone; the engine
+/// should exit then.
 class EngineChannel {
 public:
-    /// Over this process's standard input, which is replaced by nothing, so that no library reads from it. At
-    /// most one in a process.
+    /// Over this process's standard input, which is replaced by nothing, so that no library reads from it. At most one
+    /// in a process.
     EngineChannel();
     EngineChannel(const EngineChannel&) = delete;
     EngineChannel& operator=(const EngineChannel&) = delete;
+    /// Removes the folder that endWithOtherSide was given.
+    ~EngineChannel();
+
+    /// Takes the folder (may be empty) over, and starts a thread that ends this process and all of its group two seconds
+    /// after the other side has gone, however busy it is, and removes the folder before.
+    void endWithOtherSide(const std::string& folder);
 
     /// For event loops: readable when a message begins to come in or the other side is gone.
     int descriptor() const noexcept { return descriptor_; }
+    /// Says that the engine is ready for messages, and what of its confinement is on, in words for people.
+    bool greet(const NSString& layers);
     std::optional<Value> nextMessage();
+    /// Tells what became of the message's file, where the answer alone does not; see RequestNotes::note.
+    bool note(Outcome outcome, const NSString& sentence);
     /// Answers the message that came last. False when the other side is gone. Throws NSException
     /// (NSInvalidArgumentException) when the result is neither nil nor a property list.
     bool answer(const Value& result);
@@ -27,7 +39,17 @@ public:
     std::optional<Value> ask(const Value& question);
 
 private:
+    bool write(EncodedEngineFrame frame);
+    std::optional<Value> read(EngineFrameKind expected);
+
     int descriptor_;
+    EngineFrameReader reader_{EngineFrameData::filesAndSealedMemory};
+    EngineFrameWriter writer_;
+    std::string folder_;
+    FileDescriptor folderUse_;
+    FileDescriptor peakReset_;
+    FileDescriptor status_;
+    std::uint64_t cpuMicrosecondsBefore_ = 0;
 };
 
 } // namespace kelvo

@@ -1,7 +1,7 @@
-#include "platform/engine/EngineChannel.h"
+#include "platform/engine/EngineExceptions.h"
+#include "platform/engine/program/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/Value.h"
-#include "platform/foundation/files/PrivateFolder.h"
 #include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/webkit/engine/DisplayServer.h"
 #include "platform/webkit/engine/PageReader.h"
@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,8 +24,6 @@ namespace kelvo {
 namespace {
 
 constexpr int millisecondsForDisplay = 5000;
-/// So that the path of a socket below it is not too long for one.
-constexpr std::size_t mostBytesInFolder = 95;
 
 /// Whether this system lets the web processes be shut in: containers often do not.
 class SandboxProbe {
@@ -69,11 +66,6 @@ GLogWriterOutput logFatal(GLogLevelFlags level, const GLogField* fields, gsize c
         g_free(message);
     }
     return G_LOG_WRITER_HANDLED;
-}
-
-std::vector<std::string> parentsOfRuntimeFolder() {
-    const char* const users = std::getenv("XDG_RUNTIME_DIR");
-    return {users ? users : "", "/tmp"};
 }
 
 /// What GTK, GLib and WebKit look for: the private display, settings and data in the own folder only, no
@@ -172,31 +164,34 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
     return answer;
 }
 
-int run() {
+int failToStart(EngineChannel& channel, const NSString& reason) {
+    channel.note(Outcome::missingEngine, reason);
+    return engineStatusMissing;
+}
+
+int run(const std::string& folder) {
     EngineChannel channel;
-    PrivateFolder folder("plumwick-web", parentsOfRuntimeFolder(), mostBytesInFolder);
-    if (folder.path().empty()) {
-        NSLog(u"No page can be read: no temporary folder.");
-        return EXIT_FAILURE;
-    }
-    const std::string runtimeFolder = folder.path() + "/run";
+    channel.endWithOtherSide(folder);
+    if (folder.empty())
+        return failToStart(channel, u"there is no temporary folder for the web engine");
+    const std::string runtimeFolder = folder + "/run";
     // Web processes will not start without a display either. They draw nothing, and get one where nobody else
     // is: who shares a display can do harm to those who do.
-    DisplayServer ownDisplay(folder.path() + "/authority", "1024x1024x24");
-    DisplayServer webDisplay(folder.path() + "/web-authority", "64x64x24");
+    DisplayServer ownDisplay(folder + "/authority", "1024x1024x24");
+    DisplayServer webDisplay(folder + "/web-authority", "64x64x24");
     SandboxProbe sandboxProbe;
     const bool isSandboxed = sandboxProbe.result();
-    prepareEnvironment(folder.path(), runtimeFolder);
+    prepareEnvironment(folder, runtimeFolder);
     silenceLibraries();
     g_log_set_writer_func(logFatal, nullptr, nullptr);
-    if (!useDisplay(ownDisplay) || !gtk_init_check(nullptr, nullptr) || !useDisplay(webDisplay)) {
-        NSLog(u"No page can be read: Xvfb gives no display.");
-        return EXIT_FAILURE;
-    }
+    if (!useDisplay(ownDisplay) || !gtk_init_check(nullptr, nullptr) || !useDisplay(webDisplay))
+        return failToStart(channel, u"Xvfb gives the web engine no display");
     if (!isSandboxed)
         NSLog(u"Pages are read without a sandbox: bwrap may not make one here.");
 
     PageReader reader(folderOfThisProgram() + "/plumwick-web-extension", runtimeFolder, isSandboxed);
+    if (!channel.greet(isSandboxed ? u"web processes in bubblewrap" : u"no sandbox"))
+        return EXIT_SUCCESS;
     for (;;) {
         bool isMessageThere = false;
         g_unix_fd_add(
@@ -219,8 +214,8 @@ int run() {
 } // namespace
 } // namespace kelvo
 
-int main() {
-    const int status = kelvo::run();
+int main(int argumentCount, char** arguments) {
+    const int status = kelvo::run(argumentCount > 1 ? arguments[1] : "");
     // The libraries' own endings are not waited for.
     std::_Exit(status);
 }

@@ -1,7 +1,7 @@
 #include "platform/appkit/documents/DocumentEngine.h"
 
 #include "platform/appkit/rtfreader/RTFReading.h"
-#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSException.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "support/Listener.h"
 #include "support/OfficeDocuments.h"
@@ -33,8 +33,12 @@ protected:
     ~DocumentEngineTest() override { ::unsetenv("TMPDIR"); }
 
     std::string read(const std::string& document, const char16_t* extension, double seconds = ample) {
-        const NSData rtf = engine.RTFOfDocument(NSData::dataWithBytes(document), extension, seconds);
-        return rtf.isNil() ? "nil" : std::string(rtf.characters());
+        try {
+            const NSData rtf = engine.RTFOfDocument(NSData::dataWithBytes(document), extension, seconds);
+            return rtf.isNil() ? "nil" : std::string(rtf.characters());
+        } catch (const NSException& exception) {
+            return exception.name().UTF8String();
+        }
     }
     std::string text(const std::string& document, const char16_t* extension, double seconds = ample) {
         const std::string rtf = read(document, extension, seconds);
@@ -60,7 +64,7 @@ TEST_F(DocumentEngineTest, ADeadOrSilentEngineIsReplaced) {
     EXPECT_EQ(engine.processIdentifier(), first);
 
     ASSERT_EQ(::kill(first, SIGSTOP), 0);
-    EXPECT_EQ(read(paragraph("lost"), u"fodt", 0.2), "nil");
+    EXPECT_EQ(read(paragraph("lost"), u"fodt", 0.2), "EngineTimeoutException");
     EXPECT_EQ(engine.processIdentifier(), 0);
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
     EXPECT_NE(read(paragraph("third"), u"fodt").find("third"), std::string::npos);
@@ -224,11 +228,9 @@ TEST_F(DocumentEngineTest, ItLeavesNothing) {
     EXPECT_FALSE(std::filesystem::exists(folders[0]));
 }
 
-TEST_F(DocumentEngineTest, WithoutAFolderThereIsOneLineInTheLog) {
+TEST_F(DocumentEngineTest, WithoutAFolderThereIsNoEngine) {
     ::setenv("TMPDIR", folder.path("missing").c_str(), 1);
-    const NSLogCapture log;
-    EXPECT_EQ(read(paragraph("x"), u"fodt"), "nil");
-    EXPECT_EQ(log.messages().size(), 1U);
+    EXPECT_EQ(read(paragraph("x"), u"fodt"), "EngineMissingException");
     ::setenv("TMPDIR", folder.path().c_str(), 1);
     EXPECT_NE(read(paragraph("later"), u"fodt").find("later"), std::string::npos);
 }

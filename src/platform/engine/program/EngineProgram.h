@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/engine/program/EngineChannel.h"
+#include "platform/foundation/NSDictionary.h"
+
+#include <string>
+
+namespace kelvo {
+
+/// What makes a program an engine. The functions are called in the order in which they stand here.
+class EngineProgram {
+public:
+    virtual ~EngineProgram();
+
+    /// Finds its libraries, in a process of one thread that is not confined yet. Nothing of any file is known. Throws
+    /// NSException (EngineMissingException) when something is not installed, with a sentence that says what.
+    virtual void load() {}
+    /// Gets ready for the first message, confined; throws as load() does. The folder is its own, and empty.
+    virtual void prepare(const std::string& folder);
+    /// What it throws is noted as `broken`, and answered nil; what allocations throw ends the engine.
+    virtual Value answerTo(const NSDictionary& message, EngineChannel& channel) = 0;
+};
+
+/// Serves messages until the other side is gone; the status to exit with.
+int runEngine(EngineProgram& program, int argumentCount, char** arguments);
+
+} // namespace kelvo
