@@ -5,6 +5,8 @@
 #include "markup/Html2Text.h"
 #include "markup/WebArchiveSearchableText.h"
 #include "markup/WebKitAdditions.h"
+#include "platform/webkit/MIMEHTML.h"
+#include "platform/webkit/mime/MIMEMessage.h"
 
 using namespace kelvo;
 
@@ -42,8 +44,17 @@ void walk(const WebArchive& archive, std::size_t depth, Count& count) {
 
 } // namespace
 
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    loadMIMELibrary();
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    const WebArchive archive = WebArchive::initWithData(NSData::dataWithBytes(bytes, size));
+    const NSData data = NSData::dataWithBytes(bytes, size);
+    // Without the process that the engine is.
+    const WebArchive archive = beginsLikeMIMEMessage(data)
+                                   ? archiveFromMIMEParts(fieldsOfMIMEMessage(data.characters()).dictionary())
+                                   : WebArchive::initWithData(data);
     NSString source;
     const NSString text = searchableTextAndSource(archive, &source);
     if (archive.isNil()) {

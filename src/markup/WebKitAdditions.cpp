@@ -36,7 +36,7 @@ NSString documentSourceOfFile(const NSString& path) {
 }
 
 WebArchive archiveOfFile(const NSString& path) {
-    return WebArchive::initWithData(NSData::dataWithContentsOfFile(path));
+    return WebArchive::initWithData(NSData::dataWithContentsOfFileWhenNeeded(path));
 }
 
 } // namespace WebKitAdditions

@@ -15,9 +15,14 @@ inline constexpr const char16_t* EngineTimeoutException = u"EngineTimeoutExcepti
 /// The engine tried what its confinement does not let pass.
 inline constexpr const char16_t* EngineRefusedException = u"EngineRefusedException";
 
+/// The file was cut short while the engine read it.
+inline constexpr const char16_t* EngineFileCutException = u"EngineFileCutException";
+
 /// How an engine exits whose allocation failed.
 inline constexpr int engineStatusOutOfMemory = 86;
 /// How an engine exits that cannot work here; it has noted why.
 inline constexpr int engineStatusMissing = 87;
+/// How an engine exits whose file was cut short while it was read in place.
+inline constexpr int engineStatusFileCut = 88;
 
 } // namespace kelvo

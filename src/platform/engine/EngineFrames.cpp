@@ -192,7 +192,7 @@ std::optional<EngineFrame> decodedEngineFrame(const EngineFrameHead& head, std::
     for (FileDescriptor& descriptor : descriptors) {
         const bool isFile =
             accepted == EngineFrameData::filesAndSealedMemory && !isSealedMemory(descriptor.get());
-        data.push_back(isFile ? NSData::dataWithContentsOfDescriptorWhenNeeded(descriptor.release())
+        data.push_back(isFile ? dataWithMappedFile(std::move(descriptor))
                               : dataWithSealedMemory(std::move(descriptor)));
         if (data.back().isNil())
             return std::nullopt;

@@ -188,7 +188,8 @@ void EngineProcess::Internals::stop() {
 void EngineProcess::Internals::send(EncodedEngineFrame frame) {
     const bool isWriting = !writer.isEmpty();
     writer.add(std::move(frame));
-    if (!isWriting)
+    // Nothing is left to the event loop that need not be: what was begun there has to be finished there.
+    if (!isWriting && writer.send(socket.get(), MSG_DONTWAIT) == EngineFrameWriter::Event::full)
         writing = pushTheRest().eagerlyEvaluate([](kj::Exception&&) {});
 }
 
@@ -339,6 +340,8 @@ void EngineProcess::Internals::failAfterEnd() {
         if (status == engineStatusOutOfMemory)
             fail(EngineOutOfMemoryException, Outcome::outOfMemory,
                  u"reading it took more memory than it may");
+        if (status == engineStatusFileCut)
+            fail(EngineFileCutException, Outcome::broken, u"it was cut short while it was read");
         if (!reason.isNil())
             fail(EngineMissingException, Outcome::missingEngine, reason);
         if (!hasSpoken)

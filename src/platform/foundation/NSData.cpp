@@ -96,6 +96,18 @@ struct NSData::File {
         return {bytes.get(), length};
     }
 
+    /// What the file does not have any more is left as it is.
+    void readInto(std::uint8_t* to, std::size_t from, std::size_t count) const {
+        std::size_t done = 0;
+        while (done < count) {
+            const ssize_t got =
+                ::pread(descriptor.get(), to + done, count - done, static_cast<off_t>(from + done));
+            if (got == 0 || (got < 0 && errno != EINTR))
+                break;
+            done += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        }
+    }
+
     const FileDescriptor descriptor;
     const std::size_t length;
     mutable std::once_flag once;
@@ -221,6 +233,11 @@ std::string_view NSData::characters() const {
 NSData NSData::subdataWithRange(NSRange range) const {
     if (!rangeFits(range, length()))
         throw NSException(NSRangeException, u"The range passes the end of the data.");
+    if (isUnread()) {
+        std::vector<std::uint8_t> part(range.length);
+        rep_->file->readInto(part.data(), range.location, range.length);
+        return dataWithBytesNoCopy(std::move(part));
+    }
     return isNil() ? NSData()
                    : dataWithBytesNoCopy(bytes().subspan(range.location, range.length), rep_->owner);
 }

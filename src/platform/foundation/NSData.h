@@ -57,7 +57,7 @@ public:
     /// Whether the bytes are still on the disk alone.
     bool isUnread() const noexcept;
     bool isIdenticalTo(const NSData& other) const noexcept { return rep_ == other.rep_; }
-    /// Shares the receiver's bytes. Throws NSException (NSRangeException) when the range passes the end.
+    /// Shares the receiver's bytes; where they are unread, that range alone is read. Throws NSException (NSRangeException) when the range passes the end.
     NSData subdataWithRange(NSRange range) const;
     /// False when the file could not be written whole, and for nil. Only regular files are written: a pipe or
     /// device under that name is left alone. Atomically: through a new file beside it with the rights of the

@@ -18,7 +18,7 @@ FileDescriptor newMemory() {
     return FileDescriptor(::memfd_create("plumwick", MFD_CLOEXEC | MFD_ALLOW_SEALING));
 }
 
-/// What an NSData on sealed memory keeps alive.
+/// What an NSData on a mapping keeps alive.
 struct Mapping {
     Mapping(FileDescriptor given, std::span<const std::uint8_t> mapped)
         : file(std::move(given)), bytes(mapped) {}
@@ -30,7 +30,7 @@ struct Mapping {
     std::span<const std::uint8_t> bytes;
 };
 
-NSData dataWithSealed(FileDescriptor file, std::size_t length) {
+NSData dataWithMapped(FileDescriptor file, std::size_t length) {
     if (length == 0)
         return NSData::data();
     void* const mapped = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, file.get(), 0);
@@ -48,7 +48,8 @@ SealedMemory::SealedMemory(std::size_t lengthInBytes) : file_(newMemory()) {
     if (file_ && length == 0)
         return;
     if (file_ && ::ftruncate(file_.get(), static_cast<off_t>(length)) == 0) {
-        void* const mapped = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, file_.get(), 0);
+        void* const mapped =
+            ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file_.get(), 0);
         if (mapped != MAP_FAILED) {
             bytes_ = {static_cast<std::uint8_t*>(mapped), length};
             return;
@@ -76,7 +77,7 @@ NSData SealedMemory::seal(std::size_t lengthInBytes) {
     NSData data;
     if ((!isShorter || ::ftruncate(file_.get(), static_cast<off_t>(length)) == 0) &&
         ::fcntl(file_.get(), F_ADD_SEALS, seals) == 0)
-        data = dataWithSealed(std::move(file_), length);
+        data = dataWithMapped(std::move(file_), length);
     if (data.isNil())
         throw NSException(NSMallocException, u"Memory cannot be shared.");
     return data;
@@ -90,10 +91,18 @@ NSData dataForOtherProcesses(std::string_view bytes) {
     FileDescriptor file = newMemory();
     if (file && writeAll(file.get(), bytes.data(), bytes.size()) &&
         ::fcntl(file.get(), F_ADD_SEALS, seals) == 0) {
-        if (NSData data = dataWithSealed(std::move(file), bytes.size()); !data.isNil())
+        if (NSData data = dataWithMapped(std::move(file), bytes.size()); !data.isNil())
             return data;
     }
     return NSData::dataWithBytes(bytes);
+}
+
+NSData dataWithMappedFile(FileDescriptor descriptor) {
+    struct stat status = {};
+    if (!descriptor || ::fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_size < 0 || static_cast<std::uint64_t>(status.st_size) > maximumSizeInBytes)
+        return nullptr;
+    return dataWithMapped(std::move(descriptor), static_cast<std::size_t>(status.st_size));
 }
 
 bool isSealedMemory(int descriptor) {
@@ -107,7 +116,7 @@ NSData dataWithSealedMemory(FileDescriptor descriptor) {
     if (!descriptor || !isSealedMemory(descriptor.get()) || ::fstat(descriptor.get(), &status) != 0 ||
         status.st_size < 0 || static_cast<std::uint64_t>(status.st_size) > maximumSizeInBytes)
         return nullptr;
-    return dataWithSealed(std::move(descriptor), static_cast<std::size_t>(status.st_size));
+    return dataWithMapped(std::move(descriptor), static_cast<std::size_t>(status.st_size));
 }
 
 } // namespace kelvo

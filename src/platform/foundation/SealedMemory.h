@@ -39,6 +39,10 @@ private:
 /// A copy of the bytes: sealed when they are more than leastSealedBytes and there is a descriptor left.
 NSData dataForOtherProcesses(std::string_view bytes);
 
+/// Data that an engine was handed as an open file, read in place: where the file is cut short afterwards, reading past
+/// its end raises SIGBUS. Not for the service. Nil when it cannot be mapped, is no regular file or is too large.
+NSData dataWithMappedFile(FileDescriptor descriptor);
+
 /// Whether writing to it, and making it longer or shorter, is sealed for good.
 bool isSealedMemory(int descriptor);
 /// The memory that another process has sent, read in place. Nil when it is not sealed, or too large.

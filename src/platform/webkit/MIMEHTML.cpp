@@ -1,11 +1,13 @@
 #include "platform/webkit/MIMEHTML.h"
 
-#include "platform/foundation/units/ASCII.h"
+#include "platform/engine/EngineProcess.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/Value.h"
 #include "platform/webkit/FrameReferences.h"
-#include "platform/webkit/GMimeLibrary.h"
+#include "platform/webkit/MIMEEngineMessages.h"
+#include "platform/webkit/MIMELines.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -14,87 +16,15 @@
 namespace kelvo {
 namespace {
 
-using namespace std::string_view_literals;
-
-constexpr std::size_t maximumBoundaryCount = 65536;
-constexpr std::size_t maximumHeaderCount = 262144;
-/// Each reference to a frame is resolved against the address of its page.
-constexpr std::size_t maximumAddressLength = 8192;
-
-/// The base of messages that have no address of their own (RFC 2557, section 5).
-constexpr const char16_t* schemeWithoutAddress = u"thismessage";
-
-std::string lowercase(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), asciiLowerCase<char>);
-    return result;
-}
-
-/// The message without what editors and transports leave before its first header field.
-std::string_view messageInData(const NSData& data) {
-    std::string_view bytes = data.characters();
-    if (bytes.starts_with("\xEF\xBB\xBF"))
-        bytes.remove_prefix(3);
-    bytes.remove_prefix(std::min(bytes.find_first_not_of("\r\n"), bytes.size()));
-    return bytes;
-}
-
-std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (line.ends_with('\r'))
-        line.remove_suffix(1);
-    return line;
-}
+/// Who asks waits 15 s, in which the text has to be made of it as well.
+constexpr double secondsForMessage = 10;
+/// A parsed message takes about as much as its file has bytes, and the engine keeps some of it.
+constexpr std::uint64_t mostResidentBytes = 400ULL << 20;
 
 bool isHeaderField(std::string_view line) {
     const std::size_t colon = line.find(':');
     return colon != std::string_view::npos && colon > 0 &&
            std::ranges::all_of(line.substr(0, colon), [](char unit) { return unit > ' ' && unit < 0x7F; });
-}
-
-/// A parsed message takes far more memory than its bytes when they are all boundaries, header fields or
-/// parameters. This counts at least as many of each as there are: every line that begins like a boundary,
-/// and every line and semicolon from there to the next empty line, or to the one after it where the part may
-/// be a message itself, which "message" or "digest" in the type of the part or of what it is in would say.
-bool isWithinBounds(std::string_view message) {
-    std::size_t boundaryCount = 0, headerCount = 0;
-    bool isInHeader = true, mayHoldMessage = false, mayHoldMessages = false;
-    while (!message.empty()) {
-        const std::string_view line = takeLine(message);
-        if (line.starts_with("--")) {
-            isInHeader = true;
-            mayHoldMessage = mayHoldMessages;
-            if (++boundaryCount > maximumBoundaryCount)
-                return false;
-        } else if (isInHeader && line.empty()) {
-            isInHeader = std::exchange(mayHoldMessage, false);
-        } else if (isInHeader) {
-            headerCount += 1 + static_cast<std::size_t>(std::ranges::count(line, ';'));
-            if (headerCount > maximumHeaderCount)
-                return false;
-            const std::string words = lowercase(line);
-            mayHoldMessages = mayHoldMessages || words.find("digest") != std::string::npos;
-            mayHoldMessage = mayHoldMessage || mayHoldMessages || words.find("message") != std::string::npos;
-        }
-    }
-    return true;
-}
-
-NSString stringOrNil(const char* text) {
-    return text ? NSString::stringByRepairingUTF8String(text) : NSString();
-}
-
-/// An address is folded where it is too long for a line, and not where it has a blank, so that both line end
-/// and blanks go.
-std::string unfolded(std::string_view value) {
-    std::string text;
-    while (!value.empty()) {
-        text += takeLine(value);
-        value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
-    }
-    return text;
 }
 
 struct Part {
@@ -109,6 +39,15 @@ struct Part {
     bool isHTML() const { return MIMEType == u"text/html" || MIMEType == u"application/xhtml+xml"; }
 };
 
+struct Message {
+    std::vector<Part> parts;
+    NSURL base;
+    /// The Content-ID of the part to begin with; nil when the message names none.
+    NSString start;
+    /// Its parts are those of one page, whatever they are.
+    bool isRelated = false;
+};
+
 NSURL URLOfContentID(const NSString& contentID) {
     return contentID.isNil()
                ? NSURL()
@@ -116,7 +55,7 @@ NSURL URLOfContentID(const NSString& contentID) {
 }
 
 NSURL URLToTell(const NSURL& address) {
-    return address.scheme() == schemeWithoutAddress ? NSURL() : address;
+    return address.scheme() == mimeengine::schemeWithoutAddress ? NSURL() : address;
 }
 
 /// What a reference and the part that it means have in common.
@@ -125,149 +64,42 @@ NSString keyOfURL(const NSURL& url) {
     return string.substringToIndex(std::min(string.characters().find(u'#'), string.length()));
 }
 
-/// The message as GMime parses it, and its parts in their order.
-class Message {
-public:
-    Message(const GMimeLibrary& library, std::string_view bytes) : library_(library) {
-        // A stream over bytes that are not its own: the array is never written to, and gives them back at the
-        // end.
-        GByteArray* const array = library_.g_byte_array_new();
-        array->data = reinterpret_cast<guint8*>(const_cast<char*>(bytes.data()));
-        array->len = static_cast<guint>(bytes.size());
-        borrowed_.reset(array);
-        stream_.reset(library_.g_mime_stream_mem_new_with_byte_array(array));
-        library_.g_mime_stream_mem_set_owner(reinterpret_cast<GMimeStreamMem*>(stream_.get()), FALSE);
-        const GMimeReference<GMimeParser> parser(library_.g_mime_parser_new_with_stream(stream_.get()));
-        root_.reset(library_.g_mime_parser_construct_part(parser.get(), nullptr));
+std::uint64_t sizeIn(const NSDictionary& fields, const char16_t* key) {
+    const NSNumber* const number = fields.objectForKey(key).numberIfAny();
+    const long long value = number ? number->longLongValue() : -1;
+    return value < 0 ? maximumSizeInBytes + 1ULL : static_cast<std::uint64_t>(value);
+}
+
+/// Absent when a part is not within the contents.
+std::optional<Message> messageOf(const NSDictionary& fields) {
+    const NSData contents = fields.objectForKey(mimeengine::contentsKey).data();
+    const NSNumber* const isRelated = fields.objectForKey(mimeengine::relatedKey).numberIfAny();
+    Message message;
+    message.base = NSURL::URLWithTolerantString(fields.objectForKey(mimeengine::baseKey).string());
+    message.start = fields.objectForKey(mimeengine::startKey).string();
+    message.isRelated = isRelated && isRelated->boolValue();
+    for (const Value& each : fields.objectForKey(mimeengine::partsKey).array()) {
+        const NSDictionary part = each.dictionary();
+        const std::uint64_t place = sizeIn(part, mimeengine::placeKey);
+        const std::uint64_t length = sizeIn(part, mimeengine::lengthKey);
+        if (place > contents.length() || length > contents.length() - place)
+            return std::nullopt;
+        const NSString address = part.objectForKey(mimeengine::addressKey).string();
+        message.parts.push_back(
+            {contents.subdataWithRange({static_cast<std::size_t>(place), static_cast<std::size_t>(length)}),
+             part.objectForKey(mimeengine::typeKey).string(),
+             part.objectForKey(mimeengine::charsetKey).string(),
+             part.objectForKey(mimeengine::contentIDKey).string(),
+             address.isNil() ? NSURL() : NSURL::URLWithTolerantString(address)});
     }
-
-    /// False when the message can be no page: neither multipart nor a part with a MIME-Version.
-    bool collect() {
-        if (!root_)
-            return false;
-        base_ = NSURL::URLWithTolerantString(u"thismessage:/");
-        for (const char* name : {"Content-Base", "Content-Location", "Snapshot-Content-Location"}) {
-            const NSURL address = addressOf(root_.get(), name);
-            if (URLToTell(address).scheme().isNil())
-                continue;
-            base_ = address;
-            break;
-        }
-        if (!library_.isInstance(root_.get(), library_.g_mime_multipart_get_type()) &&
-            !library_.g_mime_object_get_header(root_.get(), "MIME-Version"))
-            return false;
-        collectParts();
-        return true;
-    }
-
-    std::vector<Part>& parts() { return parts_; }
-    const NSURL& base() const { return base_; }
-    /// The Content-ID of the part to begin with; nil when the message names none.
-    const NSString& start() const { return start_; }
-    /// Its parts are those of one page, whatever they are.
-    bool isRelated() const {
-        return parts_.size() > 0 && lowercase(library_.g_mime_content_type_get_media_subtype(
-                                        library_.g_mime_object_get_content_type(root_.get()))) == "related";
-    }
-
-private:
-    struct GiveBack {
-        void operator()(GByteArray* array) const {
-            array->data = nullptr;
-            array->len = 0;
-            GMimeLibrary::loaded()->g_byte_array_free(array, TRUE);
-        }
-    };
-
-    // Depth first, without recursion.
-    void collectParts() {
-        std::vector<GMimeObject*> open{root_.get()};
-        while (!open.empty()) {
-            GMimeObject* const object = open.back();
-            open.pop_back();
-            if (library_.isInstance(object, library_.g_mime_multipart_get_type())) {
-                auto* const multipart = reinterpret_cast<GMimeMultipart*>(object);
-                if (start_.isNil())
-                    start_ = startOf(object);
-                for (int index = library_.g_mime_multipart_get_count(multipart); index-- > 0;)
-                    open.push_back(library_.g_mime_multipart_get_part(multipart, index));
-            } else if (library_.isInstance(object, library_.g_mime_part_get_type())) {
-                parts_.push_back(partOf(object));
-            }
-        }
-    }
-
-    NSString startOf(GMimeObject* multipart) const {
-        const char* const start = library_.g_mime_content_type_get_parameter(
-            library_.g_mime_object_get_content_type(multipart), "start");
-        std::string_view text(start ? start : "");
-        if (text.starts_with('<') && text.ends_with('>'))
-            text = text.substr(1, text.size() - 2);
-        return text.empty() ? NSString() : NSString::stringByRepairingUTF8String(text);
-    }
-
-    Part partOf(GMimeObject* object) const {
-        GMimeContentType* const type = library_.g_mime_object_get_content_type(object);
-        const char* const subtype = library_.g_mime_content_type_get_media_subtype(type);
-        Part part;
-        part.MIMEType = NSString::stringByRepairingUTF8String(lowercase(
-            std::string(library_.g_mime_content_type_get_media_type(type)) + '/' + (subtype ? subtype : "")));
-        part.charset = stringOrNil(library_.g_mime_content_type_get_parameter(type, "charset"));
-        part.contentID = stringOrNil(library_.g_mime_object_get_content_id(object));
-        part.address = addressOf(object, "Content-Location");
-        part.data = dataOf(reinterpret_cast<GMimePart*>(object));
-        return part;
-    }
-
-    NSURL addressOf(GMimeObject* object, const char* headerName) const {
-        GMimeHeader* const header = library_.g_mime_header_list_get_header(
-            library_.g_mime_object_get_header_list(object), headerName);
-        const char* const value = header ? library_.g_mime_header_get_raw_value(header) : nullptr;
-        if (!value)
-            return nullptr;
-        const std::string_view raw = value;
-        const std::string text = raw.find("=?") == raw.npos
-                                     ? unfolded(raw)
-                                     : library_.g_mime_object_get_header(object, headerName);
-        if (text.size() > maximumAddressLength)
-            return nullptr;
-        const NSURL address = NSURL::URLWithTolerantString(NSString::stringByRepairingUTF8String(text));
-        return address.isNil()
-                   ? NSURL()
-                   : NSURL::URLWithString_relativeToURL(address.absoluteString(), base_).absoluteURL();
-    }
-
-    NSData dataOf(GMimePart* part) const {
-        GMimeDataWrapper* const content = library_.g_mime_part_get_content(part);
-        if (!content)
-            return NSData::data();
-        // No encoding makes its bytes fewer, so that the array never grows.
-        const gint64 encodedLength =
-            library_.g_mime_stream_length(library_.g_mime_data_wrapper_get_stream(content));
-        const std::shared_ptr<GByteArray> array(
-            library_.g_byte_array_sized_new(static_cast<guint>(std::max<gint64>(encodedLength, 0))),
-            library_.g_byte_array_unref);
-        const GMimeReference<GMimeStream> decoded(
-            library_.g_mime_stream_mem_new_with_byte_array(array.get()));
-        library_.g_mime_stream_mem_set_owner(reinterpret_cast<GMimeStreamMem*>(decoded.get()), FALSE);
-        library_.g_mime_data_wrapper_write_to_stream(content, decoded.get());
-        return NSData::dataWithBytesNoCopy({array->data, array->len}, array);
-    }
-
-    const GMimeLibrary& library_;
-    std::unique_ptr<GByteArray, GiveBack> borrowed_;
-    GMimeReference<GMimeStream> stream_;
-    GMimeReference<GMimeObject> root_;
-    NSURL base_;
-    NSString start_;
-    std::vector<Part> parts_;
-};
+    return message;
+}
 
 /// Puts the parts together: which is the page, which are frames, and whose.
 class Assembly {
 public:
-    explicit Assembly(Message& message)
-        : parts_(message.parts()), base_(message.base()), isUsed_(parts_.size(), false) {
+    explicit Assembly(const Message& message)
+        : parts_(message.parts), base_(message.base), isUsed_(parts_.size(), false) {
         for (std::size_t index = 0; index < parts_.size(); ++index) {
             const Part& part = parts_[index];
             // Where several parts have one address, the first counts.
@@ -276,8 +108,8 @@ public:
                     indexes_.emplace(keyOfURL(url), index);
             }
         }
-        start_ = indexOfStart(message.start());
-        if (start_ == parts_.size() && message.isRelated())
+        start_ = indexOfStart(message.start);
+        if (start_ == parts_.size() && message.isRelated && !parts_.empty())
             start_ = 0;
     }
 
@@ -360,30 +192,49 @@ private:
     std::size_t referencesLeft_ = WebArchive::maximumFrameCount;
 };
 
+EngineProcess& engine() {
+    // Never taken apart: the run loop of its thread may be gone by then. The engine sees the end by itself.
+    static EngineProcess& process = *new EngineProcess([] {
+        EngineDescription description;
+        description.programName = mimeengine::programName;
+        description.title = u"MIME engine";
+        description.mostResidentBytes = mostResidentBytes;
+        return description;
+    }());
+    return process;
+}
+
 } // namespace
 
 bool beginsLikeMIMEMessage(const NSData& data) {
     constexpr std::size_t examinedBytes = 65536;
-    std::string_view message = messageInData(data).substr(0, examinedBytes);
+    const NSData head = data.subdataWithRange({0, std::min(data.length(), examinedBytes)});
+    std::string_view message = messageInBytes(head.characters());
     bool hasContentType = false;
     while (!message.empty()) {
-        const std::string_view line = takeLine(message);
+        const std::string_view line = takeMIMELine(message);
         if (line.empty())
             break;
         if (!isHeaderField(line) && !line.starts_with(' ') && !line.starts_with('\t'))
             return false;
-        hasContentType = hasContentType || lowercase(line.substr(0, 13)) == "content-type:";
+        hasContentType = hasContentType || lowercaseASCII(line.substr(0, 13)) == "content-type:";
     }
     return hasContentType;
 }
 
+WebArchive archiveFromMIMEParts(const NSDictionary& fields) {
+    const auto message = messageOf(fields);
+    return message ? Assembly(*message).archive() : WebArchive();
+}
+
 WebArchive archiveFromMIMEHTML(const NSData& data) {
-    const std::string_view bytes = messageInData(data);
-    const GMimeLibrary* const library = isWithinBounds(bytes) ? GMimeLibrary::loaded() : nullptr;
-    if (!library)
+    try {
+        const NSDictionary message = engine().ask(data, secondsForMessage).dictionary();
+        return message.isNil() ? WebArchive() : archiveFromMIMEParts(message);
+    } catch (const NSException&) {
+        // What became of the engine is noted; that there is no archive is all that the callers ask.
         return nullptr;
-    Message message(*library, bytes);
-    return message.collect() ? Assembly(message).archive() : WebArchive();
+    }
 }
 
 } // namespace kelvo

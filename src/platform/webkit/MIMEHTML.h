@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/NSDictionary.h"
 #include "platform/webkit/WebArchive.h"
 
 namespace kelvo {
@@ -10,8 +11,8 @@ bool beginsLikeMIMEMessage(const NSData& data);
 
 /// A page saved as MIME HTML: a multipart message that is multipart/related or has an HTML page among its
 /// parts, or such a page alone as a message that has a MIME-Version. Nil for anything else; also when the
-/// message might have more than 65,536 parts or 262,144 header fields and parameters, and when GMime is not
-/// installed. What is nested more deeply than 1,024 multiparts is left out.
+/// message might have more than 65,536 parts or 262,144 header fields and parameters, and when the engine that reads it fails or is
+/// missing, which is noted with the current request. What is nested more deeply than 1,024 multiparts is left out.
 ///
 /// - The main resource is the part that the message names as its start, else the first HTML page, else the
 ///   first part of a message that is multipart/related.
@@ -22,5 +23,7 @@ bool beginsLikeMIMEMessage(const NSData& data);
 /// - Addresses are resolved against that of the message; one of more than 8,192 bytes counts as none. A part
 ///   without an address has the URL "cid:" and its Content-ID, or no URL.
 WebArchive archiveFromMIMEHTML(const NSData& data);
+/// The same out of what the engine has made of it (MIMEEngineMessages.h). Nil for what it cannot have made.
+WebArchive archiveFromMIMEParts(const NSDictionary& message);
 
 } // namespace kelvo

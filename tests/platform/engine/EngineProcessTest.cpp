@@ -147,6 +147,7 @@ TEST(EngineProcess, WhatBecomesOfAnEngineHasAName) {
          "EngineOutOfMemoryException: out of memory: the system ended its reading for want of memory"},
         {u"exit", engineStatusOutOfMemory, ample,
          "EngineOutOfMemoryException: out of memory: reading it took more memory than it may"},
+        {u"read what is cut", 0, ample, "EngineFileCutException: broken: it was cut short while it was read"},
         {u"exit", 0, ample, crashed + "ended the rehearsal (status 0)"},
         {u"spin", 0, 0.3, "EngineTimeoutException: timed out: reading it took more time than it may"},
         {u"sleep", 0, 0.3, "EngineTimeoutException: timed out: reading it took more time than it may"},

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <string>
 
 #include <fcntl.h>
@@ -71,9 +72,10 @@ public:
 
     void prepare(const std::string& folder) override { folder_ = folder; }
 
-    Value answerTo(const NSDictionary& message, EngineChannel& channel) override {
-        const NSString command = message.objectForKey(u"do").string();
-        const Value& with = message.objectForKey(u"with");
+    Value answerTo(const Value& message, EngineChannel& channel) override {
+        const NSDictionary fields = message.dictionary();
+        const NSString command = fields.objectForKey(u"do").string();
+        const Value& with = fields.objectForKey(u"with");
         const NSNumber* const number = with.numberIfAny();
         if (command == u"echo")
             return with;
@@ -137,6 +139,13 @@ private:
         if (command == u"signal") {
             std::signal(with.numberIfAny()->intValue(), SIG_DFL);
             ::kill(::getpid(), with.numberIfAny()->intValue());
+        } else if (command == u"read what is cut") {
+            const std::string path = folder_ + "/cut";
+            std::ofstream(path) << std::string(100'000, 'x');
+            const NSData file =
+                dataWithMappedFile(FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+            static_cast<void>(::truncate(path.c_str(), 0));
+            ::_exit(file.bytes()[50'000]);
         } else if (command == u"exit") {
             ::_exit(with.numberIfAny()->intValue());
         } else if (command == u"spin") {

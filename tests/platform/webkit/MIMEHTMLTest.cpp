@@ -1,4 +1,6 @@
+#include "platform/webkit/MIMEHTML.h"
 #include "platform/webkit/FrameReferences.h"
+#include "platform/webkit/MIMEEngineMessages.h"
 #include "platform/webkit/WebArchive.h"
 
 #include <gtest/gtest.h>
@@ -166,6 +168,25 @@ TEST(FrameReferencesTest, ReadsTagsAsTheyAreWritten) {
         EXPECT_EQ(frameReferencesInHTML(NSData::dataWithBytes(std::string_view(row.html)), 9), row.references)
             << row.html;
     EXPECT_EQ(frameReferencesInHTML(NSData::dataWithBytes("<frame src=a><frame src=b>"), 1).size(), 1u);
+}
+
+TEST(MIMEHTMLTest, WhatTheEngineCannotHaveMadeIsNoArchive) {
+    const auto archiveOfPart = [](long long place, long long length) {
+        return archiveFromMIMEParts(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{NSData::dataWithBytes("0123456789"), mimeengine::contentsKey},
+             {NSArray::arrayWithObjects({NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                  {{u"text/html", mimeengine::typeKey},
+                   {NSNumber::numberWithLongLong(place), mimeengine::placeKey},
+                   {NSNumber::numberWithLongLong(length), mimeengine::lengthKey}})}),
+              mimeengine::partsKey}}));
+    };
+    EXPECT_EQ(text(archiveOfPart(3, 7).mainResource()), "3456789");
+    EXPECT_FALSE(archiveOfPart(10, 0).isNil());
+    const std::pair<long long, long long> wrong[] = {
+        {3, 8}, {11, 0}, {-1, 1}, {1, -1}, {1, 0x7FFFFFFFFFFFFFFF}};
+    for (const auto& [place, length] : wrong)
+        EXPECT_TRUE(archiveOfPart(place, length).isNil()) << place << ' ' << length;
+    EXPECT_TRUE(archiveFromMIMEParts(NSDictionary::dictionary()).isNil());
 }
 
 } // namespace

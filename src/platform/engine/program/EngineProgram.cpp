@@ -3,6 +3,7 @@
 #include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
 
+#include <csignal>
 #include <exception>
 #include <new>
 
@@ -15,9 +16,14 @@ namespace {
     ::_exit(engineStatusOutOfMemory);
 }
 
+/// Mapped files raise it, and memory that is not backed.
+void endForCutFile(int) {
+    ::_exit(engineStatusFileCut);
+}
+
 Value answer(EngineProgram& program, const Value& message, EngineChannel& channel) {
     try {
-        return program.answerTo(message.dictionary(), channel);
+        return program.answerTo(message, channel);
     } catch (const std::bad_alloc&) {
         endForWantOfMemory();
     } catch (const NSException& exception) {
@@ -38,6 +44,7 @@ void EngineProgram::prepare(const std::string&) {}
 
 int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
     std::set_new_handler(endForWantOfMemory);
+    std::signal(SIGBUS, endForCutFile);
     EngineChannel channel;
     const std::string folder = argumentCount > 1 ? arguments[1] : "";
     try {

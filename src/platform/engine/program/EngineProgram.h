@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/engine/program/EngineChannel.h"
-#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/Value.h"
 
 #include <string>
 
@@ -18,7 +18,7 @@ public:
     /// Gets ready for the first message, confined; throws as load() does. The folder is its own, and empty.
     virtual void prepare(const std::string& folder);
     /// What it throws is noted as `broken`, and answered nil; what allocations throw ends the engine.
-    virtual Value answerTo(const NSDictionary& message, EngineChannel& channel) = 0;
+    virtual Value answerTo(const Value& message, EngineChannel& channel) = 0;
 };
 
 /// Serves messages until the other side is gone; the status to exit with.

@@ -40,9 +40,10 @@ public:
             throw NSException(EngineMissingException, u"LibreOffice does not start");
     }
 
-    Value answerTo(const NSDictionary& message, EngineChannel& channel) override {
-        const NSData document = message.objectForKey(documentKey).data();
-        const std::string extension = message.objectForKey(extensionKey).string().UTF8String();
+    Value answerTo(const Value& message, EngineChannel& channel) override {
+        const NSDictionary fields = message.dictionary();
+        const NSData document = fields.objectForKey(documentKey).data();
+        const std::string extension = fields.objectForKey(extensionKey).string().UTF8String();
         if (document.isNil() || !isExtension(extension))
             return {};
         if (auto rtf = office_->RTFOfDocument(document.characters(), extension))
