@@ -11,26 +11,28 @@ annotation selector @0x82e1d822a292143a (method) :Text;
 # The operation's name as logs and errors print it.
 
 interface KelvoImExport {
-  # The root object. The operations stand in the order of their declaration.
+  # The root object. The operations stand in the order of their declaration. The token is the client's name for the
+  # request, by which it finds the record of it in the service's ledger: random, never 0, and another each time.
 
-  metaDataForFile @0 (file :Data) -> (result :Dictionary)
+  metaDataForFile @0 (file :Data, token :UInt64) -> (result :Dictionary)
       $selector("metaDataForFile:");
-  rtfdWithHTMLBaseURLAllowRemoteRequest @1 (html :Data, baseURL :Url, allowRemoteRequest :Bool) -> (result :Data)
+  rtfdWithHTMLBaseURLAllowRemoteRequest @1
+      (html :Data, baseURL :Url, allowRemoteRequest :Bool, token :UInt64) -> (result :Data)
       $selector("RTFDWithHTML:baseURL:allowRemoteRequest:");
-  writeRTFDDataToFile @2 (data :Data, file :Data) -> (result :Bool)
+  writeRTFDDataToFile @2 (data :Data, file :Data, token :UInt64) -> (result :Bool)
       $selector("writeRTFDData:toFile:");
-  searchableTextOfWebArchive @3 (file :Data) -> (result :Dictionary)
+  searchableTextOfWebArchive @3 (file :Data, token :UInt64) -> (result :Dictionary)
       $selector("searchableTextOfWebArchive:");
-  attributedStringWithContentsOfFile @4 (file :Data) -> (result :Dictionary)
+  attributedStringWithContentsOfFile @4 (file :Data, token :UInt64) -> (result :Dictionary)
       $selector("attributedStringWithContentsOfFile:");
-  posterImageForMovieWithFile @5 (file :Data) -> (result :Dictionary)
+  posterImageForMovieWithFile @5 (file :Data, token :UInt64) -> (result :Dictionary)
       $selector("posterImageForMovieWithFile:");
-  attributedStringWithPDF @6 (attributed :Bool, pdf :Data) -> (result :Dictionary)
+  attributedStringWithPDF @6 (attributed :Bool, pdf :Data, token :UInt64) -> (result :Dictionary)
       $selector("attributed:stringWithPDF:");
   imageWithContentsOfFileStringFromPDFCanUseSpotlight @7
-      (file :Data, stringFromPDF :Bool, canUseSpotlight :Bool) -> (result :Dictionary)
+      (file :Data, stringFromPDF :Bool, canUseSpotlight :Bool, token :UInt64) -> (result :Dictionary)
       $selector("imageWithContentsOfFile:stringFromPDF:canUseSpotlight:");
-  pdfImageRepOfFile @8 (file :Data) -> (result :Data)
+  pdfImageRepOfFile @8 (file :Data, token :UInt64) -> (result :Data)
       $selector("PDFImageRepOfFile:");
 }
 

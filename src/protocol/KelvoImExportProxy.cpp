@@ -5,18 +5,33 @@
 #include "protocol/Operations.h"
 #include "protocol/WireValues.h"
 
+#include <sys/random.h>
+
+#include <cerrno>
 #include <utility>
 
 namespace kelvo {
 namespace {
 
-class Proxy final : public KelvoImExport {
+/// Of all clients of all times none is likely to have taken it before.
+std::uint64_t newToken() {
+    std::uint64_t token = 0;
+    while (token == 0) {
+        if (getrandom(&token, sizeof token, 0) < 0 && errno != EINTR)
+            throw NSException(NSGenericException, u"The system gives no random numbers.");
+    }
+    return token;
+}
+
+class Proxy final : public KelvoImExportProxy {
 public:
     explicit Proxy(NSConnection& connection)
         : connection_(connection),
           root_(connection.internals().remote->rootProxy().castAs<wire::KelvoImExport>()) {}
 
     ~Proxy() noexcept override {}
+
+    std::uint64_t latestToken() const override { return token_; }
 
     NSDictionary metaDataForFile(const NSString& file) override {
         return dictionaryOfFile(Operation::metaDataForFile, root_.metaDataForFileRequest(), file);
@@ -84,6 +99,8 @@ public:
 private:
     template <typename Parameters, typename Results>
     capnp::Response<Results> send(Operation operation, capnp::Request<Parameters, Results>& request) {
+        token_ = newToken();
+        request.setToken(token_);
         kj::Promise<capnp::Response<Results>> reply = request.send();
         return awaitReply(connection_, kj::mv(reply), selectorOfOperation(operation));
     }
@@ -107,11 +124,12 @@ private:
 
     NSConnection& connection_;
     wire::KelvoImExport::Client root_;
+    std::uint64_t token_ = 0;
 };
 
 } // namespace
 
-std::unique_ptr<KelvoImExport> rootProxyForConnection(NSConnection& connection) {
+std::unique_ptr<KelvoImExportProxy> rootProxyForConnection(NSConnection& connection) {
     return std::make_unique<Proxy>(connection);
 }
 

@@ -23,6 +23,8 @@ bool hasEngine(Operation operation) {
 
 NSString selectorOfOperation(Operation operation) {
     const auto methods = capnp::Schema::from<wire::KelvoImExport>().getMethods();
+    if (static_cast<std::size_t>(operation) >= operationCount)
+        return nullptr;
     for (const auto annotation : methods[static_cast<unsigned>(operation)].getProto().getAnnotations()) {
         if (annotation.getId() == selectorAnnotation)
             return NSString::stringByRepairingUTF8String(annotation.getValue().getText().cStr());

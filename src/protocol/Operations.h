@@ -26,7 +26,7 @@ inline constexpr std::size_t operationCount = 9;
 /// every file.
 bool hasEngine(Operation operation);
 
-/// The exact name of the operation, as logs and errors print it.
+/// The exact name of the operation, as logs and errors print it. Nil for a number that is none.
 NSString selectorOfOperation(Operation operation);
 
 } // namespace kelvo

@@ -8,6 +8,8 @@
 #include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/SCNetworkReachability.h"
+#include "platform/ledger/RequestNotes.h"
+#include "protocol/RequestOutcome.h"
 #include "protocol/ResultKeys.h"
 #include "text/CharacterSetReps.h"
 #include "url/NSURLKelvoExtensions.h"
@@ -21,6 +23,11 @@ namespace {
 
 /// How long a page may take to load, in the platform's single precision.
 constexpr float secondsToLoad = 15.0F;
+
+void note(const RequestOutcome& outcome) {
+    if (RequestNotes* const notes = RequestNotes::current())
+        notes->note(outcome.outcome, outcome.sentence);
+}
 
 } // namespace
 
@@ -55,8 +62,9 @@ NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& htm
                                                                                            nullptr);
         if (!text.isNil())
             rtfd = RTFDFromRange_documentAttributes(text, {0, text.length()}, nullptr);
-    } catch (const std::exception&) {
+    } catch (const std::exception& exception) {
         // Nothing of it reaches the client.
+        note(outcomeOfFailure(exception));
     }
     return rtfd;
 }
@@ -86,13 +94,16 @@ bool PlumwickHelper::writeRTFDData_toFile(const NSData& data, const NSString& fi
     try {
         NSDictionary documentAttributes;
         const auto text = NSTextStorage::initWithRTFD_documentAttributes(data, &documentAttributes);
-        if (!text)
+        if (!text) {
+            note({Outcome::broken, u"the data is no rich text that can be read"});
             return false;
+        }
         const NSAttributedString whole = std::move(*text).copy();
         const auto package =
             RTFDFileWrapperFromRange_documentAttributes(whole, {0, whole.length()}, documentAttributes);
         return package && package->writeToFile_atomically_updateFilenames(file, false, false);
-    } catch (const std::exception&) {
+    } catch (const std::exception& exception) {
+        note(outcomeOfFailure(exception));
         return false;
     }
 }
@@ -120,7 +131,8 @@ NSDictionary PlumwickHelper::attributedStringWithContentsOfFile(const NSString& 
             NSAttributedStringKitAdditions::initWithPath_documentAttributes(file, &documentAttributes);
         if (!text.isNil())
             rtfd = RTFDFromRange_documentAttributes(text, {0, text.length()}, documentAttributes);
-    } catch (const std::exception&) {
+    } catch (const std::exception& exception) {
+        note(outcomeOfFailure(exception));
         return nullptr;
     }
     if (rtfd.isNil())

@@ -5,18 +5,35 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/connections/NSRunLoop.h"
+#include "platform/ledger/RequestLedger.h"
 #include "protocol/KelvoImExportAdapter.h"
+#include "protocol/Operations.h"
+#include "protocol/ServiceLedger.h"
 #include "service/PlumwickHelper.h"
 
 #include <exception>
 
 namespace kelvo {
+namespace {
+
+void openLedger(RequestLedger& ledger) {
+    for (const RequestRecord& lost : ledger.open(pathOfServiceLedger())) {
+        const NSString given =
+            lost.path.isNil() ? stringWithFormat(u"%llu bytes", lost.byteCount) : lost.path;
+        NSLog(u"The service ended while it was at work on %@ of %@ (request %llu).",
+              selectorOfOperation(static_cast<Operation>(lost.operation)), given, lost.sequence);
+    }
+}
+
+} // namespace
 
 void runService() {
     NSAutoreleasePool outermostPool;
     NSConnection& connection = NSConnection::defaultConnection();
-    connection.setRootObject(vendedObject(std::make_shared<PlumwickHelper>()));
-    connection.registerName(KelvoImExport::registeredName);
+    const auto ledger = std::make_shared<RequestLedger>();
+    connection.setRootObject(vendedObject(std::make_shared<PlumwickHelper>(), ledger));
+    if (connection.registerName(KelvoImExport::registeredName))
+        openLedger(*ledger);
     connection.setIndependentConversationQueueing(true);
     connection.setRequestTimeout(KelvoImExport::timeoutSeconds);
     connection.setReplyTimeout(KelvoImExport::timeoutSeconds);

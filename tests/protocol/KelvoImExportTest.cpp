@@ -2,8 +2,10 @@
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/processes/NSTask.h"
+#include "platform/ledger/LedgerReader.h"
 #include "protocol/KelvoImExportProxy.h"
 #include "protocol/Operations.h"
+#include "protocol/ServiceLedger.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +15,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -39,14 +42,20 @@ protected:
     }
     void SetUp() override { ASSERT_TRUE(proxy_); }
 
-    KelvoImExport& proxy() { return *proxy_; }
+    KelvoImExportProxy& proxy() { return *proxy_; }
+    const tests::TemporaryFolder& folder() const { return folder_; }
+    /// Of the latest request.
+    RequestRecord record() {
+        const auto ledger = LedgerReader::open(pathOfServiceLedger());
+        return ledger.value().recordOfToken(proxy().latestToken()).value_or(RequestRecord());
+    }
     NSConnection& connection() { return *connection_; }
 
 private:
     tests::TemporaryFolder folder_;
     NSTask service_;
     std::unique_ptr<NSConnection> connection_;
-    std::unique_ptr<KelvoImExport> proxy_;
+    std::unique_ptr<KelvoImExportProxy> proxy_;
 };
 
 TEST_F(KelvoImExportTest, EachOperationReachesItsOwnMethodWithItsArguments) {
@@ -120,10 +129,87 @@ TEST_F(KelvoImExportTest, WhatFailsIsCalledByItsOwnName) {
     }
 }
 
+TEST_F(KelvoImExportTest, EachRequestIsWrittenDownUnderItsOwnOperation) {
+    const NSData abc = NSData::dataWithBytes("abc");
+    const struct {
+        const char* name;
+        std::function<void()> ask;
+        NSString path;
+        bool hasBytes;
+        Outcome outcome;
+    } rows[] = {
+        {"metadata", [&] { proxy().metaDataForFile(u"/a"); }, u"/a", false, Outcome::answered},
+        {"page", [&] { proxy().RTFDWithHTML_baseURL_allowRemoteRequest(abc, nullptr, false); }, nullptr, true,
+         Outcome::answered},
+        {"writing", [&] { proxy().writeRTFDData_toFile(abc, u"/b"); }, u"/b", true, Outcome::answered},
+        {"archive", [&] { proxy().searchableTextOfWebArchive(u"/c"); }, u"/c", false, Outcome::nothing},
+        {"document", [&] { proxy().attributedStringWithContentsOfFile(u"/d"); }, u"/d", false,
+         Outcome::answered},
+        {"movie", [&] { proxy().posterImageForMovieWithFile(u"/e"); }, u"/e", false, Outcome::answered},
+        {"PDF", [&] { proxy().attributed_stringWithPDF(true, abc); }, nullptr, true, Outcome::answered},
+        {"image", [&] { proxy().imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/f", true, true); },
+         u"/f", false, Outcome::answered},
+        {"drawing", [&] { proxy().PDFImageRepOfFile(nullptr); }, nullptr, false, Outcome::unsupported},
+    };
+    static_assert(std::size(rows) == operationCount);
+    for (std::size_t index = 0; index < operationCount; ++index) {
+        const auto& row = rows[index];
+        row.ask();
+        const RequestRecord found = record();
+        EXPECT_EQ(found.sequence, index + 1) << row.name;
+        EXPECT_EQ(found.operation, index) << row.name;
+        EXPECT_EQ(found.path, row.path) << row.name;
+        EXPECT_EQ(found.hasBytes, row.hasBytes) << row.name;
+        EXPECT_EQ(found.byteCount, row.hasBytes ? 3u : 0u) << row.name;
+        EXPECT_TRUE(found.isCompleted) << row.name;
+        EXPECT_EQ(found.outcome, row.outcome) << row.name;
+    }
+}
+
+TEST_F(KelvoImExportTest, WhatIsLearntOfARequestIsWrittenDown) {
+    const auto ask = [this](const std::string& told) {
+        const NSString file = NSString::stringWithUTF8String(folder().write("told", told));
+        try {
+            proxy().attributedStringWithContentsOfFile(file);
+        } catch (const NSException& exception) {
+            EXPECT_EQ(exception.name(), u"NSRehearsalException");
+        }
+        return record();
+    };
+    const RequestRecord locked =
+        ask("note 4 the document is encrypted\nuse reader 12.5 4096\nrefuse http://a/\nsleep 0.02\nnil\n");
+    EXPECT_EQ(locked.outcome, Outcome::locked);
+    EXPECT_EQ(locked.sentence, u"the document is encrypted");
+    EXPECT_EQ(locked.engine, u"reader");
+    EXPECT_EQ(locked.engineCPUMilliseconds, 12.5);
+    EXPECT_EQ(locked.refusedAddresses, std::vector<NSString>{u"http://a/"});
+    EXPECT_GE(locked.milliseconds, 20);
+    const RequestRecord thrown = ask("throw the table is cut off");
+    EXPECT_EQ(thrown.outcome, Outcome::broken);
+    EXPECT_EQ(thrown.sentence, u"the table is cut off");
+    EXPECT_TRUE(thrown.engine.isNil());
+    EXPECT_EQ(ask("note 7 it took too long\nthrow too late").outcome, Outcome::timedOut);
+
+    EXPECT_THROW(proxy().PDFImageRepOfFile(u"/536870912"), NSException);
+    EXPECT_EQ(record().outcome, Outcome::broken) << "there was a result, and it cannot be sent";
+}
+
+TEST_F(KelvoImExportTest, NoTokenComesTwice) {
+    const auto another = rootProxyForConnection(connection());
+    std::set<std::uint64_t> tokens{0};
+    for (int count = 0; count < 500; ++count) {
+        for (KelvoImExportProxy* each : {&proxy(), another.get()}) {
+            each->searchableTextOfWebArchive(nullptr);
+            EXPECT_TRUE(tokens.insert(each->latestToken()).second);
+        }
+    }
+}
+
 TEST(Operations, SelectorsStandInTheSchema) {
     EXPECT_EQ(selectorOfOperation(Operation::metaDataForFile), u"metaDataForFile:");
     EXPECT_EQ(selectorOfOperation(Operation::RTFDWithHTML), u"RTFDWithHTML:baseURL:allowRemoteRequest:");
     EXPECT_EQ(selectorOfOperation(Operation::PDFImageRepOfFile), u"PDFImageRepOfFile:");
+    EXPECT_TRUE(selectorOfOperation(static_cast<Operation>(operationCount)).isNil());
 }
 
 } // namespace

@@ -6,8 +6,11 @@
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 #include "platform/foundation/processes/ServiceProcess.h"
+#include "platform/ledger/EngineRegistry.h"
+#include "platform/ledger/RequestLedger.h"
 #include "protocol/KelvoImExport.h"
 #include "protocol/KelvoImExportAdapter.h"
+#include "protocol/ServiceLedger.h"
 
 #include <unistd.h>
 
@@ -38,6 +41,39 @@ void runLoopFor(double seconds) {
 NSDictionary seenBy(const char16_t* operation, const NSString& file) {
     return file.isNil() ? NSDictionary::dictionary()
                         : NSMutableDictionary::dictionaryWithObjectsAndKeys({{file, operation}});
+}
+
+/// Does what the lines say: "note NUMBER SENTENCE", "refuse ADDRESS", "use ENGINE CPU BYTES", "start ENGINE LAYERS",
+/// "sleep SECONDS", "throw REASON", "die". Whether one of them was "nil".
+bool obey(std::istream& lines) {
+    bool isNil = false;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string word, name, rest;
+        double number = 0;
+        words >> word;
+        const auto remainder = [&] {
+            std::getline(words >> std::ws, rest);
+            return NSString::stringWithUTF8String(rest);
+        };
+        RequestNotes& notes = *RequestNotes::current();
+        if (word == "note" && words >> number)
+            notes.note(static_cast<Outcome>(number), remainder());
+        else if (word == "refuse")
+            notes.noteRefusedLoad(remainder());
+        else if (word == "use" && words >> name >> number)
+            notes.noteEngine({name, number, std::stoull(remainder().UTF8String())});
+        else if (word == "start" && words >> name)
+            noteEngineStarted(name, getpid(), remainder().UTF8String());
+        else if (word == "sleep" && words >> number)
+            std::this_thread::sleep_for(std::chrono::duration<double>(number));
+        else if (word == "throw")
+            throw NSException(u"NSRehearsalException", remainder());
+        else if (word == "die")
+            _exit(1);
+        isNil = isNil || word == "nil";
+    }
+    return isNil;
 }
 
 class Rehearsal final : public NSObject, public KelvoImExport {
@@ -83,6 +119,9 @@ public:
 
     NSData RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& html, const NSURL& baseURL,
                                                    bool allow) override {
+        std::istringstream lines(std::string(html.characters()));
+        if (obey(lines))
+            return nullptr;
         const std::string seen = (html.isNil() ? "nil" : std::to_string(html.length())) + " " +
                                  baseURL.absoluteString().UTF8String() + (allow ? " yes" : " no");
         return html.length() > 1000 ? html : NSData::dataWithBytes(seen);
@@ -100,7 +139,8 @@ public:
         return seenBy(u"archive", file);
     }
     NSDictionary attributedStringWithContentsOfFile(const NSString& file) override {
-        return seenBy(u"document", file);
+        std::ifstream lines(file.UTF8String());
+        return obey(lines) ? NSDictionary() : seenBy(u"document", file);
     }
     NSDictionary posterImageForMovieWithFile(const NSString& file) override { return seenBy(u"movie", file); }
 
@@ -134,8 +174,10 @@ public:
 int main() {
     kelvo::becomeServiceProcess();
     NSConnection& connection = NSConnection::defaultConnection();
-    connection.setRootObject(vendedObject(std::make_shared<Rehearsal>()));
-    connection.registerName(KelvoImExport::registeredName);
+    const auto ledger = std::make_shared<RequestLedger>();
+    connection.setRootObject(vendedObject(std::make_shared<Rehearsal>(), ledger));
+    if (connection.registerName(KelvoImExport::registeredName) && !std::getenv("REHEARSAL_WITHOUT_LEDGER"))
+        ledger->open(pathOfServiceLedger());
     connection.setIndependentConversationQueueing(std::getenv("REHEARSAL_NESTS") == nullptr);
     for (;;)
         NSRunLoop::currentRunLoop().run();
