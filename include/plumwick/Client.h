@@ -5,15 +5,20 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/Visibility.h"
+#include "platform/ledger/EngineFacts.h"
+#include "platform/ledger/RequestRecord.h"
 #include "protocol/KelvoImExport.h"
 #include "protocol/ResultKeys.h"
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 /// The client library: asks the conversion service on this machine, and starts it when it does not run.
 ///
@@ -69,6 +74,8 @@ struct ServiceStatus {
     std::uint64_t residentBytes = 0;
     /// Nil when the running program carries no version note.
     NSString version;
+    /// The engines that it has started and that run.
+    std::vector<EngineFacts> engines;
 };
 
 /// One conversation with the service. The operations are those of KelvoImExport and wait for their answers;
@@ -106,6 +113,16 @@ public:
                                                                        bool stringFromPDF,
                                                                        bool canUseSpotlight) override;
     NSData PDFImageRepOfFile(const NSString& file) override;
+
+    /// What became of the latest request of this client, as the service has written it down: why there was no answer,
+    /// in one word and a sentence, and what it took. When the service was late or is gone the outcome is the client's
+    /// own; so it is, by the result alone, when the service keeps no ledger or 512 later requests have been written
+    /// over it. Absent before the first request, and when no service could be reached for the latest.
+    std::optional<RequestRecord> outcomeOfLastRequest() const;
+    /// The latest requests of all clients of this user, at most so many, in the order in which they began: up to 512
+    /// are kept, also from before the service was started last. No service needs to run. Throws ClientError (notThere)
+    /// when none has ever written anything down.
+    static std::vector<RequestRecord> recentRequests(std::size_t most);
 
     /// Tells about the service that runs now; never starts one. Throws ClientError (notThere) when none does.
     ServiceStatus status();

@@ -4,8 +4,12 @@
 #include "client/ServiceStatus.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/connections/NSConnection.h"
+#include "platform/ledger/LedgerReader.h"
 #include "protocol/KelvoImExportProxy.h"
+#include "protocol/RequestOutcome.h"
+#include "protocol/ServiceLedger.h"
 
 #include <chrono>
 #include <thread>
@@ -13,8 +17,6 @@
 
 namespace kelvo {
 namespace {
-
-enum class Effect : std::uint8_t { reads, writes };
 
 const char* wordOfKind(ClientError::Kind kind) {
     switch (kind) {
@@ -37,6 +39,29 @@ NSString absolutePath(const NSString& file) {
     return folder.isNil() ? file : folder.stringByAppendingString(u"/").stringByAppendingString(file);
 }
 
+/// The service's ledger, if it can be read.
+std::optional<LedgerReader> serviceLedger() {
+    try {
+        return LedgerReader::open(pathOfServiceLedger());
+    } catch (const NSException&) {
+        return std::nullopt;
+    }
+}
+
+/// What the client itself knows of its latest request.
+struct LatestRequest {
+    Operation operation;
+    NSString path;
+    NSDate begun = NSDate::date();
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+    /// 0 when it was not sent.
+    std::uint64_t token = 0;
+    RequestOutcome outcome = {};
+    double milliseconds = 0;
+    /// Whether the service knows no better.
+    bool isFinal = false;
+};
+
 } // namespace
 
 ClientError::ClientError(Kind kind, const NSString& reason)
@@ -46,7 +71,7 @@ struct Client::Implementation {
     explicit Implementation(ClientOptions given) : options(std::move(given)) {}
 
     /// A conversation that was alive a moment ago.
-    KelvoImExport& service(bool mayStart) {
+    KelvoImExportProxy& service(bool mayStart) {
         if (connection && !connection->isValid())
             disconnect();
         if (!connection) {
@@ -94,28 +119,68 @@ struct Client::Implementation {
     }
 
     template <typename Call>
-    auto perform(Effect effect, Call call) {
+    auto perform(Operation operation, const NSString& path, Call call) {
+        latest.reset();
         for (bool isRepeated = false;; isRepeated = true) {
-            KelvoImExport& asked = service(options.startsService);
+            KelvoImExportProxy& asked = service(options.startsService);
+            const std::uint64_t earlierToken = asked.latestToken();
+            latest = LatestRequest{operation, path};
+            const auto learn = [&](const RequestOutcome& outcome, bool isFinal) {
+                latest->milliseconds = std::chrono::duration<double, std::milli>(
+                                           std::chrono::steady_clock::now() - latest->begin)
+                                           .count();
+                latest->token = asked.latestToken() != earlierToken ? asked.latestToken() : 0;
+                latest->outcome = outcome;
+                latest->isFinal = isFinal;
+            };
             try {
-                return call(asked);
+                auto result = call(static_cast<KelvoImExport&>(asked));
+                learn(outcomeOfResult(operation, isAnswer(operation, result)), false);
+                return result;
             } catch (const NSException& exception) {
-                if (exception.name() == NSPortTimeoutException)
+                if (exception.name() == NSPortTimeoutException) {
+                    learn({Outcome::timedOut,
+                           stringWithFormat(u"no answer within %g seconds", options.timeoutSeconds)},
+                          true);
                     throw ClientError(ClientError::Kind::timedOut, exception.reason());
-                if (exception.name() != NSInvalidReceivePortException)
+                }
+                if (exception.name() != NSInvalidReceivePortException) {
+                    learn(outcomeOfFailure(exception), false);
                     throw ClientError(ClientError::Kind::failed,
                                       NSString::stringByRepairingUTF8String(exception.what()));
+                }
+                learn({Outcome::crashed, sentenceOfEndedService}, true);
                 disconnect();
-                if (effect == Effect::writes || isRepeated)
+                if (operation == Operation::writeRTFDData || isRepeated)
                     throw ClientError(ClientError::Kind::died, exception.reason());
             }
         }
     }
 
+    std::optional<RequestRecord> outcomeOfLatest() const {
+        if (!latest)
+            return std::nullopt;
+        RequestRecord record;
+        record.token = latest->token;
+        record.operation = static_cast<std::uint8_t>(latest->operation);
+        record.path = latest->path;
+        record.begun = latest->begun;
+        if (const auto ledger = latest->token != 0 ? serviceLedger() : std::nullopt)
+            record = ledger->recordOfToken(latest->token).value_or(record);
+        if (latest->isFinal || !record.isCompleted) {
+            record.isCompleted = true;
+            record.outcome = latest->outcome.outcome;
+            record.sentence = latest->outcome.sentence;
+            record.milliseconds = latest->milliseconds;
+        }
+        return record;
+    }
+
     ClientOptions options;
     // The proxy refers to the connection, and so goes first.
     std::unique_ptr<NSConnection> connection;
-    std::unique_ptr<KelvoImExport> proxy;
+    std::unique_ptr<KelvoImExportProxy> proxy;
+    std::optional<LatestRequest> latest;
     pid_t processThatBrokeOff = 0;
 };
 
@@ -133,44 +198,48 @@ void Client::setTimeout(double seconds) {
 }
 
 NSDictionary Client::metaDataForFile(const NSString& file) {
-    return implementation_->perform(Effect::reads, [path = absolutePath(file)](KelvoImExport& service) {
-        return service.metaDataForFile(path);
-    });
+    const NSString path = absolutePath(file);
+    return implementation_->perform(Operation::metaDataForFile, path,
+                                    [&](KelvoImExport& service) { return service.metaDataForFile(path); });
 }
 
 NSData Client::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& html, const NSURL& baseURL,
                                                        bool allowRemoteRequest) {
-    return implementation_->perform(Effect::reads, [&](KelvoImExport& service) {
+    return implementation_->perform(Operation::RTFDWithHTML, nullptr, [&](KelvoImExport& service) {
         return service.RTFDWithHTML_baseURL_allowRemoteRequest(html, baseURL, allowRemoteRequest);
     });
 }
 
 bool Client::writeRTFDData_toFile(const NSData& data, const NSString& file) {
-    return implementation_->perform(Effect::writes, [&, path = absolutePath(file)](KelvoImExport& service) {
+    const NSString path = absolutePath(file);
+    return implementation_->perform(Operation::writeRTFDData, path, [&](KelvoImExport& service) {
         return service.writeRTFDData_toFile(data, path);
     });
 }
 
 NSDictionary Client::searchableTextOfWebArchive(const NSString& file) {
-    return implementation_->perform(Effect::reads, [path = absolutePath(file)](KelvoImExport& service) {
+    const NSString path = absolutePath(file);
+    return implementation_->perform(Operation::searchableTextOfWebArchive, path, [&](KelvoImExport& service) {
         return service.searchableTextOfWebArchive(path);
     });
 }
 
 NSDictionary Client::attributedStringWithContentsOfFile(const NSString& file) {
-    return implementation_->perform(Effect::reads, [path = absolutePath(file)](KelvoImExport& service) {
-        return service.attributedStringWithContentsOfFile(path);
-    });
+    const NSString path = absolutePath(file);
+    return implementation_->perform(
+        Operation::attributedStringWithContentsOfFile, path,
+        [&](KelvoImExport& service) { return service.attributedStringWithContentsOfFile(path); });
 }
 
 NSDictionary Client::posterImageForMovieWithFile(const NSString& file) {
-    return implementation_->perform(Effect::reads, [path = absolutePath(file)](KelvoImExport& service) {
-        return service.posterImageForMovieWithFile(path);
-    });
+    const NSString path = absolutePath(file);
+    return implementation_->perform(
+        Operation::posterImageForMovieWithFile, path,
+        [&](KelvoImExport& service) { return service.posterImageForMovieWithFile(path); });
 }
 
 NSDictionary Client::attributed_stringWithPDF(bool attributed, const NSData& pdf) {
-    return implementation_->perform(Effect::reads, [&](KelvoImExport& service) {
+    return implementation_->perform(Operation::stringWithPDF, nullptr, [&](KelvoImExport& service) {
         return service.attributed_stringWithPDF(attributed, pdf);
     });
 }
@@ -178,21 +247,36 @@ NSDictionary Client::attributed_stringWithPDF(bool attributed, const NSData& pdf
 NSDictionary Client::imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString& file,
                                                                            bool stringFromPDF,
                                                                            bool canUseSpotlight) {
-    return implementation_->perform(Effect::reads, [=, path = absolutePath(file)](KelvoImExport& service) {
+    const NSString path = absolutePath(file);
+    return implementation_->perform(Operation::imageWithContentsOfFile, path, [&](KelvoImExport& service) {
         return service.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(path, stringFromPDF,
                                                                              canUseSpotlight);
     });
 }
 
 NSData Client::PDFImageRepOfFile(const NSString& file) {
-    return implementation_->perform(Effect::reads, [path = absolutePath(file)](KelvoImExport& service) {
-        return service.PDFImageRepOfFile(path);
-    });
+    const NSString path = absolutePath(file);
+    return implementation_->perform(Operation::PDFImageRepOfFile, path,
+                                    [&](KelvoImExport& service) { return service.PDFImageRepOfFile(path); });
+}
+
+std::optional<RequestRecord> Client::outcomeOfLastRequest() const {
+    return implementation_->outcomeOfLatest();
+}
+
+std::vector<RequestRecord> Client::recentRequests(std::size_t most) {
+    const auto ledger = serviceLedger();
+    if (!ledger)
+        throw ClientError(ClientError::Kind::notThere, u"No service has written anything down.");
+    return ledger->latestRecords(most);
 }
 
 ServiceStatus Client::status() {
     implementation_->service(false);
-    return statusOfProcess(implementation_->connection->peerProcessIdentifier());
+    ServiceStatus status = statusOfProcess(implementation_->connection->peerProcessIdentifier());
+    if (const auto ledger = serviceLedger())
+        status.engines = ledger->engines();
+    return status;
 }
 
 } // namespace kelvo

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <optional>
 #include <vector>
@@ -70,6 +71,13 @@ protected:
     Client client{session.options()};
 
     NSDictionary tell(const char16_t* what) { return client.metaDataForFile(what); }
+    /// Address space that is never touched: the length alone decides.
+    const std::span<const std::uint8_t> overlong{
+        static_cast<const std::uint8_t*>(mmap(nullptr, NSConnection::fieldLimitInBytes, PROT_READ,
+                                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)),
+        NSConnection::fieldLimitInBytes};
+    ~ClientTest() override { munmap(const_cast<std::uint8_t*>(overlong.data()), overlong.size()); }
+
     void expectService() { EXPECT_EQ(tell(u"/still there").objectForKey(u"file").string(), u"/still there"); }
 };
 
@@ -98,17 +106,11 @@ TEST_F(ClientTest, ReportsWhatTheOperationThrew) {
 }
 
 TEST_F(ClientTest, RefusesWhatTheWireCannotCarryAndGoesOn) {
-    // Address space that is never touched: the length alone decides.
-    const std::size_t length = NSConnection::fieldLimitInBytes;
-    void* const pages = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    ASSERT_NE(pages, MAP_FAILED);
-    const std::span bytes(static_cast<const std::uint8_t*>(pages), length);
     EXPECT_EQ(kindOfError([&] {
-                  client.attributed_stringWithPDF(false, NSData::dataWithBytesNoCopy(bytes, nullptr));
+                  client.attributed_stringWithPDF(false, NSData::dataWithBytesNoCopy(overlong, nullptr));
               }),
               Kind::failed);
     EXPECT_EQ(kindOfError([&] { client.PDFImageRepOfFile(u"/536870912"); }), Kind::failed);
-    munmap(pages, length);
     EXPECT_TRUE(tell(u"/deep 500").objectForKey(u"deep").isArray());
     EXPECT_EQ(kindOfError([&] { tell(u"/deep 513"); }), Kind::failed);
     expectService();
@@ -142,6 +144,102 @@ TEST_F(ClientTest, ReportsDeathInACallThatWrites) {
     killer.get();
     expectService();
     EXPECT_NE(client.status().processIdentifier, first);
+}
+
+TEST_F(ClientTest, TellsWhatBecameOfTheLatestRequest) {
+    EXPECT_FALSE(client.outcomeOfLastRequest());
+    const NSString file = NSString::stringWithUTF8String(
+        session.folder().write("told", "note 4 the document is encrypted\nuse reader 1.5 4096\nnil\n"));
+    const auto read = [&] { client.attributedStringWithContentsOfFile(file); };
+    read();
+    const auto locked = client.outcomeOfLastRequest();
+    ASSERT_TRUE(locked);
+    EXPECT_GT(locked->sequence, 0u);
+    EXPECT_EQ(locked->path, file);
+    EXPECT_EQ(locked->outcome, Outcome::locked);
+    EXPECT_EQ(locked->sentence, u"the document is encrypted");
+    EXPECT_EQ(locked->engine, u"reader");
+
+    const struct {
+        const char* name;
+        std::function<void()> ask;
+        Outcome outcome;
+        const char16_t* sentence;
+    } rows[] = {
+        {"answer", [&] { tell(u"/x"); }, Outcome::answered, nullptr},
+        {"throws", [&] { tell(u"/throw"); }, Outcome::broken, u"Thrown: as told"},
+        {"late",
+         [&] {
+             client.setTimeout(0.2);
+             tell(u"/sleep 0.6");
+         },
+         Outcome::timedOut, u"no answer within 0.2 seconds"},
+        {"dies",
+         [&] {
+             client.setTimeout(10);
+             tell(u"/die");
+         },
+         Outcome::crashed, sentenceOfEndedService},
+        {"cannot be sent",
+         [&] { client.attributed_stringWithPDF(false, NSData::dataWithBytesNoCopy(overlong, nullptr)); },
+         Outcome::broken, nullptr},
+    };
+    for (const auto& row : rows) {
+        errorOf(row.ask);
+        const auto found = client.outcomeOfLastRequest();
+        ASSERT_TRUE(found) << row.name;
+        EXPECT_TRUE(found->isCompleted) << row.name;
+        EXPECT_EQ(found->outcome, row.outcome) << row.name;
+        if (row.sentence || row.outcome == Outcome::answered) {
+            EXPECT_EQ(found->sentence, NSString(row.sentence)) << row.name;
+        }
+    }
+    const auto latest = client.outcomeOfLastRequest();
+    EXPECT_EQ(latest->token, 0u) << "it was not sent, and is not the one before";
+    EXPECT_EQ(latest->operation, 6);
+    EXPECT_FALSE(latest->sentence.isNil());
+}
+
+TEST_F(ClientTest, OutcomeGoesByTheResultWhenNothingIsWrittenDown) {
+    setenv("REHEARSAL_WITHOUT_LEDGER", "1", 1);
+    expectService();
+    unsetenv("REHEARSAL_WITHOUT_LEDGER");
+    EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::answered);
+    client.PDFImageRepOfFile(nullptr);
+    EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::unsupported);
+    errorOf([&] { tell(u"/throw"); });
+    EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::broken);
+    EXPECT_EQ(client.outcomeOfLastRequest()->sequence, 0u);
+    EXPECT_EQ(kindOfError([] { Client::recentRequests(1); }), Kind::notThere);
+}
+
+TEST_F(ClientTest, KilledServiceLeavesTheRequestThatItWasAtWorkOn) {
+    const pid_t first = (expectService(), client.status().processIdentifier);
+    auto asking = std::async(std::launch::async, [this] {
+        Client own(session.options(false));
+        errorOf([&] { own.metaDataForFile(u"/sleep 30"); });
+        return own.outcomeOfLastRequest();
+    });
+    const auto latest = [] {
+        const auto found = Client::recentRequests(1);
+        return found.empty() ? RequestRecord() : found.front();
+    };
+    tests::waitUntil([&] { return latest().path == u"/sleep 30"; });
+    EXPECT_FALSE(latest().isCompleted);
+    ServiceSession::end(first);
+    const auto outcome = asking.get();
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->outcome, Outcome::crashed);
+    EXPECT_EQ(outcome->sentence, sentenceOfEndedService);
+    EXPECT_FALSE(latest().isCompleted) << "nobody has gone on with the ledger yet";
+    expectService();
+    const auto both = Client::recentRequests(2);
+    ASSERT_EQ(both.size(), 2u);
+    EXPECT_EQ(both[0].path, u"/sleep 30");
+    EXPECT_EQ(both[0].outcome, Outcome::crashed);
+    EXPECT_EQ(both[0].sentence, sentenceOfEndedService);
+    EXPECT_EQ(both[1].sequence, both[0].sequence + 1);
+    EXPECT_EQ(both[1].token, client.outcomeOfLastRequest()->token);
 }
 
 TEST_F(ClientTest, AnswersConversationsOneAfterTheOther) {

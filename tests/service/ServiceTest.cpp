@@ -9,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
 
 namespace kelvo {
 namespace {
@@ -130,6 +132,63 @@ TEST_F(ServiceTest, ReadsDocuments) {
     EXPECT_TRUE(answer(tests::smallPNG()).isNil());
     EXPECT_TRUE(answer(tests::openDocument("<text:p/>", tests::Encryption::claimed)).isNil());
     EXPECT_TRUE(client.attributedStringWithContentsOfFile(nullptr).isNil());
+}
+
+TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
+    const tests::TemporaryFolder folder;
+    const auto file = [&](const std::string& contents) {
+        return NSString::stringWithUTF8String(folder.write("file", contents));
+    };
+    const NSString missing = u"/nonexistent/x";
+    const NSData words = NSData::dataWithBytes("words");
+    const auto read = [&](const NSString& path) { client.attributedStringWithContentsOfFile(path); };
+    const auto archive = [&](const NSString& path) { client.searchableTextOfWebArchive(path); };
+    const auto write = [&](const NSData& data, const NSString& path) {
+        client.writeRTFDData_toFile(data, path);
+    };
+    const NSData rtfd =
+        client.attributedStringWithContentsOfFile(file("text")).objectForKey(ResultRtfdKey).data();
+    const struct {
+        const char* name;
+        std::function<void()> ask;
+        Outcome outcome;
+        const char16_t* sentence;
+    } rows[] = {
+        {"document", [&] { read(file("text")); }, Outcome::answered, nullptr},
+        {"missing document", [&] { read(missing); }, Outcome::nothing, u"there is no such file"},
+        {"page", [&] { client.RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, false); },
+         Outcome::nothing, u"no page could be made of it"},
+        {"archive", [&] { archive(file("MIME-Version: 1.0\nContent-Type: text/html\n\n<p>text")); },
+         Outcome::answered, nullptr},
+        {"archive without text", [&] { archive(file("MIME-Version: 1.0\nContent-Type: text/html\n\n<p>")); },
+         Outcome::nothing, u"it has no text, or is no web archive that can be read"},
+        {"missing archive", [&] { archive(missing); }, Outcome::nothing, u"there is no such file"},
+        {"written", [&] { write(rtfd, NSString::stringWithUTF8String(folder.path("x.rtfd"))); },
+         Outcome::answered, nullptr},
+        {"no rich text", [&] { write(words, NSString::stringWithUTF8String(folder.path("y.rtfd"))); },
+         Outcome::broken, u"the data is no rich text that can be read"},
+        {"no folder", [&] { write(rtfd, missing); }, Outcome::nothing, u"there is no such folder"},
+        {"metadata", [&] { client.metaDataForFile(missing); }, Outcome::unsupported,
+         u"the service has no engine for this operation yet"},
+        {"PDF", [&] { client.attributed_stringWithPDF(true, words); }, Outcome::unsupported,
+         u"the service has no engine for this operation yet"},
+    };
+    for (const auto& row : rows) {
+        row.ask();
+        const auto record = client.outcomeOfLastRequest();
+        ASSERT_TRUE(record) << row.name;
+        EXPECT_GT(record->sequence, 0u) << row.name;
+        EXPECT_EQ(record->outcome, row.outcome) << row.name;
+        EXPECT_EQ(record->sentence, NSString(row.sentence)) << row.name << record->sentence.UTF8String();
+        EXPECT_GT(record->milliseconds, 0) << row.name;
+    }
+    struct stat facts;
+    ASSERT_EQ(stat((session.socketPath() + ".ledger").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 07777, 0600u);
+    const auto recent = Client::recentRequests(2);
+    ASSERT_EQ(recent.size(), 2u);
+    EXPECT_EQ(recent.front().path, missing);
+    EXPECT_EQ(recent.back().byteCount, 5u);
 }
 
 TEST_F(ServiceTest, TellsItsStatusFromOutside) {

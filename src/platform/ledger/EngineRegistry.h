@@ -8,8 +8,8 @@ namespace kelvo {
 
 class RequestLedger;
 
-// Which engines run, for whoever asks from outside (EngineFacts). It is kept in the thread's ledger, and nowhere when it
-// has none.
+// Which engines run, for whoever asks from outside (LedgerReader::engines). It is kept in the thread's ledger, and nowhere
+// when it has none.
 
 /// `layers` names what shuts the engine in ("landlock, seccomp, no network, limits"). Of engines past the eighth nothing
 /// is said.

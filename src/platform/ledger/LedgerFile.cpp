@@ -124,4 +124,9 @@ RequestRecord requestRecord(const Record& record) {
     return result;
 }
 
+EngineFacts engineFacts(const EngineSlot& slot) {
+    return {stringOf(textOf(slot.name, slot.nameLength, sizeof slot.name)), slot.process,
+            stringOf(textOf(slot.layers, slot.layersLength, sizeof slot.layers))};
+}
+
 } // namespace kelvo::ledger

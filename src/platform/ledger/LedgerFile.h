@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ledger/EngineFacts.h"
 #include "platform/ledger/LedgerLayout.h"
 #include "platform/ledger/RequestRecord.h"
 
@@ -15,7 +16,8 @@ File* mappedFile(const std::string& path);
 /// Whether it is a header of this layout.
 bool isOwn(const Header& header);
 
-/// The record for callers. Takes anything: lengths and numbers out of range are brought into it.
+// For callers. They take anything: lengths and numbers out of range are brought into it.
 RequestRecord requestRecord(const Record& record);
+EngineFacts engineFacts(const EngineSlot& slot);
 
 } // namespace kelvo::ledger

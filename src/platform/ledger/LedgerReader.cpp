@@ -102,9 +102,7 @@ std::vector<EngineFacts> LedgerReader::engines() const {
         if (!readAtRest(file_.get(), offsetof(ledger::File, engines) + index * sizeof slot, slot) ||
             slot.process <= 0 || (kill(slot.process, 0) != 0 && errno == ESRCH))
             continue;
-        found.push_back(
-            {std::string(slot.name, std::min<std::size_t>(slot.nameLength, sizeof slot.name)), slot.process,
-             std::string(slot.layers, std::min<std::size_t>(slot.layersLength, sizeof slot.layers))});
+        found.push_back(ledger::engineFacts(slot));
     }
     return found;
 }

@@ -1,23 +1,15 @@
 #pragma once
 
 #include "platform/foundation/FileIO.h"
+#include "platform/ledger/EngineFacts.h"
 #include "platform/ledger/RequestRecord.h"
-
-#include <sys/types.h>
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
-
-/// An engine that runs.
-struct EngineFacts {
-    std::string name;
-    pid_t process = 0;
-    /// What shuts it in; empty when nothing does.
-    std::string layers;
-};
 
 /// Reads a service's ledger from outside, while the service goes on writing to it. A record is given as it stood at some
 /// moment, never half of it.
@@ -30,7 +22,7 @@ public:
     std::optional<RequestRecord> recordOfToken(std::uint64_t token) const;
     /// The latest, at most so many, in the order in which they began.
     std::vector<RequestRecord> latestRecords(std::size_t most) const;
-    /// Those of them that have not ended.
+    /// Those that the service has noted and that have not ended.
     std::vector<EngineFacts> engines() const;
 
 private:

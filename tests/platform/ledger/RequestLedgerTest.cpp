@@ -429,7 +429,8 @@ TEST_F(RequestLedgerTest, ListsTheEnginesThatRun) {
     const auto listed = [this] {
         std::string text;
         for (const EngineFacts& engine : LedgerReader::open(path)->engines())
-            text += engine.name + "=" + engine.layers + (engine.process == getpid() ? " own;" : ";");
+            text += engine.name.UTF8String() + "=" + engine.layers.UTF8String() +
+                    (engine.processIdentifier == getpid() ? " own;" : ";");
         return text;
     };
     noteEngineStarted("nowhere", getpid(), "");
