@@ -5,6 +5,7 @@
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/ReadDocumentCommand.h"
+#include "cli/RecordView.h"
 #include "cli/RichTextOutput.h"
 #include "cli/Session.h"
 #include "cli/ShowCommand.h"
@@ -55,7 +56,7 @@ bool givesRichText(Operation operation) {
 
 void print(Session& session, const Value& result, const WrittenBytes& written) {
     if (session.options().printsJSON)
-        session.output().write(lineOfJSON(result, written));
+        session.printJSON(result, written);
     else
         session.output().write(textOfResult(result, written, session.output()));
 }
@@ -67,8 +68,7 @@ ExitStatus runWriteRTFD(Session& session, const std::string& dataFile, const std
                                : writePackage(session, rtfd, destination);
     if (session.options().printsJSON)
         print(session, NSNumber::numberWithBool(isWritten), {});
-    return isWritten ? ExitStatus::answered
-                     : session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(destination));
+    return isWritten ? ExitStatus::answered : session.complainOfNoAnswer(printableFileName(destination));
 }
 
 ExitStatus runOperation(Session& session, Operation operation, const std::string& file) {
@@ -84,10 +84,12 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
         writesRichText ? requireRichTextWritable(*options.output) : requireWritable(*options.output);
 
     const Value result = session.ask(request, kindOfFile(request.file), subject);
+    if (options.listsRefused)
+        session.listRefused(subject);
     if (isNoAnswer(result)) {
         if (options.printsJSON)
             print(session, result, {});
-        return session.complainOfNoAnswer(operation, subject);
+        return session.complainOfNoAnswer(subject);
     }
     WrittenBytes written;
     ExitStatus status = ExitStatus::answered;
@@ -103,8 +105,7 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
             else
                 writeOutput(*options.output, bytes, session.output());
             if (bytes.isNil())
-                status =
-                    session.complainOfNoAnswer(Operation::writeRTFDData, printableFileName(*options.output));
+                status = session.complainOfNoAnswer(printableFileName(*options.output));
             else
                 written = {bytes, *options.output};
         }
@@ -130,6 +131,13 @@ ExitStatus runStatus(Session& session) {
         facts.setObject_forKey(NSNumber::numberWithLongLong(static_cast<std::int64_t>(status.residentBytes)),
                                u"residentBytes");
         facts.setObject_forKey(status.version.isNil() ? Value(NSNull()) : Value(status.version), u"version");
+        NSMutableArray engines = NSMutableArray::array();
+        for (const EngineFacts& engine : status.engines)
+            engines.addObject(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                {{engine.name, u"name"},
+                 {NSNumber::numberWithLongLong(engine.processIdentifier), u"processIdentifier"},
+                 {engine.layers.isNil() ? NSString::string() : engine.layers, u"layers"}}));
+        facts.setObject_forKey(engines, u"engines");
         session.output().write(lineOfJSON(facts));
         return ExitStatus::answered;
     }
@@ -138,13 +146,24 @@ ExitStatus runStatus(Session& session) {
                                        printableUptime(status.uptimeSeconds),
                                        printableByteCount(status.residentBytes),
                                        status.version.isNil() ? "unknown" : printable(status.version)));
+    for (const EngineFacts& engine : status.engines)
+        session.output().write(fmt::format("Engine   {}, process {}: {}\n", printable(engine.name),
+                                           engine.processIdentifier,
+                                           engine.layers.isNil() ? "not shut in" : printable(engine.layers)));
+    return ExitStatus::answered;
+}
+
+ExitStatus runRecent(Session& session, std::size_t count) {
+    for (const RequestRecord& record : session.recentRequests(count))
+        session.output().write(session.options().printsJSON ? lineOfJSON(valueOfRecord(record))
+                                                            : lineOfRecord(record));
     return ExitStatus::answered;
 }
 
 ExitStatus runSubject(Session& session) {
     const Options& options = session.options();
     if (std::holds_alternative<Status>(options.subject))
-        return runStatus(session);
+        return options.recentCount ? runRecent(session, *options.recentCount) : runStatus(session);
     if (std::holds_alternative<Show>(options.subject))
         return runShow(session, options.files);
     if (std::holds_alternative<HTMLToText>(options.subject))
@@ -174,7 +193,7 @@ ExitStatus runCommand(int argumentCount, const char* const* arguments, Output& o
                 status = runSubject(session);
             } catch (const CommandError& error) {
                 if (options->printsJSON && error.status() != ExitStatus::usage)
-                    output.write("null\n");
+                    session.printJSON(nullptr);
                 session.complain(error.what());
                 status = error.status();
             }

@@ -10,6 +10,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace kelvo::cli {
 namespace {
@@ -27,10 +29,12 @@ meant; a file of that name is "./-", and a file whose name begins with "-" comes
 
 Exit status (with several files the largest):
   0  answered
-  1  the service answered nil: it can make nothing of the file, or does not have that operation yet
+  1  the service answered nil: what became of the file is said in a word and a sentence
   2  the command line makes no sense
   3  the service could not be reached, failed, died or took too long
   4  a file could not be read or written)";
+
+constexpr std::size_t usualRecentCount = 20;
 
 /// Builds the parser; each add… function is one subcommand.
 class Parser {
@@ -112,6 +116,7 @@ private:
         CLI::App& subcommand =
             add(std::string(subcommandOfOperation(operation)), description, Subject(operation), footer);
         addTimeout(subcommand);
+        addOutcome(subcommand);
         return subcommand;
     }
 
@@ -121,6 +126,13 @@ private:
                         "Wait so long for an answer (15, for HTML and PDF 75, unless given)")
             ->type_name("SECONDS")
             ->check(CLI::Range(0.001, 1e6).description(""));
+    }
+
+    void addOutcome(CLI::App& subcommand) {
+        subcommand
+            .add_flag("--outcome", options_.printsOutcome,
+                      "Print behind the answer what became of the request, as JSON")
+            ->needs("--json");
     }
 
     void addFile(CLI::App& subcommand, const std::string& description) {
@@ -149,6 +161,7 @@ Examples:
   plumwick show --json picture.png | python3 -m json.tool)");
         addFiles(subcommand, "Files of any kind");
         addTimeout(subcommand);
+        addOutcome(subcommand);
     }
 
     void addMetaData() {
@@ -178,6 +191,8 @@ Examples:
             ->type_name("URL");
         subcommand.add_flag("--allow-remote", options_.allowsRemoteRequest,
                             "Let the page load from the network");
+        subcommand.add_flag("--refused", options_.listsRefused,
+                            "List what the page was not let load, on standard error");
         addOutput(subcommand, "Where the RTFD goes; - writes standard output");
     }
 
@@ -292,12 +307,21 @@ Examples:
     }
 
     void addStatus() {
-        add("status", "Print the name, process, age, memory and version of the running service", Status(),
-            R"(Never starts a service; the exit status is 3 when none runs.
+        CLI::App& subcommand = add(
+            "status", "Print the name, process, age, memory, version and engines of the running service",
+            Status(),
+            R"(Never starts a service and asks none; the exit status is 3 when none runs. With --recent what the service has written
+down of its latest requests is printed instead, the newest last: time, operation, outcome, milliseconds, file and a
+sentence. That is there also when no service runs any more; "begun" is what one was at work on when it ended.
 
 Examples:
   plumwick status
-  plumwick status --json)");
+  plumwick status --json
+  plumwick status --recent 50)");
+        subcommand
+            .add_option("--recent", recent_, "Print the latest N requests, 20 unless given, of up to 512")
+            ->type_name("[N]")
+            ->expected(0, 1);
     }
 
     void finish() {
@@ -312,6 +336,7 @@ Examples:
                 refuse("--base-url: " + baseURL_ + " is not an absolute URL");
         }
         const Operation* const operation = std::get_if<Operation>(&options_.subject);
+        readRecent();
         if (!charset_.empty()) {
             options_.charset = NSString::stringByRepairingUTF8String(charset_);
             if (charset2NSStringEncoding(options_.charset) == kCFStringEncodingInvalidId)
@@ -338,6 +363,21 @@ Examples:
             refuse("--json and -o - cannot both go to standard output");
     }
 
+    void readRecent() {
+        if (!recent_)
+            return;
+        if (recent_->empty()) {
+            options_.recentCount = usualRecentCount;
+            return;
+        }
+        std::size_t count = 0;
+        const char* const end = recent_->data() + recent_->size();
+        const auto [rest, error] = std::from_chars(recent_->data(), end, count);
+        if (error != std::errc() || rest != end || count == 0)
+            refuse("--recent: " + *recent_ + " is not a number of requests");
+        options_.recentCount = count;
+    }
+
     CLI::App app_{
         "Asks the conversion service on this machine what is in files: their metadata, text, pictures.",
         "plumwick"};
@@ -345,6 +385,7 @@ Examples:
     std::string file_;
     std::string baseURL_;
     std::string charset_;
+    std::optional<std::string> recent_;
     bool refusesImporters_ = false;
 };
 

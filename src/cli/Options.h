@@ -4,6 +4,7 @@
 #include "platform/foundation/NSURL.h"
 #include "protocol/Operations.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <variant>
@@ -41,6 +42,11 @@ struct Options {
     NSString charset;
     bool wantsSource = false;
     bool printsJSON = false;
+    /// Behind each answer in JSON, what became of the request.
+    bool printsOutcome = false;
+    bool listsRefused = false;
+    /// The latest requests in place of the status.
+    std::optional<std::size_t> recentCount;
     std::optional<double> timeoutSeconds;
 };
 

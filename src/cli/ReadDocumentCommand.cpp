@@ -16,7 +16,7 @@ ExitStatus runReadDocument(Session& session, const std::string& file) {
     request.file = pathOfFile(file);
     const Value result = session.ask(request, kindOfFile(request.file), subject);
     if (isNoAnswer(result))
-        return session.complainOfNoAnswer(request.operation, subject);
+        return session.complainOfNoAnswer(subject);
     const NSString text = textOfRichText(result.dictionary().objectForKey(ResultRtfdKey).data());
     if (text.isEmpty()) {
         session.complain(subject + ": is a document without text");

@@ -1,6 +1,8 @@
 #include "cli/Session.h"
 
 #include "cli/Printable.h"
+#include "cli/RecordView.h"
+#include "platform/ledger/RequestNotes.h"
 
 #include <fmt/format.h>
 
@@ -12,19 +14,35 @@ auto Session::translatingErrors(const std::string& subject, Call call) {
         return call();
     } catch (const ClientError& error) {
         isReachable_ = error.kind() != ClientError::Kind::notThere;
-        const std::string reason = printable(NSString::stringByRepairingUTF8String(error.what()));
+        learnOutcome();
+        if (!isReachable_)
+            throw CommandError(ExitStatus::service, printable(error.reason()));
         throw CommandError(ExitStatus::service,
-                           isReachable_ ? fmt::format("{}: {}", subject, reason) : printable(error.reason()));
+                           subject + ": " +
+                               (outcome_ ? outcomeOfRecord(*outcome_)
+                                         : printable(NSString::stringByRepairingUTF8String(error.what()))));
     }
 }
 
 Value Session::ask(const Request& request, FileKind kind, const std::string& subject) {
     client_.setTimeout(options_.timeoutSeconds.value_or(defaultTimeout(request.operation, kind)));
-    return translatingErrors(subject, [&] { return perform(client_, request); });
+    const Value result = translatingErrors(subject, [&] { return perform(client_, request); });
+    learnOutcome();
+    return result;
+}
+
+void Session::learnOutcome() {
+    const auto latest = client_.outcomeOfLastRequest();
+    if (latest && (!outcome_ || latest->outcome != Outcome::answered))
+        outcome_ = latest;
 }
 
 ServiceStatus Session::status() {
     return translatingErrors("status", [&] { return client_.status(); });
+}
+
+std::vector<RequestRecord> Session::recentRequests(std::size_t most) {
+    return translatingErrors("status", [most] { return Client::recentRequests(most); });
 }
 
 bool Session::isServiceRunning() {
@@ -36,6 +54,12 @@ bool Session::isServiceRunning() {
     }
 }
 
+void Session::printJSON(const Value& result, const WrittenBytes& written) {
+    output_.write(lineOfJSON(result, written));
+    if (options_.printsOutcome)
+        output_.write(lineOfJSON(outcome_ ? Value(valueOfRecord(*outcome_)) : Value()));
+}
+
 void Session::complain(const std::string& sentence) {
     // In the order in which things happened, when both go to one place.
     output_.flush();
@@ -43,16 +67,22 @@ void Session::complain(const std::string& sentence) {
     errors_.flush();
 }
 
-ExitStatus Session::complainOfNoAnswer(Operation operation, const std::string& subject) {
-    if (hasEngine(operation))
-        complain(fmt::format("{}: {}", subject,
-                             operation == Operation::writeRTFDData ? "could not be written by the service"
-                                                                   : "the service answered nil"));
-    else
-        complain(fmt::format("{}: {} does not work yet, the service has no engine for it and answered {}",
-                             subject, subcommandOfOperation(operation),
-                             operation == Operation::writeRTFDData ? "false" : "nil"));
+ExitStatus Session::complainOfNoAnswer(const std::string& subject) {
+    const bool isTold = outcome_ && outcome_->outcome != Outcome::answered;
+    complain(subject + ": " +
+             (isTold ? outcomeOfRecord(*outcome_) : "broken: the data is no rich text that can be read"));
     return ExitStatus::noAnswer;
+}
+
+void Session::listRefused(const std::string& subject) {
+    if (!outcome_)
+        return;
+    output_.flush();
+    for (const NSString& address : outcome_->refusedAddresses)
+        errors_.write(printable(address) + "\n");
+    if (outcome_->refusedAddresses.size() == RequestNotes::mostRefusedAddresses)
+        complain(fmt::format("{}: {} loads were refused; of their addresses the first {} are known", subject,
+                             outcome_->refusedLoadCount, outcome_->refusedAddresses.size()));
 }
 
 ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
@@ -62,11 +92,12 @@ ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
         const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
         if (isHeaded)
             session.output().write(session.output().styled(Style::strong, printableFileName(file)) + "\n");
+        session.forgetOutcome();
         try {
             status = worse(status, run(file));
         } catch (const CommandError& error) {
             if (session.options().printsJSON)
-                session.output().write("null\n");
+                session.printJSON(nullptr);
             session.complain(error.what());
             status = worse(status, error.status());
             if (!session.isReachable())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/ExitStatus.h"
+#include "cli/JSONView.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/Request.h"
@@ -8,6 +9,7 @@
 #include <plumwick/Client.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,15 +29,27 @@ public:
     /// failure to reach any service isReachable() is false, and asking again makes no sense.
     Value ask(const Request& request, FileKind kind, const std::string& subject);
     ServiceStatus status();
+    std::vector<RequestRecord> recentRequests(std::size_t most);
     bool isServiceRunning();
     bool isReachable() const noexcept { return isReachable_; }
 
+    /// What became of the requests since it was forgotten last: of the first, or of a later one that had no answer.
+    const std::optional<RequestRecord>& outcome() const noexcept { return outcome_; }
+    /// Before the work on the next file.
+    void forgetOutcome() { outcome_.reset(); }
+
+    /// The result as a line of JSON, and as options say behind it one of what became of the request, null when there was
+    /// none.
+    void printJSON(const Value& result, const WrittenBytes& written = {});
     /// One line on standard error.
     void complain(const std::string& sentence);
-    /// On an answer of nil or false: that, and whether the service can do it at all. Gives the status.
-    ExitStatus complainOfNoAnswer(Operation operation, const std::string& subject);
+    /// On an answer of nil or false, and on rich text that the command itself could not read: why. Gives the status.
+    ExitStatus complainOfNoAnswer(const std::string& subject);
+    /// What the page was not let load, an address a line on standard error.
+    void listRefused(const std::string& subject);
 
 private:
+    void learnOutcome();
     template <typename Call>
     auto translatingErrors(const std::string& subject, Call call);
 
@@ -43,6 +57,7 @@ private:
     Output& output_;
     Output& errors_;
     Client client_;
+    std::optional<RequestRecord> outcome_;
     bool isReachable_ = true;
 };
 

@@ -4,6 +4,7 @@
 #include "cli/JSONView.h"
 #include "cli/KindFacts.h"
 #include "cli/Printable.h"
+#include "cli/RecordView.h"
 #include "cli/RichTextView.h"
 #include "cli/Session.h"
 #include "cli/TextView.h"
@@ -32,6 +33,7 @@ struct Answer {
     double milliseconds = 0;
     bool startedService = false;
     std::optional<std::string> failure;
+    std::optional<RequestRecord> record;
 };
 
 std::vector<Operation> operationsForKind(FileKind kind) {
@@ -134,6 +136,7 @@ private:
         answer.startedService = !isFirstDone_ && !session_.isServiceRunning();
         isFirstDone_ = true;
         const auto begin = std::chrono::steady_clock::now();
+        session_.forgetOutcome();
         try {
             answer.result = session_.ask(request, kind, subject);
         } catch (const CommandError& error) {
@@ -142,6 +145,7 @@ private:
         }
         answer.milliseconds =
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+        answer.record = session_.outcome();
         return answer;
     }
 
@@ -176,16 +180,16 @@ private:
         const Output& output = session_.output();
         if (answer.failure)
             return output.styled(Style::failure, *answer.failure);
-        if (!isNoAnswer(answer.result)) {
+        if (answer.result.isData() || answer.result.dictionary().count() > 0) {
             if (answer.result.isData())
                 return printableByteCount(answer.result.data().length());
             const std::size_t count = answer.result.dictionary().count();
-            if (count == 0)
-                return "nothing found";
             return fmt::format("{} {}", count, count == 1 ? "entry" : "entries");
         }
         if (hasEngine(answer.operation))
-            return "no answer (nil)";
+            return answer.record && answer.record->outcome != Outcome::answered
+                       ? outcomeOfRecord(*answer.record)
+                       : "nothing found";
         missing_.insert(answer.operation);
         return output.styled(Style::warning, "not working yet");
     }
@@ -233,6 +237,8 @@ private:
             if (answer.failure)
                 row.setObject_forKey(NSString::stringByRepairingUTF8String(*answer.failure), u"failure");
             row.setObject_forKey(answer.result.isNil() ? Value(NSNull()) : answer.result, u"result");
+            if (session_.options().printsOutcome && answer.record)
+                row.setObject_forKey(valueOfRecord(*answer.record), u"outcome");
             operations.addObject(row);
         }
         NSMutableDictionary facts = NSMutableDictionary::dictionary();

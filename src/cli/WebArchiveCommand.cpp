@@ -1,7 +1,6 @@
 #include "cli/WebArchiveCommand.h"
 
 #include "cli/Files.h"
-#include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
 #include "protocol/ResultKeys.h"
@@ -18,15 +17,10 @@ ExitStatus runWebArchive(Session& session, const std::string& file) {
     const Value result = session.ask(request, kindOfFile(request.file), subject);
     Output& output = session.output();
     if (options.printsJSON)
-        output.write(lineOfJSON(result));
-    if (isNoAnswer(result))
-        return session.complainOfNoAnswer(request.operation, subject);
-
+        session.printJSON(result);
     const NSDictionary dictionary = result.dictionary();
-    if (dictionary.count() == 0) {
-        session.complain(subject + ": has no text, or is no web archive that can be read");
-        return ExitStatus::noAnswer;
-    }
+    if (dictionary.count() == 0)
+        return session.complainOfNoAnswer(subject);
     if (options.printsJSON)
         return ExitStatus::answered;
     const NSString text =

@@ -350,6 +350,107 @@ TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
               0u);
 }
 
+TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
+    files.write("letter.odt", "note 4 the document is \x1B encrypted\nnil\n");
+    files.write("cut.odt", "throw the table is cut off");
+    files.write("late.odt", "sleep 0.6");
+    files.write("nothing.odt", "nil");
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        const char* said;
+    } rows[] = {
+        {{"read-document", "letter.odt"}, 1, "letter.odt: locked: the document is \\x1B encrypted"},
+        {{"read-document", "letter.odt", "-o", "x"},
+         1,
+         "letter.odt: locked: the document is \\x1B encrypted"},
+        {{"read-document", "nothing.odt"}, 1, "nothing.odt: nothing: it is no document that can be read"},
+        {{"read-document", "cut.odt"}, 3, "cut.odt: broken: the table is cut off"},
+        {{"read-document", "late.odt", "--timeout", "0.2"},
+         3,
+         "late.odt: timed out: no answer within 0.2 seconds"},
+        {{"web-archive", "text.zzz"}, 1, "text.zzz: is a web archive without text"},
+        {{"write-rtfd", "text.zzz", "x.rtf"}, 1, "x.rtf: broken: the data is no rich text that can be read"},
+    };
+    for (const auto& row : rows) {
+        const Outcome outcome = plumwick(row.arguments);
+        EXPECT_EQ(outcome.status, row.status) << row.said;
+        EXPECT_EQ(outcome.errors, "plumwick: "s + row.said + "\n");
+    }
+    const Outcome shown = plumwick({"show", "letter.odt", "nothing.odt"});
+    EXPECT_EQ(shown.status, 0) << shown.errors;
+    for (const char* said : {"locked: the document is \\x1B encrypted", "nothing: it is no document"})
+        EXPECT_NE(shown.output.find(said), std::string::npos) << shown.output;
+}
+
+TEST_F(CommandAnswersTest, PrintTheOutcomeBehindTheAnswer) {
+    files.write("letter.odt",
+                "note 4 the document is encrypted\nuse reader 1.5 4096\nrefuse http://a/\nnil\n");
+    files.write("page", "refuse http://\x1B/\nrefuse http://b/\nrefuse http://b/\n");
+    files.write("bad page", "refuse http://1/\nrefuse http://2/\nrefuse http://3/\nrefuse http://4/\n"
+                            "refuse http://5/\nrefuse http://6/\nrefuse http://7/\nrefuse http://8/\n"
+                            "refuse http://9/\nnil\n");
+    const auto linesOf = [](const std::string& text) { return std::ranges::count(text, '\n'); };
+    const std::string locked = plumwick({"read-document", "--json", "--outcome", "letter.odt"}).output;
+    EXPECT_EQ(locked.find("null\n{\"sequence\":"), 0u) << locked;
+    for (const char* part :
+         {R"("operation":"read-document")", R"("file":")", R"("outcome":"locked")",
+          R"("sentence":"the document is encrypted")", R"("engine":"reader")", R"("enginePeakBytes":4096)",
+          R"("engineCPUMilliseconds":1.5)", R"("refusedLoads":1,"refusedAddresses":["http://a/"])"})
+        EXPECT_NE(locked.find(part), std::string::npos) << locked;
+    const std::string several =
+        plumwick({"metadata", "--json", "--outcome", "page", "missing", "page"}).output;
+    EXPECT_EQ(linesOf(several), 6) << several;
+    EXPECT_NE(several.find("\nnull\nnull\n"), std::string::npos) << "nobody was asked: " << several;
+    const std::string shown = plumwick({"show", "--json", "--outcome", "letter.odt"}).output;
+    EXPECT_EQ(linesOf(shown), 1);
+    EXPECT_NE(shown.find(R"("result":null,"outcome":{"sequence":)"), std::string::npos) << shown;
+    EXPECT_EQ(plumwick({"metadata", "--outcome", "page"}).status, 2) << "that is for JSON";
+
+    const Outcome page = plumwick({"html-to-rtfd", "page", "--refused", "-o", "-"});
+    EXPECT_EQ(page.status, 0);
+    EXPECT_EQ(page.errors, "http://\\x1B/\nhttp://b/\n");
+    const Outcome bad = plumwick({"html-to-rtfd", "bad page", "--refused", "-o", "x"});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(linesOf(bad.errors), 10) << bad.errors;
+    EXPECT_NE(bad.errors.find("bad page: 9 loads were refused; of their addresses the first 8"),
+              std::string::npos);
+}
+
+TEST_F(CommandAnswersTest, StatusTellsOfEnginesAndRecentRequests) {
+    files.write("engine.odt", "start reader landlock, seccomp\nstart bare\n");
+    plumwick({"pdf-text", "page.html"});
+    plumwick({"read-document", "engine.odt"});
+    const std::string status = plumwick({"status"}).output;
+    EXPECT_NE(status.find("Engine   bare, process "), std::string::npos) << status;
+    EXPECT_NE(status.find(": not shut in\n"), std::string::npos) << status;
+    EXPECT_NE(plumwick({"status", "--json"}).output.find(R"("engines":[{"name":"bare","processIdentifier":)"),
+              std::string::npos);
+    EXPECT_EQ(plumwick({"write-rtfd", "text.zzz", "die"}).errors,
+              "plumwick: die: crashed: the service ended while it was at work on this\n");
+    EXPECT_EQ(plumwick({"status"}).status, 3);
+    for (const char* word : {"begun ", "crashed "}) {
+        const Outcome recent = plumwick({"status", "--recent"});
+        EXPECT_EQ(recent.status, 0) << recent.errors;
+        const auto place = [&recent](const char* part) { return recent.output.find(part); };
+        EXPECT_NE(place("pdf-text       answered "), std::string::npos) << recent.output;
+        EXPECT_NE(place("8 bytes ("), std::string::npos) << recent.output;
+        EXPECT_LT(place("pdf-text "), place("engine.odt\n")) << recent.output;
+        EXPECT_LT(place("engine.odt\n"), place(("write-rtfd     "s + word).c_str())) << recent.output;
+        EXPECT_NE(place(word), std::string::npos) << recent.output;
+        EXPECT_NE(place("/die"), std::string::npos) << recent.output;
+        // The next service goes on with what this one has left.
+        plumwick({"metadata", "text.zzz"});
+    }
+    const Outcome json = plumwick({"status", "--recent", "3", "--json"});
+    EXPECT_EQ(std::ranges::count(json.output, '\n'), 3) << json.output;
+    EXPECT_NE(json.output.find(R"("outcome":"crashed","sentence":"the service ended)"), std::string::npos);
+    EXPECT_EQ(plumwick({"status", "--recent", "x"}).status, 2);
+    EXPECT_EQ(plumwick({"status", "--recent", "0"}).status, 2);
+    std::filesystem::remove(session.socketPath() + ".ledger");
+    EXPECT_EQ(plumwick({"status", "--recent"}).status, 3);
+}
+
 TEST_F(CommandAnswersTest, WritesBytesWhole) {
     files.write("70000", "");
     files.write("old.pdf", "old");

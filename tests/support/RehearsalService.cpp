@@ -128,6 +128,8 @@ public:
     }
 
     bool writeRTFDData_toFile(const NSData& data, const NSString& file) override {
+        if (file.UTF8String().ends_with("/die"))
+            _exit(1);
         if (file.UTF8String().ends_with("sleep"))
             std::this_thread::sleep_for(std::chrono::seconds(30));
         // Data that are a path are to be the file's own.
