@@ -293,6 +293,10 @@ TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
     EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again.rtf"}).status, 0);
     EXPECT_EQ(files.read("again.rtf").find("{\\rtf1"), 0u);
     EXPECT_EQ(plumwick({"read-document", "old.rtfd", "-o", "again"}).status, 0);
+    const std::string outcome =
+        plumwick({"read-document", "old.rtfd", "-o", "third.rtfd", "--json", "--outcome"}).output;
+    EXPECT_NE(outcome.find(R"("operation":"read-document")"), std::string::npos)
+        << "not its writing: " << outcome;
     EXPECT_EQ(files.read("again").find("rtfd"), 0u);
 }
 
@@ -355,6 +359,7 @@ TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
     files.write("cut.odt", "throw the table is cut off");
     files.write("late.odt", "sleep 0.6");
     files.write("nothing.odt", "nil");
+    files.write("large", "/" + std::string(1000, 'x'));
     const struct {
         std::vector<std::string> arguments;
         int status;
@@ -369,6 +374,7 @@ TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
         {{"read-document", "late.odt", "--timeout", "0.2"},
          3,
          "late.odt: timed out: no answer within 0.2 seconds"},
+        {{"html-to-rtfd", "large", "-o", "x.rtfd"}, 1, "x.rtfd: nothing: it could not be written"},
         {{"web-archive", "text.zzz"}, 1, "text.zzz: is a web archive without text"},
         {{"write-rtfd", "text.zzz", "x.rtf"}, 1, "x.rtf: broken: the data is no rich text that can be read"},
     };

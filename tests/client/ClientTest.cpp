@@ -186,6 +186,8 @@ TEST_F(ClientTest, TellsWhatBecameOfTheLatestRequest) {
     };
     for (const auto& row : rows) {
         errorOf(row.ask);
+        // What was late is answered by then, and stays late.
+        Client(session.options()).metaDataForFile(u"/x");
         const auto found = client.outcomeOfLastRequest();
         ASSERT_TRUE(found) << row.name;
         EXPECT_TRUE(found->isCompleted) << row.name;
