@@ -1,14 +1,17 @@
 // What writing down a request costs: beginning and completing a record in a file in memory (/dev/shm) and in one on the
-// disk, and the reading of the memory that the request took, which comes on top of it.
+// disk, and what comes on top of it: the reading of the memory that the request took, and the hash of its bytes.
 
+#include "platform/ledger/ByteHash.h"
 #include "platform/ledger/LedgerReader.h"
 #include "platform/ledger/RequestLedger.h"
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -33,6 +36,15 @@ void record(benchmark::State& state, const char* below, RequestLedger::Measures 
         state.SkipWithError("nothing was written");
     std::filesystem::remove_all(folder);
 }
+
+/// What a request with large bytes pays beside its record.
+void hash(benchmark::State& state) {
+    const std::vector<std::uint8_t> bytes(std::size_t{64} << 20, 'x');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(hashOfBytes(bytes));
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes.size()));
+}
+BENCHMARK(hash)->UseRealTime()->Repetitions(9)->ReportAggregatesOnly()->Unit(benchmark::kMillisecond);
 
 void everySetting(const char* name, RequestLedger::Measures measures) {
     for (const char* below : {"/dev/shm", "/var/tmp"})
