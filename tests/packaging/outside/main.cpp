@@ -11,6 +11,10 @@ int main() {
         true);
     if (!nothing.isNil() || nothing == kelvo::NSDictionary::dictionary())
         return 1;
+    const auto outcome = client.outcomeOfLastRequest();
+    if (!outcome || outcome->sentence.isNil() || kelvo::wordOfOutcome(outcome->outcome) != u"unsupported" ||
+        kelvo::Client::recentRequests(1).front().token != outcome->token)
+        return 6;
 
     kelvo::NSMutableDictionary made = kelvo::NSMutableDictionary::dictionary();
     made.setObject_forKey(kelvo::NSData::dataWithBytes("bytes"), kelvo::ResultThumbnailKey);
