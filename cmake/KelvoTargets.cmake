@@ -23,12 +23,13 @@ if(KELVO_FUZZ)
 endif()
 
 # Libraries of others that are each for the floors that say so (USES), by the headers that tell them.
-set(kelvoFencedLibraries ICU CapnProto Expat Iconv Highway)
+set(kelvoFencedLibraries ICU CapnProto Expat Iconv Highway Seccomp)
 set(kelvoFencedICU "unicode/*.h")
 set(kelvoFencedCapnProto "capnp/*.h" "kj/*.h")
 set(kelvoFencedExpat "expat.h")
 set(kelvoFencedIconv "iconv.h")
 set(kelvoFencedHighway "hwy/*.h")
+set(kelvoFencedSeccomp "seccomp.h" "seccomp-syscalls.h")
 
 # Headers of the system are found by every compiler, whatever a link line says. For each fenced library there is a
 # folder of headers that go by the same names and do not compile; it stands first in the include path of each floor
