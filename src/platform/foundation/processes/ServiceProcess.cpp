@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <climits>
@@ -23,6 +24,11 @@ void becomeServiceProcess() {
     raiseDescriptorLimit();
     // What an ended engine has left behind becomes a child of this process, which ends it.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
+    // Neither this process nor what it starts gains rights by executing a program, and what users' files made of
+    // its memory is not written anywhere.
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    const rlimit nothing{0, 0};
+    setrlimit(RLIMIT_CORE, &nothing);
     std::signal(SIGPIPE, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);
