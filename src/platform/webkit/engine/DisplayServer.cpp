@@ -1,5 +1,6 @@
 #include "platform/webkit/engine/DisplayServer.h"
 
+#include "platform/engine/Confinement.h"
 #include "platform/foundation/FileIO.h"
 
 #include <X11/Xauth.h>
@@ -14,6 +15,7 @@
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,6 +41,31 @@ bool writeAuthority(const std::string& path) {
     return fclose(stream) == 0 && isWritten;
 }
 
+/// The server has a compiler for its keyboard, whose result it puts into the first folder that it may write.
+constexpr const char* foldersOfKeyboards[] = {"/var/lib/xkb", "/tmp"};
+
+/// What talks to the server may send it anything.
+ConfinementProfile profileOfServer(const std::string& authorityPath) {
+    constexpr const char* sockets = "/tmp/.X11-unix";
+    // As the server would make it itself; it may make nothing in the folder above.
+    if (mkdir(sockets, 01777) == 0)
+        chmod(sockets, 01777);
+    ConfinementProfile profile;
+    profile.readable = {"/usr", authorityPath};
+    profile.writable = {sockets};
+    for (const char* folder : foldersOfKeyboards) {
+        if (access(folder, W_OK | X_OK) == 0) {
+            profile.writable.emplace_back(folder);
+            break;
+        }
+    }
+    profile.mayServeUnixSockets = true;
+    profile.mayStartPrograms = true;
+    // A display's number is free when its name is among those of the machine.
+    profile.keepsNetwork = true;
+    return profile;
+}
+
 } // namespace
 
 DisplayServer::DisplayServer(std::string authorityPath, const char* screen)
@@ -46,12 +73,14 @@ DisplayServer::DisplayServer(std::string authorityPath, const char* screen)
     int ends[2];
     if (!writeAuthority(authorityPath_) || pipe2(ends, O_CLOEXEC) != 0)
         return;
+    const ConfinementProfile profile = profileOfServer(authorityPath_);
     const pid_t parent = getpid();
     process_ = fork();
     if (process_ == 0) {
         // In a session of its own it is told to end, and then removes its socket and lock file, which it
         // could not if it were killed with the rest of the group.
         setsid();
+        confine(profile);
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (getppid() != parent)
             _exit(0);
