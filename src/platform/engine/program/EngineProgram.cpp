@@ -40,6 +40,13 @@ Value answer(EngineProgram& program, const Value& message, EngineChannel& channe
 
 EngineProgram::~EngineProgram() = default;
 
+ConfinementProfile EngineProgram::profile(const std::string& folder) {
+    ConfinementProfile profile;
+    if (!folder.empty())
+        profile.writable = {folder};
+    return profile;
+}
+
 void EngineProgram::prepare(const std::string&) {}
 
 int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
@@ -47,15 +54,17 @@ int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
     std::signal(SIGBUS, endForCutFile);
     EngineChannel channel;
     const std::string folder = argumentCount > 1 ? arguments[1] : "";
+    ConfinementLayers layers;
     try {
         program.load();
+        layers = confine(program.profile(folder));
         channel.endWithOtherSide(folder);
         program.prepare(folder);
     } catch (const NSException& exception) {
         channel.note(Outcome::missingEngine, exception.reason());
         return engineStatusMissing;
     }
-    if (!channel.greet(u""))
+    if (!channel.greet(NSString::stringWithUTF8String(layers.names())))
         return 0;
     while (const auto message = channel.nextMessage()) {
         if (!channel.answer(answer(program, *message, channel)))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/engine/Confinement.h"
 #include "platform/engine/program/EngineChannel.h"
 #include "platform/foundation/Value.h"
 
@@ -15,6 +16,8 @@ public:
     /// Finds its libraries, in a process of one thread that is not confined yet. Nothing of any file is known. Throws
     /// NSException (EngineMissingException) when something is not installed, with a sentence that says what.
     virtual void load() {}
+    /// What it needs of the system from then on: by default nothing but its folder and what all programs need.
+    virtual ConfinementProfile profile(const std::string& folder);
     /// Gets ready for the first message, confined; throws as load() does. The folder is its own, and empty.
     virtual void prepare(const std::string& folder);
     /// What it throws is noted as `broken`, and answered nil; what allocations throw ends the engine.

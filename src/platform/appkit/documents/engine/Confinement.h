@@ -1,20 +1,19 @@
 #pragma once
 
+#include "platform/engine/Confinement.h"
+
 #include <filesystem>
 
 namespace kelvo::documentengine {
 
-/// Takes the network away from this process, where the system lets a process do so by itself (not in every
-/// container); elsewhere the settings of the office suite alone keep it from fetching anything. To be called
-/// before any thread is started.
-void leaveNetwork();
-
-/// Bounds what a document can make of this process: memory, the size of a file, no dump of either. What it
-/// prints goes nowhere.
-void boundResources();
+/// What the office suite, whose programs stand in the first folder, needs to read documents: itself, fonts and
+/// their settings, and the second folder, which is the engine's own.
+ConfinementProfile profileOfOffice(const std::filesystem::path& programFolder,
+                                   const std::filesystem::path& folder);
 
 /// Shows the folder to all libraries as the home of the user and the place of temporary files, and no display
-/// or desktop at all, so that neither the user's own settings count nor anything is left among them.
+/// or desktop at all, so that neither the user's own settings count nor anything is left among them. What they
+/// print goes nowhere.
 void moveInto(const std::filesystem::path& folder);
 
 } // namespace kelvo::documentengine

@@ -26,9 +26,9 @@ public:
         if (!folder)
             throw NSException(EngineMissingException, u"LibreOffice Writer is not installed");
         officeFolder_ = *folder;
-        leaveNetwork();
-        boundResources();
     }
+
+    ConfinementProfile profile(const std::string& folder) override { return profileOfOffice(officeFolder_, folder); }
 
     void prepare(const std::string& folder) override {
         if (folder.empty())
