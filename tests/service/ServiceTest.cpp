@@ -13,6 +13,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <fstream>
+#include <sstream>
 
 namespace kelvo {
 namespace {
@@ -234,6 +236,11 @@ TEST_F(ServiceTest, KeepsNothingOfItsStarter) {
         }
     }
     close(inherited);
+    std::stringstream facts;
+    for (const char* name : {"/status", "/limits"})
+        facts << std::ifstream("/proc/" + std::to_string(process) + name).rdbuf();
+    EXPECT_NE(facts.str().find("\nNoNewPrivs:\t1\n"), std::string::npos);
+    EXPECT_NE(facts.str().find("\nMax core file size        0                    0 "), std::string::npos);
 }
 
 TEST_F(ServiceTest, StoppedServiceTimesOutAndDiesWhenKilled) {

@@ -1,6 +1,8 @@
 #include "platform/appkit/documents/DocumentEngine.h"
 
 #include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/engine/Landlock.h"
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "support/Listener.h"
@@ -9,8 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -106,6 +110,38 @@ TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
         EXPECT_NE(rtf.find(part), std::string::npos) << part;
     for (const char* part : {"SECRET", "pngblip"})
         EXPECT_EQ(rtf.find(part), std::string::npos) << part;
+    EXPECT_FALSE(listener.wasAsked());
+}
+
+TEST_F(DocumentEngineTest, WhatADocumentLinksIsNotEvenOpened) {
+    if (versionOfLandlock() == 0)
+        GTEST_SKIP() << "this kernel has no Landlock";
+    const tests::Listener listener;
+    const tests::TemporaryFolder other;
+    const std::string picture = other.write("picture.png", tests::smallPNG());
+    const FileDescriptor opened(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    ASSERT_GE(::inotify_add_watch(opened.get(), picture.c_str(), IN_OPEN), 0);
+    for (const std::string& url : {"file://" + picture, listener.url() + "/x.png"}) {
+        // These kinds of links no setting of the office suite keeps it from following.
+        const std::string link =
+            " xlink:href=\"" + url + "\" xlink:type=\"simple\" xlink:actuate=\"onLoad\"/>";
+        std::string document = tests::flatOpenDocument(
+            "<text:p text:style-name=\"P\">text</text:p><text:p><draw:rect draw:style-name=\"D\" "
+            "svg:width=\"2cm\" svg:height=\"2cm\"/><draw:g><draw:frame svg:width=\"1cm\" "
+            "svg:height=\"1cm\"><draw:image" +
+            link + "</draw:frame></draw:g></text:p>");
+        document.insert(document.find("<office:body>"),
+                        "<office:styles><draw:fill-image draw:name=\"F\"" + link +
+                            "</office:styles><office:automatic-styles><style:style style:name=\"P\" "
+                            "style:family=\"paragraph\"><style:paragraph-properties><style:background-image" +
+                            link +
+                            "</style:paragraph-properties></style:style><style:style style:name=\"D\" "
+                            "style:family=\"graphic\"><style:graphic-properties draw:fill=\"bitmap\" "
+                            "draw:fill-image-name=\"F\"/></style:style></office:automatic-styles>");
+        EXPECT_NE(read(document, u"fodt").find("text"), std::string::npos) << url;
+    }
+    inotify_event event;
+    EXPECT_EQ(::read(opened.get(), &event, sizeof event), -1) << "the picture was opened";
     EXPECT_FALSE(listener.wasAsked());
 }
 
