@@ -122,6 +122,14 @@ function(kelvo_floor folder)
   endif()
 endfunction()
 
+# kelvo_engine(<program> <floor>): main.cpp of this folder as the program of an engine, which stands beside the service
+# where that is installed. What it is made of is in the floor, for its tests as well.
+function(kelvo_engine program floor)
+  add_executable(${program} main.cpp $<TARGET_OBJECTS:kelvo_engine_allocations>)
+  target_link_libraries(${program} PRIVATE kelvo_options ${floor} kelvo_engine_program)
+  install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/plumwick)
+endfunction()
+
 # kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...] [FOREIGN_FLAGS])
 #
 # One test program per folder, its cases found by ctest one by one.

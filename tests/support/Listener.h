@@ -24,6 +24,7 @@ public:
         port_ = ntohs(address.sin_port);
     }
 
+    std::uint16_t port() const { return port_; }
     /// "http://127.0.0.1:<port>", without a slash at the end.
     std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
     bool wasAsked() const { return FileDescriptor(::accept(socket_.get(), nullptr, nullptr)).get() >= 0; }

@@ -10,6 +10,7 @@
 #include "platform/foundation/files/PrivateFolder.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "platform/foundation/processes/ProcessFacts.h"
+#include "platform/ledger/EngineRegistry.h"
 #include "platform/ledger/RequestNotes.h"
 
 #include <chrono>
@@ -176,6 +177,7 @@ void EngineProcess::Internals::stop() {
     complaint = nullptr;
     answeredMessages = 0;
     if (task) {
+        noteEngineEnded(task->processIdentifier());
         // Before the child is collected, because its group may outlive it and must not outlive its number.
         ::kill(-task->processIdentifier(), SIGKILL);
         task->waitUntilExitForSeconds(secondsToBeGone);
@@ -230,6 +232,7 @@ void EngineProcess::Internals::handleFrame() {
     case EngineFrameKind::greeting:
         isReady = true;
         layers = frame->value.string();
+        noteEngineStarted(description.programName, task->processIdentifier(), layers.UTF8String());
         break;
     case EngineFrameKind::note: {
         const NSDictionary fields = frame->value.dictionary();
@@ -313,6 +316,7 @@ void EngineProcess::Internals::failAfterEnd() {
     const NSString reason = complaint;
     if (!isBroken && task->waitForEndForSeconds(secondsToBeGone)) {
         const auto ended = std::move(task);
+        noteEngineEnded(ended->processIdentifier());
         ::kill(-ended->processIdentifier(), SIGKILL);
         ended->waitUntilExitForSeconds(secondsToBeGone);
         stop();

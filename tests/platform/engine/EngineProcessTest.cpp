@@ -1,12 +1,14 @@
 #include "platform/engine/EngineProcess.h"
 
 #include "platform/engine/EngineExceptions.h"
+#include "platform/engine/program/Landlock.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/SealedMemory.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 #include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/ledger/RequestNotes.h"
+#include "support/Listener.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +21,8 @@
 #include <thread>
 
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace kelvo {
 namespace {
@@ -57,6 +61,19 @@ bool isGone(pid_t process) {
 std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
                                                   std::filesystem::directory_iterator()));
+}
+
+/// A socket that others may connect to, by a path or a name that stands in no folder.
+FileDescriptor unixListener(const std::string& name, bool isAbstract) {
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path + (isAbstract ? 1 : 0), sizeof address.sun_path - 2);
+    const std::size_t length = offsetof(sockaddr_un, sun_path) + name.size() + 1;
+    EXPECT_EQ(
+        ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(length)), 0);
+    EXPECT_EQ(::listen(socket.get(), 5), 0);
+    return socket;
 }
 
 /// The name of the exception, and what the request knows of it.
@@ -147,6 +164,10 @@ TEST(EngineProcess, WhatBecomesOfAnEngineHasAName) {
          "EngineOutOfMemoryException: out of memory: the system ended its reading for want of memory"},
         {u"exit", engineStatusOutOfMemory, ample,
          "EngineOutOfMemoryException: out of memory: reading it took more memory than it may"},
+#ifndef KELVO_SANITIZED
+        {u"eat", 0, ample,
+         "EngineOutOfMemoryException: out of memory: reading it took more memory than it may"},
+#endif
         {u"read what is cut", 0, ample, "EngineFileCutException: broken: it was cut short while it was read"},
         {u"exit", 0, ample, crashed + "ended the rehearsal (status 0)"},
         {u"spin", 0, 0.3, "EngineTimeoutException: timed out: reading it took more time than it may"},
@@ -271,7 +292,9 @@ TEST(EngineProcess, NothingOfAChildIsLeftBehind) {
     const tests::TemporaryFolder folder;
     ::setenv("TMPDIR", folder.path().c_str(), 1);
     ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    auto engine = std::make_unique<EngineProcess>(rehearsal());
+    // The filter would keep it from it.
+    EXPECT_EQ(EngineProcess(rehearsal()).ask(message(u"leave", number(1)), ample).array().count(), 0U);
+    auto engine = std::make_unique<EngineProcess>(rehearsal({"--without-filter"}));
     const NSArray left = engine->ask(message(u"leave", number(100)), ample).array();
     ASSERT_EQ(left.count(), 100U);
     const std::string own = engine->ask(message(u"folder"), ample).string().UTF8String();
@@ -284,6 +307,57 @@ TEST(EngineProcess, NothingOfAChildIsLeftBehind) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
     ::unsetenv("TMPDIR");
+}
+
+TEST(EngineProcess, HostileFilesReachNothing) {
+    if (versionOfLandlock() < 6)
+        GTEST_SKIP() << "the kernel's Landlock has no say in all of this";
+    const tests::TemporaryFolder folder;
+    const std::string file = folder.write("file", "contents");
+    const tests::Listener listener;
+    const std::string path = folder.path("socket");
+    const FileDescriptor named = unixListener(path, false);
+    const std::string abstractName = "plumwick-test-" + std::to_string(::getpid());
+    const FileDescriptor nameless = unixListener(abstractName, true);
+    const std::string port = std::to_string(listener.port());
+    // Of each act: with all layers, without Landlock, without the filter. "done": only the layer that is off holds.
+    const struct {
+        const char* act;
+        std::string with;
+        const char* all;
+        const char* withoutLandlock;
+        const char* withoutFilter;
+    } rows[] = {
+        {"read", "/etc/passwd", "EACCES", "done", "EACCES"},
+        {"read", file, "EACCES", "done", "EACCES"},
+        {"write", folder.path("new"), "EACCES", "done", "EACCES"},
+        {"truncate", file, "EACCES", "EACCES", "EACCES"},
+        {"port", port, "EACCES", "EACCES", "EACCES"},
+        {"abstract", abstractName, "EACCES", "EACCES", "ECONNREFUSED"},
+        {"socket", path, "EACCES", "EACCES", "done"},
+        {"execute", "/bin/true", "EACCES", "EACCES", "EACCES"},
+        {"kill", "", "ENOSYS", "ENOSYS", "EPERM"},
+        {"mount", folder.path(), "refused", "refused", "EPERM"},
+    };
+    const auto outcome = [](EngineProcess& engine, const char* act, const std::string& with) -> std::string {
+        const RequestNotes notes;
+        try {
+            const Value answer =
+                engine.ask(message(u"act", NSArray::arrayWithObjects({NSString::stringWithUTF8String(act),
+                                                                      NSString::stringWithUTF8String(with)})),
+                           ample);
+            return answer.isNil() ? notes.sentence().UTF8String() : answer.string().UTF8String();
+        } catch (const NSException&) {
+            return wordOfOutcome(*notes.outcome()).UTF8String();
+        }
+    };
+    EngineProcess all(rehearsal()), withoutLandlock(rehearsal({"--without-landlock"})),
+        withoutFilter(rehearsal({"--without-filter"}));
+    for (const auto& row : rows) {
+        EXPECT_EQ(outcome(all, row.act, row.with), row.all) << row.act;
+        EXPECT_EQ(outcome(withoutFilter, row.act, row.with), row.withoutFilter) << row.act;
+        EXPECT_EQ(outcome(withoutLandlock, row.act, row.with), row.withoutLandlock) << row.act;
+    }
 }
 
 TEST(EngineProcess, TheRunLoopGoesOnMeanwhile) {

@@ -7,15 +7,21 @@
 #include "platform/foundation/NSNumber.h"
 #include "platform/foundation/SealedMemory.h"
 
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstring>
 #include <ctime>
 #include <fstream>
 #include <string>
 
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,6 +30,53 @@ namespace {
 
 void writeBytes(EngineChannel& channel, const std::string& bytes) {
     static_cast<void>(::write(channel.descriptor(), bytes.data(), bytes.size()));
+}
+
+int connectTo(int family, const sockaddr* address, socklen_t length) {
+    const FileDescriptor socket(::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return socket ? ::connect(socket.get(), address, length) : -1;
+}
+
+int connectToPath(const std::string& path, bool isAbstract) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path + (isAbstract ? 1 : 0), sizeof address.sun_path - 2);
+    const std::size_t length = offsetof(sockaddr_un, sun_path) + path.size() + 1;
+    return connectTo(AF_UNIX, reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(length));
+}
+
+int connectToPort(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return connectTo(AF_INET, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+/// What a hostile file would have an engine do; -1 and errno when it was kept from it.
+int act(const std::string& name, const std::string& with) {
+    if (name == "read")
+        return ::open(with.c_str(), O_RDONLY | O_CLOEXEC);
+    if (name == "write")
+        return ::open(with.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    if (name == "truncate")
+        return ::truncate(with.c_str(), 0);
+    if (name == "abstract")
+        return connectToPath(with, true);
+    if (name == "socket")
+        return connectToPath(with, false);
+    if (name == "port")
+        return connectToPort(std::stoi(with));
+    if (name == "execute") {
+        char* const arguments[] = {const_cast<char*>(with.c_str()), nullptr};
+        return ::execv(with.c_str(), arguments);
+    }
+    if (name == "kill")
+        return ::kill(::getppid(), SIGUSR1);
+    if (name == "mount")
+        return ::mount("none", with.c_str(), "tmpfs", 0, nullptr);
+    errno = EINVAL;
+    return -1;
 }
 
 /// The bytes with descriptors that no head announces.
@@ -114,6 +167,13 @@ public:
                 names.append(*entry).append("\n");
             return NSString::stringWithUTF8String(names);
         }
+        if (command == u"act") {
+            const std::string name = with.array().objectAtIndex(0).string().UTF8String();
+            if (act(name, with.array().objectAtIndex(1).string().UTF8String()) >= 0)
+                return u"done";
+            channel.note(Outcome::refused, NSString::stringWithUTF8String(::strerrorname_np(errno)));
+            return {};
+        }
         if (command == u"leave")
             return leaveProcesses(number->intValue());
         misbehave(command, with, channel);
@@ -126,6 +186,8 @@ private:
         auto processes = NSMutableArray::array();
         for (int each = 0; each < count; ++each) {
             const pid_t process = ::fork();
+            if (process < 0)
+                break;
             if (process == 0) {
                 ::setsid();
                 sleepForEver();
@@ -171,7 +233,9 @@ private:
             static_cast<void>(::ftruncate(memory, 100'000));
             writeWithDescriptors(channel, headOfAnswer(100'000, true, 1), {memory});
         } else if (command == u"a file for memory") {
-            writeWithDescriptors(channel, headOfAnswer(100, true, 1), {::open("/proc/self/exe", O_RDONLY)});
+            const std::string path = folder_ + "/file";
+            std::ofstream(path) << std::string(100, 'x');
+            writeWithDescriptors(channel, headOfAnswer(100, true, 1), {::open(path.c_str(), O_RDONLY)});
         } else if (command == u"answer twice") {
             channel.answer(u"first");
             channel.answer(u"second");

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <exception>
 #include <new>
+#include <span>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -19,6 +21,17 @@ namespace {
 /// Mapped files raise it, and memory that is not backed.
 void endForCutFile(int) {
     ::_exit(engineStatusFileCut);
+}
+
+/// So that tests see which layer holds.
+ConfinementSwitches switchesIn(std::span<char* const> arguments) {
+    ConfinementSwitches switches;
+    for (const std::string_view argument : arguments) {
+        switches.network = switches.network && argument != engineWithoutOwnNetwork;
+        switches.landlock = switches.landlock && argument != engineWithoutLandlock;
+        switches.systemCalls = switches.systemCalls && argument != engineWithoutFilter;
+    }
+    return switches;
 }
 
 Value answer(EngineProgram& program, const Value& message, EngineChannel& channel) {
@@ -42,6 +55,7 @@ EngineProgram::~EngineProgram() = default;
 
 ConfinementProfile EngineProgram::profile(const std::string& folder) {
     ConfinementProfile profile;
+    profile.addressSpaceBytes = std::uint64_t{4} << 30;
     if (!folder.empty())
         profile.writable = {folder};
     return profile;
@@ -57,7 +71,8 @@ int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
     ConfinementLayers layers;
     try {
         program.load();
-        layers = confine(program.profile(folder));
+        layers = confine(program.profile(folder),
+                         switchesIn({arguments, static_cast<std::size_t>(argumentCount)}));
         channel.endWithOtherSide(folder);
         program.prepare(folder);
     } catch (const NSException& exception) {

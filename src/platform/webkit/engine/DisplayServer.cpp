@@ -1,6 +1,6 @@
 #include "platform/webkit/engine/DisplayServer.h"
 
-#include "platform/engine/Confinement.h"
+#include "platform/engine/program/Confinement.h"
 #include "platform/foundation/FileIO.h"
 
 #include <X11/Xauth.h>

@@ -1,7 +1,7 @@
 #include "platform/appkit/documents/DocumentEngine.h"
 
 #include "platform/appkit/rtfreader/RTFReading.h"
-#include "platform/engine/Landlock.h"
+#include "platform/engine/program/Landlock.h"
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/processes/NSTask.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/engine/Confinement.h"
+#include "platform/engine/program/Confinement.h"
 
 #include <filesystem>
 

@@ -1,4 +1,4 @@
-#include "platform/engine/Landlock.h"
+#include "platform/engine/program/Landlock.h"
 
 #include "platform/foundation/FileIO.h"
 

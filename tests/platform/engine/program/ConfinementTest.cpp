@@ -1,6 +1,6 @@
-#include "platform/engine/Confinement.h"
+#include "platform/engine/program/Confinement.h"
 
-#include "platform/engine/Landlock.h"
+#include "platform/engine/program/Landlock.h"
 #include "platform/foundation/FileIO.h"
 
 #include <gtest/gtest.h>

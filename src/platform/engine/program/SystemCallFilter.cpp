@@ -1,4 +1,4 @@
-#include "platform/engine/SystemCallFilter.h"
+#include "platform/engine/program/SystemCallFilter.h"
 
 #include <cerrno>
 #include <cstdint>

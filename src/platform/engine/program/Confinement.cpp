@@ -1,7 +1,7 @@
-#include "platform/engine/Confinement.h"
+#include "platform/engine/program/Confinement.h"
 
-#include "platform/engine/Landlock.h"
-#include "platform/engine/SystemCallFilter.h"
+#include "platform/engine/program/Landlock.h"
+#include "platform/engine/program/SystemCallFilter.h"
 #include "platform/foundation/FileIO.h"
 
 #include <fcntl.h>
