@@ -53,8 +53,9 @@ struct PlainTextContext {
     bool textWritten = false;
     /// Text is not written inside a font element that hides it, and inside a division judged to be junk.
     bool hiddenFont = false;
-    bool feedDate = false;
     bool junkDivision = false;
+    /// Inside a font element of class "feed_date". For callers: text is written all the same.
+    bool feedDate = false;
     /// Drop over-long lines and runs.
     bool removeJunk = false;
     /// Set when text was left out that reads like text.

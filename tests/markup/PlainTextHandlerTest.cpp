@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -241,6 +242,21 @@ TEST(PlainTextHandler, SuspendedTextGoesOnAtFormElements) {
             EXPECT_EQ(std::u16string_view(context.outputStart, context.write).find(u'a'),
                       std::u16string_view::npos);
         }
+    }
+}
+
+TEST(PlainTextHandler, TellsCallersOfDatesOfFeeds) {
+    std::u16string buffer(1000, u'\0');
+    for (const auto& [html, isFeedDate] : std::vector<std::pair<std::u16string, bool>>{
+             {u"<font class=feed_date>a", true},
+             {u"<font class=FEED_DATE>a", false},
+             {u"<font class=feed_date>a</font>b", false},
+             {u"<font class=feed_date>a<body>b", false},
+         }) {
+        PlainTextContext context;
+        context.outputStart = context.write = context.lineStart = buffer.data();
+        GetTagsOfString(NSString(html), PlainTextHandler, &context, false);
+        EXPECT_EQ(context.feedDate, isFeedDate) << NSString(html).UTF8String();
     }
 }
 

@@ -1,5 +1,7 @@
 #include "platform/appkit/NSTextList.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <array>
 #include <string>
 #include <string_view>
@@ -10,13 +12,12 @@ namespace {
 
 using Units = std::u16string;
 
-Units number(long long value, unsigned base, char16_t ten = u'a') {
+Units number(long long value, unsigned base, std::string_view signs = lowerHexDigits) {
     Units digits;
     unsigned long long rest =
         value < 0 ? 0ULL - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
     do {
-        const unsigned digit = rest % base;
-        digits.insert(digits.begin(), static_cast<char16_t>(digit < 10 ? u'0' + digit : ten + digit - 10));
+        digits.insert(digits.begin(), static_cast<char16_t>(signs[rest % base]));
         rest /= base;
     } while (rest != 0);
     return value < 0 ? u"-" + digits : digits;
@@ -76,7 +77,7 @@ Units markerOfKind(std::u16string_view kind, int item) {
     if (kind == u"lower-hexadecimal")
         return number(item, 16);
     if (kind == u"upper-hexadecimal")
-        return number(item, 16, u'A');
+        return number(item, 16, upperHexDigits);
     if (item > 0) {
         if (kind == u"lower-alpha")
             return letters(item, u"abcdefghijklmnopqrstuvwxyz");

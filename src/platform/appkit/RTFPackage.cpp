@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/foundation/encodings/CFStringNormalization.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 
@@ -15,10 +16,7 @@ NSMutableString composed(const NSString& name) {
 }
 
 bool areAlike(std::u16string_view left, std::u16string_view right) {
-    const auto lower = [](char16_t unit) {
-        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-    };
-    return std::ranges::equal(left, right, {}, lower, lower);
+    return std::ranges::equal(left, right, {}, asciiLowerCase<char16_t>, asciiLowerCase<char16_t>);
 }
 
 } // namespace

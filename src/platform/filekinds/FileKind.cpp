@@ -3,6 +3,7 @@
 #include "platform/filekinds/ZipDirectory.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -24,14 +25,6 @@ constexpr std::size_t strayBytesOfPDF = 1024;
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
-}
-
-std::string lowercase(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    });
-    return result;
 }
 
 FileKind kindOfZip(const FileContents& contents) {
@@ -188,7 +181,7 @@ constexpr std::array firstTags{
 };
 
 FileKind kindOfExtension(const NSString& name, Holds contents, FileKind otherwise) {
-    const std::string extension = lowercase(pathExtension(name).UTF8String());
+    const std::string extension = asciiLowerCased(pathExtension(name).UTF8String());
     const auto* const row = std::ranges::find(extensions, extension, &Extension::name);
     const bool fits = row != extensions.end() && (row->holds == contents || row->holds == Holds::either);
     return fits ? row->kind : otherwise;
@@ -319,8 +312,8 @@ std::string headOfText(std::string_view beginning) {
     if (head.starts_with("\xFF\xFE\0\0"sv) || head.starts_with("\0\0\xFE\xFF"sv))
         return {};
     if (head.starts_with("\xFF\xFE") || head.starts_with("\xFE\xFF"))
-        return lowercase(narrowed(head.substr(2), head.front() == '\xFE'));
-    return lowercase(head.substr(head.starts_with("\xEF\xBB\xBF") ? 3 : 0));
+        return asciiLowerCased(narrowed(head.substr(2), head.front() == '\xFE'));
+    return asciiLowerCased(std::string(head.substr(head.starts_with("\xEF\xBB\xBF") ? 3 : 0)));
 }
 
 } // namespace

@@ -13,10 +13,7 @@ namespace {
 class PageUnits {
 public:
     PageUnits(std::string_view bytes, const NSString& label) : bytes_(bytes) {
-        std::string name = label.isNil() ? std::string() : label.UTF8String();
-        std::transform(name.begin(), name.end(), name.begin(), [](char unit) {
-            return unit >= 'A' && unit <= 'Z' ? static_cast<char>(unit + 32) : unit;
-        });
+        const std::string name = label.isNil() ? std::string() : asciiLowerCased(label.UTF8String());
         if (bytes.substr(0, 3) == "\xEF\xBB\xBF") {
             start_ = 3;
         } else if (bytes.substr(0, 2) == "\xFF\xFE" || bytes.substr(0, 2) == "\xFE\xFF") {

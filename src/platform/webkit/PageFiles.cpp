@@ -23,12 +23,6 @@ enum class Kind { unknown, shown, script };
 
 constexpr std::size_t bytesThatTell = 512;
 
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), asciiLowerCase<char>);
-    return lower;
-}
-
 bool isOneOf(std::string_view text, std::initializer_list<std::string_view> known) {
     return std::find(known.begin(), known.end(), text) != known.end();
 }
@@ -38,7 +32,7 @@ Kind kindByName(std::string_view path) {
     const std::size_t dot = name.rfind('.');
     if (dot == std::string_view::npos)
         return Kind::unknown;
-    const std::string extension = lowerCase(name.substr(dot + 1));
+    const std::string extension = asciiLowerCased(std::string(name.substr(dot + 1)));
     if (isOneOf(extension, {"js", "mjs", "cjs", "javascript"}))
         return Kind::script;
     const bool isShown =
@@ -68,7 +62,7 @@ Kind kindByContents(std::string_view bytes) {
     if (begins("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n\f"), bytes.size()));
-    const std::string text = lowerCase(bytes.substr(0, 16));
+    const std::string text = asciiLowerCased(std::string(bytes.substr(0, 16)));
     for (const std::string_view mark : {"<!doctype"sv, "<?xml"sv, "<html"sv, "<head"sv, "<body"sv, "<svg"sv})
         if (text.compare(0, mark.size(), mark) == 0)
             return Kind::shown;

@@ -1,5 +1,7 @@
 #include "platform/webkit/RenderedPage.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -87,7 +89,7 @@ std::optional<NSColor> FieldReader::color() {
     std::size_t at = isFunction ? 11 : field.find('(');
     while (at < field.size() && found < 4) {
         const char unit = field[at];
-        if ((unit < '0' || unit > '9') && unit != '.' && unit != '-') {
+        if (!isASCIIDigit(unit) && unit != '.' && unit != '-') {
             ++at;
             continue;
         }

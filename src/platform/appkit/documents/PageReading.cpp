@@ -3,6 +3,7 @@
 #include "platform/appkit/documents/PlainTextReading.h"
 #include "platform/appkit/html/HTMLReading.h"
 #include "platform/foundation/files/PrivateFolder.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/WebResourceLoadDelegate.h"
 
@@ -99,10 +100,9 @@ private:
     /// The second part of a picture's type is an extension that readers know.
     static std::string extensionOfMIMEType(const NSString& type) {
         const std::string text = type.UTF8String();
-        const std::string subtype = text.substr(text.find('/') + 1);
-        const auto end = std::ranges::find_if_not(subtype, [](char letter) {
-            return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9');
-        });
+        const std::string subtype = asciiLowerCased(text.substr(text.find('/') + 1));
+        const auto end = std::ranges::find_if_not(
+            subtype, [](char letter) { return isASCIILetter(letter) || isASCIIDigit(letter); });
         return {subtype.begin(), end};
     }
 

@@ -1,5 +1,7 @@
 #include "platform/appkit/html/HTMLFontFamilies.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <string>
 
 namespace kelvo {
@@ -60,15 +62,6 @@ constexpr KnownFamily knownFamilies[] = {
     {u"verdana", u""},
 };
 
-std::u16string lowercase(std::u16string_view name) {
-    std::u16string text(name);
-    for (char16_t& unit : text) {
-        if (unit >= u'A' && unit <= u'Z')
-            unit = static_cast<char16_t>(unit + 32);
-    }
-    return text;
-}
-
 /// Takes the first name off the list, without its quotes.
 std::u16string takeName(std::u16string_view& list) {
     std::u16string name;
@@ -104,7 +97,7 @@ HTMLFontFamily fontFamilyOfList(std::u16string_view families) {
             continue;
         if (first.empty())
             first = name;
-        const std::u16string key = lowercase(name);
+        const std::u16string key = asciiLowerCased(name);
         for (const KnownFamily& known : knownFamilies) {
             if (known.name == key)
                 return {NSString(known.standsFor.empty() ? std::u16string_view(name) : known.standsFor),

@@ -1,6 +1,6 @@
 #include "platform/appkit/rtfreader/RTFField.h"
 
-#include <algorithm>
+#include "platform/foundation/units/ASCII.h"
 
 namespace kelvo {
 namespace {
@@ -49,27 +49,19 @@ private:
     bool wasQuoted_ = false;
 };
 
-bool isNamed(std::u16string_view word, std::u16string_view name) {
-    return std::ranges::equal(word, name, {}, [](char16_t unit) {
-        return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
-    });
-}
-
 std::optional<std::int32_t> number(std::u16string_view digits) {
     const bool isHex = digits.starts_with(u"0x") || digits.starts_with(u"0X");
     if (isHex)
         digits.remove_prefix(2);
     if (digits.empty() || digits.size() > 6)
         return std::nullopt;
+    const int base = isHex ? 16 : 10;
     std::int32_t value = 0;
     for (const char16_t unit : digits) {
-        const char16_t lower = unit | 0x20;
-        if (unit >= u'0' && unit <= u'9')
-            value = value * (isHex ? 16 : 10) + (unit - u'0');
-        else if (isHex && lower >= u'a' && lower <= u'f')
-            value = value * 16 + (lower - u'a' + 10);
-        else
+        const int digit = hexDigitValue(unit);
+        if (digit < 0 || digit >= base)
             return std::nullopt;
+        value = value * base + digit;
     }
     return value;
 }
@@ -102,9 +94,9 @@ RTFField RTFField::parse(std::u16string_view instruction) {
     std::u16string word;
     if (!words.next(word))
         return field;
-    if (isNamed(word, u"HYPERLINK")) {
+    if (equalsASCIIIgnoringCase(std::u16string_view(word), u"hyperlink")) {
         field.link = linkOf(words);
-    } else if (isNamed(word, u"SYMBOL") && words.next(word)) {
+    } else if (equalsASCIIIgnoringCase(std::u16string_view(word), u"symbol") && words.next(word)) {
         field.symbol = number(word);
         while (words.next(word)) {
             if (words.isSwitch(word, u'u'))

@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/rtfreader/RTFWords.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -12,13 +13,8 @@ namespace {
 
 constexpr auto hexDigits = [] {
     std::array<std::int8_t, 256> table{};
-    table.fill(-1);
-    for (int digit = 0; digit < 10; ++digit)
-        table[static_cast<std::size_t>('0' + digit)] = static_cast<std::int8_t>(digit);
-    for (int digit = 0; digit < 6; ++digit) {
-        table[static_cast<std::size_t>('a' + digit)] = static_cast<std::int8_t>(10 + digit);
-        table[static_cast<std::size_t>('A' + digit)] = static_cast<std::int8_t>(10 + digit);
-    }
+    for (std::size_t byte = 0; byte < table.size(); ++byte)
+        table[byte] = static_cast<std::int8_t>(hexDigitValue(byte));
     return table;
 }();
 

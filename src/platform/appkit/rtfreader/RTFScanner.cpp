@@ -1,5 +1,7 @@
 #include "platform/appkit/rtfreader/RTFScanner.h"
 
+#include "platform/foundation/units/ASCII.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -13,21 +15,6 @@ constexpr auto endsText = [] {
         table[static_cast<unsigned char>(unit)] = true;
     return table;
 }();
-
-constexpr bool isLetter(char unit) {
-    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z');
-}
-
-constexpr bool isDigit(char unit) {
-    return unit >= '0' && unit <= '9';
-}
-
-constexpr int hexDigit(char unit) {
-    if (isDigit(unit))
-        return unit - '0';
-    const char lower = static_cast<char>(unit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 } // namespace
 
@@ -67,13 +54,13 @@ RTFToken RTFScanner::next() {
 RTFToken RTFScanner::backslash() {
     if (next_ == end_)
         return {};
-    if (isLetter(*next_))
+    if (isASCIILetter(*next_))
         return word();
     const char symbol = *next_++;
     if (symbol == '\'') {
-        if (end_ - next_ < 2 || hexDigit(next_[0]) < 0 || hexDigit(next_[1]) < 0)
+        if (end_ - next_ < 2 || hexDigitValue(next_[0]) < 0 || hexDigitValue(next_[1]) < 0)
             return {};
-        const int byte = hexDigit(next_[0]) * 16 + hexDigit(next_[1]);
+        const int byte = hexDigitValue(next_[0]) * 16 + hexDigitValue(next_[1]);
         next_ += 2;
         return {.kind = RTFToken::Kind::hexByte, .parameter = byte};
     }
@@ -86,16 +73,16 @@ RTFToken RTFScanner::backslash() {
 RTFToken RTFScanner::word() {
     RTFToken token{.kind = RTFToken::Kind::word};
     const char* const first = next_;
-    while (next_ != end_ && isLetter(*next_))
+    while (next_ != end_ && isASCIILetter(*next_))
         ++next_;
     token.bytes = {first, static_cast<std::size_t>(next_ - first)};
-    const bool isNegative = end_ - next_ >= 2 && *next_ == '-' && isDigit(next_[1]);
+    const bool isNegative = end_ - next_ >= 2 && *next_ == '-' && isASCIIDigit(next_[1]);
     if (isNegative)
         ++next_;
-    if (next_ != end_ && isDigit(*next_)) {
+    if (next_ != end_ && isASCIIDigit(*next_)) {
         constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
         std::int64_t value = 0;
-        for (; next_ != end_ && isDigit(*next_); ++next_)
+        for (; next_ != end_ && isASCIIDigit(*next_); ++next_)
             value = std::min(limit, value * 10 + (*next_ - '0'));
         token.hasParameter = true;
         token.parameter = static_cast<std::int32_t>(isNegative ? -value : value);
@@ -121,7 +108,7 @@ void RTFScanner::skipGroup() {
             ++next_;
             if (next_ == end_)
                 return;
-            if (end_ - next_ > 3 && std::string_view(next_, 3) == "bin" && !isLetter(next_[3])) {
+            if (end_ - next_ > 3 && std::string_view(next_, 3) == "bin" && !isASCIILetter(next_[3])) {
                 word();
                 --next_;
             }

@@ -1,6 +1,7 @@
 #include "platform/appkit/rtfreader/RTFStyleSheet.h"
 
 #include "platform/appkit/rtfreader/RTFWords.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 
@@ -16,9 +17,7 @@ int headerLevelOfName(std::u16string_view name) {
     constexpr std::u16string_view prefix = u"heading ";
     if (name.size() != prefix.size() + 1 || name.back() < u'1' || name.back() > u'9')
         return 0;
-    const bool isHeading = std::ranges::equal(name.substr(0, prefix.size()), prefix, {}, [](char16_t unit) {
-        return unit >= u'A' && unit <= u'Z' ? unit + 32 : +unit;
-    });
+    const bool isHeading = equalsASCIIIgnoringCase(name.substr(0, prefix.size()), prefix);
     return isHeading ? std::min(name.back() - u'0', maximumHeaderLevel) : 0;
 }
 

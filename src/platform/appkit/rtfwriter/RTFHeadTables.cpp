@@ -1,6 +1,7 @@
 #include "platform/appkit/rtfwriter/RTFHeadTables.h"
 
 #include "platform/appkit/rtfwriter/RTFOutput.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <string>
@@ -62,10 +63,9 @@ MarkerFormat partsOfFormat(std::u16string_view format) {
 }
 
 void writeHexByte(RTFOutput& output, std::size_t byte) {
-    constexpr std::string_view digits = "0123456789abcdef";
     output.raw("\\'");
-    output.raw(digits.substr(byte >> 4 & 15, 1));
-    output.raw(digits.substr(byte & 15, 1));
+    output.raw(lowerHexDigits.substr(byte >> 4 & 15, 1));
+    output.raw(lowerHexDigits.substr(byte & 15, 1));
 }
 
 } // namespace

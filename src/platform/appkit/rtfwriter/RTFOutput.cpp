@@ -1,6 +1,7 @@
 #include "platform/appkit/rtfwriter/RTFOutput.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
 #include <array>
@@ -51,11 +52,10 @@ char* appendBytes(char* end, std::string_view bytes) {
 }
 
 char* appendHexByte(char* end, unsigned char byte) {
-    constexpr std::string_view digits = "0123456789abcdef";
     *end++ = '\\';
     *end++ = '\'';
-    *end++ = digits[byte >> 4];
-    *end++ = digits[byte & 15];
+    *end++ = lowerHexDigits[byte >> 4];
+    *end++ = lowerHexDigits[byte & 15];
     return end;
 }
 

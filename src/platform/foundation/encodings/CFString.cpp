@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/encodings/NSCharacterSet.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <unicode/casemap.h>
 #include <unicode/uchar.h>
@@ -65,8 +66,7 @@ void replaceByConverted(NSMutableString& string, Convert convert) {
 
 bool isWordCharacter(UChar32 character) {
     if (character < 0x80)
-        return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-               character == '\'';
+        return isASCIILetter(character) || character == '\'';
     return (U_GET_GC_MASK(character) & (U_GC_L_MASK | U_GC_M_MASK)) || character == 0x2019;
 }
 
@@ -92,7 +92,7 @@ void appendCapitalizedWord(NSMutableString& result, std::u16string_view word) {
 
 char16_t simpleFold(char16_t unit) {
     if (unit < 0x80)
-        return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
+        return asciiLowerCase(unit);
     return static_cast<char16_t>(u_foldCase(unit, U_FOLD_CASE_DEFAULT));
 }
 

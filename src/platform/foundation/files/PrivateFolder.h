@@ -27,7 +27,6 @@ public:
 
     /// In file-system bytes; the folder is made at the first call. Empty when it cannot be made.
     const std::string& path();
-    bool exists() const noexcept { return !path_.empty(); }
     /// The next call of path() makes another.
     void remove() noexcept;
 

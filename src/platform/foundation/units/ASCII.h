@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -22,6 +23,13 @@ constexpr bool isASCIILetter(Unit unit) {
 template <typename Unit>
 constexpr Unit asciiLowerCase(Unit unit) {
     return unit >= 'A' && unit <= 'Z' ? static_cast<Unit>(unit | 0x20) : unit;
+}
+
+/// `text` with A to Z in lower case.
+template <typename Unit>
+std::basic_string<Unit> asciiLowerCased(std::basic_string<Unit> text) {
+    std::transform(text.begin(), text.end(), text.begin(), asciiLowerCase<Unit>);
+    return text;
 }
 
 /// Whether `text` is `lowerCase`, which holds none of A to Z, in letters of any case.

@@ -2,6 +2,7 @@
 
 #include "platform/engine/program/Confinement.h"
 #include "platform/foundation/FileIO.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <X11/Xauth.h>
 
@@ -136,7 +137,7 @@ std::string DisplayServer::waitForDisplay(int timeoutMilliseconds) {
             return {};
         if (unit == '\n')
             return number.empty() ? std::string() : ":" + number;
-        if (unit < '0' || unit > '9' || number.size() > 8)
+        if (!isASCIIDigit(unit) || number.size() > 8)
             return {};
         number += unit;
     }

@@ -1,6 +1,7 @@
 #include "platform/webkit/engine/NetworkProxy.h"
 
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/units/ASCII.h"
 
 #include <gio/gio.h>
 
@@ -52,10 +53,8 @@ std::string newPassword() {
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         return {};
     std::string text;
-    for (const std::uint8_t byte : bytes) {
-        constexpr char digits[] = "0123456789abcdef";
-        text += {digits[byte >> 4], digits[byte & 15]};
-    }
+    for (const std::uint8_t byte : bytes)
+        text += {lowerHexDigits[byte >> 4], lowerHexDigits[byte & 15]};
     return text;
 }
 
