@@ -17,7 +17,7 @@ namespace {
 NSString markupOfPage(const NSData& page, const NSString& charset) {
     if (!charset.isNil())
         return stringByRepairingData_encoding(page, NSEncodingFromName(charset));
-    if (const NSString marked = stringWithMarkedData(page, nullptr); !marked.isNil())
+    if (NSString marked = stringWithMarkedData(page, nullptr); !marked.isNil())
         return marked;
     return XmlExtensions::stringWithMarkupData_defaultEncoding(page, NSISOLatin1StringEncoding);
 }

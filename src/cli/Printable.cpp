@@ -30,17 +30,16 @@ public:
     std::string escape(std::u16string_view text) {
         for (std::size_t index = 0; index < text.size(); ++index) {
             const char16_t unit = text[index];
+            const bool isKept = lineEnds_ == LineEnds::kept && (unit == u'\n' || unit == u'\t');
             const bool isPair =
                 (unit & 0xFC00) == 0xD800 && index + 1 < text.size() && (text[index + 1] & 0xFC00) == 0xDC00;
             if (isPair) {
                 plain_ += unit;
                 plain_ += text[++index];
-            } else if (lineEnds_ == LineEnds::kept && (unit == u'\n' || unit == u'\t')) {
-                plain_ += unit;
             } else if (lineEnds_ == LineEnds::kept && unit == u'\r') {
                 if (index + 1 == text.size() || text[index + 1] != u'\n')
                     plain_ += u'\n';
-            } else if (isControl(unit)) {
+            } else if (isControl(unit) && !isKept) {
                 put(fmt::format("\\x{:02X}", static_cast<unsigned>(unit)));
             } else if (turnsOrBreaksLines(unit)) {
                 put(fmt::format("\\u{{{:04X}}}", static_cast<unsigned>(unit)));

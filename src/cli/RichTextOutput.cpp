@@ -37,7 +37,7 @@ NSData writeRichText(Session& session, const NSData& rtfd, const std::string& na
     const RichTextForm form = richTextFormOfName(name);
     if (form == RichTextForm::package)
         return writePackage(session, rtfd, name) ? rtfd : NSData();
-    const NSData bytes = form == RichTextForm::plain ? plainRTF(rtfd) : rtfd;
+    NSData bytes = form == RichTextForm::plain ? plainRTF(rtfd) : rtfd;
     if (!bytes.isNil())
         writeOutput(name, bytes, session.output());
     return bytes;

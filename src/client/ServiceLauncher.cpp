@@ -46,7 +46,7 @@ std::string programOnSearchPath() {
     std::string_view folders = variable ? variable : "";
     while (!folders.empty()) {
         const std::size_t colon = std::min(folders.find(':'), folders.size());
-        const std::string candidate = std::string(folders.substr(0, colon)) + "/" + std::string(programName);
+        std::string candidate = std::string(folders.substr(0, colon)) + "/" + std::string(programName);
         // An empty or relative entry would depend on the working folder.
         if (candidate.front() == '/' && colon > 0 && isProgram(candidate))
             return candidate;

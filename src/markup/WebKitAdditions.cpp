@@ -16,7 +16,7 @@ NSString documentSource(const WebArchive& archive) {
 NSString documentSource(const WebResource& resource) {
     if (!isMarkupMIMEType(resource.MIMEType()))
         return nullptr;
-    if (const NSString text = resource._stringValue(); !text.isNil())
+    if (NSString text = resource._stringValue(); !text.isNil())
         return text;
     return XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
         resource.data(), resource.textEncodingName(), NSISOLatin1StringEncoding, resource.URL());

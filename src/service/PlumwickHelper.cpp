@@ -70,14 +70,14 @@ NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& htm
 }
 
 bool PlumwickHelper::webView_canDecideRequest(const Value&, const NSURLRequest& request) {
-    const NSURL url = request.URL();
+    const NSURL& url = request.URL();
     const NSString host = url.isFileURL() ? NSString() : url.host();
     return host.isEmpty() || SCNetworkPrepareReachabilityByName(host.UTF8String());
 }
 
 NSURLRequest PlumwickHelper::webView_resource_willSendRequest_redirectResponse_fromDataSource(
     const Value&, const Value&, const NSURLRequest& request, const Value&, const Value&) {
-    const NSURL url = request.URL();
+    const NSURL& url = request.URL();
     if (url.isFileURL())
         return request;
     const NSString host = url.host();

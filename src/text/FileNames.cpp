@@ -59,7 +59,7 @@ NSString validPathExtension(const NSString& path) {
 }
 
 NSString stringByReplacingPathExtensionWith(const NSString& path, const NSString& extension) {
-    const NSString stem = stringByDeletingPathExtension(path);
+    NSString stem = stringByDeletingPathExtension(path);
     if (extension.isEmpty())
         return stem;
     const NSString result = stringByAppendingPathExtension(stem, extension);

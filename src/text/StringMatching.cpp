@@ -38,9 +38,7 @@ bool equalInRep(std::u16string_view first, std::u16string_view second, Character
         const char16_t counterpart = second[other++];
         if (unit == counterpart)
             continue;
-        if constexpr (letterCase == Case::Matters)
-            return false;
-        else if (upper[unit] != upper[counterpart])
+        if (letterCase == Case::Matters || upper[unit] != upper[counterpart])
             return false;
     }
     return !characterPartOfSet(second.substr(other), rep);

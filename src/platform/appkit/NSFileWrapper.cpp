@@ -49,7 +49,7 @@ NSString numberedName(const NSString& name, std::size_t number) {
         result += u'-';
         result.append(digits.begin(), digits.end());
         result += extension;
-        const NSString numbered{std::u16string_view(result)};
+        NSString numbered{std::u16string_view(result)};
         if (stem.empty() || NSFileWrapper::isUsableFilename(numbered))
             return numbered;
         stem.remove_suffix(1);

@@ -119,7 +119,7 @@ std::shared_ptr<NSFileWrapper> NSFileWrapper::initWithPath(const NSString& path)
     if (!bytes || ::stat(bytes->c_str(), &status) != 0)
         return nullptr;
     try {
-        const auto wrapper =
+        auto wrapper =
             S_ISDIR(status.st_mode)
                 ? DiskReader().readFolder(
                       FileDescriptor(::open(bytes->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), 0)

@@ -168,9 +168,8 @@ private:
             add(file->preferredFilename_, file, folder);
         } else if (name == soleFileName) {
             folder.soleFile = contents;
-        } else if (name == preferredNameInUTF8) {
-            folder.preferredFilename = nameOfBytes(contents.characters());
-        } else if (name == preferredName && folder.preferredFilename.isNil()) {
+        } else if (name == preferredNameInUTF8 ||
+                   (name == preferredName && folder.preferredFilename.isNil())) {
             folder.preferredFilename = nameOfBytes(contents.characters());
         }
     }

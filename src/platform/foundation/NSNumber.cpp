@@ -71,6 +71,7 @@ std::strong_ordering NSNumber::compare(const NSNumber& other) const noexcept {
     if (isFloatingPoint() && other.isFloatingPoint())
         return compareReals(real_, other.real_);
     if (isFloatingPoint())
+        // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the 0 of a comparison for a null pointer.
         return 0 <=> compareIntegerWithReal(other.integer_, real_);
     return compareIntegerWithReal(integer_, other.real_);
 }

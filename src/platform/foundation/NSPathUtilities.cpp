@@ -234,7 +234,7 @@ NSString stringByStandardizingPath(const NSString& path) {
 }
 
 NSString stringByResolvingSymlinksInPath(const NSString& path) {
-    const NSString standardized = stringByStandardizingPath(path);
+    NSString standardized = stringByStandardizingPath(path);
     if (!standardized.characters().starts_with(u'/'))
         return standardized;
     const auto real = realPath(standardized);

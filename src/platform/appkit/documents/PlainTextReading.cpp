@@ -13,7 +13,7 @@ NSString stringWithPlainText(const NSData& data, NSStringEncoding* encoding) {
         return stringWithMarkedData(data, encoding);
     for (const NSStringEncoding candidate : {NSUTF8StringEncoding, NSWindowsCP1252StringEncoding}) {
         *encoding = candidate;
-        const NSString text = stringWithData_encoding(data, candidate);
+        NSString text = stringWithData_encoding(data, candidate);
         if (!text.isNil())
             return text;
     }

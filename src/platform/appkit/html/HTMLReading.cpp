@@ -25,7 +25,7 @@ NSAttributedString NSAttributedStringKitAdditions::initWithHTML_options_document
     const NSData& data, const NSDictionary& options, NSDictionary* documentAttributes) {
     if (documentAttributes)
         *documentAttributes = nullptr;
-    // Holds the delegate meanwhile.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it holds the delegate meanwhile.
     const NSDictionary heldOptions = options;
     const auto page = WebEngine::sharedEngine().render(data, engineOptions(heldOptions));
     if (!page)

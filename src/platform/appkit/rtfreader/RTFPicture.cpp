@@ -12,9 +12,9 @@ namespace kelvo {
 namespace {
 
 constexpr auto hexDigits = [] {
-    std::array<std::int8_t, 256> table{};
+    std::array<int, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte)
-        table[byte] = static_cast<std::int8_t>(hexDigitValue(byte));
+        table[byte] = hexDigitValue(byte);
     return table;
 }();
 

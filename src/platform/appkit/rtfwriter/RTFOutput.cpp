@@ -42,8 +42,8 @@ constexpr bool isPlain(char16_t unit) {
 }
 constexpr auto plainUnits = [] {
     std::array<bool, 128> table{};
-    for (char16_t unit = 0; unit < table.size(); ++unit)
-        table[unit] = isPlain(unit);
+    for (std::size_t unit = 0; unit < table.size(); ++unit)
+        table[unit] = isPlain(static_cast<char16_t>(unit));
     return table;
 }();
 

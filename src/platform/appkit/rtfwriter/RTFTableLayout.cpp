@@ -119,7 +119,8 @@ void RTFTableLayout::placeCells(std::span<const NSTextTableBlock* const> cells) 
 }
 
 void RTFTableLayout::measureColumns(std::int32_t available) {
-    std::size_t columns = 0;
+    // No table is without a cell.
+    std::size_t columns = 1;
     for (const Row& row : rows_)
         columns = std::max(columns, row.size());
     const std::int32_t whole = table_.width ? std::clamp(twipsOfLength(*table_.width, available),

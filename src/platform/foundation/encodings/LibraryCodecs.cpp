@@ -15,6 +15,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -129,15 +130,28 @@ private:
 constexpr const char* ownUTF16 = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 constexpr auto noConverter = static_cast<std::size_t>(-1);
 
+class IconvHandle {
+public:
+    IconvHandle(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+    IconvHandle(const IconvHandle&) = delete;
+    IconvHandle& operator=(const IconvHandle&) = delete;
+    ~IconvHandle() {
+        if (isOpen())
+            iconv_close(handle_);
+    }
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): so iconv_open says that it has none.
+    bool isOpen() const { return handle_ != iconv_t(-1); }
+    iconv_t get() const { return handle_; }
+
+private:
+    iconv_t handle_;
+};
+
 class IconvCodec final : public TextCodec {
 public:
-    IconvCodec(iconv_t decoder, iconv_t encoder) : decoder_(decoder), encoder_(encoder) {}
-    IconvCodec(const IconvCodec&) = delete;
-    IconvCodec& operator=(const IconvCodec&) = delete;
-    ~IconvCodec() override {
-        iconv_close(decoder_);
-        iconv_close(encoder_);
-    }
+    explicit IconvCodec(const char* name) : decoder_(ownUTF16, name), encoder_(name, ownUTF16) {}
+
+    bool isOpen() const { return decoder_.isOpen() && encoder_.isOpen(); }
 
     Progress decode(std::span<const std::uint8_t> bytes, char16_t* units, std::size_t capacity) override {
         Progress progress;
@@ -175,14 +189,14 @@ public:
             std::size_t targetLeft = room;
             std::size_t result = noConverter;
             if (!isClosing) {
-                result = iconv(encoder_, &source, &sourceLeft, &target, &targetLeft);
+                result = iconv(encoder_.get(), &source, &sourceLeft, &target, &targetLeft);
                 isClosing = isEnd && result != noConverter;
             }
             const int failure = result == noConverter && !isClosing ? errno : 0;
             bool isDone = !isClosing && failure != E2BIG;
             if (isClosing)
-                isDone =
-                    iconv(encoder_, nullptr, nullptr, &target, &targetLeft) != noConverter || errno != E2BIG;
+                isDone = iconv(encoder_.get(), nullptr, nullptr, &target, &targetLeft) != noConverter ||
+                         errno != E2BIG;
             bytes.resize(static_cast<std::size_t>(target - bytes.data()));
             if (isDone)
                 return units.size() - sourceLeft / sizeof(char16_t);
@@ -190,8 +204,8 @@ public:
     }
 
     void reset() override {
-        iconv(decoder_, nullptr, nullptr, nullptr, nullptr);
-        iconv(encoder_, nullptr, nullptr, nullptr, nullptr);
+        iconv(decoder_.get(), nullptr, nullptr, nullptr, nullptr);
+        iconv(encoder_.get(), nullptr, nullptr, nullptr, nullptr);
         heldStart_ = heldEnd_ = 0;
         isFlushed_ = false;
     }
@@ -205,7 +219,8 @@ private:
     bool convertIntoHeld(char** source, std::size_t* sourceLeft) {
         auto* target = reinterpret_cast<char*>(held_.data());
         std::size_t targetLeft = held_.size() * sizeof(char16_t);
-        const bool isConverted = iconv(decoder_, source, sourceLeft, &target, &targetLeft) != noConverter;
+        const bool isConverted =
+            iconv(decoder_.get(), source, sourceLeft, &target, &targetLeft) != noConverter;
         heldStart_ = 0;
         heldEnd_ = held_.size() - targetLeft / sizeof(char16_t);
         return isConverted;
@@ -229,27 +244,12 @@ private:
         progress.bytesRead += length - sourceLeft;
     }
 
-    iconv_t decoder_;
-    iconv_t encoder_;
+    IconvHandle decoder_;
+    IconvHandle encoder_;
     std::array<char16_t, heldCapacity> held_;
     std::size_t heldStart_ = 0;
     std::size_t heldEnd_ = 0;
     bool isFlushed_ = false;
-};
-
-class IconvHandle {
-public:
-    IconvHandle(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-    IconvHandle(const IconvHandle&) = delete;
-    IconvHandle& operator=(const IconvHandle&) = delete;
-    ~IconvHandle() {
-        if (isOpen())
-            iconv_close(handle_);
-    }
-    bool isOpen() const { return handle_ != iconv_t(-1); }
-
-private:
-    iconv_t handle_;
 };
 
 // One converter of each name stays open for good: glibc would unload its module with the last one and take a
@@ -274,15 +274,8 @@ std::unique_ptr<TextCodec> makeICUCodec(const char* name) {
 std::unique_ptr<TextCodec> makeIconvCodec(const char* name) {
     if (!isIconvAvailable(name))
         return nullptr;
-    const iconv_t decoder = iconv_open(ownUTF16, name);
-    if (decoder == iconv_t(-1))
-        return nullptr;
-    const iconv_t encoder = iconv_open(name, ownUTF16);
-    if (encoder == iconv_t(-1)) {
-        iconv_close(decoder);
-        return nullptr;
-    }
-    return std::make_unique<IconvCodec>(decoder, encoder);
+    auto codec = std::make_unique<IconvCodec>(name);
+    return codec->isOpen() ? std::move(codec) : nullptr;
 }
 
 } // namespace kelvo

@@ -75,7 +75,7 @@ NSString stringWithMarkedData(const NSData& data, NSStringEncoding* encoding) {
         // A file that was cut off ends within a unit.
         const std::size_t wholeUnits = data.length() - data.length() % mark.unitInBytes;
         const Invalid invalid = mark.unitInBytes == 4 ? Invalid::refused : Invalid::repaired;
-        const NSString text = decoded(data.subdataWithRange({0, wholeUnits}), mark.encoding, invalid);
+        NSString text = decoded(data.subdataWithRange({0, wholeUnits}), mark.encoding, invalid);
         if (text.isNil())
             continue;
         if (encoding)

@@ -88,7 +88,7 @@ NSString NSBundle::executablePath() const {
     const NSString library = NSString(u"lib").stringByAppendingString(name).stringByAppendingString(u".so");
     for (const char16_t* folder : {u"/Contents/Linux/", u"/Contents/MacOS/", u"/"}) {
         for (const NSString& file : {name, library}) {
-            const NSString path = parts_->path.stringByAppendingString(folder).stringByAppendingString(file);
+            NSString path = parts_->path.stringByAppendingString(folder).stringByAppendingString(file);
             if (openFile(path))
                 return path;
         }

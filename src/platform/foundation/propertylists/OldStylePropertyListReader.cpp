@@ -44,7 +44,7 @@ NSString textOfData(const NSData& data) {
         return text.takeString();
     }
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    const NSString decoded = NSString::stringWithUTF8String(
+    NSString decoded = NSString::stringWithUTF8String(
         bytes.starts_with(byteOrderMark) ? bytes.substr(byteOrderMark.size()) : bytes);
     if (!decoded.isNil())
         return decoded;
@@ -223,7 +223,7 @@ private:
         const auto length = static_cast<std::size_t>(end - rest_.begin());
         if (length == 0)
             throwPropertyListError(u"There is a character that begins neither a value nor a key.");
-        const NSString string(rest_.substr(0, length));
+        NSString string(rest_.substr(0, length));
         rest_.remove_prefix(length);
         return string;
     }
@@ -238,7 +238,7 @@ private:
                 throwPropertyListError(u"A quoted string has no end.");
             const bool isEscape = rest_[run] == '\\';
             if (!isEscape && string.isEmpty()) {
-                const NSString whole(rest_.substr(0, run));
+                NSString whole(rest_.substr(0, run));
                 rest_.remove_prefix(run + 1);
                 return whole;
             }

@@ -70,7 +70,7 @@ std::string textOfAddress(GSocketFamily family, const std::string& bytes) {
     const Reference address(
         g_inet_address_new_from_bytes(reinterpret_cast<const guint8*>(bytes.data()), family));
     char* text = g_inet_address_to_string(address.get());
-    const std::string copy = text;
+    std::string copy = text;
     g_free(text);
     return copy;
 }
