@@ -3,6 +3,7 @@
 #include "platform/engine/EngineProcess.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/FrameReferences.h"
 #include "platform/webkit/MIMEEngineMessages.h"
 #include "platform/webkit/MIMELines.h"
@@ -217,7 +218,8 @@ bool beginsLikeMIMEMessage(const NSData& data) {
             break;
         if (!isHeaderField(line) && !line.starts_with(' ') && !line.starts_with('\t'))
             return false;
-        hasContentType = hasContentType || lowercaseASCII(line.substr(0, 13)) == "content-type:";
+        hasContentType =
+            hasContentType || asciiLowerCased(std::string(line.substr(0, 13))) == "content-type:";
     }
     return hasContentType;
 }

@@ -1,20 +1,11 @@
 #pragma once
 
-#include "platform/foundation/units/ASCII.h"
-
 #include <algorithm>
-#include <string>
 #include <string_view>
 
 namespace kelvo {
 
 // How the lines of a MIME message are told, by those who look for one and those who read it.
-
-inline std::string lowercaseASCII(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), asciiLowerCase<char>);
-    return result;
-}
 
 /// The bytes without what editors and transports leave before the first header field.
 inline std::string_view messageInBytes(std::string_view bytes) {

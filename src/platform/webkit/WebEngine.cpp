@@ -176,7 +176,7 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
             return connectionDecision(asked, options.delegate);
         if (!options.delegate)
             return Value();
-        const Value decided = decision(asked, *options.delegate);
+        Value decided = decision(asked, *options.delegate);
         if (decided.isNil())
             noteRefusal(asked.objectForKey(u"url").string());
         noteSubstitute(substitutes, asked.objectForKey(u"url").string(), decided.string());

@@ -30,7 +30,7 @@ std::string textOfError(int error) {
 std::string portNameFolder() {
     const char* runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
     const bool isGiven = runtimeFolder && *runtimeFolder == '/';
-    const std::string folder = isGiven ? runtimeFolder : "/tmp/kelvo-" + std::to_string(geteuid());
+    std::string folder = isGiven ? runtimeFolder : "/tmp/kelvo-" + std::to_string(geteuid());
     if (!isGiven && mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
         refuse("The folder " + folder + " for the service's socket could not be made: " + textOfError(errno) +
                ".");

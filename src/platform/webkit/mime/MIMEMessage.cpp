@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSURL.h"
 #include "platform/foundation/SealedMemory.h"
+#include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/MIMEEngineMessages.h"
 #include "platform/webkit/MIMELines.h"
 
@@ -47,7 +48,7 @@ bool isWithinBounds(std::string_view message) {
             headerCount += 1 + static_cast<std::size_t>(std::ranges::count(line, ';'));
             if (headerCount > maximumHeaderCount)
                 return false;
-            const std::string words = lowercaseASCII(line);
+            const std::string words = asciiLowerCased(std::string(line));
             mayHoldMessages = mayHoldMessages || words.find("digest") != std::string::npos;
             mayHoldMessage = mayHoldMessage || mayHoldMessages || words.find("message") != std::string::npos;
         }
@@ -105,8 +106,9 @@ public:
             g_mime_content_type_get_media_subtype(g_mime_object_get_content_type(root_.get()));
         auto fields = NSMutableDictionary::dictionary();
         fields.setObject_forKey(base_.absoluteString(), mimeengine::baseKey);
-        fields.setObject_forKey(NSNumber::numberWithBool(lowercaseASCII(subtype ? subtype : "") == "related"),
-                                mimeengine::relatedKey);
+        fields.setObject_forKey(
+            NSNumber::numberWithBool(asciiLowerCased(std::string(subtype ? subtype : "")) == "related"),
+            mimeengine::relatedKey);
         setIfAny(fields, start_, mimeengine::startKey);
         fields.setObject_forKey(parts_, mimeengine::partsKey);
         fields.setObject_forKey(contents_.seal(used_), mimeengine::contentsKey);
@@ -159,7 +161,7 @@ private:
         const std::size_t place = used_;
         decode(GMIME_PART(object));
         auto fields = NSMutableDictionary::dictionaryWithObjectsAndKeys(
-            {{NSString::stringByRepairingUTF8String(lowercaseASCII(
+            {{NSString::stringByRepairingUTF8String(asciiLowerCased(
                   std::string(g_mime_content_type_get_media_type(type)) + '/' + (subtype ? subtype : ""))),
               mimeengine::typeKey},
              {NSNumber::numberWithLongLong(static_cast<long long>(place)), mimeengine::placeKey},

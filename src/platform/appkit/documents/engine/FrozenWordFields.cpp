@@ -143,6 +143,7 @@ private:
     }
     std::vector<std::size_t> placesOf(const std::vector<std::uint32_t>& sectors) const {
         std::vector<std::size_t> places;
+        places.reserve(sectors.size());
         for (const std::uint32_t sector : sectors)
             places.push_back(placeOf(sector));
         return places;

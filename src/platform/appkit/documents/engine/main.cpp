@@ -28,7 +28,9 @@ public:
         officeFolder_ = *folder;
     }
 
-    ConfinementProfile profile(const std::string& folder) override { return profileOfOffice(officeFolder_, folder); }
+    ConfinementProfile profile(const std::string& folder) override {
+        return profileOfOffice(officeFolder_, folder);
+    }
 
     void prepare(const std::string& folder) override {
         if (folder.empty())
