@@ -84,12 +84,7 @@ TEST_F(CommandTest, StatusesOfTheProcess) {
     files.write("[a,b].zzz", "");
     files.write("show", "");
     files.write("-x", "");
-    const struct {
-        const char* name;
-        std::vector<std::string> arguments;
-        int status;
-        const char* said;
-    } rows[] = {
+    const std::tuple<const char*, std::vector<std::string>, int, const char*> rows[] = {
         {"help", {"--help"}, 0, ""},
         {"help of a subcommand", {"image", "--help"}, 0, ""},
         {"version", {"--version"}, 0, ""},
@@ -123,11 +118,11 @@ TEST_F(CommandTest, StatusesOfTheProcess) {
         {"shown", {"show", "text.zzz", "page.html"}, 0, ""},
         {"shown and missing", {"show", "missing", "text.zzz"}, 4, "missing"},
     };
-    for (const auto& row : rows) {
-        const Outcome outcome = plumwick(row.arguments);
-        EXPECT_EQ(outcome.status, row.status) << row.name << ": " << outcome.errors;
-        EXPECT_NE(outcome.errors.find(row.said), std::string::npos) << row.name << ": " << outcome.errors;
-        EXPECT_EQ(outcome.errors.empty(), row.status == 0) << row.name << ": " << outcome.errors;
+    for (const auto& [name, arguments, status, said] : rows) {
+        const Outcome outcome = plumwick(arguments);
+        EXPECT_EQ(outcome.status, status) << name << ": " << outcome.errors;
+        EXPECT_NE(outcome.errors.find(said), std::string::npos) << name << ": " << outcome.errors;
+        EXPECT_EQ(outcome.errors.empty(), status == 0) << name << ": " << outcome.errors;
     }
     EXPECT_EQ(entriesOf(files.path()),
               (std::vector<std::string>{"-x", "[a,b].zzz", "page.html", "pipe", "show", "text.zzz"}));
@@ -137,12 +132,7 @@ TEST_F(CommandTest, PrintsTheTextOfPages) {
     files.write("german.html",
                 "<meta charset=windows-1252><title>T</title><body><p>\xFC&amp;<pre>a\n\nb</pre>");
     files.write("bare.html", "<body><br></body>");
-    const struct {
-        std::vector<std::string> arguments;
-        std::string input;
-        int status;
-        std::string output;
-    } rows[] = {
+    const std::tuple<std::vector<std::string>, std::string, int, std::string> rows[] = {
         {{"german.html", "--only-body"}, "", 0, "\n\n\u00FC&\n\na b\n"},
         {{"german.html", "--only-body", "--reformat", "--non-umlauted"}, "", 0, "\n\nu&\n\na\n\nb\n"},
         {{"-", "--charset", "koi8-r"}, "\xC1", 0, "\u0430\n"},
@@ -158,12 +148,12 @@ TEST_F(CommandTest, PrintsTheTextOfPages) {
         {{"-", "--charset", "no-such"}, "x", 2, ""},
         {{"missing.html", "bare.html"}, "", 4, "missing.html\n\nbare.html\n\n"},
     };
-    for (const auto& row : rows) {
-        std::vector<std::string> arguments = row.arguments;
+    for (const auto& [own, input, status, output] : rows) {
+        std::vector<std::string> arguments = own;
         arguments.insert(arguments.begin(), "html-to-text");
-        const Outcome outcome = plumwick(arguments, row.input);
-        EXPECT_EQ(outcome.status, row.status) << row.arguments.front() << ": " << outcome.errors;
-        EXPECT_EQ(outcome.output, row.output) << row.arguments.front();
+        const Outcome outcome = plumwick(arguments, input);
+        EXPECT_EQ(outcome.status, status) << own.front() << ": " << outcome.errors;
+        EXPECT_EQ(outcome.output, output) << own.front();
     }
     EXPECT_FALSE(std::filesystem::exists(session.socketPath())) << "no service was asked";
 }
@@ -173,11 +163,7 @@ TEST_F(CommandTest, PrintsTheTextOfWebArchives) {
     files.write("page.zzz", header + "text/html; charset=utf-8\r\n\r\n<b>\u00FC</b>");
     files.write("picture.mht",
                 header + "multipart/related; boundary=b\n\n--b\nContent-Type: image/png\n\nx\n--b--\n");
-    const struct {
-        std::vector<std::string> arguments;
-        int status;
-        std::string output;
-    } rows[] = {
+    const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
         {{"page.zzz"}, 0, "\n\n\u00FC\n"},
         {{"page.zzz", "--source"}, 0, "<b>\u00FC</b>\n"},
         {{"page.zzz", "--json"}, 0, "{\"String\":\"\\n\\n\u00FC\",\"Source\":\"<b>\u00FC</b>\"}\n"},
@@ -189,13 +175,13 @@ TEST_F(CommandTest, PrintsTheTextOfWebArchives) {
         {{"text.zzz", "--json"}, 1, "{}\n"},
         {{"missing.mht"}, 4, ""},
     };
-    for (const auto& row : rows) {
-        std::vector<std::string> arguments = row.arguments;
+    for (const auto& [own, status, output] : rows) {
+        std::vector<std::string> arguments = own;
         arguments.insert(arguments.begin(), "web-archive");
         const Outcome outcome = plumwick(arguments);
-        EXPECT_EQ(outcome.status, row.status) << row.arguments.back() << ": " << outcome.errors;
-        EXPECT_EQ(outcome.output, row.output) << row.arguments.back();
-        EXPECT_EQ(outcome.errors.empty(), row.status == 0) << outcome.errors;
+        EXPECT_EQ(outcome.status, status) << own.back() << ": " << outcome.errors;
+        EXPECT_EQ(outcome.output, output) << own.back();
+        EXPECT_EQ(outcome.errors.empty(), status == 0) << outcome.errors;
     }
     EXPECT_EQ(plumwick({"show", "page.zzz"}).output.find("page.zzz  web archive, "), 0u);
 }
@@ -329,10 +315,7 @@ protected:
 
 TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
     const std::string own = "file://" + files.path() + "/page.html";
-    const struct {
-        std::vector<std::string> arguments;
-        std::string output;
-    } rows[] = {
+    const std::tuple<std::vector<std::string>, std::string> rows[] = {
         {{"pdf-text", "page.html"}, "attributed  no\nlength      8\n"},
         {{"pdf-text", "-", "--rich", "--json"}, "{\"attributed\":true,\"length\":5}\n"},
         {{"image", "text.zzz", "--json"},
@@ -344,9 +327,9 @@ TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
         {{"html-to-rtfd", "page.html", "--base-url", "http://h/", "-o", "-"}, "8 http://h/ no"},
         {{"html-to-rtfd", "-", "--json"}, "{\"bytes\":5,\"base64\":\"NSAgbm8=\"}\n"},
     };
-    for (const auto& row : rows) {
-        const Outcome outcome = plumwick(row.arguments, "input");
-        EXPECT_EQ(outcome.output, row.output) << outcome.errors;
+    for (const auto& [arguments, output] : rows) {
+        const Outcome outcome = plumwick(arguments, "input");
+        EXPECT_EQ(outcome.output, output) << outcome.errors;
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
     }
     const std::string odd = files.write("caf\xE9", "");

@@ -14,11 +14,7 @@ namespace {
 
 TEST(Request, PagesAndPDFsHaveMoreTime) {
     const double usual = defaultTimeout(Operation::metaDataForFile, FileKind::plainText);
-    const struct {
-        Operation operation;
-        FileKind kind;
-        bool isSlow;
-    } rows[] = {
+    const std::tuple<Operation, FileKind, bool> rows[] = {
         {Operation::attributedStringWithContentsOfFile, FileKind::officeOpenXML, false},
         {Operation::attributedStringWithContentsOfFile, FileKind::HTML, true},
         {Operation::attributedStringWithContentsOfFile, FileKind::MIMEHTML, true},
@@ -27,9 +23,9 @@ TEST(Request, PagesAndPDFsHaveMoreTime) {
         {Operation::RTFDWithHTML, FileKind::plainText, true},
         {Operation::stringWithPDF, FileKind::other, true},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(defaultTimeout(row.operation, row.kind) > usual, row.isSlow)
-            << subcommandOfOperation(row.operation) << " " << nameOfKind(row.kind);
+    for (const auto& [operation, kind, isSlow] : rows)
+        EXPECT_EQ(defaultTimeout(operation, kind) > usual, isSlow)
+            << subcommandOfOperation(operation) << " " << nameOfKind(kind);
 }
 
 TEST(PackageOutput, TakesThePlaceOfPackagesAndEmptyFoldersOnly) {

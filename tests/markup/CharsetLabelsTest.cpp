@@ -35,13 +35,12 @@ TEST(CharsetLabelsTest, codePagesAreKnownByTheirNumber) {
     const auto rows = rowsOf(
         "437=400 646=920 6461=920 708=206 737=405 775=406 850=410 851=411 852=412 855=413 857=414 860=415 "
         "861=416 862=417 863=418 864=419 865=41A 866=41B 869=41C 874=41D 932=420 936=421 949=422 950=423 "
-        "1250=501 1251=502 1252=500 1253=503 1254=504 1255=505 1256=506 1257=507 1258=508 1361=510 "
-        "8859=201 8591=201 88591=201 88191=201 88391=201 88581=201 88611=201 88691=201 88791=201 89091=201 "
-        "85591=201 80591=201 100591=201 810091=201 885101=201 885111=201 885231=201 885391=201 88592=202 "
-        "88582=202 85922=202 88593=203 88594=204 88595=205 88596=206 88597=207 88598=208 88599=209 "
-        "89599=209 885910=20A 885911=20B 885913=20D 885914=20E 885915=20F 885916=210 "
-        "0=- 436=- 438=- 819=- 10000=- 885091=- 885100=- 885102=- 885401=- 885912=- 885917=- 20866=- "
-        "4294967733=-");
+        "1250=501 1251=502 1252=500 1253=503 1254=504 1255=505 1256=506 1257=507 1258=508 1361=510 8859=201 "
+        "8591=201 88591=201 88191=201 88391=201 88581=201 88611=201 88691=201 88791=201 89091=201 85591=201 "
+        "80591=201 100591=201 810091=201 885101=201 885111=201 885231=201 885391=201 88592=202 88582=202 "
+        "85922=202 88593=203 88594=204 88595=205 88596=206 88597=207 88598=208 88599=209 89599=209 "
+        "885910=20A 885911=20B 885913=20D 885914=20E 885915=20F 885916=210 0=- 436=- 438=- 819=- 10000=- "
+        "885091=- 885100=- 885102=- 885401=- 885912=- 885917=- 20866=- 4294967733=-");
     for (const auto& [number, encoding] : rows) {
         EXPECT_EQ(charset2CFStringEncoding(stringOf("x-" + number)), encoding) << number;
         EXPECT_EQ(charset2CFStringEncoding(stringOf("CP_000" + number + ":19x8")), encoding) << number;
@@ -56,15 +55,15 @@ TEST(CharsetLabelsTest, namesAreKnownInTheirOrder) {
         // A number that means nothing lets the name decide.
         "windows-1251=502 windows=500 windows-31j=500 x-windows=- 99999999999999999999-utf-8=8000100 "
         "utf-8-1251=8000100 ISO-2022-JP=820 ISO-2022-JP-1=822 ISO-2022-JP-2=821 ISO-2022-JP-3=823 "
-        "ISO-2022-KR=820 ISO-2022-CN=820 x-iso-2022-jp-1=820 ISO-646=920 "
-        "csISOLatin1=201 latin1=201 latin2=202 latin3=203 latin4=204 latin5=209 latin6=20A latin7=20D "
-        "latin8=20E latin9=20F latin10=210 latin=- latin-utf8=8000100 visual=208 x-kam-cs=A001 kam-cs=A001 "
-        "kbkam=A001 KOI8-CS2=A002 CSN_369103=A002 us-ascii=600 ASCII=600 x-ascii=- utf-7=600 "
-        "x-unicode-2-0-utf-7=600 GB2312=930 csGB2312=930 gbk=631 x-gbk=- GB18030=- UTF-8=8000100 "
-        "utf8=8000100 uft-8=8000100 unicode=8000100 unicode-1-1-utf-8=8000100 utf-16=100 UTF-16LE=100 "
-        "Shift_JIS=A01 x-sjis=A01 koi8-r=A02 KOI8-U=A02 Big5=A03 big5-hkscs=A03 euc-kr=940 x-euc-jp=920 "
-        "eucj=920 euc-cn=930 x-euc-tw=931 ks_c_5601-1987=640 ks_c_5601-87=640 ks_c_5601-92=641 "
-        "ks_c_5601-1992=- en-US=8000100 en-GB=8000100 en-AU=- none=600 nonesuch=-");
+        "ISO-2022-KR=820 ISO-2022-CN=820 x-iso-2022-jp-1=820 ISO-646=920 csISOLatin1=201 latin1=201 "
+        "latin2=202 latin3=203 latin4=204 latin5=209 latin6=20A latin7=20D latin8=20E latin9=20F latin10=210 "
+        "latin=- latin-utf8=8000100 visual=208 x-kam-cs=A001 kam-cs=A001 kbkam=A001 KOI8-CS2=A002 "
+        "CSN_369103=A002 us-ascii=600 ASCII=600 x-ascii=- utf-7=600 x-unicode-2-0-utf-7=600 GB2312=930 "
+        "csGB2312=930 gbk=631 x-gbk=- GB18030=- UTF-8=8000100 utf8=8000100 uft-8=8000100 unicode=8000100 "
+        "unicode-1-1-utf-8=8000100 utf-16=100 UTF-16LE=100 Shift_JIS=A01 x-sjis=A01 koi8-r=A02 KOI8-U=A02 "
+        "Big5=A03 big5-hkscs=A03 euc-kr=940 x-euc-jp=920 eucj=920 euc-cn=930 x-euc-tw=931 ks_c_5601-1987=640 "
+        "ks_c_5601-87=640 ks_c_5601-92=641 ks_c_5601-1992=- en-US=8000100 en-GB=8000100 en-AU=- none=600 "
+        "nonesuch=-");
     for (const auto& [label, encoding] : rows)
         EXPECT_EQ(charset2CFStringEncoding(stringOf(label)), encoding) << label;
     EXPECT_EQ(charset2CFStringEncoding(nullptr), invalid);

@@ -55,13 +55,7 @@ TEST(EntitiesTest, everyNameBothWays) {
 }
 
 TEST(EntitiesTest, references) {
-    struct Row {
-        const char* name;
-        const char16_t* text;
-        const char16_t* standard;
-        const char16_t* withoutStandard;
-        const char16_t* onlyNumeric;
-    };
+    using Row = std::tuple<const char*, const char16_t*, const char16_t*, const char16_t*, const char16_t*>;
     const Row rows[] = {
         {"one level only", u"&amp;lt;", u"&lt;", u"&amp;lt;", u"&lt;"},
         {"fixed forms", u"&lt;&gt;&amp;&quot;&apos;&nbsp;", u"<>&\"'\u00A0", u"&lt;&gt;&amp;&quot;'\u00A0",
@@ -88,10 +82,10 @@ TEST(EntitiesTest, references) {
         {"name that runs on", u"&euros;&euro2&euro\u00E9", u"&euros;&euro2&euro\u00E9",
          u"&euros;&euro2&euro\u00E9", u"&euros;&euro2&euro\u00E9"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(decoded(row.text, true, false, false), row.standard) << row.name;
-        EXPECT_EQ(decoded(row.text, false, false, false), row.withoutStandard) << row.name;
-        EXPECT_EQ(decoded(row.text, true, true, false), row.onlyNumeric) << row.name;
+    for (const auto& [name, text, standard, withoutStandard, onlyNumeric] : rows) {
+        EXPECT_EQ(decoded(text, true, false, false), standard) << name;
+        EXPECT_EQ(decoded(text, false, false, false), withoutStandard) << name;
+        EXPECT_EQ(decoded(text, true, true, false), onlyNumeric) << name;
     }
     EXPECT_EQ(decoded(u"&eacute;\u00E9&#233;\u0151A\u4E00&foo;", true, false, true), u"eeeoA\u4E00&foo;");
 }

@@ -31,10 +31,7 @@ TEST(Html2Text, ReceiverComesBack) {
 }
 
 TEST(Html2Text, OnlyBody) {
-    const struct {
-        const char* name;
-        const char16_t *html, *text;
-    } rows[] = {
+    const std::tuple<const char*, const char16_t*, const char16_t*> rows[] = {
         {"head left out", u"<html><head><title>T</title></head><body>A</body></html>", u"A"},
         {"behind the body", u"x<body>A</body>B", u"A"},
         {"no body", u"<title>T</title><p>A", u"T\n\nA"},
@@ -43,8 +40,8 @@ TEST(Html2Text, OnlyBody) {
         {"frames", u"<frameset><noframes>x<body>A</body></noframes></frameset>B", u"B"},
         {"noscript outside", u"<noscript>x</noscript><body>A", u"A"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(onlyBody(row.html), row.text) << row.name;
+    for (const auto& [name, html, text] : rows) {
+        EXPECT_EQ(onlyBody(html), text) << name;
     }
     EXPECT_EQ(stringByConvertingHtml2PlainText(u"<head><title>T</title></head><body>A"), u"T A");
 }

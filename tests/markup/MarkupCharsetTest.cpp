@@ -8,12 +8,7 @@ namespace kelvo {
 namespace {
 
 TEST(MarkupCharsetTest, firstDeclarationBeforeTheBody) {
-    struct Row {
-        const char* name;
-        const char16_t* markup;
-        const char16_t* charset;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char16_t*, const char16_t*> rows[] = {
         {"nil", nullptr, u""},
         {"no tags", u"charset=utf-8", u""},
         {"short form", u"<html><META Charset = 'a-1' ></html>", u"a-1"},
@@ -38,10 +33,10 @@ TEST(MarkupCharsetTest, firstDeclarationBeforeTheBody) {
         {"element xml", u"<xml encoding='no'></xml><meta charset=yes>", u"yes"},
         {"never closed", u"<meta charset=no", u""},
     };
-    for (const Row& row : rows) {
-        const NSString charset = markupCharset(row.markup);
-        EXPECT_FALSE(charset.isNil()) << row.name;
-        EXPECT_EQ(charset.UTF8String(), NSString(row.charset).UTF8String()) << row.name;
+    for (const auto& [name, markup, expected] : rows) {
+        const NSString charset = markupCharset(markup);
+        EXPECT_FALSE(charset.isNil()) << name;
+        EXPECT_EQ(charset.UTF8String(), NSString(expected).UTF8String()) << name;
     }
     EXPECT_EQ(markupEncoding(u"<meta charset=windows-1251>"), 11u);
     EXPECT_EQ(markupEncoding(nullptr), 0xFFFFFFFF);
@@ -49,9 +44,9 @@ TEST(MarkupCharsetTest, firstDeclarationBeforeTheBody) {
 
 TEST(MarkupCharsetTest, beginningsTellOnlyWhatNoRestCanChange) {
     // The end of the first script depends on whether the comment is closed.
-    const std::u16string page = u"<title>t</title><!-- c --><meta name=x content=y>"
-                                u"<script><!-- </script><meta charset=first><body> --> </script>"
-                                u"<meta charset=second><body>";
+    const std::u16string page =
+        u"<title>t</title><!-- c --><meta name=x content=y><script><!-- </script><meta charset=first><body> "
+        u"--> </script><meta charset=second><body>";
     for (const std::u16string& text :
          {page, page.substr(page.find(u"<meta charset=second")), page.substr(0, 40)})
         for (std::size_t length = 0; length <= text.size(); ++length) {

@@ -109,11 +109,7 @@ TEST(PlainTextHandler, LeavesOutWhatIsNotShown) {
 }
 
 TEST(PlainTextHandler, JunkDivisions) {
-    const struct {
-        const char* name;
-        std::u16string attributes;
-        bool isJunk;
-    } rows[] = {
+    const std::tuple<const char*, std::u16string, bool> rows[] = {
         {"class hidden", u"class=\"HIDDEN\"", true},
         {"class that holds it", u"class=\"hidden x\"", false},
         {"visibility", u"style=\"visibility: hidden\"", true},
@@ -127,9 +123,9 @@ TEST(PlainTextHandler, JunkDivisions) {
         {"position with a space", u"style=\"position: absolute;top:-9999px\"", false},
         {"margin", u"style=\"position:absolute;margin-top:-9999px\"", false},
     };
-    for (const auto& row : rows) {
-        const std::u16string text = row.isJunk ? u"a\n\n\n\nc" : u"a\n\nb\n\nc";
-        EXPECT_EQ(convert(u"a<div " + row.attributes + u">b</div>c").characters(), text) << row.name;
+    for (const auto& [name, attributes, isJunk] : rows) {
+        const std::u16string text = isJunk ? u"a\n\n\n\nc" : u"a\n\nb\n\nc";
+        EXPECT_EQ(convert(u"a<div " + attributes + u">b</div>c").characters(), text) << name;
     }
     expectRows({
         {"up to the next div tag", u"<div class=hidden>a<p>b<div>c</div>d", u"\n\n\n\n\n\nc\n\nd"},
@@ -183,11 +179,7 @@ TEST(PlainTextHandler, References) {
 TEST(PlainTextHandler, RemovesJunk) {
     const Options junk{.removeJunk = true};
     const auto words = [](std::size_t length) { return std::u16string(length, u'x'); };
-    const struct {
-        const char* name;
-        std::u16string html, text;
-        bool isFound;
-    } rows[] = {
+    const std::tuple<const char*, std::u16string, std::u16string, bool> rows[] = {
         {"line of 20,000", u"<pre>" + words(20000), u"\n\n" + words(20000), false},
         {"line of 20,001", u"<pre>" + words(20001) + u"</pre><p>a", u"\n\n\n\na", true},
         {"line of three runs",
@@ -201,12 +193,12 @@ TEST(PlainTextHandler, RemovesJunk) {
         {"heading of 3,501", u"b<h1>" + words(3501) + u"</h1>", u"b\n\n\n\n", true},
         {"behind the link", u"<a></a></a><a/>" + words(3501), words(3501), false},
     };
-    for (const auto& row : rows) {
-        bool found = !row.isFound;
-        EXPECT_EQ(convert(row.html, junk, &found).characters(), row.text) << row.name;
-        EXPECT_EQ(found, row.isFound) << row.name;
-        convert(row.html, {}, &found);
-        EXPECT_FALSE(found) << row.name;
+    for (const auto& [name, html, text, isFound] : rows) {
+        bool found = !isFound;
+        EXPECT_EQ(convert(html, junk, &found).characters(), text) << name;
+        EXPECT_EQ(found, isFound) << name;
+        convert(html, {}, &found);
+        EXPECT_FALSE(found) << name;
     }
 }
 

@@ -14,14 +14,7 @@ std::string shown(const NSString& value) {
 }
 
 TEST(TagAttributesTest, attributesOfTags) {
-    struct Row {
-        const char* name;
-        const char16_t* tag;
-        const char* attribute;
-        const char* value;
-        const char* nestedValue;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char16_t*, const char*, const char*, const char*> rows[] = {
         {"quoted", u"<a href=\"x y\" b>", "href", "x y", "x y"},
         {"apostrophes", u"<a href='x\"y'>", "HREF", "x\"y", "x\"y"},
         {"unquoted", u"<a href=x/y z>", "href", "x/y", "x/y"},
@@ -48,31 +41,25 @@ TEST(TagAttributesTest, attributesOfTags) {
         {"empty name", u"<a title=\"xyz\">", "", "nil", "nil"},
         {"null name", u"<a title=\"xyz\">", nullptr, "nil", "nil"},
     };
-    for (const Row& row : rows) {
-        const std::u16string_view tag = row.tag;
+    for (const auto& [name, markup, attribute, value, nestedValue] : rows) {
+        const std::u16string_view tag = markup;
         const std::u16string inside = u"href=0 " + std::u16string(tag) + u" href=9";
         EXPECT_EQ(shown(XmlExtensions::attributeOfTagCharacters_range_withName(inside.data(), {7, tag.size()},
-                                                                               row.attribute)),
-                  row.value)
-            << row.name;
-        EXPECT_EQ(shown(XmlExtensions::attributeOfTagCharacters_length_withName(row.tag, tag.size(),
-                                                                                row.attribute)),
-                  row.value)
-            << row.name;
-        EXPECT_EQ(shown(_attributeOfTagCharactersWithName(inside.data(), 7, tag.size(), row.attribute, true)),
-                  row.nestedValue)
-            << row.name;
+                                                                               attribute)),
+                  value)
+            << name;
+        EXPECT_EQ(
+            shown(XmlExtensions::attributeOfTagCharacters_length_withName(markup, tag.size(), attribute)),
+            value)
+            << name;
+        EXPECT_EQ(shown(_attributeOfTagCharactersWithName(inside.data(), 7, tag.size(), attribute, true)),
+                  nestedValue)
+            << name;
     }
 }
 
 TEST(TagAttributesTest, parameters) {
-    struct Row {
-        const char* name;
-        const char16_t* text;
-        const char* value;
-        const char* valueToWhite;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char16_t*, const char*, const char*> rows[] = {
         {"up to ;", u"Charset=utf-8;x=y", "utf-8", "utf-8"},
         {"up to white space", u"charset=utf-8 x", "utf-8 x", "utf-8"},
         {"white space before =", u"charset \t=x", "x", "x"},
@@ -84,25 +71,16 @@ TEST(TagAttributesTest, parameters) {
         {"something between", u"charsets=x", "nil", "nil"},
         {"only the name", u"charset", "nil", "nil"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(shown(_copyOfAttributeOfString(row.text, "CHARSET", 7, u'\'', false)), row.value)
-            << row.name;
-        EXPECT_EQ(shown(_copyOfAttributeOfString(row.text, "CHARSET", 7, u'\'', true)), row.valueToWhite)
-            << row.name;
+    for (const auto& [name, text, value, valueToWhite] : rows) {
+        EXPECT_EQ(shown(_copyOfAttributeOfString(text, "CHARSET", 7, u'\'', false)), value) << name;
+        EXPECT_EQ(shown(_copyOfAttributeOfString(text, "CHARSET", 7, u'\'', true)), valueToWhite) << name;
     }
     EXPECT_TRUE(_copyOfAttributeOfString(u"charset=x", "charset", 7, u'"', true).isNil());
     EXPECT_TRUE(_copyOfAttributeOfString(u"charset=x", "", 0, u'"', true).isNil());
 }
 
 TEST(TagAttributesTest, generalReader) {
-    struct Row {
-        const char* name;
-        const char16_t* text;
-        const char* attribute;
-        const char* ofTag;
-        const char* ofStyle;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char16_t*, const char*, const char*, const char*> rows[] = {
         {"tag, unquoted", u"<a HREF=x y>", "href", "x", "nil"},
         {"tag, > in quotes", u"<a title = \"x>y\" b>", "title", "x>y", "nil"},
         {"tag, quote never closed", u"<a title='x y>z", "title", "x y", "nil"},
@@ -116,9 +94,9 @@ TEST(TagAttributesTest, generalReader) {
         {"style, first quote never closed", u"font: 'A;b:c", "font", "nil", "A"},
         {"style, nothing", u"left:;top:1", "left", "nil", "nil"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(shown(attributeOfTagWithName(row.text, row.attribute)), row.ofTag) << row.name;
-        EXPECT_EQ(shown(attributeOfStyleWithName(row.text, row.attribute)), row.ofStyle) << row.name;
+    for (const auto& [name, text, attribute, ofTag, ofStyle] : rows) {
+        EXPECT_EQ(shown(attributeOfTagWithName(text, attribute)), ofTag) << name;
+        EXPECT_EQ(shown(attributeOfStyleWithName(text, attribute)), ofStyle) << name;
     }
     EXPECT_EQ(shown(attributeOfTagInRange_withName(u"<b id=1><a id=23>", {8, 9}, "id")), "23");
     EXPECT_EQ(shown(attributeOfStyleInRange_withName(u"top:1;top:234;", {6, 6}, "top")), "23");
@@ -128,12 +106,7 @@ TEST(TagAttributesTest, generalReader) {
 }
 
 TEST(TagPredicatesTest, oneTag) {
-    struct Row {
-        const char16_t* tag;
-        const char* name;
-        bool isOpen, isClosed, isRemark, isMeta;
-    };
-    const Row rows[] = {
+    const std::tuple<const char16_t*, const char*, bool, bool, bool, bool> rows[] = {
         {u"<a b>", "a", true, false, false, false},
         {u"</td\n>", "td", false, true, false, false},
         {u"<br/>", "br", true, true, false, false},
@@ -146,18 +119,18 @@ TEST(TagPredicatesTest, oneTag) {
         {u"<", "nil", false, false, false, false},
         {u"", "nil", false, false, false, false},
     };
-    for (const Row& row : rows) {
-        const std::u16string_view tag = row.tag;
+    for (const auto& [markup, name, isOpen, isClosed, isRemark, isMeta] : rows) {
+        const std::u16string_view tag = markup;
         const std::u16string whole = u"a/" + std::u16string(tag) + u"/b";
         const NSRange range{2, tag.size()};
-        EXPECT_EQ(shown(nameOfTag(tag)), row.name);
-        EXPECT_EQ(shown(nameOfTagInRange(whole, range)), row.name);
-        const bool expected[] = {row.isOpen, row.isClosed, row.isRemark, row.isMeta};
+        EXPECT_EQ(shown(nameOfTag(tag)), name);
+        EXPECT_EQ(shown(nameOfTagInRange(whole, range)), name);
+        const bool expected[] = {isOpen, isClosed, isRemark, isMeta};
         const bool ofTag[] = {isTagOpen(tag), isTagClosed(tag), isRemarkTag(tag), isMetaTag(tag)};
         const bool inRange[] = {isTagOpenInRange(whole, range), isTagClosedInRange(whole, range),
                                 isRemarkTagInRange(whole, range), isMetaTagInRange(whole, range)};
-        EXPECT_TRUE(std::ranges::equal(ofTag, expected)) << row.name;
-        EXPECT_TRUE(std::ranges::equal(inRange, expected)) << row.name;
+        EXPECT_TRUE(std::ranges::equal(ofTag, expected)) << name;
+        EXPECT_TRUE(std::ranges::equal(inRange, expected)) << name;
     }
     EXPECT_TRUE(nameOfTagInRange(u"<a>", {1, 3}).isNil());
     EXPECT_TRUE(nameOfTag(NSString()).isNil());

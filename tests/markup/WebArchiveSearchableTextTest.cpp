@@ -68,8 +68,8 @@ const Page framed{
     "page",
     "text/html",
     "utf-8",
-    "<title>Harbour</title><frameset><frame src=left><frame src=right><noframes>"
-    "m\xC3\xB4le</noframes></frameset>",
+    "<title>Harbour</title><frameset><frame src=left><frame "
+    "src=right><noframes>m\xC3\xB4le</noframes></frameset>",
     {{"left",
       "text/html",
       "windows-1251",
@@ -136,11 +136,7 @@ TEST(WebArchiveSearchableTextTest, WhatIsMissingIsNil) {
 
 TEST(WebArchiveSearchableTextTest, LabelsAndMarksTellTheEncoding) {
     const std::string meta = "<meta charset=windows-1251>";
-    const struct {
-        const char* name;
-        std::string charset, html;
-        const char16_t* source;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string, const char16_t*> rows[] = {
         {"mark against the page", "", "\xEF\xBB\xBF" + meta + "\xC3\xA9",
          u"<meta charset=windows-1251>\u00E9"},
         {"UTF-16", "", std::string("\xFF\xFE<\0p\0>\0\x30\x04", 10), u"<p>\u0430"},
@@ -149,10 +145,10 @@ TEST(WebArchiveSearchableTextTest, LabelsAndMarksTellTheEncoding) {
         {"Czech labels", "x-kam-cs", "<p>\xA9", u"<p>\u0159"},
         {"the other one", "koi8-cs2", "<p>\xC7", u"<p>ch"},
     };
-    for (const auto& row : rows) {
-        const Page page{"p", "text/html", row.charset, row.html, {}};
+    for (const auto& [name, charset, html, source] : rows) {
+        const Page page{"p", "text/html", charset, html, {}};
         for (const NSData& data : {propertyList(page, NSPropertyListBinaryFormat_v1_0), MIMEHTML(page)})
-            EXPECT_EQ(documentSource(WebArchive::initWithData(data)), row.source) << row.name;
+            EXPECT_EQ(documentSource(WebArchive::initWithData(data)), source) << name;
     }
 }
 

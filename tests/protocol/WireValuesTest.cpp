@@ -10,7 +10,6 @@
 
 #include <limits>
 #include <memory>
-#include <vector>
 
 namespace kelvo {
 namespace {
@@ -28,10 +27,7 @@ NSDictionary holding(const Value& value) {
 
 TEST(WireValues, EveryKindComesBackEqual) {
     const NSURL base = NSURL::URLWithString(u"http://example.org/a/");
-    const struct {
-        const char* name;
-        Value value;
-    } rows[] = {
+    const std::tuple<const char*, Value> rows[] = {
         {"null", NSNull()},
         {"true", NSNumber::numberWithBool(true)},
         {"false", NSNumber::numberWithBool(false)},
@@ -53,14 +49,14 @@ TEST(WireValues, EveryKindComesBackEqual) {
          NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"x", NSNumber::numberWithInt(7)}})},
     };
     NSMutableDictionary all = NSMutableDictionary::dictionary();
-    for (const auto& row : rows) {
-        const Value back = thereAndBack(holding(row.value)).objectForKey(u"value");
-        EXPECT_EQ(back, row.value) << row.name;
-        EXPECT_EQ(back.kind(), row.value.kind()) << row.name;
-        if (const NSNumber* number = row.value.numberIfAny()) {
-            EXPECT_EQ(back.numberIfAny()->kind(), number->kind()) << row.name;
+    for (const auto& [name, value] : rows) {
+        const Value back = thereAndBack(holding(value)).objectForKey(u"value");
+        EXPECT_EQ(back, value) << name;
+        EXPECT_EQ(back.kind(), value.kind()) << name;
+        if (const NSNumber* number = value.numberIfAny()) {
+            EXPECT_EQ(back.numberIfAny()->kind(), number->kind()) << name;
         }
-        all.setObject_forKey(row.value, NSString::stringWithUTF8String(row.name));
+        all.setObject_forKey(value, NSString::stringWithUTF8String(name));
     }
     EXPECT_EQ(thereAndBack(all).allKeys(), all.allKeys()) << "in its order";
 }

@@ -42,29 +42,26 @@ TEST(PlumwickHelperTest, DecidesWhichRequestsGo) {
             return std::nullopt;
         },
         {{"192.168.1.7", 24}});
-    const struct {
-        const char16_t* url;
-        bool goes;
-    } rows[] = {{u"file:///etc/hosts", true},
-                {u"FILE://far.test/x", true},
-                {u"data:,x", true},
-                {u"about:blank", true},
-                {u"http:///x", true},
-                {u"http://near.test/x", true},
-                {u"http://own.test:81/", true},
-                {u"https://localhost/", true},
-                {u"http://127.0.0.1/", true},
-                {u"http://[::1]/", true},
-                {u"http://192.168.1.99/", true},
-                {u"http://far.test/", false},
-                {u"http://unknown.test/", false},
-                {u"https://203.0.113.5/", false}};
+    const std::tuple<const char16_t*, bool> rows[] = {{u"file:///etc/hosts", true},
+                                                      {u"FILE://far.test/x", true},
+                                                      {u"data:,x", true},
+                                                      {u"about:blank", true},
+                                                      {u"http:///x", true},
+                                                      {u"http://near.test/x", true},
+                                                      {u"http://own.test:81/", true},
+                                                      {u"https://localhost/", true},
+                                                      {u"http://127.0.0.1/", true},
+                                                      {u"http://[::1]/", true},
+                                                      {u"http://192.168.1.99/", true},
+                                                      {u"http://far.test/", false},
+                                                      {u"http://unknown.test/", false},
+                                                      {u"https://203.0.113.5/", false}};
     const auto helper = std::make_shared<PlumwickHelper>();
-    for (const auto& row : rows) {
+    for (const auto& [url, goes] : rows) {
         const NSURLRequest decided = helper->webView_resource_willSendRequest_redirectResponse_fromDataSource(
-            {}, {}, NSURLRequest::requestWithURL(NSURL::URLWithString(row.url)), {}, {});
-        EXPECT_EQ(decided.URL().absoluteString(), row.goes ? NSString(row.url) : NSString())
-            << NSString(row.url).UTF8String();
+            {}, {}, NSURLRequest::requestWithURL(NSURL::URLWithString(url)), {}, {});
+        EXPECT_EQ(decided.URL().absoluteString(), goes ? NSString(url) : NSString())
+            << NSString(url).UTF8String();
     }
 }
 
@@ -131,11 +128,7 @@ TEST(PlumwickHelperTest, ANameIsTheAddressThatWasJudged) {
 
 TEST(PlumwickHelperTest, ArchivesWithoutTextHaveNoString) {
     const tests::TemporaryFolder folder;
-    const struct {
-        const char* name;
-        std::string type, content;
-        std::vector<const char16_t*> keys;
-    } rows[] = {
+    const std::tuple<const char*, std::string, std::string, std::vector<const char16_t*>> rows[] = {
         {"text", "text/html", "<p>x", {u"String", u"Source", u"URL"}},
         {"white", "text/html", "<p> &nbsp;", {u"Source", u"URL"}},
         {"pictures", "text/html", "<body><img src=a>", {u"Source", u"URL"}},
@@ -145,15 +138,15 @@ TEST(PlumwickHelperTest, ArchivesWithoutTextHaveNoString) {
          "--b\r\nContent-Type: image/png\r\nContent-Location: http://h/i\r\n\r\nx\r\n--b--\r\n",
          {u"URL"}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, type, content, keys] : rows) {
         const std::string file =
-            folder.write("page.mht", "MIME-Version: 1.0\r\nContent-Type: " + row.type +
-                                         "\r\nContent-Location: http://h/\r\n\r\n" + row.content);
+            folder.write("page.mht", "MIME-Version: 1.0\r\nContent-Type: " + type +
+                                         "\r\nContent-Location: http://h/\r\n\r\n" + content);
         const NSDictionary result = std::make_shared<PlumwickHelper>()->searchableTextOfWebArchive(
             NSString::stringWithUTF8String(file));
-        EXPECT_EQ(result.count(), row.keys.size()) << row.name;
-        for (const char16_t* key : row.keys)
-            EXPECT_FALSE(result.objectForKey(key).isNil()) << row.name << ": " << NSString(key).UTF8String();
+        EXPECT_EQ(result.count(), keys.size()) << name;
+        for (const char16_t* key : keys)
+            EXPECT_FALSE(result.objectForKey(key).isNil()) << name << ": " << NSString(key).UTF8String();
     }
 }
 

@@ -9,9 +9,7 @@ namespace kelvo::tests {
 /// A picture of one red pixel.
 inline std::string smallPNG() {
     using namespace std::string_literals;
-    return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\x90wS\xDE\0\0\0\x0CIDATx\x9C"
-           "c\xF8\xCF\xC0\0\0\x03\1\1\0\xC9\xFE\x92\xEF\0\0\0\0IEND\xAE"
-           "B`\x82"s;
+    return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\x90wS\xDE\0\0\0\x0CIDATx\234c\xF8\xCF\xC0\0\0\x03\1\1\0\xC9\xFE\x92\xEF\0\0\0\0IEND\256B`\x82"s;
 }
 
 inline std::string odfNamespaces() {
@@ -60,23 +58,22 @@ inline std::string officeOpenXML(const std::string& text, const std::string& tit
     return zipPackage({
         {"[Content_Types].xml",
          "<Types xmlns=\"" + packages + "content-types\"><Default Extension=\"rels\" ContentType=\"" + types +
-             "package.relationships+xml\"/><Default Extension=\"png\" ContentType=\"image/png\"/>"
-             "<Override PartName=\"/word/document.xml\" ContentType=\"" +
+             "package.relationships+xml\"/><Default Extension=\"png\" ContentType=\"image/png\"/><Override "
+             "PartName=\"/word/document.xml\" ContentType=\"" +
              types +
-             "officedocument.wordprocessingml.document.main+xml\"/><Override PartName=\"/docProps/core.xml\""
-             " ContentType=\"" +
+             "officedocument.wordprocessingml.document.main+xml\"/><Override PartName=\"/docProps/core.xml\" "
+             "ContentType=\"" +
              types + "package.core-properties+xml\"/></Types>"},
         {"_rels/.rels",
          "<Relationships xmlns=\"" + packages + "relationships\"><Relationship Id=\"r1\" Type=\"" +
              relations + "/officeDocument\" Target=\"word/document.xml\"/><Relationship Id=\"r2\" Type=\"" +
              packages +
              "relationships/metadata/core-properties\" Target=\"docProps/core.xml\"/></Relationships>"},
-        {"docProps/core.xml", "<cp:coreProperties xmlns:cp=\"" + packages +
-                                  "metadata/core-properties\""
-                                  " xmlns:dc=\"http://purl.org/dc/elements/1.1/\"><dc:title>" +
-                                  title +
-                                  "</dc:title><dc:creator>Ann Author</dc:creator><cp:keywords>one, "
-                                  "two</cp:keywords></cp:coreProperties>"},
+        {"docProps/core.xml",
+         "<cp:coreProperties xmlns:cp=\"" + packages +
+             "metadata/core-properties\" xmlns:dc=\"http://purl.org/dc/elements/1.1/\"><dc:title>" + title +
+             "</dc:title><dc:creator>Ann Author</dc:creator><cp:keywords>one, "
+             "two</cp:keywords></cp:coreProperties>"},
         {"word/_rels/document.xml.rels", "<Relationships xmlns=\"" + packages +
                                              "relationships\"><Relationship Id=\"p1\" Type=\"" + relations +
                                              "/image\" Target=\"media/image1.png\"/></Relationships>"},
@@ -87,16 +84,14 @@ inline std::string officeOpenXML(const std::string& text, const std::string& tit
              "main\" xmlns:pic=\"" + drawing + "picture\"><w:body><w:p><w:r><w:rPr><w:b/></w:rPr><w:t>" +
              text +
              "</w:t></w:r><w:r><w:drawing><wp:inline><wp:extent cx=\"360000\" cy=\"360000\"/><wp:docPr "
-             "id=\"1\" name=\"P\"/>"
-             "<a:graphic><a:graphicData uri=\"" +
+             "id=\"1\" name=\"P\"/><a:graphic><a:graphicData uri=\"" +
              drawing +
-             "picture\"><pic:pic><pic:nvPicPr><pic:cNvPr id=\"1\" name=\"P\"/>"
-             "<pic:cNvPicPr/></pic:nvPicPr><pic:blipFill><a:blip "
-             "r:embed=\"p1\"/></pic:blipFill><pic:spPr><a:xfrm>"
-             "<a:off x=\"0\" y=\"0\"/><a:ext cx=\"360000\" cy=\"360000\"/></a:xfrm><a:prstGeom "
-             "prst=\"rect\"/></pic:spPr>"
-             "</pic:pic></a:graphicData></a:graphic></wp:inline></w:drawing></w:r></w:p></w:body></"
-             "w:document>"},
+             "picture\"><pic:pic><pic:nvPicPr><pic:cNvPr id=\"1\" "
+             "name=\"P\"/><pic:cNvPicPr/></pic:nvPicPr><pic:blipFill><a:blip "
+             "r:embed=\"p1\"/></pic:blipFill><pic:spPr><a:xfrm><a:off x=\"0\" y=\"0\"/><a:ext cx=\"360000\" "
+             "cy=\"360000\"/></a:xfrm><a:prstGeom "
+             "prst=\"rect\"/></pic:spPr></pic:pic></a:graphicData></a:graphic></wp:inline></w:drawing></"
+             "w:r></w:p></w:body></w:document>"},
     });
 }
 
@@ -112,15 +107,15 @@ inline std::string openOfficeText(const std::string& text) {
     return zipPackage(
         {{"mimetype", "application/vnd.sun.xml.writer"},
          {"content.xml",
-          "<?xml version=\"1.0\"?><office:document-content xmlns:office=\"http://openoffice.org/2000/office\""
-          " xmlns:text=\"http://openoffice.org/2000/text\" office:class=\"text\" "
-          "office:version=\"1.0\"><office:body><text:p>" +
+          "<?xml version=\"1.0\"?><office:document-content "
+          "xmlns:office=\"http://openoffice.org/2000/office\" xmlns:text=\"http://openoffice.org/2000/text\" "
+          "office:class=\"text\" office:version=\"1.0\"><office:body><text:p>" +
               text + "</text:p></office:body></office:document-content>"},
          {"META-INF/manifest.xml",
-          "<?xml version=\"1.0\"?><manifest:manifest xmlns:manifest=\"http://openoffice.org/2001/manifest\">"
-          "<manifest:file-entry manifest:media-type=\"application/vnd.sun.xml.writer\" "
-          "manifest:full-path=\"/\"/>"
-          "<manifest:file-entry manifest:media-type=\"text/xml\" "
+          "<?xml version=\"1.0\"?><manifest:manifest "
+          "xmlns:manifest=\"http://openoffice.org/2001/manifest\"><manifest:file-entry "
+          "manifest:media-type=\"application/vnd.sun.xml.writer\" "
+          "manifest:full-path=\"/\"/><manifest:file-entry manifest:media-type=\"text/xml\" "
           "manifest:full-path=\"content.xml\"/></manifest:manifest>"}});
 }
 

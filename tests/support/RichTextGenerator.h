@@ -17,17 +17,13 @@ public:
 
     NSAttributedString text(std::size_t blocks) {
         while (blocks-- > 0) {
-            switch (below(6)) {
-            case 0:
+            const std::size_t kind = below(6);
+            if (kind == 0)
                 appendList();
-                break;
-            case 1:
+            else if (kind == 1)
                 appendTable({}, 0);
-                break;
-            default:
+            else
                 appendParagraph(style({}));
-                break;
-            }
         }
         // An end without a line feed.
         if (below(2) == 0)
@@ -39,30 +35,17 @@ public:
 
     /// A string of letters, signs and scripts without line feeds, not empty.
     std::u16string words() {
-        static constexpr std::u16string_view pieces[] = {u"plain words ",
-                                                         u"d\u00E9j\u00E0 vu ",
-                                                         u"\u201Cquotes\u201D \u2014 \u20AC\u00A0",
-                                                         u"{braces} \\back\\ ",
-                                                         u"\u6F22\u5B57\u304B\u306A",
-                                                         u"\u05E9\u05DC\u05D5\u05DD ",
-                                                         u"\U0001F600\U0001F469\u200D\U0001F680",
-                                                         u"\ttab\t",
-                                                         u"\u2028",
-                                                         u"\f",
-                                                         u"\u00AC\u00AD",
-                                                         u"\u0301\uFEFF",
-                                                         u"\xD800",
-                                                         u"\xDC00x",
-                                                         u"\x01\x7F\x85",
-                                                         u"\r",
-                                                         u"\u2029",
-                                                         u" ",
-                                                         u"x",
-                                                         u"\uFFFE\uFFFF"};
+        static constexpr std::u16string_view pieces =
+            u"plain words |d\u00E9j\u00E0 vu |\u201Cquotes\u201D \u2014 \u20AC\u00A0|{braces} \\back\\ "
+            u"|\u6F22\u5B57\u304B\u306A|"
+            u"\u05E9\u05DC\u05D5\u05DD "
+            u"|\U0001F600\U0001F469\u200D\U0001F680|\ttab\t|\u2028|\f|\u00AC\u00AD|\u0301\uFEFF|\xD800|"
+            u"\xDC00x|\x01\x7F\x85|\r|\u2029| |x|\uFFFE\uFFFF|";
         std::u16string units;
         for (std::size_t count = 1 + below(4); count > 0; --count)
-            units += pieces[below(std::size(pieces))];
-        return units;
+            for (std::size_t start = below(pieces.size() - 1); pieces[start] != u'|'; ++start)
+                units += pieces[start];
+        return units.empty() ? u"x" : units;
     }
 
 private:

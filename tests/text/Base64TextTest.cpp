@@ -6,10 +6,7 @@ namespace kelvo {
 namespace {
 
 TEST(Base64TextTest, encodesAndDecodes) {
-    struct Row {
-        const char16_t *text, *base64;
-    };
-    const Row rows[] = {
+    const char16_t* const rows[][2] = {
         {u"", u""},
         {u"f", u"Zg=="},
         {u"fo", u"Zm8="},
@@ -18,9 +15,9 @@ TEST(Base64TextTest, encodesAndDecodes) {
         {u"\u00E4\u00FF", u"w6TDvw=="},
         {u"~~~???", u"fn5+Pz8/"},
     };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(encodebase64(row.text) == row.base64);
-        EXPECT_TRUE(decodebase64(row.base64) == row.text);
+    for (const auto& [text, base64] : rows) {
+        EXPECT_TRUE(encodebase64(text) == base64);
+        EXPECT_TRUE(decodebase64(base64) == text);
     }
     EXPECT_TRUE(decodebase64(u" Zm9\r\nvYg\t= =\n") == u"foob");
     EXPECT_TRUE(decodebase64UsingEncoding(u"5A==", NSISOLatin1StringEncoding) == u"\u00E4");

@@ -55,14 +55,8 @@ TEST(CharacterSetRepsTest, namedRepsAreMadeOnceAndBitmapIsTheSetsOwn) {
 }
 
 TEST(CharacterSetRepsTest, stringClasses) {
-    struct Row {
-        const char* name;
-        NSString string;
-        bool hasDigit, hasWhite, hasAlpha, hasAlphaNum;
-        bool alphaNum, alpha, digit, white, space;
-    };
     // clang-format off
-    const Row rows[] = {
+    const std::tuple<const char*, NSString, bool, bool, bool, bool, bool, bool, bool, bool, bool> rows[] = {
         //                                  contains                     is wholly
         //                                  digit  white  alpha  alNum   alNum  alpha  digit  white  space
         {"nil",          NSString(),        false, false, false, false,  false, false, false, false, false},
@@ -79,17 +73,18 @@ TEST(CharacterSetRepsTest, stringClasses) {
         {"surrogate",    NSString(u"\xD835"),false,false, false, false,  false, false, false, false, false},
     };
     // clang-format on
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(containsDigitCharacter(row.string), row.hasDigit);
-        EXPECT_EQ(containsWhiteCharacter(row.string), row.hasWhite);
-        EXPECT_EQ(containsAlphaCharacter(row.string), row.hasAlpha);
-        EXPECT_EQ(containsAlphaNumCharacter(row.string), row.hasAlphaNum);
-        EXPECT_EQ(isAlphaNumString(row.string), row.alphaNum);
-        EXPECT_EQ(isAlphaString(row.string), row.alpha);
-        EXPECT_EQ(isDigitString(row.string), row.digit);
-        EXPECT_EQ(isWhiteString(row.string), row.white);
-        EXPECT_EQ(isSpaceString(row.string), row.space);
+    for (const auto& [name, string, hasDigit, hasWhite, hasAlpha, hasAlphaNum, alphaNum, alpha, digit, white,
+                      space] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(containsDigitCharacter(string), hasDigit);
+        EXPECT_EQ(containsWhiteCharacter(string), hasWhite);
+        EXPECT_EQ(containsAlphaCharacter(string), hasAlpha);
+        EXPECT_EQ(containsAlphaNumCharacter(string), hasAlphaNum);
+        EXPECT_EQ(isAlphaNumString(string), alphaNum);
+        EXPECT_EQ(isAlphaString(string), alpha);
+        EXPECT_EQ(isDigitString(string), digit);
+        EXPECT_EQ(isWhiteString(string), white);
+        EXPECT_EQ(isSpaceString(string), space);
     }
     // A NUL inside counts, and as white.
     EXPECT_TRUE(isSpaceString(NSString(std::u16string_view(u" \0 ", 3))));

@@ -24,11 +24,7 @@ TEST(ConfigurationTextTest, linesAndValues) {
     EXPECT_TRUE(lines.objectAtIndex(1) == u"long key :value # kept");
     EXPECT_TRUE(configLines(nullptr).isNil());
     EXPECT_EQ(configLines(u" \n#").count(), 0u);
-    struct Row {
-        const char16_t *key, *value;
-        Value typed;
-    };
-    const Row rows[] = {
+    const std::tuple<const char16_t*, const char16_t*, Value> rows[] = {
         {u"name", u" a b ", u" a b "},
         {u"long key", u"value # kept", u"value # kept"},
         {u"long", nullptr, nullptr},
@@ -49,14 +45,13 @@ TEST(ConfigurationTextTest, linesAndValues) {
         {u"", nullptr, nullptr},
         {nullptr, nullptr, nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(NSString(row.key).UTF8String());
-        EXPECT_TRUE(configValueForKey(settings, row.key) == row.value);
-        const Value typed =
-            typedValueForKeys(settings, NSArray::arrayWithObjects({u"none", NSNull(), row.key}));
-        EXPECT_TRUE(typed == row.typed) << typed.description().UTF8String();
-        if (typed.isNumber() && row.typed.isNumber()) {
-            EXPECT_EQ(typed.numberIfAny()->kind(), row.typed.numberIfAny()->kind());
+    for (const auto& [key, value, expected] : rows) {
+        SCOPED_TRACE(NSString(key).UTF8String());
+        EXPECT_TRUE(configValueForKey(settings, key) == value);
+        const Value typed = typedValueForKeys(settings, NSArray::arrayWithObjects({u"none", NSNull(), key}));
+        EXPECT_TRUE(typed == expected) << typed.description().UTF8String();
+        if (typed.isNumber() && expected.isNumber()) {
+            EXPECT_EQ(typed.numberIfAny()->kind(), expected.numberIfAny()->kind());
         }
     }
     EXPECT_TRUE(typedValueForKeys(settings, NSArray::arrayWithObjects({u"flag", u"on"})) == u"");

@@ -61,10 +61,7 @@ TEST(FileNamesTest, typeCodes) {
 }
 
 TEST(FileNamesTest, namesFromText) {
-    struct Row {
-        const char16_t *text, *trimmed, *name;
-    };
-    const Row rows[] = {
+    const char16_t* const rows[][3] = {
         {u"..a/b:c~", u"a/b:c", u"a-b-c"},
         {u"~./:", u"", u""},
         {u"e\u0301.txt", u"e\u0301.txt", u"\u00E9.txt"},
@@ -72,12 +69,12 @@ TEST(FileNamesTest, namesFromText) {
         {u"", u"", u""},
         {nullptr, nullptr, nullptr},
     };
-    for (const Row& row : rows) {
-        EXPECT_TRUE(stringByTrimmingInvalidFilenameCharacters(row.text) == row.trimmed);
-        EXPECT_TRUE(stringByCreatingFilename(row.text) == row.name);
-        NSMutableString name{NSString(row.text)};
+    for (const auto& [given, trimmed, made] : rows) {
+        EXPECT_TRUE(stringByTrimmingInvalidFilenameCharacters(given) == trimmed);
+        EXPECT_TRUE(stringByCreatingFilename(given) == made);
+        NSMutableString name{NSString(given)};
         createFilename(name);
-        EXPECT_TRUE(name == row.name);
+        EXPECT_TRUE(name == made);
     }
     const NSString plain = u"plain.txt";
     EXPECT_TRUE(stringByCreatingFilename(plain).isIdenticalTo(plain));

@@ -67,12 +67,8 @@ TEST(FoldingTablesTest, everyEntryFollowsUnicode) {
 }
 
 TEST(FoldingTablesTest, lookUpsFollowTheirTables) {
-    struct Row {
-        char16_t unit;
-        unsigned folded, ascii, lowerAscii, upperAscii, upper, lower, upperFolded, lowerFolded;
-    };
     // clang-format off
-    const Row rows[] = {
+    const std::tuple<char16_t, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned> rows[] = {
         {u'a',   'a',    'a', 'a', 'A', 'A',    'a',    'A',    'a'},
         {u'Z',   'Z',    'Z', 'z', 'Z', 'Z',    'z',    'Z',    'z'},
         {u'[',   '[',    '[', '[', '[', '[',    '[',    '[',    '['},
@@ -90,16 +86,17 @@ TEST(FoldingTablesTest, lookUpsFollowTheirTables) {
         {0xFFFF, 0xFFFF, 32,  32,  32,  0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF},
     };
     // clang-format on
-    for (const Row& row : rows) {
-        SCOPED_TRACE(static_cast<unsigned>(row.unit));
-        EXPECT_EQ(umlautsToAscii(row.unit), row.folded);
-        EXPECT_EQ(toAscii(row.unit), row.ascii);
-        EXPECT_EQ(toLowerAscii(row.unit), row.lowerAscii);
-        EXPECT_EQ(toUpperAscii(row.unit), row.upperAscii);
-        EXPECT_EQ(toUpper(row.unit), row.upper);
-        EXPECT_EQ(toLower(row.unit), row.lower);
-        EXPECT_EQ(umlautsToUpperAscii(row.unit), row.upperFolded);
-        EXPECT_EQ(umlautsToLowerAscii(row.unit), row.lowerFolded);
+    for (const auto& [unit, folded, ascii, lowerAscii, upperAscii, upper, lower, upperFolded, lowerFolded] :
+         rows) {
+        SCOPED_TRACE(static_cast<unsigned>(unit));
+        EXPECT_EQ(umlautsToAscii(unit), folded);
+        EXPECT_EQ(toAscii(unit), ascii);
+        EXPECT_EQ(toLowerAscii(unit), lowerAscii);
+        EXPECT_EQ(toUpperAscii(unit), upperAscii);
+        EXPECT_EQ(toUpper(unit), upper);
+        EXPECT_EQ(toLower(unit), lower);
+        EXPECT_EQ(umlautsToUpperAscii(unit), upperFolded);
+        EXPECT_EQ(umlautsToLowerAscii(unit), lowerFolded);
     }
 }
 

@@ -45,12 +45,7 @@ TEST(PathStringsTest, standardDirectories) {
 
 TEST(PathStringsTest, temporaryPaths) {
     const ScopedVariable home("HOME", "/home/jo"), temporary("TMPDIR", "/private/tmp");
-    struct Row {
-        const char* name;
-        const char16_t* path;
-        bool isTemporary;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char16_t*, bool> rows[] = {
         {"nil", nullptr, false},
         {"empty", u"", false},
         {"folder itself", u"/tmp", true},
@@ -64,15 +59,12 @@ TEST(PathStringsTest, temporaryPaths) {
         {"mail without attachment", u"/home/jo/Library/Mail/a/b", false},
         {"relative", u"tmp/x", false},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(isTemporaryPath(row.path), row.isTemporary) << row.name;
+    for (const auto& [name, path, isTemporary] : rows)
+        EXPECT_EQ(isTemporaryPath(path), isTemporary) << name;
 }
 
 TEST(PathStringsTest, standardized) {
-    struct Row {
-        const char16_t *path, *components, *standardized;
-    };
-    const Row rows[] = {
+    const char16_t* const rows[][3] = {
         {u"/a/./b/../c", u"/|a|c", u"/a/c"},
         {u"/../a", u"a", u"/a"},
         {u"/..", u"", u"/"},
@@ -85,14 +77,14 @@ TEST(PathStringsTest, standardized) {
         {u"./a", u"a", u"a"},
         {u"", u"", u""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(NSString(row.path).UTF8String());
+    for (const auto& [path, expected, standardized] : rows) {
+        SCOPED_TRACE(NSString(path).UTF8String());
         NSString components = u"";
-        for (const Value& component : standardizedPathComponents(row.path))
+        for (const Value& component : standardizedPathComponents(path))
             components = components.stringByAppendingString(components.isEmpty() ? u"" : u"|")
                              .stringByAppendingString(component.string());
-        EXPECT_TRUE(components == row.components) << components.UTF8String();
-        EXPECT_TRUE(standardizedPath(row.path) == row.standardized);
+        EXPECT_TRUE(components == expected) << components.UTF8String();
+        EXPECT_TRUE(standardizedPath(path) == standardized);
     }
     EXPECT_TRUE(standardizedPathComponents(nullptr).isNil());
     EXPECT_TRUE(standardizedPath(nullptr).isNil());
@@ -104,14 +96,9 @@ using PathOfTwo = NSString (*)(const NSString&, const NSString&);
 using PathOfOne = NSString (*)(const NSString&);
 
 TEST(PathStringsTest, pathsFromPaths) {
-    struct Row {
-        const char* name;
-        PathOfTwo operation;
-        const char16_t *path, *argument, *result;
-    };
     const PathOfTwo relative = relativePathToDirectory, replace = stringByReplacingPathExtensionWith,
                     append = stringByAppendingPathExtensionIfNecessary;
-    const Row rows[] = {
+    const std::tuple<const char*, PathOfTwo, const char16_t*, const char16_t*, const char16_t*> rows[] = {
         {"below", relative, u"/a/b/c", u"/a", u"b/c"},
         {"beside", relative, u"/a/b/c", u"/a/d/", u"../b/c"},
         {"itself", relative, u"/a/./b", u"/a/b", u"."},
@@ -141,17 +128,12 @@ TEST(PathStringsTest, pathsFromPaths) {
         {"nil extension", append, u"b", nullptr, u"b"},
         {"extension for nil", append, nullptr, u"x", nullptr},
     };
-    for (const Row& row : rows)
-        EXPECT_TRUE(row.operation(row.path, row.argument) == row.result) << row.name;
+    for (const auto& [name, operation, path, argument, result] : rows)
+        EXPECT_TRUE(operation(path, argument) == result) << name;
 }
 
 TEST(PathStringsTest, partsAndClassicPaths) {
-    struct Row {
-        const char* name;
-        PathOfOne operation;
-        const char16_t *path, *result;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, PathOfOne, const char16_t*, const char16_t*> rows[] = {
         {"file", stringByDeletingFileComponent, u"/a/b", u"/a"},
         {"file below the root", stringByDeletingFileComponent, u"/b", u"/"},
         {"folder", stringByDeletingFileComponent, u"/a/b//", u"/a/b"},
@@ -181,9 +163,9 @@ TEST(PathStringsTest, partsAndClassicPaths) {
         {"no colon", POSIXPath, u"a", u"a"},
         {"nil", POSIXPath, nullptr, nullptr},
     };
-    for (const Row& row : rows) {
-        const NSString result = row.operation(row.path);
-        EXPECT_TRUE(result == row.result) << row.name << ": " << result.UTF8String();
+    for (const auto& [name, operation, path, expected] : rows) {
+        const NSString result = operation(path);
+        EXPECT_TRUE(result == expected) << name << ": " << result.UTF8String();
     }
 }
 

@@ -10,12 +10,7 @@ namespace {
 const NSString nil;
 
 TEST(StringComparisonTest, numbersAndYes) {
-    const struct {
-        const char* name;
-        NSString text;
-        std::int32_t number;
-        bool yes;
-    } rows[] = {
+    const std::tuple<const char*, NSString, std::int32_t, bool> rows[] = {
         {"nil", nil, 0, false},
         {"empty", u"", 0, false},
         {"on", u"On", 0, true},
@@ -38,22 +33,15 @@ TEST(StringComparisonTest, numbersAndYes) {
         {"past the smallest", u"-2147483649", -2147483647 - 1, true},
         {"far past 64 bits", u"99999999999999999999999999", 2147483647, true},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(intValue(row.text), row.number);
-        EXPECT_EQ(boolValue(row.text), row.yes);
+    for (const auto& [name, text, number, yes] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(intValue(text), number);
+        EXPECT_EQ(boolValue(text), yes);
     }
 }
 
 TEST(StringComparisonTest, withoutRegardToCase) {
-    const struct {
-        const char* name;
-        NSString first;
-        NSString second;
-        bool equal;
-        bool prefix;
-        bool suffix;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, bool, bool, bool> rows[] = {
         {"nil and nil", nil, nil, false, false, false},
         {"nil and empty", nil, u"", false, false, false},
         {"empty and nil", u"", nil, false, false, false},
@@ -73,11 +61,11 @@ TEST(StringComparisonTest, withoutRegardToCase) {
         {"U+0000", NSString(std::u16string_view(u"a\0b", 3)), NSString(std::u16string_view(u"A\0B", 3)), true,
          true, true},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(isEqualToStringNoCase(row.first, row.second), row.equal);
-        EXPECT_EQ(hasPrefixNoCase(row.first, row.second), row.prefix);
-        EXPECT_EQ(hasSuffixNoCase(row.first, row.second), row.suffix);
+    for (const auto& [name, first, second, equal, prefix, suffix] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(isEqualToStringNoCase(first, second), equal);
+        EXPECT_EQ(hasPrefixNoCase(first, second), prefix);
+        EXPECT_EQ(hasSuffixNoCase(first, second), suffix);
     }
 }
 

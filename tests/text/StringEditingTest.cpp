@@ -18,10 +18,7 @@ NSString changed(const NSString& text, Change change) {
 }
 
 TEST(StringTrimmingTest, particularEnds) {
-    const struct {
-        const char* name;
-        NSString text, ellipsis, quotes;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, NSString> rows[] = {
         {"ellipsis at both ends", u"\u2026a\u2026b...", u"a\u2026b", u"\u2026a\u2026b..."},
         {"more than three", u"a.....\u2026....", u"a", u"a.....\u2026...."},
         {"two full stops", u"..etc..", u"..etc..", u"..etc.."},
@@ -31,10 +28,10 @@ TEST(StringTrimmingTest, particularEnds) {
         {"one unit is no pair", u"'", u"'", u"'"},
         {"empty pair", u"''", u"''", u""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(stringByTrimmingEllipsis(row.text), row.ellipsis);
-        EXPECT_EQ(stringByTrimmingEnclosingCharacter(row.text, u'\''), row.quotes);
+    for (const auto& [name, text, ellipsis, quotes] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(stringByTrimmingEllipsis(text), ellipsis);
+        EXPECT_EQ(stringByTrimmingEnclosingCharacter(text, u'\''), quotes);
     }
     // White space is not what the white rep has.
     EXPECT_EQ(stringByTrimmingWhiteSpaces(u"\u00A0\u0085\u2028a\uFEFF\u3000"), u"a\uFEFF");
@@ -42,11 +39,7 @@ TEST(StringTrimmingTest, particularEnds) {
 }
 
 TEST(StringTrimmingTest, ranges) {
-    const struct {
-        const char* name;
-        NSRange range;
-        NSString spaces, spacesAndFeeds, white;
-    } rows[] = {
+    const std::tuple<const char*, NSRange, NSString, NSString, NSString> rows[] = {
         {"inside", {1, 6}, u" \na \n", u" a", u" a"},
         {"all white", {0, 3}, u"\na \n ", u"a \n ", u"a \n "},
         {"nothing at the ends", {3, 1}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
@@ -55,19 +48,16 @@ TEST(StringTrimmingTest, ranges) {
         {"wraps round", {2, ~std::size_t{0}}, u"  \na \n ", u"  \na \n ", u"  \na \n "},
     };
     const NSString text = u"  \na \n ";
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, row.range, false), row.spaces);
-        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, row.range, true), row.spacesAndFeeds);
-        EXPECT_EQ(changed(text, [&](auto& copy) { trimWhiteSpacesInRange(copy, row.range); }), row.white);
+    for (const auto& [name, range, spaces, spacesAndFeeds, white] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, range, false), spaces);
+        EXPECT_EQ(stringByTrimmingSpacesInRange_andFeeds(text, range, true), spacesAndFeeds);
+        EXPECT_EQ(changed(text, [at = range](auto& copy) { trimWhiteSpacesInRange(copy, at); }), white);
     }
 }
 
 TEST(StringRemovalTest, multiplesAndSinglePlaces) {
-    const struct {
-        const char* name;
-        NSString text, spaces, feeds, both;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, NSString, NSString> rows[] = {
         {"the first remains", u"a \t b\t  c", u"a b\tc", u"a \t b\t  c", u"a b\tc"},
         {"spaces leave feeds alone", u"a  \n\n  b", u"a \n\n b", u"a  \n  b", u"a \n b"},
         {"CR LF is one end", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\nb\rc\nd",
@@ -78,11 +68,11 @@ TEST(StringRemovalTest, multiplesAndSinglePlaces) {
         {"the no-break space is no space", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b",
          u"a\u00A0\u00A0b"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(changed(row.text, removeMultipleSpaces), row.spaces);
-        EXPECT_EQ(stringByRemovingMultipleFeeds(row.text), row.feeds);
-        EXPECT_EQ(stringByRemovingMultipleSpacesAndFeeds(row.text, true), row.both);
+    for (const auto& [name, text, spaces, feeds, both] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(changed(text, removeMultipleSpaces), spaces);
+        EXPECT_EQ(stringByRemovingMultipleFeeds(text), feeds);
+        EXPECT_EQ(stringByRemovingMultipleSpacesAndFeeds(text, true), both);
     }
     EXPECT_EQ(changed(u"abc", [](auto& text) { removeCharacterAtIndex(text, 1); }), u"ac");
     for (const std::size_t past : {std::size_t{3}, ~std::size_t{0}})
@@ -92,10 +82,7 @@ TEST(StringRemovalTest, multiplesAndSinglePlaces) {
 }
 
 TEST(StringReplacementTest, places) {
-    const struct {
-        const char* name;
-        NSString text, target, replacement, withCase, withoutCase;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, NSString, NSString, NSString> rows[] = {
         {"do not overlap", u"aaaaa", u"aa", u"b", u"bba", u"bba"},
         {"what is put in is not searched", u"abab", u"ab", u"abab", u"abababab", u"abababab"},
         {"case", u"aAa", u"A", u"-", u"a-a", u"---"},
@@ -103,12 +90,11 @@ TEST(StringReplacementTest, places) {
         {"one length only", u"\u00DF", u"SS", u"-", u"\u00DF", u"\u00DF"},
         {"half a pair", u"\U0001F600", u"\xD83D", u"", u"\xDE00", u"\xDE00"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(stringByReplacingString_withString(row.text, row.target, row.replacement), row.withCase);
-        EXPECT_EQ(
-            stringByReplacingString_withString_caseSensitive(row.text, row.target, row.replacement, false),
-            row.withoutCase);
+    for (const auto& [name, text, target, replacement, withCase, withoutCase] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(stringByReplacingString_withString(text, target, replacement), withCase);
+        EXPECT_EQ(stringByReplacingString_withString_caseSensitive(text, target, replacement, false),
+                  withoutCase);
     }
 }
 
@@ -141,12 +127,7 @@ TEST(StringEditingTest, additions) {
 }
 
 TEST(StringEditingTest, tabs) {
-    const struct {
-        const char* name;
-        NSString text;
-        std::size_t width;
-        NSString decoded, encoded;
-    } rows[] = {
+    const std::tuple<const char*, NSString, std::size_t, NSString, NSString> rows[] = {
         {"stops", u"\ta\tabc\tabcd\t", 4, u"    a   abc abcd    ", u"\ta\tabc\tabcd\t"},
         {"runs", u"        a   b c", 4, u"        a   b c", u"\t\ta\tb c"},
         {"a single space at a stop stays", u"abc d", 4, u"abc d", u"abc d"},
@@ -156,10 +137,16 @@ TEST(StringEditingTest, tabs) {
         {"one column", u"a\t  b", 1, u"a   b", u"a\t  b"},
         {"none", u"a\t    b", 0, u"a\t    b", u"a\t    b"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(changed(row.text, [&](auto& copy) { decodeTabs(copy, row.width); }), row.decoded);
-        EXPECT_EQ(changed(row.text, [&](auto& copy) { encodeTabs(copy, row.width); }), row.encoded);
+    const auto decoded = [](const NSString& text, std::size_t width) {
+        return changed(text, [width](auto& copy) { decodeTabs(copy, width); });
+    };
+    const auto encoded = [](const NSString& text, std::size_t width) {
+        return changed(text, [width](auto& copy) { encodeTabs(copy, width); });
+    };
+    for (const auto& [name, text, width, withSpaces, withTabs] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(decoded(text, width), withSpaces);
+        EXPECT_EQ(encoded(text, width), withTabs);
     }
     std::mt19937 random(8);
     for (int round = 0; round < 2000; ++round) {
@@ -168,9 +155,7 @@ TEST(StringEditingTest, tabs) {
         for (std::size_t length = random() % 60; text.size() < length;)
             text.append(1 + random() % 5, u"  ab\t\n"[random() % 6]);
         const NSString plain = NSString(std::u16string_view(text));
-        const NSString encoded = changed(plain, [&](auto& copy) { encodeTabs(copy, width); });
-        EXPECT_EQ(changed(encoded, [&](auto& copy) { decodeTabs(copy, width); }),
-                  changed(plain, [&](auto& copy) { decodeTabs(copy, width); }));
+        EXPECT_EQ(decoded(encoded(plain, width), width), decoded(plain, width));
     }
 }
 

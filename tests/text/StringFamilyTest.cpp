@@ -250,8 +250,9 @@ TEST(StringFamilyTest, nilStaysNilAndEmptyStaysItself) {
 TEST(StringFamilyTest, bothFormsAgreeWithTheObviousWay) {
     // Few kinds of units, in runs, so that there is something for every member.
     static constexpr std::u16string_view kinds =
-        u"aaaAxxb zZ19\u0663   \t\t\n\r\u2028\uFEFF\uFFFC\u00A0\u0085\u0000..\u2026"
-        u"\u00C4\u00E9\u00DF\u0130e\u0301\u0323\u212A\u017F\xD83D\xDE00\uF400\uF8FF\u4E2D\u0958";
+        u"aaaAxxb zZ19\u0663   "
+        u"\t\t\n\r\u2028\uFEFF\uFFFC\u00A0\u0085\u0000.."
+        u"\u2026\u00C4\u00E9\u00DF\u0130e\u0301\u0323\u212A\u017F\xD83D\xDE00\uF400\uF8FF\u4E2D\u0958";
     std::mt19937 random(20261121);
     for (int round = 0; round < 300; ++round) {
         Text text;
@@ -285,10 +286,7 @@ TEST(StringFamilyTest, whatIsPartOfTheReceiver) {
 
 TEST(StringFamilyTest, lengthsThatNoStringCanHave) {
     constexpr std::size_t most = 0x3FFFFFFF, huge = ~std::size_t{0};
-    const struct {
-        const char* name;
-        std::size_t length, count, oldLength, newLength, expected;
-    } rows[] = {
+    const std::tuple<const char*, std::size_t, std::size_t, std::size_t, std::size_t, std::size_t> rows[] = {
         {"none", 10, 0, 3, huge, 10},
         {"shorter", most, 1000, 3, 0, most - 3000},
         {"as long as can be", most - 5, 5, 1, 2, most},
@@ -296,9 +294,8 @@ TEST(StringFamilyTest, lengthsThatNoStringCanHave) {
         {"the product does not fit 64 bits", 1 << 20, 1 << 20, 1, huge / 2, NSNotFound},
         {"the product wraps to little", 4, 4, 1, (huge >> 2) + 1, NSNotFound},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(lengthAfterReplacing(row.length, row.count, row.oldLength, row.newLength), row.expected)
-            << row.name;
+    for (const auto& [name, length, count, oldLength, newLength, expected] : rows)
+        EXPECT_EQ(lengthAfterReplacing(length, count, oldLength, newLength), expected) << name;
 
     NSMutableString string = NSMutableString::stringWithCharacters(u"a\tb");
     decodeTabs(string, most);

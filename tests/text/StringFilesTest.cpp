@@ -31,14 +31,7 @@ TEST(StringFilesTest, charactersAndBytes) {
 }
 
 TEST(StringFilesTest, findsTheEncodingOfAFile) {
-    struct Row {
-        const char* name;
-        std::string bytes;
-        NSStringEncoding given;
-        NSStringEncoding used;
-        const char16_t* text;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, NSStringEncoding, NSStringEncoding, const char16_t*> rows[] = {
         {"mark of UTF-8", "\xEF\xBB\xBF\xC3\xA4", NSISOLatin1StringEncoding, NSUTF8StringEncoding, u"\u00E4"},
         {"mark of UTF-16", "\xFE\xFF\0x"s, NSUTF8StringEncoding, NSUnicodeStringEncoding, u"x"},
         {"mark of UTF-16, other order", "\xFF\xFEx\0"s, 0, NSUnicodeStringEncoding, u"x"},
@@ -53,14 +46,13 @@ TEST(StringFilesTest, findsTheEncodingOfAFile) {
         {"empty", "", NSUTF8StringEncoding, NSUTF8StringEncoding, u""},
     };
     const tests::TemporaryFolder folder;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const NSString path = named(folder.write("text", row.bytes));
+    for (const auto& [name, bytes, given, expected, text] : rows) {
+        SCOPED_TRACE(name);
+        const NSString path = named(folder.write("text", bytes));
         NSStringEncoding used = 0;
-        EXPECT_TRUE(Strings::stringWithContentsOfFile_encoding_usedEncoding(path, row.given, &used) ==
-                    row.text);
-        EXPECT_EQ(used, row.used);
-        EXPECT_EQ(Strings::initWithContentsOfFile_encoding(path, row.used).isNil(), false);
+        EXPECT_TRUE(Strings::stringWithContentsOfFile_encoding_usedEncoding(path, given, &used) == text);
+        EXPECT_EQ(used, expected);
+        EXPECT_EQ(Strings::initWithContentsOfFile_encoding(path, expected).isNil(), false);
     }
     NSStringEncoding used = 0;
     EXPECT_TRUE(
@@ -76,14 +68,7 @@ TEST(StringFilesTest, choosesTheEncodingToWrite) {
     const Writer byDefault = writeToFileUsingDefaultEncoding_atomically_usedEncoding,
                  smallest = writeToFileUsingSmallestEncoding_atomically_usedEncoding,
                  fastest = writeToFileUsingFastestEncoding_atomically_usedEncoding;
-    struct Row {
-        const char* name;
-        Writer writer;
-        const char16_t* text;
-        NSStringEncoding used;
-        std::size_t sizeInBytes;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Writer, const char16_t*, NSStringEncoding, std::size_t> rows[] = {
         {"default", byDefault, u"a\u00E4", NSISOLatin1StringEncoding, 2},
         {"default cannot", byDefault, u"a\u4E00", NSUTF8StringEncoding, 4},
         {"UTF-8 cannot either", byDefault, u"a\xD800", NSUnicodeStringEncoding, 6},
@@ -101,13 +86,13 @@ TEST(StringFilesTest, choosesTheEncodingToWrite) {
     const tests::TemporaryFolder folder;
     const NSString path = named(folder.path("text"));
     Strings::setDefaultEncoding(NSISOLatin1StringEncoding);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, writer, text, expected, sizeInBytes] : rows) {
+        SCOPED_TRACE(name);
         NSStringEncoding used = 0;
-        EXPECT_TRUE(row.writer(row.text, path, false, &used));
-        EXPECT_EQ(used, row.used);
-        EXPECT_EQ(folder.read("text").size(), row.sizeInBytes);
-        EXPECT_TRUE(Strings::stringWithContentsOfFile_encoding(path, used) == row.text);
+        EXPECT_TRUE(writer(text, path, false, &used));
+        EXPECT_EQ(used, expected);
+        EXPECT_EQ(folder.read("text").size(), sizeInBytes);
+        EXPECT_TRUE(Strings::stringWithContentsOfFile_encoding(path, used) == text);
     }
     Strings::setDefaultEncoding(NSUTF8StringEncoding);
     for (const Writer writer : {byDefault, smallest, fastest}) {

@@ -26,11 +26,7 @@ TEST(StringFoldingTest, folded) {
 }
 
 TEST(StringFoldingTest, kindsOfText) {
-    const struct {
-        const char* name;
-        NSString text;
-        bool umlauted, upper, lower;
-    } rows[] = {
+    const std::tuple<const char*, NSString, bool, bool, bool> rows[] = {
         {"nil", nullptr, false, false, false},
         {"empty", u"", false, false, false},
         {"upper", u"ABC 1", false, true, false},
@@ -42,11 +38,11 @@ TEST(StringFoldingTest, kindsOfText) {
         {"title case is neither", u"\u01C5", false, false, false},
         {"mark of its own", u"e\u0301", false, false, true},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(isUmlautedString(row.text), row.umlauted);
-        EXPECT_EQ(isUpperCaseString(row.text), row.upper);
-        EXPECT_EQ(isLowerCaseString(row.text), row.lower);
+    for (const auto& [name, text, umlauted, upper, lower] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(isUmlautedString(text), umlauted);
+        EXPECT_EQ(isUpperCaseString(text), upper);
+        EXPECT_EQ(isLowerCaseString(text), lower);
     }
 }
 

@@ -13,12 +13,7 @@ namespace {
 using Lines = std::vector<std::u16string>;
 
 TEST(StringLinesTest, linesAndTheirFeeds) {
-    const struct {
-        const char* name;
-        NSString text;
-        Lines lines;
-        NSString feed;
-    } rows[] = {
+    const std::tuple<const char*, NSString, Lines, NSString> rows[] = {
         {"nil", nullptr, {}, nullptr},
         {"empty", u"", {}, u""},
         {"no end", u"abc", {u"abc"}, u""},
@@ -33,16 +28,16 @@ TEST(StringLinesTest, linesAndTheirFeeds) {
         {"only feeds", u"\r\n\uFEFF\u0003", {u"\r\n", u"\uFEFF\u0003"}, u"\r\n\uFEFF\u0003"},
         {"a run at the end", u"\na \n\n", {u"\n", u"a \n", u"\n"}, u"\n\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const NSArray found = lines(row.text);
-        EXPECT_EQ(found.isNil(), row.text.isNil());
+    for (const auto& [name, text, expected, feed] : rows) {
+        SCOPED_TRACE(name);
+        const NSArray found = lines(text);
+        EXPECT_EQ(found.isNil(), text.isNil());
         Lines units;
         for (const Value& line : found)
             units.emplace_back(line.string().characters());
-        EXPECT_EQ(units, row.lines);
-        EXPECT_EQ(feedOfLine(row.text), row.feed);
-        EXPECT_EQ(hasFeedOfLine(row.text), !row.feed.isEmpty());
+        EXPECT_EQ(units, expected);
+        EXPECT_EQ(feedOfLine(text), feed);
+        EXPECT_EQ(hasFeedOfLine(text), !feed.isEmpty());
     }
 }
 
@@ -55,12 +50,7 @@ TEST(StringLinesTest, everyUnitThatIsAFeed) {
 }
 
 TEST(StringLinesTest, paragraphsOfWrappedLines) {
-    const struct {
-        const char* name;
-        NSString text;
-        NSString characters;
-        NSString expected;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, NSString> rows[] = {
         {"paragraphs", u"a\nb\n\nc", nullptr, u"a b\n\nc"},
         {"white ends of lines vanish", u"  a\t\n\u00A0b \n", nullptr, u"a b"},
         {"a blank last line ends once", u"a\nb\n\n", nullptr, u"a b\n"},
@@ -74,9 +64,9 @@ TEST(StringLinesTest, paragraphsOfWrappedLines) {
         {"inner spaces", u"a  b\t\tc\n d", nullptr, u"a b\tc d"},
         {"all blank", u" \n\n", nullptr, u""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(reformattedStringByRemovingCharactersOfString(row.text, row.characters), row.expected);
+    for (const auto& [name, text, characters, expected] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(reformattedStringByRemovingCharactersOfString(text, characters), expected);
     }
     for (const NSString& text : {NSString(), NSString(u""), NSString(u"a b")})
         EXPECT_TRUE(reformattedStringByRemovingCharactersOfString(text, u"x").isIdenticalTo(text));

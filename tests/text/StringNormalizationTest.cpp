@@ -6,10 +6,7 @@ namespace kelvo {
 namespace {
 
 TEST(StringNormalizationTest, forms) {
-    const struct {
-        const char* name;
-        NSString text, formC, lowercase, fixed;
-    } rows[] = {
+    const std::tuple<const char*, NSString, NSString, NSString, NSString> rows[] = {
         {"composed", u"\u00C9", u"\u00C9", u"\u00E9", u"\u00C9"},
         {"decomposed", u"e\u0301", u"\u00E9", u"\u00E9", u"\u00E9"},
         {"both case variants end in lower case", u"ABC", u"ABC", u"abc", u"ABC"},
@@ -20,12 +17,12 @@ TEST(StringNormalizationTest, forms) {
         {"no mark joins a space", u"\xD800\u0301", u"\xD800\u0301", u"\xD800\u0301", u" \u0301"},
         {"a form that is longer", u"\u0958", u"\u0915\u093C", u"\u0915\u093C", u"\u0915\u093C"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(normalizedString(row.text), row.formC);
-        EXPECT_EQ(normalizedLowercaseString(row.text), row.lowercase);
-        EXPECT_EQ(normalizedUppercaseString(row.text), row.lowercase);
-        EXPECT_EQ(fixedAndNormalizedString(row.text), row.fixed);
+    for (const auto& [name, text, formC, lowercase, fixed] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(normalizedString(text), formC);
+        EXPECT_EQ(normalizedLowercaseString(text), lowercase);
+        EXPECT_EQ(normalizedUppercaseString(text), lowercase);
+        EXPECT_EQ(fixedAndNormalizedString(text), fixed);
     }
     EXPECT_EQ(normalizedString(u"\uFB01\u00C9", CFStringNormalizationForm::D), u"\uFB01E\u0301");
     EXPECT_EQ(normalizedString(u"\uFB01\u00C9", CFStringNormalizationForm::KD), u"fiE\u0301");

@@ -73,15 +73,7 @@ TEST(SubstringSearchTest, hostileTextsAreSearchedInLinearTime) {
 TEST(SubstringSearchTest, rangesDirectionsAndWrapping) {
     using enum FindDirection;
     constexpr std::u16string_view text = u"ab ab AB ab"; // at 0, 3, 6 (upper case) and 9
-    struct Row {
-        const char* name;
-        std::u16string_view needle;
-        NSRange range;
-        bool caseSensitive;
-        FindDirection direction;
-        bool wrap;
-        std::size_t location;
-    };
+    using Row = std::tuple<const char*, std::u16string_view, NSRange, bool, FindDirection, bool, std::size_t>;
     const Row rows[] = {
         {"first inside", u"ab", {1, 10}, true, Forward, false, 3},
         {"last inside", u"ab", {0, 10}, true, Backward, false, 3},
@@ -100,11 +92,11 @@ TEST(SubstringSearchTest, rangesDirectionsAndWrapping) {
         {"range that overflows", u"ab", {5, ~std::size_t{0}}, true, Backward, true, NSNotFound},
         {"not there", u"abc", {0, 11}, false, Backward, true, NSNotFound},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const NSRange expected{row.location, row.location == NSNotFound ? 0 : row.needle.size()};
-        EXPECT_EQ(findString_inRange_caseSensitive_direction_wrap(text, row.needle, row.range,
-                                                                  row.caseSensitive, row.direction, row.wrap),
+    for (const auto& [name, needle, range, caseSensitive, direction, wrap, location] : rows) {
+        SCOPED_TRACE(name);
+        const NSRange expected{location, location == NSNotFound ? 0 : needle.size()};
+        EXPECT_EQ(findString_inRange_caseSensitive_direction_wrap(text, needle, range, caseSensitive,
+                                                                  direction, wrap),
                   expected);
     }
 }

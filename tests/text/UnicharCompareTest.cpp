@@ -43,12 +43,7 @@ void expectAllSix(const Units& a, const Units& b, const Bytes& c, const Bytes& d
 }
 
 TEST(UnicharCompareTest, namedCases) {
-    struct Row {
-        const char* name;
-        Bytes first, second;
-        int compare, noCase;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Bytes, Bytes, int, int> rows[] = {
         {"both empty", "", "", 0, 0},
         {"first empty", "", "abc", -3, -3},
         {"prefix", "ab", "abc", -1, -1},
@@ -59,14 +54,12 @@ TEST(UnicharCompareTest, namedCases) {
         {"high byte is widened as signed", "\x80", "a", 0xFF80 - 'a', 0xFF80 - 'A'},
         {"highest byte", "a", "\xFF", 'a' - 0xFFFF, 'A' - 0xFFFF},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Units wide(row.first.begin(), row.first.end());
-        EXPECT_EQ(fastCompareChars(row.first.data(), row.first.size(), row.second.data(), row.second.size()),
-                  row.compare);
-        EXPECT_EQ(fastCaseInsensitiveCompareChars(row.first.data(), row.first.size(), row.second.data(),
-                                                  row.second.size()),
-                  row.noCase);
+    for (const auto& [name, first, second, compare, noCase] : rows) {
+        SCOPED_TRACE(name);
+        const Units wide(first.begin(), first.end());
+        EXPECT_EQ(fastCompareChars(first.data(), first.size(), second.data(), second.size()), compare);
+        EXPECT_EQ(fastCaseInsensitiveCompareChars(first.data(), first.size(), second.data(), second.size()),
+                  noCase);
     }
     const Units high = u"\x00E9", widened = u"\xFFE9";
     EXPECT_EQ(fastCompareUnicharsWithChars(high.data(), 1, "\xE9", 1), 0xE9 - 0xFFE9);

@@ -12,13 +12,8 @@ namespace {
 constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
 
 TEST(WordsAndLinesTest, words) {
-    struct Row {
-        const char* name;
-        const char16_t* text;
-        const char16_t *first, *last;
-        std::size_t index;
-        const char16_t* atIndex;
-    };
+    using Text = const char16_t*;
+    using Row = std::tuple<const char*, Text, Text, Text, std::size_t, Text>;
     const Row rows[] = {
         {"nil", nullptr, nullptr, nullptr, 0, nullptr},
         {"empty", u"", u"", u"", 0, nullptr},
@@ -31,14 +26,14 @@ TEST(WordsAndLinesTest, words) {
         {"surrogates", u"a\U0001D400b", u"a", u"b", 1, nullptr},
         {"index past the end", u"foo", u"foo", u"foo", 3, nullptr},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_TRUE(firstWord(row.text) == row.first);
-        EXPECT_TRUE(lastWord(row.text) == row.last);
-        EXPECT_TRUE(getWordAtIndex(row.text, row.index) == row.atIndex);
-        const NSRange range = getWordRangeAtIndex(NSString(row.text), row.index);
-        EXPECT_EQ(range.length, NSString(row.atIndex).length());
-        EXPECT_EQ(range.location == NSNotFound, row.atIndex == nullptr);
+    for (const auto& [name, text, first, last, index, atIndex] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(firstWord(text) == first);
+        EXPECT_TRUE(lastWord(text) == last);
+        EXPECT_TRUE(getWordAtIndex(text, index) == atIndex);
+        const NSRange range = getWordRangeAtIndex(NSString(text), index);
+        EXPECT_EQ(range.length, NSString(atIndex).length());
+        EXPECT_EQ(range.location == NSNotFound, atIndex == nullptr);
     }
     const NSString word = u"word";
     EXPECT_TRUE(firstWord(word).isIdenticalTo(word));
@@ -55,13 +50,7 @@ TEST(WordsAndLinesTest, fieldsBetweenSeparators) {
 }
 
 TEST(WordsAndLinesTest, linesAndCharacters) {
-    struct Row {
-        const char* name;
-        std::u16string_view text;
-        std::size_t lines;
-        const char16_t* first;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::u16string_view, std::size_t, const char16_t*> rows[] = {
         {"empty", u"", 0, u""},
         {"no end", u"abc", 1, u"abc"},
         {"end at the end", u"abc\n", 1, u"abc"},
@@ -70,10 +59,10 @@ TEST(WordsAndLinesTest, linesAndCharacters) {
         {"no line end", u"a\uFEFFb\u0085c\vd", 1, u"a\uFEFFb\u0085c\vd"},
         {"blank first", u"\n\nx", 3, u""},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(numberOfLines(row.text), row.lines);
-        EXPECT_TRUE(firstLine(NSString(row.text)) == row.first);
+    for (const auto& [name, text, lines, first] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(numberOfLines(text), lines);
+        EXPECT_TRUE(firstLine(NSString(text)) == first);
     }
     EXPECT_TRUE(firstLine(nullptr).isNil());
     EXPECT_EQ(firstCharacter(u"xy"), u'x');
@@ -91,13 +80,7 @@ TEST(WordsAndLinesTest, linesAndCharacters) {
 }
 
 TEST(WordsAndLinesTest, links) {
-    struct Row {
-        const char* name;
-        std::u16string text;
-        std::size_t index;
-        const char16_t* link;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::u16string, std::size_t, const char16_t*> rows[] = {
         {"scheme", u"see http://a.example/b?c=d#e now", 10, u"http://a.example/b?c=d#e"},
         {"before it", u"x(http://a.b)", 0, nullptr},
         {"in brackets", u"(http://a.b/c)", 4, u"http://a.b/c"},
@@ -123,10 +106,10 @@ TEST(WordsAndLinesTest, links) {
         {"past the end", u"http://a.b", 10, nullptr},
         {"no-break space ends it", u"http://a.b\u00A0c", 0, u"http://a.b"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_TRUE(getLinkAtIndex(NSString(row.text), row.index) == row.link);
-        EXPECT_EQ(getLinkRangeAtIndex(row.text, row.index).length, NSString(row.link).length());
+    for (const auto& [name, text, index, link] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(getLinkAtIndex(NSString(text), index) == link);
+        EXPECT_EQ(getLinkRangeAtIndex(text, index).length, NSString(link).length());
     }
     EXPECT_TRUE(getLinkAtIndex(nullptr, 0).isNil());
 }
@@ -135,13 +118,7 @@ TEST(WordsAndLinesTest, numbers) {
     constexpr std::u16string_view text = u"v-12.007 \u0661\u0662\u0663 2026-11-21";
     EXPECT_EQ(countNumbers(text), 6u);
     EXPECT_EQ(countNumbers(u"none"), 0u);
-    struct Row {
-        const char* name;
-        std::u16string_view text;
-        std::int64_t value;
-        bool contained;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::u16string_view, std::int64_t, bool> rows[] = {
         {"a whole run", text, 12, true},
         {"part of a run", text, 20, false},
         {"leading zeros", text, 7, true},
@@ -158,8 +135,8 @@ TEST(WordsAndLinesTest, numbers) {
         {"sign U+2212", u"\u22125", -5, true},
         {"empty", u"", 0, false},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(containsNumber(row.text, row.value), row.contained) << row.name;
+    for (const auto& [name, units, value, contained] : rows)
+        EXPECT_EQ(containsNumber(units, value), contained) << name;
     EXPECT_TRUE(containsNumberWithNDigits(text, 4));
     EXPECT_FALSE(containsNumberWithNDigits(text, 1));
     EXPECT_FALSE(containsNumberWithNDigits(text, 0));

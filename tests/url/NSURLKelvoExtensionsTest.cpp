@@ -16,10 +16,7 @@ std::string shown(const NSURL& url) {
 }
 
 TEST(NSURLKelvoExtensionsTest, PathExtensionsAndLastComponents) {
-    const struct {
-        const char16_t* url;
-        std::string extension, component;
-    } rows[] = {
+    const std::tuple<const char16_t*, std::string, std::string> rows[] = {
         {u"http://h/a/b.html?x=1.2#f.y", "html", "b.html"},
         {u"http://h", "", ""},
         {u"http://h.com/", "", "/"},
@@ -30,10 +27,10 @@ TEST(NSURLKelvoExtensionsTest, PathExtensionsAndLastComponents) {
         {u"FILE:///a.b/c", "", "c"},
         {u"mailto:a.b", "", "nil"},
     };
-    for (const auto& row : rows) {
-        const NSURL url = NSURL::URLWithString(row.url);
-        EXPECT_EQ(shown(pathExtension(url)), row.extension) << shown(url);
-        EXPECT_EQ(shown(lastPathComponent(url)), row.component) << shown(url);
+    for (const auto& [address, extension, component] : rows) {
+        const NSURL url = NSURL::URLWithString(address);
+        EXPECT_EQ(shown(pathExtension(url)), extension) << shown(url);
+        EXPECT_EQ(shown(lastPathComponent(url)), component) << shown(url);
     }
     EXPECT_EQ(shown(pathExtension(NSURL())), "");
 }
@@ -42,9 +39,7 @@ TEST(NSURLKelvoExtensionsTest, BasesForRendering) {
     const tests::TemporaryFolder folder;
     folder.write("a b.html", "");
     const std::string files = "file://" + folder.path();
-    const struct {
-        std::string url, base, anchored;
-    } rows[] = {
+    const std::string rows[][3] = {
         {files + "/a%20b.html", files + "/a%20b.html", files + "/a%20b.html#new"},
         {files, files, files + "#new"},
         {files + "/none", "nil", "nil"},
@@ -58,10 +53,10 @@ TEST(NSURLKelvoExtensionsTest, BasesForRendering) {
         {"data:,http:", "nil", "nil"},
         {"h/x", "nil", "nil"},
     };
-    for (const auto& row : rows) {
-        const NSURL url = NSURL::URLWithString(NSString::stringWithUTF8String(row.url));
-        EXPECT_EQ(shown(baseURLForWebKit(url)), row.base) << row.url;
-        EXPECT_EQ(shown(baseURLForWebKitUsingAnchor(url, u"new")), row.anchored) << row.url;
+    for (const auto& [address, base, anchored] : rows) {
+        const NSURL url = NSURL::URLWithString(NSString::stringWithUTF8String(address));
+        EXPECT_EQ(shown(baseURLForWebKit(url)), base) << address;
+        EXPECT_EQ(shown(baseURLForWebKitUsingAnchor(url, u"new")), anchored) << address;
     }
     const NSURL url = NSURL::URLWithString(u"http://h/#old");
     EXPECT_TRUE(baseURLForWebKit(url).isIdenticalTo(url));

@@ -93,13 +93,10 @@ Wrapper wrapperNaming(const std::string& name) {
     return parse(serialized({{"TXT.rtf", serializedFile("{}")}, {name, serializedFile("x")}}));
 }
 
-const std::string sample = "rtfd\0\0\0\0\3\0\0\0\3\0\0\0"
-                           "\5\0\0\0a.png\7\0\0\0TXT.rtf\1\0\0\0."
-                           "\x10\0\0\0\x2B\0\0\0\x48\0\0\0"
-                           "\1\0\0\0\x08\0\0\0\x89PNG\r\n\x1A\n"
-                           "\1\0\0\0\x23\0\0\0{\\rtf1\\ansi{{\\NeXTGraphic a.png}\xAC}}"
-                           "\1\0\0\0\x40\0\0\0\2\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\x10\0\0\0\x10\0\0\0"
-                           "\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0"s;
+const std::string sample =
+    "rtfd\0\0\0\0\3\0\0\0\3\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\1\0\0\0."
+    "\x10\0\0\0\x2B\0\0\0\x48\0\0\0\1\0\0\0\x08\0\0\0\x89PNG\r\n\x1A\n"
+    "\1\0\0\0\x23\0\0\0{\\rtf1\\ansi{{\\NeXTGraphic a.png}\xAC}}\1\0\0\0\x40\0\0\0\2\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\x10\0\0\0\x10\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0"s;
 
 TEST(FileWrapperSerializationTest, ReadsAndWritesThePlatformsLayout) {
     ASSERT_EQ(sample.size(), 184u);
@@ -115,9 +112,9 @@ TEST(FileWrapperSerializationTest, ReadsAndWritesThePlatformsLayout) {
         again.replace(date, 4, "\0\0\0\x65", 4);
     EXPECT_EQ(again, sample);
 
-    EXPECT_EQ(folder({}, u"Test1")->serializedRepresentation().characters(),
-              "rtfd\0\0\0\0\3\0\0\0\2\0\0\0\x13\0\0\0__@PreferredName@__\x17\0\0\0__@UTF8PreferredName@__"
-              "\x0D\0\0\0\x0D\0\0\0\1\0\0\0\5\0\0\0Test1\1\0\0\0\5\0\0\0Test1"s);
+    EXPECT_EQ(
+        folder({}, u"Test1")->serializedRepresentation().characters(),
+        "rtfd\0\0\0\0\3\0\0\0\2\0\0\0\x13\0\0\0__@PreferredName@__\x17\0\0\0__@UTF8PreferredName@__\x0D\0\0\0\x0D\0\0\0\1\0\0\0\5\0\0\0Test1\1\0\0\0\5\0\0\0Test1"s);
     const std::string padded = number(1) + number(0x80000000) + number(2) + number(3) + "\0\0\0ab"s;
     EXPECT_EQ(
         parse(serialized({{"x", padded}}))->fileWrapperForName(u"x")->regularFileContents().characters(),
@@ -183,16 +180,12 @@ TEST(FileWrapperSerializationTest, LeavesOutWhatCouldNotBeAFile) {
 TEST(FileWrapperTest, ChildrenGetNamesOfTheirOwn) {
     const Wrapper wrapper = NSFileWrapper::initDirectory();
     const std::u16string endless(1000, u'é');
-    const struct {
-        NSString wanted;
-        const char16_t* given;
-    } rows[] = {
+    const std::tuple<NSString, const char16_t*> rows[] = {
         {u"a.png", u"a.png"},  {u"A.PNG", u"A-2.PNG"},  {u"a.png", u"a-3.png"},   {nullptr, u"Unnamed"},
         {u"..", u"Unnamed-2"}, {u"x/y\xD800", u"x-y-"}, {u".hidden", u".hidden"}, {u".hidden", u".hidden-2"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(wrapper->addFileWrapper(file("", row.wanted)).UTF8String(),
-                  NSString(row.given).UTF8String());
+    for (const auto& [wanted, given] : rows)
+        EXPECT_EQ(wrapper->addFileWrapper(file("", wanted)).UTF8String(), NSString(given).UTF8String());
     for (int turn = 0; turn < 3; ++turn)
         EXPECT_TRUE(NSFileWrapper::isUsableFilename(
             wrapper->addFileWrapper(file("", NSString(std::u16string_view(endless))))));

@@ -32,6 +32,8 @@ std::string utf16(const std::string& ascii, bool isBigEndian) {
     return bytes;
 }
 
+using enum FileKind;
+
 FileKind kindOf(const std::string& bytes, const char16_t* name) {
     return kindOfContents(FileContents(bytes), name);
 }
@@ -48,139 +50,128 @@ void expectKinds(std::initializer_list<KindRow> rows) {
         EXPECT_EQ(kindOf(row.bytes, row.fileName), row.kind) << row.name;
 }
 
-const std::string webArchive =
+const std::string archiveBeginning =
     "<?xml version=\"1.0\"?><!DOCTYPE plist><plist version=\"1.0\"><dict><key>WebSubresources</key>";
 
 TEST(FileKind, Texts) {
     expectKinds({
-        {"empty", "", FileKind::plainText, u"/a/b.docx"},
-        {"by no name", "Dear reader\n", FileKind::plainText, nullptr},
-        {"not what its name says", "Dear reader\n", FileKind::plainText, u"/a/b.doc"},
-        {"nor a picture", "II* 8BPS\n", FileKind::plainText, u"/a/b.tiff"},
-        {"no UTF-8", "na\xEFve\x1B[1m\r\n", FileKind::plainText},
-        {"a mark, then anything", "\xEF\xBB\xBF\0text"s, FileKind::plainText},
-        {"of 16 bits", utf16("Dear reader", false), FileKind::plainText},
-        {"of 32 bits", "\0\0\xFE\xFF\0\0\0A"s, FileKind::plainText},
-        {"of 32 bits, little, is no markup", "\xFF\xFE\0\0<\0\0\0"s, FileKind::plainText},
-        {"about a PDF", "It begins with %PDF-1.4.", FileKind::plainText, u"/a/b.pdf"},
-        {"about a tag of music", "ID3 is one", FileKind::plainText, u"/a/b.mp3"},
-        {"about a compressed file", "BZh\xE9", FileKind::plainText},
-        {"about an archive", "The key is WebMainResource", FileKind::plainText, u"/a/b.webarchive"},
+        {"empty", "", plainText, u"/a/b.docx"},
+        {"by no name", "Dear reader\n", plainText, nullptr},
+        {"not what its name says", "Dear reader\n", plainText, u"/a/b.doc"},
+        {"nor a picture", "II* 8BPS\n", plainText, u"/a/b.tiff"},
+        {"no UTF-8", "na\xEFve\x1B[1m\r\n", plainText},
+        {"a mark, then anything", "\xEF\xBB\xBF\0text"s, plainText},
+        {"of 16 bits", utf16("Dear reader", false), plainText},
+        {"of 32 bits", "\0\0\xFE\xFF\0\0\0A"s, plainText},
+        {"of 32 bits, little, is no markup", "\xFF\xFE\0\0<\0\0\0"s, plainText},
+        {"about a PDF", "It begins with %PDF-1.4.", plainText, u"/a/b.pdf"},
+        {"about a tag of music", "ID3 is one", plainText, u"/a/b.mp3"},
+        {"about a compressed file", "BZh\xE9", plainText},
+        {"about an archive", "The key is WebMainResource", plainText, u"/a/b.webarchive"},
         {"a character cut at the end of what is looked at",
-         "\x07" + std::string((1 << 20) - 3, 'a') + "\xE5\xB8\x86", FileKind::plainText},
-        {"a character cut at the end of all", "\x07" + std::string(100, 'a') + "\xE5\xB8\x86\xE5\xB8",
-         FileKind::other},
-        {"one NUL", "text\0text"s, FileKind::other},
-        {"control characters in no encoding", "\x80\x02\x03", FileKind::other},
+         "\x07" + std::string((1 << 20) - 3, 'a') + "\xE5\xB8\x86", plainText},
+        {"a character cut at the end of all", "\x07" + std::string(100, 'a') + "\xE5\xB8\x86\xE5\xB8", other},
+        {"one NUL", "text\0text"s, other},
+        {"control characters in no encoding", "\x80\x02\x03", other},
     });
 }
 
 TEST(FileKind, Markup) {
     expectKinds({
-        {"HTML", "<!DOCTYPE html><p>x", FileKind::HTML},
+        {"HTML", "<!DOCTYPE html><p>x", HTML},
         {"HTML after other things",
-         "\xEF\xBB\xBF\r\n<?xml version=\"1.0\"?><!-- a --> <!-- b > -->\n<HTML lang=en>", FileKind::HTML},
-        {"HTML of 16 bits", utf16("<html><body>", true), FileKind::HTML},
+         "\xEF\xBB\xBF\r\n<?xml version=\"1.0\"?><!-- a --> <!-- b > -->\n<HTML lang=en>", HTML},
+        {"HTML of 16 bits", utf16("<html><body>", true), HTML},
         {"HTML about WordML", "<body>http://schemas.microsoft.com/office/word/2003/wordml worddocument",
-         FileKind::HTML},
-        {"a piece of HTML by its name", "<p>x</p>", FileKind::HTML, u"/a/b.HTM"},
-        {"a piece of HTML", "<p>x</p>", FileKind::plainText},
-        {"HTML in a text", "See <html>", FileKind::plainText},
-        {"another element", "<headline>", FileKind::plainText},
-        {"XML with a header", "<?xml version='1.0'?><feed><header/><html/></feed>", FileKind::plainText,
-         u"/a/b.xml"},
-        {"a comment without end", "<!-- <html>", FileKind::plainText},
-        {"SVG", "<?xml version='1.0'?><!-- x --><svg>", FileKind::SVG},
-        {"SVG with entities", "<!DOCTYPE svg [<!ENTITY a 'b'>]><svg:svg>", FileKind::SVG},
-        {"SVG in a page", "<html><svg>", FileKind::HTML, u"/a/b.svg"},
-        {"a web archive", webArchive, FileKind::webArchive},
+         HTML},
+        {"a piece of HTML by its name", "<p>x</p>", HTML, u"/a/b.HTM"},
+        {"a piece of HTML", "<p>x</p>", plainText},
+        {"HTML in a text", "See <html>", plainText},
+        {"another element", "<headline>", plainText},
+        {"XML with a header", "<?xml version='1.0'?><feed><header/><html/></feed>", plainText, u"/a/b.xml"},
+        {"a comment without end", "<!-- <html>", plainText},
+        {"SVG", "<?xml version='1.0'?><!-- x --><svg>", SVG},
+        {"SVG with entities", "<!DOCTYPE svg [<!ENTITY a 'b'>]><svg:svg>", SVG},
+        {"SVG in a page", "<html><svg>", HTML, u"/a/b.svg"},
+        {"a web archive", archiveBeginning, webArchive},
         {"a web archive that begins with its contents",
-         "<plist><string>" + std::string(3 << 20, 'A') + webArchive, FileKind::webArchive},
-        {"another property list", "<plist><dict><key>x</key>", FileKind::plainText},
-        {"another file with such words", "<list>WebMainResource <plist>", FileKind::plainText},
-        {"flat OpenDocument", tests::flatOpenDocument("<text:p/>"), FileKind::flatOpenDocument, u"/a/b.xml"},
+         "<plist><string>" + std::string(3 << 20, 'A') + archiveBeginning, webArchive},
+        {"another property list", "<plist><dict><key>x</key>", plainText},
+        {"another file with such words", "<list>WebMainResource <plist>", plainText},
+        {"flat OpenDocument", tests::flatOpenDocument("<text:p/>"), flatOpenDocument, u"/a/b.xml"},
         {"a flat spreadsheet",
-         "<office:document office:mimetype=\"application/vnd.oasis.opendocument.spreadsheet\">",
-         FileKind::plainText, u"/a/b.fodt"},
-        {"WordML", tests::wordML("x"), FileKind::wordML, u"/a/b.xml"},
+         "<office:document office:mimetype=\"application/vnd.oasis.opendocument.spreadsheet\">", plainText,
+         u"/a/b.fodt"},
+        {"WordML", tests::wordML("x"), wordML, u"/a/b.xml"},
         {"MIME HTML",
          "From: <Saved>\r\nMIME-Version: 1.0\r\nContent-Type:\r\n\tmultipart/related; "
          "type=\"text/html\"\r\n\r\n",
-         FileKind::MIMEHTML},
-        {"MIME HTML alone", "MIME-Version: 1.0\nContent-Type: text/html\n\n<html>", FileKind::MIMEHTML},
+         MIMEHTML},
+        {"MIME HTML alone", "MIME-Version: 1.0\nContent-Type: text/html\n\n<html>", MIMEHTML},
         {"a letter", "MIME-Version: 1.0\nContent-Type: multipart/alternative\n\nContent-Type: text/html",
-         FileKind::plainText, u"/a/b.mht"},
-        {"about MIME", "Hello\n\nMIME-Version: 1.0\nContent-Type: text/html\n\n", FileKind::plainText},
+         plainText, u"/a/b.mht"},
+        {"about MIME", "Hello\n\nMIME-Version: 1.0\nContent-Type: text/html\n\n", plainText},
     });
 }
 
 TEST(FileKind, PackagesAndContainers) {
     expectKinds({
-        {"docx", tests::officeOpenXML("x", "t"), FileKind::officeOpenXML, u"/a/b.zip"},
-        {"odt", tests::openDocument("<text:p/>"), FileKind::openDocument},
+        {"docx", tests::officeOpenXML("x", "t"), officeOpenXML, u"/a/b.zip"},
+        {"odt", tests::openDocument("<text:p/>"), openDocument},
         {"odt without its type", tests::zipPackage({{"content.xml", ""}, {"META-INF/manifest.xml", ""}}),
-         FileKind::openDocument},
-        {"sxw", tests::openOfficeText("x"), FileKind::openOfficeText},
+         openDocument},
+        {"sxw", tests::openOfficeText("x"), openOfficeText},
         {"spreadsheet",
          tests::zipPackage({{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
                             {"content.xml", ""},
                             {"META-INF/manifest.xml", ""}}),
-         FileKind::other, u"/a/b.odt"},
-        {"slides", tests::zipPackage({{"[Content_Types].xml", ""}, {"ppt/word/x.xml", ""}}), FileKind::other},
-        {"zip file", tests::zipPackage({{"word.txt", "x"}}), FileKind::other, u"/a/b.docx"},
-        {"empty zip file", tests::zipPackage({}), FileKind::other},
+         other, u"/a/b.odt"},
+        {"slides", tests::zipPackage({{"[Content_Types].xml", ""}, {"ppt/word/x.xml", ""}}), other},
+        {"zip file", tests::zipPackage({{"word.txt", "x"}}), other, u"/a/b.docx"},
+        {"empty zip file", tests::zipPackage({}), other},
         {"zip file with a long comment", tests::officeOpenXML("x", "t") + std::string(0xFFFF, ' '),
-         FileKind::officeOpenXML},
+         officeOpenXML},
         {"zip file with more than a comment", tests::officeOpenXML("x", "t") + std::string(0x10000, ' '),
-         FileKind::other},
-        {"doc", compoundFile("WordDocument"), FileKind::wordDocument},
+         other},
+        {"doc", compoundFile("WordDocument"), wordDocument},
         {"doc with its directory far off, across pieces",
          compoundFile("") + std::string((1 << 20) - 590, '\0') + compoundFile("WordDocument").substr(512),
-         FileKind::wordDocument},
-        {"encrypted package", compoundFile("EncryptedPackage"), FileKind::other, u"/a/b.docx"},
-        {"binary web archive", "bplist00\xD1\x01_\x10\x0FWebMainResource", FileKind::webArchive},
-        {"another binary property list", "bplist00\xD1\x01", FileKind::other, u"/a/b.webarchive"},
-        {"RTF in a .doc", "{\\rtf1 x}", FileKind::RTF, u"/a/b.doc"},
-        {"serialised package", "rtfd\0\0\0\0\3\0\0\0"s, FileKind::RTFD},
+         wordDocument},
+        {"encrypted package", compoundFile("EncryptedPackage"), other, u"/a/b.docx"},
+        {"binary web archive", "bplist00\xD1\x01_\x10\x0FWebMainResource", webArchive},
+        {"another binary property list", "bplist00\xD1\x01", other, u"/a/b.webarchive"},
+        {"RTF in a .doc", "{\\rtf1 x}", RTF, u"/a/b.doc"},
+        {"serialised package", "rtfd\0\0\0\0\3\0\0\0"s, RTFD},
     });
 }
 
 TEST(FileKind, BinaryData) {
     expectKinds({
-        {"PDF", "%PDF-1.4\n", FileKind::PDF},
-        {"PDF after a text", "HTTP/1.1 200\n\n%PDF-1.4\n1 0 obj\n%%EOF\n", FileKind::PDF},
-        {"PDF after binary data", "\0\1\2%PDF-1.4\n"s, FileKind::PDF},
-        {"PDF too far on", std::string(1020, '\0') + "%PDF-1.4", FileKind::other},
-        {"PostScript", "%!PS-Adobe-3.0\n", FileKind::postScript},
-        {"PostScript with a preview", "\xC5\xD0\xD3\xC6\x1E", FileKind::postScript},
-        {"PostScript by its name", "@PJL\n%!\n", FileKind::postScript, u"/a/b.ps"},
-        {"PNG", tests::smallPNG(), FileKind::image},
-        {"WebP", "RIFF\0\0\0\0WEBP"s, FileKind::image},
-        {"sound", "RIFF\0\0\0\0WAVE"s, FileKind::audio},
-        {"another RIFF by its name", "RIFF\0\0\0\0ACON"s, FileKind::movie, u"/a/b.AVI"},
-        {"HEIC",
-         "\0\0\0\x20"
-         "ftypheic"s,
-         FileKind::image},
-        {"sound in a movie file",
-         "\0\0\0\x20"
-         "ftypM4A "s,
-         FileKind::audio, u"/a/b.mp4"},
-        {"movie",
-         "\0\0\0\x20"
-         "ftypqt  "s,
-         FileKind::movie},
-        {"movie by its name", "\0\0\0\0"s, FileKind::movie, u"/a/b.mov"},
-        {"name and dot only", "\0\0\0\0"s, FileKind::other, u"/folder.pdf/.png"},
-        {"compressed", "BZh91AY&SY", FileKind::other},
-        {"a page by its name alone", "\0<p>"s, FileKind::other, u"/a/b.html"},
+        {"PDF", "%PDF-1.4\n", PDF},
+        {"PDF after a text", "HTTP/1.1 200\n\n%PDF-1.4\n1 0 obj\n%%EOF\n", PDF},
+        {"PDF after binary data", "\0\1\2%PDF-1.4\n"s, PDF},
+        {"PDF too far on", std::string(1020, '\0') + "%PDF-1.4", other},
+        {"PostScript", "%!PS-Adobe-3.0\n", postScript},
+        {"PostScript with a preview", "\xC5\xD0\xD3\xC6\x1E", postScript},
+        {"PostScript by its name", "@PJL\n%!\n", postScript, u"/a/b.ps"},
+        {"PNG", tests::smallPNG(), image},
+        {"WebP", "RIFF\0\0\0\0WEBP"s, image},
+        {"sound", "RIFF\0\0\0\0WAVE"s, audio},
+        {"another RIFF by its name", "RIFF\0\0\0\0ACON"s, movie, u"/a/b.AVI"},
+        {"HEIC", "\0\0\0\040ftypheic"s, image},
+        {"sound in a movie file", "\0\0\0\040ftypM4A "s, audio, u"/a/b.mp4"},
+        {"movie", "\0\0\0\040ftypqt  "s, movie},
+        {"movie by its name", "\0\0\0\0"s, movie, u"/a/b.mov"},
+        {"name and dot only", "\0\0\0\0"s, other, u"/folder.pdf/.png"},
+        {"compressed", "BZh91AY&SY", other},
+        {"a page by its name alone", "\0<p>"s, other, u"/a/b.html"},
     });
 }
 
 TEST(FileKind, ABrokenPackageIsNone) {
     const std::string whole = tests::openDocument("<text:p/>");
     for (std::size_t length = 4; length < whole.size(); ++length)
-        EXPECT_EQ(kindOf(whole.substr(0, length), nullptr), FileKind::other) << length;
+        EXPECT_EQ(kindOf(whole.substr(0, length), nullptr), other) << length;
     // Every number of the directory, pointing anywhere.
     for (std::size_t place = 4; place < whole.size(); ++place) {
         std::string broken = whole;
@@ -199,17 +190,16 @@ TEST(FileKind, OnTheDisk) {
     ASSERT_EQ(mkfifo(folder.path("pipe.html").c_str(), 0600), 0);
     const std::string package = tests::officeOpenXML("x", std::string(3 << 20, 't'));
     folder.write("large.docx", package);
-    EXPECT_EQ(kindOf(package, nullptr), FileKind::officeOpenXML);
+    EXPECT_EQ(kindOf(package, nullptr), officeOpenXML);
     // Nobody could read all of these.
-    for (const auto& [name, beginning] : {std::pair("movie", "\0\0\0\x14"
-                                                             "ftypqt  "s),
-                                          std::pair("text", "\xEF\xBB\xBF<html>"s)})
+    for (const auto& [name, beginning] :
+         {std::pair("movie", "\0\0\0\024ftypqt  "s), std::pair("text", "\xEF\xBB\xBF<html>"s)})
         std::filesystem::resize_file(folder.write(name, beginning), std::uintmax_t{1} << 40);
     const std::pair<const char16_t*, FileKind> rows[] = {
-        {u"package", FileKind::RTFD},       {u"no package.rtfd/", FileKind::folder},
-        {u"pdf\xDCFF", FileKind::PDF},      {u"pipe.html", FileKind::other},
-        {u"missing.html", FileKind::other}, {u"large.docx", FileKind::officeOpenXML},
-        {u"movie", FileKind::movie},        {u"text", FileKind::HTML},
+        {u"package", RTFD},       {u"no package.rtfd/", FileKind::folder},
+        {u"pdf\xDCFF", PDF},      {u"pipe.html", other},
+        {u"missing.html", other}, {u"large.docx", officeOpenXML},
+        {u"movie", movie},        {u"text", HTML},
     };
     const NSString root = NSString::stringWithUTF8String(folder.path());
     const auto begin = std::chrono::steady_clock::now();
@@ -217,7 +207,7 @@ TEST(FileKind, OnTheDisk) {
         EXPECT_EQ(kindOfFile(stringByAppendingPathComponent(root, name)), kind)
             << NSString(name).UTF8String();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
-    EXPECT_EQ(kindOfFile(nullptr), FileKind::other);
+    EXPECT_EQ(kindOfFile(nullptr), other);
 }
 
 } // namespace

@@ -76,11 +76,7 @@ TEST(FileManager, ListsAndTests) {
 
 TEST(FileManager, MakesAndRemoves) {
     const tests::TemporaryFolder folder;
-    const struct {
-        const char* name;
-        NSDictionary attributes;
-        mode_t mode;
-    } rows[] = {
+    const std::tuple<const char*, NSDictionary, mode_t> rows[] = {
         {"new",
          NSMutableDictionary::dictionaryWithObjectsAndKeys(
              {{NSNumber::numberWithInt(0700), NSFilePosixPermissions}}),
@@ -92,11 +88,11 @@ TEST(FileManager, MakesAndRemoves) {
         {"by the umask", nullptr, 0750},
     };
     const mode_t mask = ::umask(027);
-    for (const auto& row : rows) {
-        EXPECT_TRUE(files.createDirectoryAtPath_attributes(path(folder.path(row.name)), row.attributes));
+    for (const auto& [name, attributes, mode] : rows) {
+        EXPECT_TRUE(files.createDirectoryAtPath_attributes(path(folder.path(name)), attributes));
         struct stat status = {};
-        ASSERT_EQ(::stat(folder.path(row.name).c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777, row.mode) << row.name;
+        ASSERT_EQ(::stat(folder.path(name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, mode) << name;
     }
     ::umask(mask);
     EXPECT_FALSE(files.createDirectoryAtPath_attributes(path(folder.path("new")), nullptr));
@@ -167,10 +163,7 @@ TEST(DataFiles, WritesInPlaceOrAtomically) {
 
 TEST(Geometry, SizesReadBackExactly) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    struct Row {
-        NSSize size;
-        const char16_t* text;
-    } const rows[] = {
+    const std::tuple<NSSize, const char16_t*> rows[] = {
         {{612, 792}, u"{612, 792}"},
         {{0.1F, -0.5F}, u"{0.1, -0.5}"},
         {{100000, 1e7F}, u"{100000, 10000000}"},
@@ -179,8 +172,8 @@ TEST(Geometry, SizesReadBackExactly) {
         {{infinity, -infinity}, u"{inf, -inf}"},
         {{-std::numeric_limits<float>::quiet_NaN(), 1}, u"{nan, 1}"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(NSStringFromSize(row.size), row.text) << NSStringFromSize(row.size).UTF8String();
+    for (const auto& [size, text] : rows)
+        EXPECT_EQ(NSStringFromSize(size), text) << NSStringFromSize(size).UTF8String();
     std::minstd_rand random(1);
     for (const float value : {std::numeric_limits<float>::max(), std::numeric_limits<float>::min(),
                               std::numeric_limits<float>::denorm_min(), static_cast<float>(random()) / 3,

@@ -43,9 +43,7 @@ private:
 };
 
 TEST(PathUtilities, TakesPathsApart) {
-    struct Row {
-        const char *path, *components, *last, *extension, *withoutLast, *withoutExtension;
-    } const rows[] = {
+    const char* const rows[][6] = {
         {"/tmp/scratch.tiff", "/|tmp|scratch.tiff|", "scratch.tiff", "tiff", "/tmp", "/tmp/scratch"},
         {"/tmp/lock/", "/|tmp|lock|/|", "lock", "", "/tmp", "/tmp/lock"},
         {"/tmp", "/|tmp|", "tmp", "", "/", "/tmp"},
@@ -60,17 +58,17 @@ TEST(PathUtilities, TakesPathsApart) {
         {"/x.d/b", "/|x.d|b|", "b", "", "/x.d", "/x.d/b"},
         {"a.", "a.|", "a.", "", "", "a."},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.path);
-        const NSString path = string(row.path);
+    for (const auto& [given, expected, last, extension, withoutLast, withoutExtension] : rows) {
+        SCOPED_TRACE(given);
+        const NSString path = string(given);
         std::string components;
         for (const Value& component : pathComponents(path))
             components += component.string().UTF8String() + '|';
-        EXPECT_EQ(components, row.components);
-        EXPECT_EQ(text(lastPathComponent(path)), row.last);
-        EXPECT_EQ(text(pathExtension(path)), row.extension);
-        EXPECT_EQ(text(stringByDeletingLastPathComponent(path)), row.withoutLast);
-        EXPECT_EQ(text(stringByDeletingPathExtension(path)), row.withoutExtension);
+        EXPECT_EQ(components, expected);
+        EXPECT_EQ(text(lastPathComponent(path)), last);
+        EXPECT_EQ(text(pathExtension(path)), extension);
+        EXPECT_EQ(text(stringByDeletingLastPathComponent(path)), withoutLast);
+        EXPECT_EQ(text(stringByDeletingPathExtension(path)), withoutExtension);
     }
     const NSString plain = u"plain";
     EXPECT_TRUE(lastPathComponent(plain).isIdenticalTo(plain));
@@ -80,9 +78,7 @@ TEST(PathUtilities, TakesPathsApart) {
 }
 
 TEST(PathUtilities, PutsPathsTogether) {
-    struct Row {
-        const char *path, *tail, *withComponent, *withExtension;
-    } const rows[] = {
+    const char* const rows[][4] = {
         {"/tmp", "x", "/tmp/x", "/tmp.x"},
         {"/tmp/", "x", "/tmp/x", "/tmp.x"},
         {"/", "x", "/x", "/"},
@@ -94,11 +90,9 @@ TEST(PathUtilities, PutsPathsTogether) {
         {"a.", "b/c", "a./b/c", "a."},
         {"a.b", "c.d", "a.b/c.d", "a.b.c.d"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(text(stringByAppendingPathComponent(string(row.path), string(row.tail))), row.withComponent)
-            << row.path;
-        EXPECT_EQ(text(stringByAppendingPathExtension(string(row.path), string(row.tail))), row.withExtension)
-            << row.path;
+    for (const auto& [given, tail, withComponent, withExtension] : rows) {
+        EXPECT_EQ(text(stringByAppendingPathComponent(string(given), string(tail))), withComponent) << given;
+        EXPECT_EQ(text(stringByAppendingPathExtension(string(given), string(tail))), withExtension) << given;
     }
     EXPECT_EQ(text(stringByAppendingPathComponent(u"/a", nullptr)), "/a");
     EXPECT_TRUE(stringByAppendingPathComponent(nullptr, u"a").isNil());
@@ -136,9 +130,7 @@ TEST(PathUtilities, Standardizes) {
     const std::string root = std::filesystem::canonical(folder.path()).string();
     folder.write("real/deep/file", "x");
     ASSERT_EQ(::symlink("real/deep", folder.path("link").c_str()), 0);
-    struct Row {
-        std::string path, standardized, resolved;
-    } const rows[] = {
+    const std::string rows[][3] = {
         {"/no such/./a//b/", "/no such/a/b", "/no such/a/b"},
         {"/no such/a/../../../b", "/b", "/b"},
         {"/..", "/", "/"},
@@ -150,9 +142,9 @@ TEST(PathUtilities, Standardizes) {
         {root + "/link/../x", root + "/real/x", root + "/real/x"},
         {root + "/link/./file", root + "/link/file", root + "/real/deep/file"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(text(stringByStandardizingPath(string(row.path))), row.standardized) << row.path;
-        EXPECT_EQ(text(stringByResolvingSymlinksInPath(string(row.path))), row.resolved) << row.path;
+    for (const auto& [given, standardized, resolved] : rows) {
+        EXPECT_EQ(text(stringByStandardizingPath(string(given))), standardized) << given;
+        EXPECT_EQ(text(stringByResolvingSymlinksInPath(string(given))), resolved) << given;
     }
     const NSString standard = u"/a/b";
     EXPECT_TRUE(stringByStandardizingPath(standard).isIdenticalTo(standard));

@@ -46,13 +46,7 @@ TEST(StringTest, SharesStorageAmongCopiesAndWholeSubstrings) {
 }
 
 TEST(StringTest, ConvertsUTF8StrictlyOrByRepair) {
-    struct Row {
-        const char* name;
-        std::string bytes;
-        const char16_t* repaired;
-        bool isWellFormed;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, const char16_t*, bool> rows[] = {
         {"ASCII", "abc", u"abc", true},
         {"empty", "", u"", true},
         {"beyond the basic plane", "\xF0\x9F\x98\x80", u"\U0001F600", true},
@@ -61,12 +55,11 @@ TEST(StringTest, ConvertsUTF8StrictlyOrByRepair) {
         {"overlong", "\xC0\x80", u"\xFFFD\xFFFD", false},
         {"long, broken at its end", std::string(300, 'x') + "\xC3", nullptr, false},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(!NSString::stringWithUTF8String(row.bytes).isNil(), row.isWellFormed) << row.name;
-        const NSString repaired = NSString::stringByRepairingUTF8String(row.bytes);
-        EXPECT_TRUE(row.repaired ? repaired == row.repaired : repaired.characters().back() == 0xFFFD)
-            << row.name;
-        EXPECT_TRUE(!row.isWellFormed || repaired.UTF8String() == row.bytes) << row.name;
+    for (const auto& [name, bytes, expected, isWellFormed] : rows) {
+        EXPECT_EQ(!NSString::stringWithUTF8String(bytes).isNil(), isWellFormed) << name;
+        const NSString repaired = NSString::stringByRepairingUTF8String(bytes);
+        EXPECT_TRUE(expected ? repaired == expected : repaired.characters().back() == 0xFFFD) << name;
+        EXPECT_TRUE(!isWellFormed || repaired.UTF8String() == bytes) << name;
     }
     EXPECT_EQ(NSString(std::u16string_view(u"\xDC00x\xD800")).UTF8String(), "\xEF\xBF\xBDx\xEF\xBF\xBD");
     EXPECT_EQ(NSString::stringWithLatin1Bytes("\x80\xFF").characters(), std::u16string_view(u"\x80\xFF"));

@@ -8,12 +8,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(PageBaseTest, PutsTheBaseWhereThePagesOwnWouldStand) {
-    const struct {
-        const char* name;
-        std::string page;
-        const char16_t* base;
-        std::string expected;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char16_t*, std::string> rows[] = {
         {"empty page", "", u"http://h/p", "<base href=\"http://h/p\">"},
         {"text", "x", u"http://h/?a&b", "<base href=\"http://h/?a&amp;b\">x"},
         {"without a base", "x", nullptr, "<base href=\"x-nowhere:\">x"},
@@ -42,10 +37,10 @@ TEST(PageBaseTest, PutsTheBaseWhereThePagesOwnWouldStand) {
         {"base without a reference before one with", "<base target=x><base href=http://own/>", u"http://h/",
          "<base href=\"http://own/\"><base target=x><base href=http://own/>"},
     };
-    for (const auto& row : rows) {
-        const NSData placed = pageByPlacingBase(NSData::dataWithBytes(row.page), nullptr,
-                                                row.base ? NSURL::URLWithString(row.base) : NSURL());
-        EXPECT_EQ(placed.characters(), row.expected) << row.name;
+    for (const auto& [name, page, base, expected] : rows) {
+        const NSData placed = pageByPlacingBase(NSData::dataWithBytes(page), nullptr,
+                                                base ? NSURL::URLWithString(base) : NSURL());
+        EXPECT_EQ(placed.characters(), expected) << name;
     }
 }
 

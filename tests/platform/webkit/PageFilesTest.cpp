@@ -25,11 +25,7 @@ protected:
 };
 
 TEST_F(PageFilesTest, FilesAreWhatPagesConsistOf) {
-    const struct {
-        const char* name;
-        std::string contents;
-        bool isLoaded;
-    } rows[] = {
+    const std::tuple<const char*, std::string, bool> rows[] = {
         {"a.PNG", "", true},
         {"a.css", "p{}", true},
         {"a.woff2", "", true},
@@ -44,14 +40,8 @@ TEST_F(PageFilesTest, FilesAreWhatPagesConsistOf) {
         {"photo.orig", "\xFF\xD8\xFF\xE0", true},
         {"webp", "RIFF\4\0\0\0WEBPVP8 "s, true},
         {"wave", "RIFF\4\0\0\0WAVEfmt "s, false},
-        {"avif",
-         "\0\0\0\x1C"
-         "ftypavif"s,
-         true},
-        {"movie",
-         "\0\0\0\x1C"
-         "ftypisom"s,
-         false},
+        {"avif", "\0\0\0\034ftypavif"s, true},
+        {"movie", "\0\0\0\034ftypisom"s, false},
         {"font", "\0\1\0\0\0\x10"s, true},
         {"true", "true && leak()", false},
         {"BM", "BM=1//", false},
@@ -64,10 +54,10 @@ TEST_F(PageFilesTest, FilesAreWhatPagesConsistOf) {
         {"pages/s.js", "s", false},
         {"gif.js", "GIF89a=1", false},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, contents, isLoaded] : rows) {
         folder.write("page/p.html", "");
-        folder.write(row.name, row.contents);
-        EXPECT_EQ(mayLoad(row.name), row.isLoaded) << row.name;
+        folder.write(name, contents);
+        EXPECT_EQ(mayLoad(name), isLoaded) << name;
     }
 }
 
@@ -99,10 +89,7 @@ TEST_F(PageFilesTest, ScriptsBelongToThePageTheyStandWith) {
     ASSERT_EQ(symlink("page", folder.path("alias").c_str()), 0);
     const std::string path = folder.path();
     const std::string script = "file://" + path + "/page/s.js";
-    const struct {
-        std::string page;
-        bool isLoaded;
-    } rows[] = {
+    const std::tuple<std::string, bool> rows[] = {
         {"file://" + path + "/page/p.html", true},
         {"file://localhost" + path + "/alias/p.html?q#f", true},
         {"file://" + path + "/page/", true},
@@ -113,11 +100,11 @@ TEST_F(PageFilesTest, ScriptsBelongToThePageTheyStandWith) {
         {"file:///p.html", false},
         {"http://h" + path + "/page/p.html", false},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(PageFiles(NSURL::URLWithString(NSString::stringWithUTF8String(row.page)))
+    for (const auto& [page, isLoaded] : rows)
+        EXPECT_EQ(PageFiles(NSURL::URLWithString(NSString::stringWithUTF8String(page)))
                       .mayLoad(NSURL::URLWithString(NSString::stringWithUTF8String(script))),
-                  row.isLoaded)
-            << row.page;
+                  isLoaded)
+            << page;
     EXPECT_FALSE(PageFiles(nullptr).mayLoad(url("page/s.js")));
     EXPECT_FALSE(PageFiles(nullptr).mayLoad(NSURL::URLWithString(
         NSString::stringWithUTF8String("file://elsewhere" + folder.write("a.png", "")))));

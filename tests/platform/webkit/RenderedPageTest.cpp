@@ -102,11 +102,7 @@ TEST(RenderedPageTest, WhatDoesNotFitIsNoPage) {
                   isWhole)
             << count;
     }
-    const struct {
-        const char* name;
-        std::size_t field;
-        const char* value;
-    } rows[] = {
+    const std::tuple<const char*, std::size_t, const char*> rows[] = {
         {"style past the last", textStyleField, "1"},
         {"block past the last", blockField, "1"},
         {"picture past the last", pictureField, "1"},
@@ -120,19 +116,16 @@ TEST(RenderedPageTest, WhatDoesNotFitIsNoPage) {
         {"more than any page has", 1, "4000001"},
         {"number beyond all", 6, "99999999999"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, field, value] : rows) {
         std::vector<std::string> broken = page;
-        broken[row.field] = row.value;
-        EXPECT_FALSE(read(broken)) << row.name;
+        broken[field] = value;
+        EXPECT_FALSE(read(broken)) << name;
     }
     EXPECT_FALSE(renderedPageWithFields(nullptr));
 }
 
 TEST(RenderedPageTest, Colors) {
-    const struct {
-        const char* written;
-        std::optional<NSColor> color;
-    } rows[] = {
+    const std::tuple<const char*, std::optional<NSColor>> rows[] = {
         {"rgb(0, 51, 255)", NSColor{0, 0.2F, 1, 1}},
         {"rgba(255, 0, 0, 0.5)", NSColor{1, 0, 0, 0.5F}},
         {"rgba(255, 0, 0, 0)", std::nullopt},
@@ -143,12 +136,12 @@ TEST(RenderedPageTest, Colors) {
         {"rgb(-, 2, 3)", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto& row : rows) {
+    for (const auto& [written, color] : rows) {
         std::vector<std::string> colored = page;
-        colored[colorField] = row.written;
+        colored[colorField] = written;
         const auto rendered = read(colored);
-        ASSERT_TRUE(rendered) << row.written;
-        EXPECT_EQ(rendered->textStyles[0].color, row.color) << row.written;
+        ASSERT_TRUE(rendered) << written;
+        EXPECT_EQ(rendered->textStyles[0].color, color) << written;
     }
 }
 

@@ -77,11 +77,7 @@ TEST(WebArchiveTest, PassesOverWhatIsInvalid) {
         return changed;
     };
     const NSNumber number = NSNumber::numberWithInt(1);
-    const struct {
-        const char* name;
-        Value resource;
-        bool isValid;
-    } rows[] = {
+    const std::tuple<const char*, Value, bool> rows[] = {
         {"whole", page("x"), true},
         {"empty", Dictionary::dictionary(), true},
         {"text for a dictionary", u"x", false},
@@ -93,15 +89,15 @@ TEST(WebArchiveTest, PassesOverWhatIsInvalid) {
         {"anything as response", with(number, u"WebResourceResponse"), true},
     };
     const Dictionary frame = dictionary({{page("frame"), u"WebMainResource"}});
-    for (const auto& row : rows) {
+    for (const auto& [name, resource, isValid] : rows) {
         const WebArchive archive = WebArchive::initWithData(
-            written(dictionary({{row.resource, u"WebMainResource"},
-                                {list({row.resource, page("last")}), u"WebSubresources"},
+            written(dictionary({{resource, u"WebMainResource"},
+                                {list({resource, page("last")}), u"WebSubresources"},
                                 {list({u"no frame", frame}), u"WebSubframeArchives"}})));
-        EXPECT_EQ(archive.mainResource().isNil(), !row.isValid) << row.name;
-        EXPECT_EQ(archive.subresources().size(), row.isValid ? 2u : 1u) << row.name;
-        ASSERT_EQ(archive.subframeArchives().size(), 1u) << row.name;
-        EXPECT_EQ(outline(archive.subframeArchives()[0]), "0frame ") << row.name;
+        EXPECT_EQ(archive.mainResource().isNil(), !isValid) << name;
+        EXPECT_EQ(archive.subresources().size(), isValid ? 2u : 1u) << name;
+        ASSERT_EQ(archive.subframeArchives().size(), 1u) << name;
+        EXPECT_EQ(outline(archive.subframeArchives()[0]), "0frame ") << name;
     }
     Dictionary text = with(u"\u00FC", u"WebResourceData");
     text.setObject_forKey(u"latin1", u"WebResourceTextEncodingName");

@@ -10,13 +10,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(PlainText, EncodingsInTheirOrder) {
-    struct Row {
-        const char* name;
-        std::string bytes;
-        const char16_t* text;
-        NSStringEncoding encoding;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, const char16_t*, NSStringEncoding> rows[] = {
         {"empty", "", u"", NSUTF8StringEncoding},
         {"UTF-8", "\xC3\xA4\r\n", u"\u00E4\r\n", NSUTF8StringEncoding},
         {"UTF-8 with a mark", "\xEF\xBB\xBF\xC3\xA4\xC3", u"\u00E4\uFFFD", NSUTF8StringEncoding},
@@ -26,11 +20,10 @@ TEST(PlainText, EncodingsInTheirOrder) {
         {"UTF-32, big", "\0\0\xFE\xFF\0\x01\xF6\0\0"s, u"\U0001F600", NSUTF32StringEncoding},
         {"Windows Latin 1", "\x80\xE4", u"\u20AC\u00E4", NSWindowsCP1252StringEncoding},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, bytes, text, expected] : rows) {
         NSStringEncoding encoding = 0;
-        EXPECT_EQ(stringWithPlainText(NSData::dataWithBytes(row.bytes), &encoding), NSString(row.text))
-            << row.name;
-        EXPECT_EQ(encoding, row.encoding) << row.name;
+        EXPECT_EQ(stringWithPlainText(NSData::dataWithBytes(bytes), &encoding), NSString(text)) << name;
+        EXPECT_EQ(encoding, expected) << name;
     }
     // Whatever the bytes, they are a text.
     NSStringEncoding encoding = 0;

@@ -109,35 +109,32 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
         {"half opaque", "<span style='color:rgba(0,0,0,.5);background:#00ff0080'>x</span>",
          "{#408040;on #80ff80:x}"},
         {"background of a block that the text needs",
-         "<div style='background:#222;color:#eee'>x</div>"
-         "<div style='background:#eee'>y</div>",
+         "<div style='background:#222;color:#eee'>x</div><div style='background:#eee'>y</div>",
          "{#eeeeee;on #222222:x}\ny\n"},
         {"up and down", "x<sup>2<sup>3</sup></sup><sub>4</sub>",
          "x{10;super 1:2}{9;super 2:3}{10;super -1:4}"},
         {"letters apart, letters changed",
          "<p style='letter-spacing:2px;text-transform:uppercase'>stra\u00DFe<p "
-         "style='text-transform:capitalize'>an "
-         "o'clock",
+         "style='text-transform:capitalize'>an o'clock",
          "[after 12] {kern 2:STRASSE}\nAn O'clock\n"},
         {"links",
-         "<a href=x?a=1&amp;b>rel</a><a href='#f'>frag</a><a href='mailto:a@b'>m</a><a name=x>n</a>"
-         "<a href='javascript:x()'>j</a>",
+         "<a href=x?a=1&amp;b>rel</a><a href='#f'>frag</a><a href='mailto:a@b'>m</a><a name=x>n</a><a "
+         "href='javascript:x()'>j</a>",
          "{#0000ee;under;to http://h/d/x?a=1&b:rel}{#0000ee;under;to http://h/d/#f:frag}{#0000ee;under;to "
          "mailto:a@b:m}n{#0000ee;under:j}"},
         {"not shown",
          "a<span style=display:none>b</span><span style=visibility:hidden>c<i "
-         "style=visibility:visible>d</i></span>"
-         "<script>1</script><style>x{}</style><noscript>n</noscript><template>t</template><!-- c -->e",
+         "style=visibility:visible>d</i></span><script>1</script><style>x{}</style><noscript>n</"
+         "noscript><template>t</template><!-- c -->e",
          "a{italic:d}e"},
         {"generated text",
          "<style>.q:before{content:'\\201C' "
-         "\"a\"}.q::after{content:attr(x)}.i::before{content:'\\E001'}</style><p "
-         "class=q>x<p class=i>y<p><q>z <q>w</q></q>",
+         "\"a\"}.q::after{content:attr(x)}.i::before{content:'\\E001'}</style><p class=q>x<p "
+         "class=i>y<p><q>z <q>w</q></q>",
          "[after 12] \u201Cax\n[after 12] y\n\u201Cz \u2018w\u2019\u201D\n"},
         {"controls",
          "<input value=a> <input type=password value=b> <input type=submit> <select><option>c<option "
-         "selected>d</select>"
-         "<button>e</button>",
+         "selected>d</select><button>e</button>",
          "{Helvetica;13:a} {Helvetica;13;#333333:Submit} {Helvetica;13:d}{Helvetica;13;#333333:e}"},
     });
 }
@@ -167,9 +164,8 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
          "align=left>e",
          "[right after 12] a\n[center after 12] b\n[justified after 12] c\n[rtl after 12] d\n[left rtl] e\n"},
         {"indents",
-         "<blockquote>a<blockquote>b</blockquote></blockquote><dl><dt>c<dd>d</dl>"
-         "<p style='text-indent:20px;line-height:15px;margin:5px 7px'>e<div style='margin:0 "
-         "auto;width:9em'>f",
+         "<blockquote>a<blockquote>b</blockquote></blockquote><dl><dt>c<dd>d</dl><p "
+         "style='text-indent:20px;line-height:15px;margin:5px 7px'>e<div style='margin:0 auto;width:9em'>f",
          "[indent 40/40 tail -40 after 12] a\n[indent 80/80 tail -80 after 12] b\nc\n[indent 40/40 after 12] "
          "d\n"
          "[indent 27/7 tail -7 after 5 line 15] e\nf\n"},
@@ -200,8 +196,8 @@ TEST(HTMLReadingTest, KeepsListsAndTables) {
          "[indent 36/36] c\n"},
         {"numbers", "<ol start=3><li>a<li value=7>b<li>c</ol><ol reversed type=i><li>d<li>e</ol>",
          "[indent 0/36 {decimal}.] \\t3.\\ta\n[indent 0/36 {decimal}.] \\t7.\\tb\n[indent 0/36 after 12 "
-         "{decimal}.] "
-         "\\t8.\\tc\n[indent 0/36 {lower-roman}.] \\tii.\\td\n[indent 0/36 {lower-roman}.] \\ti.\\te\n"},
+         "{decimal}.] \\t8.\\tc\n[indent 0/36 {lower-roman}.] \\tii.\\td\n[indent 0/36 {lower-roman}.] "
+         "\\ti.\\te\n"},
         {"list in a list", "<ol><li>a<ul><li>b</ul><li><ol type=A><li>c</ol></ol>",
          "[indent 0/36 {decimal}.] \\t1.\\ta\n[indent 36/72 {decimal}. {circle}] \\t\u25E6\\tb\n"
          "[indent 36/72 {decimal}. {upper-alpha}.] \\tA.\\tc\n"},
@@ -218,8 +214,7 @@ TEST(HTMLReadingTest, KeepsListsAndTables) {
          "[center] x\n[cell 0,0 of 2] a\n[cell 1,0 of 2] b\n[cell 1,1 of 2] b\n[cell 2,0 of 2] c\n"},
         {"table in a table", "<table><tr><td>a<table><tr><td>b<td>c</table><td>d</table>",
          "[cell 0,0 of 2] a\n[cell 0,0 of 2 cell 0,0 of 2] b\n[cell 0,0 of 2 cell 0,1 of 2] c\n[cell 0,0 of "
-         "2] \n[cell "
-         "0,1 of 2] d\n"},
+         "2] \n[cell 0,1 of 2] d\n"},
         {"table for layout alone", "<table><tr><td>a<p>b</table>", "[after 12] a\nb\n"},
         {"table in an item", "<ul><li><table><tr><td>a<td>b</table></ul>",
          "[indent 0/36 {disc}] \\t\u2022\\t\n[cell 0,0 of 2] a\n[cell 0,1 of 2] b\n"},
@@ -302,15 +297,15 @@ TEST_F(HTMLResourcesTest, TheDelegateIsAskedForEveryRequest) {
     server.redirect("/go", server.url("/a.gif"));
     server.redirect("/away", server.url("/refused.gif"));
     const std::string page = "<link rel=stylesheet href='" + file +
-                             "'><p>x<img width=9 height=9 src='/go'><img src='/away'>"
-                             "<img src='/refused2.gif'><img width=9 height=9 src='" +
+                             "'><p>x<img width=9 height=9 src='/go'><img src='/away'><img "
+                             "src='/refused2.gif'><img width=9 height=9 src='" +
                              dataURL() + "'><img width=8 height=8 src='" + dataURL() +
                              std::string(3 << 20, 'A') + "'>";
     const auto judge = std::make_shared<Judge>(
         [](const std::string& url) { return url.find("refused") == std::string::npos; });
     EXPECT_EQ(describe(read(page, {judge, server.url("/")})),
-              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}"
-              "{#ff0000;image.gif 8x8:\uFFFC}\n");
+              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}{#ff0000;image.gif "
+              "8x8:\uFFFC}\n");
     // Embedded data is asked about by its kind alone, however much it is.
     for (const std::string& line :
          {file, dataURL(), std::string("data:image/gif;base64,"), server.url("/go"),
@@ -328,10 +323,9 @@ TEST_F(HTMLResourcesTest, NothingGoesPastTheDelegate) {
     const std::string page =
         "<link rel=preconnect href='http://" + port + "'><link rel=dns-prefetch href='http://" + port +
         "'><link rel=prefetch href=/p><link rel=icon href=/i><video src=/v poster=/vp></video><audio src=/a "
-        "autoplay></audio>"
-        "<object data=/o></object><iframe src=/f></iframe><style>@import "
-        "'/c';@font-face{font-family:F;src:url(/ff)}p{font-"
-        "family:F;background:url(/bg)}</style><p>x<script>try{new WebSocket('ws://" +
+        "autoplay></audio><object data=/o></object><iframe src=/f></iframe><style>@import "
+        "'/c';@font-face{font-family:F;src:url(/ff)}p{font-family:F;background:url(/bg)}</"
+        "style><p>x<script>try{new WebSocket('ws://" +
         port +
         "/ws')}catch(e){}try{navigator.sendBeacon('/b')}catch(e){}fetch('/fetch').catch(e=>0);try{new "
         "EventSource('/es')}catch(e){}try{new Worker('/w')}catch(e){}new Image().src='/img'</script>";
@@ -349,11 +343,11 @@ TEST_F(HTMLResourcesTest, NoConnectionGoesPastTheDelegate) {
     for (const char* path : paths)
         server.redirect(path, other.url(path), "307 Temporary Redirect");
     const std::string page =
-        "<link rel=stylesheet href=/style><script src=/script></script><iframe src=/frame></iframe>"
-        "<iframe name=f></iframe><form id=o action=/form method=post target=f></form><img src=/img>"
-        "<a id=l href='#x' ping=/ping></a><p>x<script>l.click();o.submit();"
-        "fetch('/fetch',{keepalive:true,mode:'no-cors'}).catch(e=>0);"
-        "try{var r=new XMLHttpRequest();r.open('GET','/xhr',false);r.send()}catch(e){}</script>";
+        "<link rel=stylesheet href=/style><script src=/script></script><iframe src=/frame></iframe><iframe "
+        "name=f></iframe><form id=o action=/form method=post target=f></form><img src=/img><a id=l href='#x' "
+        "ping=/ping></a><p>x<script>l.click();o.submit();fetch('/"
+        "fetch',{keepalive:true,mode:'no-cors'}).catch(e=>0);try{var r=new "
+        "XMLHttpRequest();r.open('GET','/xhr',false);r.send()}catch(e){}</script>";
     // The delegate of the first pass is asked about redirects too. That of the second lets them go when it is
     // asked for the request, and not when it is asked for the connection, as with a name that means another
     // host by then.
@@ -444,17 +438,13 @@ TEST_F(HTMLResourcesTest, WithoutABaseRelativeReferencesAreNothing) {
 
 TEST_F(HTMLResourcesTest, ScriptsSeeNoFilesAndCannotLeave) {
     const std::string file = "file://" + folder.write("secret.html", "secret");
-    const std::string page =
-        "<iframe width=0 id=f src='" + file +
-        "'></iframe><p id=p>x<script>function put(t){p.append(t)}try{var "
-        "r=new XMLHttpRequest();r.open('GET','" +
-        file +
-        "',false);r.send();put(r.responseText)}catch(e){put('!')}"
-        "fetch('" +
-        file +
-        "').then(r=>r.text()).then(put).catch(e=>put('!'));onload=function(){try{put(f.contentDocument."
-        "body.textContent)}catch(e){put('!')}};location.href='" +
-        file + "';alert(1);open('" + file + "')</script>";
+    const std::string page = "<iframe width=0 id=f src='" + file +
+                             "'></iframe><p id=p>x<script>function put(t){p.append(t)}try{var r=new "
+                             "XMLHttpRequest();r.open('GET','" +
+                             file + "',false);r.send();put(r.responseText)}catch(e){put('!')}fetch('" + file +
+                             "').then(r=>r.text()).then(put).catch(e=>put('!'));onload=function(){try{put(f."
+                             "contentDocument.body.textContent)}catch(e){put('!')}};location.href='" +
+                             file + "';alert(1);open('" + file + "')</script>";
     EXPECT_EQ(describe(read(page)), "x!!!\n");
 }
 
@@ -466,8 +456,8 @@ TEST_F(HTMLResourcesTest, OfThisMachinePagesLoadOnlyWhatIsMeantForThem) {
     ASSERT_EQ(mkfifo(folder.path("page/fifo.gif").c_str(), 0600), 0);
     ASSERT_EQ(symlink("/dev/zero", folder.path("page/zero.gif").c_str()), 0);
     const std::string page =
-        "<script src=own.js></script><script src=../other.js></script><img alt=f src=fifo.gif>"
-        "<img alt=z src=zero.gif><iframe src=notes.txt></iframe><iframe src=../frame.html></iframe>";
+        "<script src=own.js></script><script src=../other.js></script><img alt=f src=fifo.gif><img alt=z "
+        "src=zero.gif><iframe src=notes.txt></iframe><iframe src=../frame.html></iframe>";
     // With and without somebody who lets everything go.
     for (const auto& judge :
          {std::shared_ptr<Judge>(), std::make_shared<Judge>([](const std::string&) { return true; })}) {
@@ -479,13 +469,11 @@ TEST_F(HTMLResourcesTest, OfThisMachinePagesLoadOnlyWhatIsMeantForThem) {
 }
 
 TEST_F(HTMLResourcesTest, PagesCannotDeceiveTheWalk) {
-    EXPECT_EQ(
-        describe(
-            read("<script>getComputedStyle=function(){return{}};Array.prototype.push=function(){};Map=null;"
-                 "JSON.stringify=null;Object.defineProperty(Node.prototype,'childNodes',{get(){return[]}})"
-                 "</script><form name=body><input name=tagName value=a><input name=childNodes value=b></form>"
-                 "<img name=documentElement>c")),
-        "[after 12] {Helvetica;13:ab}\nc");
+    EXPECT_EQ(describe(read("<script>getComputedStyle=function(){return{}};Array.prototype.push=function(){};"
+                            "Map=null;JSON.stringify=null;Object.defineProperty(Node.prototype,'childNodes',{"
+                            "get(){return[]}})</script><form name=body><input name=tagName value=a><input "
+                            "name=childNodes value=b></form><img name=documentElement>c")),
+              "[after 12] {Helvetica;13:ab}\nc");
 }
 
 TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
@@ -504,18 +492,14 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
                    "src=none><frame src=inner></frameset></frameset>");
     server.respond("/plain", "text/plain", "p  q");
     server.respond("/busting", "text/html",
-                   "busting<form id=f action=/other target=_top></form><a id=l href=/other target=_top></a>"
-                   "<script>if(top!=self)try{top.location=self.location}catch(e){}f.submit();l.click();open('"
-                   "/other','_top')</script>");
-    server.respond(
-        "/forging", "text/html",
-        "<script>parent.frames=top.Map=Map=String=null;closed=true;Object.prototype.get=Date.now=null;"
-        "</script><img name=self><form name=document></form>own");
-    const struct {
-        const char* name;
-        std::string page;
-        std::string expected;
-    } rows[] = {
+                   "busting<form id=f action=/other target=_top></form><a id=l href=/other "
+                   "target=_top></"
+                   "a><script>if(top!=self)try{top.location=self.location}catch(e){}f.submit();l.click();"
+                   "open('/other','_top')</script>");
+    server.respond("/forging", "text/html",
+                   "<script>parent.frames=top.Map=Map=String=null;closed=true;Object.prototype.get=Date.now="
+                   "null;</script><img name=self><form name=document></form>own");
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"file", "a<iframe src='" + file + "'></iframe>b", "[after 14] a\n[after 14] own\nb"},
         {"embedded",
          "<iframe src='data:text/html,<b>x'></iframe><object data='data:text/html,y' "
@@ -534,12 +518,12 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
          "<frameset cols='50%,*'><frame src=set><frame src='" + file + "'></frameset>",
          "[after 12] {Courier;10:p  q}\n[after 2] {#ff0000:gi}\n[after 14] d\nown\n"},
         {"not in the order of their loading",
-         "<iframe srcdoc=1></iframe><iframe id=m srcdoc=2></iframe><iframe id=r srcdoc=3></iframe>"
-         "<script>r.remove();document.body.prepend(m)</script>",
+         "<iframe srcdoc=1></iframe><iframe id=m srcdoc=2></iframe><iframe id=r "
+         "srcdoc=3></iframe><script>r.remove();document.body.prepend(m)</script>",
          "[after 4] 2\n1\n"},
         {"not seen",
-         "<iframe style=display:none srcdoc=1></iframe><iframe style=visibility:hidden srcdoc=2></iframe>"
-         "<iframe width=1 height=1 srcdoc=3></iframe><iframe height=0 srcdoc=4></iframe>x",
+         "<iframe style=display:none srcdoc=1></iframe><iframe style=visibility:hidden "
+         "srcdoc=2></iframe><iframe width=1 height=1 srcdoc=3></iframe><iframe height=0 srcdoc=4></iframe>x",
          "x"},
         {"in a cell", "<table><tr><td>a<td><iframe srcdoc='<p>b<p>c'></iframe></table>",
          "[cell 0,0 of 2] a\n[after 12 cell 0,1 of 2] b\n[cell 0,1 of 2] c\n"},
@@ -550,8 +534,8 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
         {"that want to be taken for others", "<iframe src=forging></iframe><iframe srcdoc=b></iframe>",
          "[after 4] own\nb\n"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(describe(read(row.page, {nullptr, server.url("/")})), row.expected) << row.name;
+    for (const auto& [name, page, expected] : rows)
+        EXPECT_EQ(describe(read(page, {nullptr, server.url("/")})), expected) << name;
 }
 
 TEST_F(HTMLResourcesTest, FramesShareTheBoundsOfThePage) {
@@ -563,8 +547,8 @@ TEST_F(HTMLResourcesTest, FramesShareTheBoundsOfThePage) {
         wide += "<iframe srcdoc=x></iframe>";
     // Those that come and go do not count.
     const std::string churning = "<script>for(var i=0;i<600;i++){var "
-                                 "f=document.createElement('iframe');document.body.append(f);f.remove()}"
-                                 "</script><iframe srcdoc=y></iframe>";
+                                 "f=document.createElement('iframe');document.body.append(f);f.remove()}</"
+                                 "script><iframe srcdoc=y></iframe>";
     const std::string text = describe(read("<body>" + churning + wide));
     EXPECT_EQ(std::count(text.begin(), text.end(), 'y'), 1);
     EXPECT_EQ(std::count(text.begin(), text.end(), 'x'), 254);
@@ -663,14 +647,13 @@ TEST_F(HTMLFailuresTest, WithoutScriptsThePageIsTheOneForSuchReaders) {
     server.respond("/a.gif", "image/gif", tests::smallPicture);
     server.respond("/n", "text/html",
                    "<p>x<noscript><b>f</b></noscript><script>document.write('s')</script>");
-    EXPECT_EQ(
-        describe(read(
-            "<head><script>stop()</script><noscript><style>i{color:red}</style><meta "
-            "http-equiv=refresh content='0;url=/other'></noscript></head><body onload='x.append(1)'>"
-            "<i id=x>a</i><noscript><img src=a.gif width=9 height=9><script>2</script>b &amp; c</noscript>"
-            "<iframe src=n></iframe><iframe srcdoc='<noscript>d</noscript>'></iframe>",
-            {nullptr, server.url("/")})),
-        "[after 14] {italic;#ff0000:a}{a.gif 9x9:\uFFFC}b & c\n[after 16] x{bold:f}\nd\n");
+    EXPECT_EQ(describe(read(
+                  "<head><script>stop()</script><noscript><style>i{color:red}</style><meta "
+                  "http-equiv=refresh content='0;url=/other'></noscript></head><body onload='x.append(1)'><i "
+                  "id=x>a</i><noscript><img src=a.gif width=9 height=9><script>2</script>b &amp; "
+                  "c</noscript><iframe src=n></iframe><iframe srcdoc='<noscript>d</noscript>'></iframe>",
+                  {nullptr, server.url("/")})),
+              "[after 14] {italic;#ff0000:a}{a.gif 9x9:\uFFFC}b & c\n[after 16] x{bold:f}\nd\n");
     EXPECT_EQ(server.count("/other"), 0);
 }
 

@@ -15,11 +15,7 @@ std::string shown(const RTFField& field) {
 }
 
 TEST(RTFFieldTest, Instructions) {
-    struct Row {
-        const char16_t* instruction;
-        const char* shown;
-    };
-    const Row rows[] = {
+    const std::tuple<const char16_t*, const char*> rows[] = {
         {u"", ""},
         {u" PAGE ", ""},
         {u"HYPERLINK", ""},
@@ -41,9 +37,8 @@ TEST(RTFFieldTest, Instructions) {
         {u"SYMBOL 1a", ""},
         {u"SYMBOL 0x1g", ""},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(shown(RTFField::parse(row.instruction)), row.shown)
-            << NSString(row.instruction).UTF8String();
+    for (const auto& [instruction, expected] : rows)
+        EXPECT_EQ(shown(RTFField::parse(instruction)), expected) << NSString(instruction).UTF8String();
 }
 
 } // namespace

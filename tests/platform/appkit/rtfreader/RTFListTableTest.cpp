@@ -32,15 +32,7 @@ std::string formatsAt(RTFListTable& table, std::int32_t number, int level) {
 }
 
 TEST(RTFListTableTest, Formats) {
-    struct Row {
-        const char* name;
-        int kind;
-        int level;
-        /// The first unit is the length, which nobody relies on.
-        std::u16string_view text;
-        const char* format;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, int, int, std::u16string_view, const char*> rows[] = {
         {"numbers", 0, 0, u"\x02\0.;"sv, "{decimal}."},
         {"upper Roman", 1, 0, u"\x01\0"sv, "{upper-roman}"},
         {"lower Roman", 2, 0, u"\x01\0"sv, "{lower-roman}"},
@@ -61,15 +53,15 @@ TEST(RTFListTableTest, Formats) {
         {"text before the numbers of outer levels", 0, 1, u"\x04§\0.\1"sv, "{decimal}"},
         {"only the number of an outer level", 0, 1, u"\x02\0."sv, "."},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, kind, innermost, text, format] : rows) {
         RTFListTable table;
         table.beginList();
-        for (int level = 0; level <= row.level; ++level)
+        for (int level = 0; level <= innermost; ++level)
             applyWords(table, "\\listlevel");
-        applyWords(table, "\\levelnfc9\\levelnfcn" + std::to_string(row.kind));
-        table.setText(row.text);
+        applyWords(table, "\\levelnfc9\\levelnfcn" + std::to_string(kind));
+        table.setText(text);
         applyWords(table, "\\listid1\\listoverride\\listid1\\ls1");
-        EXPECT_EQ(formatOf(*table.listsOf(1, row.level).back()), std::string(row.format) + "@1") << row.name;
+        EXPECT_EQ(formatOf(*table.listsOf(1, innermost).back()), std::string(format) + "@1") << name;
     }
 }
 
@@ -91,8 +83,8 @@ TEST(RTFListTableTest, Overrides) {
     table.beginList();
     beginLevel("\\listlevel\\levelnfc1", u"\1\0;"sv);
     applyWords(table, "\\listid7");
-    applyWords(table, "\\listoverride\\listid7\\ls1"
-                      "\\listoverride\\listid7\\lfolevel\\lfolevel\\listoverridestartat\\levelstartat9\\ls2");
+    applyWords(table, "\\listoverride\\listid7\\ls1\\listoverride\\listid7\\lfolevel\\lfolevel\\listoverrides"
+                      "tartat\\levelstartat9\\ls2");
     applyWords(table, "\\listoverride\\listid7");
     beginLevel("\\lfolevel\\listoverrideformat\\listlevel\\levelnfc2", u"\1\0;"sv);
     applyWords(table,
@@ -124,12 +116,7 @@ TEST(RTFListTableTest, LevelsPastTheLast) {
 }
 
 TEST(RTFListTableTest, OldLists) {
-    struct Row {
-        const char* name;
-        const char* words;
-        const char* format;
-    };
-    const Row rows[] = {
+    const char* const rows[][3] = {
         {"numbers", "\\pndec\\pnstart4", "({decimal})@4"},
         {"lower case", "\\pnlcltr", "({lower-alpha})@1"},
         {"upper case", "\\pnucltr", "({upper-alpha})@1"},
@@ -140,13 +127,13 @@ TEST(RTFListTableTest, OldLists) {
         {"a paragraph of an item without a marker", "\\pnlvlcont", "none"},
         {"no kind", "\\pnstart4", "none"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, words, format] : rows) {
         RTFOldList old;
-        applyWords(old, row.words);
+        applyWords(old, words);
         old.setTextBefore(u"(");
         old.setTextAfter(u")");
         const std::optional<NSTextList> list = old.list();
-        EXPECT_EQ(list ? formatOf(*list) : "none", row.format) << row.name;
+        EXPECT_EQ(list ? formatOf(*list) : "none", format) << name;
     }
 }
 

@@ -27,8 +27,8 @@ NSAttributedString read(std::string_view source, NSDictionary* attributes = null
 
 /// The text in braces with a head that names fonts: 0 plain, 1 Cyrillic, 2 Japanese, 3 Symbol, 4 Wingdings.
 std::string document(std::string_view body) {
-    return "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fcharset204 Arial;}"
-           "{\\f2\\fcharset128 Mincho;}{\\f3\\fcharset2 Symbol;}{\\f4\\fcharset2 Wingdings;}}" +
+    return "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fcharset204 "
+           "Arial;}{\\f2\\fcharset128 Mincho;}{\\f3\\fcharset2 Symbol;}{\\f4\\fcharset2 Wingdings;}}" +
            std::string(body) + "}";
 }
 
@@ -37,12 +37,7 @@ std::string textOf(std::string_view body) {
 }
 
 TEST(RTFReading, Text) {
-    struct Row {
-        const char* name;
-        const char* body;
-        const char* text;
-    };
-    const Row rows[] = {
+    const char* const rows[][3] = {
         {"line ends mean nothing except after a backslash", "a\r\nb\\\r\nc\\\nd\\par e", "ab\nc\nd\ne"},
         {"escapes", "\\{\\}\\\\\\~\\_\\-\\tab\\line\\page x", "{}\\\u00A0\u2011\u00AD\t\u2028\fx"},
         {"bytes of the code page", "\\'e4\xE4\\'80", "ää€"},
@@ -53,8 +48,8 @@ TEST(RTFReading, Text) {
         {"Unicode and its stand-ins",
          "\\u8364?\\uc2\\u8364ab{\\uc0\\u8364}\\u-10179\\'3f?\\u-8704\\'3f\\'3fz", "€€€😀z"},
         {"words of characters",
-         "\\emspace\\enspace\\qmspace\\lquote\\rquote\\ldblquote\\rdblquote\\bullet\\emdash\\endash"
-         "\\ltrmark\\rtlmark\\zwj\\zwnj\\zwbo\\zwnbo\\lbr1\\softline\\column",
+         "\\emspace\\enspace\\qmspace\\lquote\\rquote\\ldblquote\\rdblquote\\bullet\\emdash\\endash\\ltrmark"
+         "\\rtlmark\\zwj\\zwnj\\zwbo\\zwnbo\\lbr1\\softline\\column",
          "\u2003\u2002\u2005‘’“”•—–\u200E\u200F\u200D\u200C\u200B\u2060\u2028\u2028\f"},
         {"a group is no stand-in", "\\uc2\\u8364{ab}c", "€abc"},
         {"a stand-in ends with its group", "\\uc4{\\u8364 a}b", "€b"},
@@ -84,8 +79,8 @@ TEST(RTFReading, Text) {
         {"a document within a document", "a{\\rtf1{\\fonttbl{\\f9 X;}}b}c", "abc"},
         {"nothing after the end", "a}b", "a"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(textOf(row.body), row.text) << row.name;
+    for (const auto& [name, body, text] : rows)
+        EXPECT_EQ(textOf(body), text) << name;
     EXPECT_EQ(read("\xEF\xBB\xBF \r\n{\\rtf1 a}").string(), u"a") << "after a byte-order mark and blanks";
 }
 
@@ -110,7 +105,7 @@ std::string runsOf(const NSAttributedString& text) {
     for (const auto& [range, attributes] : text.runs()) {
         std::string units = text.string().substringWithRange(range).UTF8String();
         std::ranges::replace(units, '\n', '|');
-        out << '"' << units << '"';
+        out << (out.tellp() > 0 ? "; '" : "'") << units << "'";
         if (attributes->font.familyName != NSString(u"Arial"))
             out << ' ' << attributes->font.familyName.UTF8String();
         number("size", attributes->font.pointSize == 12 ? 0 : attributes->font.pointSize);
@@ -135,17 +130,16 @@ std::string runsOf(const NSAttributedString& text) {
         const NSParagraphStyle& style = attributes->style();
         number("align", static_cast<int>(style.alignment) - 4);
         number("direction", static_cast<int>(style.baseWritingDirection) + 1);
-        number("first", style.firstLineHeadIndent);
-        number("head", style.headIndent);
-        number("tail", style.tailIndent);
-        number("before", style.paragraphSpacingBefore);
-        number("after", style.paragraphSpacing);
-        number("multiple", style.lineHeightMultiple);
-        number("minimum", style.minimumLineHeight);
-        number("maximum", style.maximumLineHeight);
-        number("spacing", style.lineSpacing);
-        number("heading", style.headerLevel);
-        number("tabs", style.defaultTabInterval);
+        const std::pair<const char*, double> lengths[] = {
+            {"first", style.firstLineHeadIndent}, {"head", style.headIndent},
+            {"tail", style.tailIndent},           {"before", style.paragraphSpacingBefore},
+            {"after", style.paragraphSpacing},    {"multiple", style.lineHeightMultiple},
+            {"minimum", style.minimumLineHeight}, {"maximum", style.maximumLineHeight},
+            {"spacing", style.lineSpacing},       {"heading", style.headerLevel},
+            {"tabs", style.defaultTabInterval},
+        };
+        for (const auto& [name, value] : lengths)
+            number(name, value);
         for (const NSTextTab& tab : style.tabStops)
             out << " tab=" << tab.location << '/' << static_cast<int>(tab.type);
         for (const auto& list : style.textLists)
@@ -157,168 +151,121 @@ std::string runsOf(const NSAttributedString& text) {
             out << '/' << block->table->numberOfColumns << ':';
             length(block->width);
         }
-        out << '\n';
     }
     return out.str();
 }
 
-struct RunsRow {
-    const char* name;
-    const char* body;
-    const char* runs;
-};
+using Row = std::tuple<const char*, std::string, const char*>;
 
-void expectRuns(std::span<const RunsRow> rows) {
-    for (const RunsRow& row : rows)
-        EXPECT_EQ(runsOf(read(document(row.body))), row.runs) << row.name;
+void expectRuns(std::span<const Row> rows) {
+    for (const auto& [name, body, runs] : rows)
+        EXPECT_EQ(runsOf(read(document(body))), runs) << name;
 }
 
 TEST(RTFReading, Characters) {
-    const RunsRow rows[] = {
+    const Row rows[] = {
         {"switches", "{\\b a}\\b\\i b\\b0 c\\i0 d\\plain\\fs25 e\\fsmilli10700 f",
-         "\"a\" bold\n\"b\" bold italic\n\"c\" italic\n\"d\"\n\"e\" size=12.5\n\"f\" size=10.7\n"},
+         "'a' bold; 'b' bold italic; 'c' italic; 'd'; 'e' size=12.5; 'f' size=10.7"},
         {"lines under and through",
          "\\ul a\\uldb b\\ulth c\\ulw d\\ulnone\\strike e\\strike0\\striked1 f\\striked0 g",
-         "\"a\" underline=1\n\"b\" underline=9\n\"c\" underline=2\n\"d\" underline=1\n\"e\" strike=1\n\"f\" "
-         "strike=9\n\"g\"\n"},
+         "'a' underline=1; 'b' underline=9; 'c' underline=2; 'd' underline=1; 'e' strike=1; 'f' strike=9; "
+         "'g'"},
         {"up and down", "\\super a\\super2 b\\sub c\\nosupersub\\up4 d\\dn6 e\\up0\\expnd4 f\\expndtw10 g",
-         "\"a\" super=1\n\"b\" super=2\n\"c\" super=-1\n\"d\" up=2\n\"e\" up=-3\n\"f\" kern=1\n\"g\" "
-         "kern=0.5\n"},
+         "'a' super=1; 'b' super=2; 'c' super=-1; 'd' up=2; 'e' up=-3; 'f' kern=1; 'g' kern=0.5"},
         {"colours",
          "{\\colortbl;\\red255\\green51\\blue0;;\\red0\\green0\\blue255;}{\\*\\expandedcolortbl;;"
          "\\cssrgb\\c0\\c50000\\c100000\\c20000;}\\cf1 a\\cf2\\cb3 b\\cf3\\highlight0 c\\cf0 d\\cf9 e",
-         "\"a\" color=1,0.2,0,1\n\"b\" color=0,0.5,1,0.2 behind=0,0,1,1\n\"c\" color=0,0,1,1\n\"de\"\n"},
+         "'a' color=1,0.2,0,1; 'b' color=0,0.5,1,0.2 behind=0,0,1,1; 'c' color=0,0,1,1; 'de'"},
         {"colours that are stated in part",
          "{\\colortbl;\\red255;;\\blue255;}{\\*\\expandedcolortbl;\\csgray\\c50000\\c25000;;\\cssrgb\\c1;}"
          "\\cf1 a\\cf2 b\\cf3 c",
-         "\"a\" color=0.5,0.5,0.5,0.25\n\"b\"\n\"c\" color=0,0,1,1\n"},
+         "'a' color=0.5,0.5,0.5,0.25; 'b'; 'c' color=0,0,1,1"},
         {"a pitch, and a font that text has from the start",
          "{\\fonttbl{\\f7\\fprq1 Menlo;}{\\f8\\fprq2 X;}}a\\deff7 b{\\f8 c}\\plain d",
-         "\"a\"\n\"b\" Menlo fixed\n\"c\" X\n\"d\" Menlo fixed\n"},
+         "'a'; 'b' Menlo fixed; 'c' X; 'd' Menlo fixed"},
         {"names of fonts",
          "{\\fonttbl\\f7\\fnil Menlo-BoldItalic;\\f8\\fmodern Courier;{\\f9\\fcharset238{\\*\\fname "
          "Q;}TimesNewRomanPS-BoldMT;}}\\f7 a\\f8 b\\f9 c\\f99 d",
-         "\"a\" Menlo bold italic\n\"b\" Courier fixed\n\"c\" Times New Roman bold\n\"d\" Helvetica\n"},
+         "'a' Menlo bold italic; 'b' Courier fixed; 'c' Times New Roman bold; 'd' Helvetica"},
         {"formats for text that runs to the left", "\\rtlch\\ab\\afs40\\ltrch\\b0 a{\\ltrch\\b\\rtlch b}",
-         "\"a\"\n\"b\" size=20 bold\n"},
+         "'a'; 'b' size=20 bold"},
         {"a format takes the place of the one for text that runs to the left",
-         "\\rtlch\\af3\\afs40\\ab\\ai\\f0\\fs24\\b0\\i0 a", "\"a\"\n"},
+         "\\rtlch\\af3\\afs40\\ab\\ai\\f0\\fs24\\b0\\i0 a", "'a'"},
         {"links",
          "{\\field{\\*\\fldinst{HYPERLINK \"a\\\\\\\\b\" \\\\o \"tip\"}}{\\fldrslt{\\b x\\par "
-         "y}{\\field{\\*\\fldinst PAGEREF z}{\\fldrslt 4}}}}{\\field{\\*\\fldinst HYPERLINK "
-         "\\\\l \"m\"}{\\fldrslt n}} o",
-         "\"x|y\" bold link=a\\b\n\"4\" link=a\\b\n\"n\" link=#m\n\" o\"\n"},
+         "y}{\\field{\\*\\fldinst PAGEREF z}{\\fldrslt 4}}}}{\\field{\\*\\fldinst HYPERLINK \\\\l "
+         "\"m\"}{\\fldrslt n}} o",
+         "'x|y' bold link=a\\b; '4' link=a\\b; 'n' link=#m; ' o'"},
     };
     expectRuns(rows);
 }
 
 TEST(RTFReading, Paragraphs) {
-    const RunsRow rows[] = {
+    const Row rows[] = {
         {"the words at its end hold for all of a paragraph", "a\\qc b\\par\\pard c{\\qr d}\\par",
-         "\"ab|\" align=-2\n\"cd|\"\n"},
-        {"words of the last one, without an end", "\\pard\\qj\\rtlpar a", "\"a\" align=-1 direction=2\n"},
+         "'ab|' align=-2; 'cd|'"},
+        {"words of the last one, without an end", "\\pard\\qj\\rtlpar a", "'a' align=-1 direction=2"},
         {"lengths", "\\li720\\fi-360\\ri200\\sb20\\sa40\\slleading60\\pardeftab400\\outlinelevel2 a",
-         "\"a\" first=18 head=36 tail=-10 before=1 after=2 spacing=3 heading=3 tabs=20\n"},
+         "'a' first=18 head=36 tail=-10 before=1 after=2 spacing=3 heading=3 tabs=20"},
         {"no space between neighbours of one style",
          "\\sb20\\sa40\\s1\\contextualspace a\\par b\\par c\\par\\s2 d\\par\\contextualspace0 e",
-         "\"a|\" before=1\n\"b|\"\n\"c|\" after=2\n\"d|e\" before=1 after=2\n"},
+         "'a|' before=1; 'b|'; 'c|' after=2; 'd|e' before=1 after=2"},
         {"no space between neighbours, but between cells",
          "\\sb20\\sa40\\contextualspace\\trowd\\cellx1000\\cellx2000\\intbl a\\cell b\\par c\\cell\\row",
-         "\"a|\" before=1 after=2 cell=0,0/2:50pt\n\"b|\" before=1 cell=0,1/2:50pt\n\"c|\" after=2 "
-         "cell=0,1/2:50pt\n"},
+         "'a|' before=1 after=2 cell=0,0/2:50pt; 'b|' before=1 cell=0,1/2:50pt; 'c|' after=2 "
+         "cell=0,1/2:50pt"},
         {"heights of lines",
          "\\sl360\\slmult1 a\\par\\slmult0\\slmaximum800 b\\par\\sl-240\\slmaximum0 c\\par\\sl0\\slminimum20 "
          "d",
-         "\"a|\" multiple=1.5\n\"b|\" minimum=18 maximum=40\n\"c|\" minimum=12 maximum=12\n\"d\" "
-         "minimum=1\n"},
-        {"tabs in whatever order", "\\tqr\\tx400\\tx200\\tqdec\\tx300 a",
-         "\"a\" tab=10/0 tab=15/3 tab=20/1\n"},
+         "'a|' multiple=1.5; 'b|' minimum=18 maximum=40; 'c|' minimum=12 maximum=12; 'd' minimum=1"},
+        {"tabs in whatever order", "\\tqr\\tx400\\tx200\\tqdec\\tx300 a", "'a' tab=10/0 tab=15/3 tab=20/1"},
         {"headings by their styles",
          "{\\stylesheet{Normal;}{\\s3\\sbasedon0 heading 2;}{\\*\\cs4 heading 1;}{\\s5\\outlinelevel0 "
-         "x;}{\\s6 y;}}\\s3 "
-         "a\\par\\s4 b\\par\\s5 c\\par\\s6 d\\par\\s5\\outlinelevel9 d\\par\\pard e",
-         "\"a|\" heading=2\n\"b|\"\n\"c|\" heading=1\n\"d|d|e\"\n"},
+         "x;}{\\s6 y;}}\\s3 a\\par\\s4 b\\par\\s5 c\\par\\s6 d\\par\\s5\\outlinelevel9 d\\par\\pard e",
+         "'a|' heading=2; 'b|'; 'c|' heading=1; 'd|d|e'"},
         {"lists",
          "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat3{\\*\\levelmarker "
          "(\\{decimal\\})}{\\leveltext\\'01\\'00;}}{\\listlevel\\levelnfc4{\\leveltext\\'04\\'00.\\'01);}}"
-         "\\listid7}"
-         "{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u-3929 ?;}}\\listid8}}"
-         "{\\*\\listoverridetable{\\listoverride\\listid8\\ls1}{\\listoverride\\listid7{\\lfolevel"
-         "\\listoverridestartat\\levelstartat9}\\ls2}}"
-         "\\ls2 a\\par\\ilvl1 b\\par\\ls1\\ilvl0 c\\par\\ls3 d",
-         "\"a|\" list=({decimal})@9\n\"b|\" list=({decimal})@9 list={lower-alpha})@1\n\"c|\" "
-         "list={square}@1\n\"d\"\n"},
-        {"notes have formats of their own", "\\qc a{\\footnote n}b", "\"ab|\" align=-2\n\"n|\"\n"},
+         "\\listid7}{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u-3929 "
+         "?;}}\\listid8}}{\\*\\listoverridetable{\\listoverride\\listid8\\ls1}{\\listoverride\\listid7{"
+         "\\lfolevel\\listoverridestartat\\levelstartat9}\\ls2}}\\ls2 a\\par\\ilvl1 b\\par\\ls1\\ilvl0 "
+         "c\\par\\ls3 d",
+         "'a|' list=({decimal})@9; 'b|' list=({decimal})@9 list={lower-alpha})@1; 'c|' list={square}@1; 'd'"},
+        {"notes have formats of their own", "\\qc a{\\footnote n}b", "'ab|' align=-2; 'n|'"},
         {"lists of the old kind",
          "{\\*\\pn\\pnlvlbody\\pnlcltr\\pnstart2{\\pntxtb (}{\\pntxta )}}a\\par b\\par\\pard "
          "c\\par{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}d",
-         "\"a|b|\" list=({lower-alpha})@2\n\"c|\"\n\"d\" list={disc}@1\n"},
+         "'a|b|' list=({lower-alpha})@2; 'c|'; 'd' list={disc}@1"},
     };
     expectRuns(rows);
 }
 
 TEST(RTFReading, Tables) {
     const std::string definition = "\\trowd\\cellx1000\\cellx2000 ";
-    struct Row {
-        const char* name;
-        std::string body;
-        const char* runs;
-    };
     const Row rows[] = {
         {"rows, and text after them",
          definition + "\\pard\\intbl a\\par b\\cell c\\cell\\row\\intbl d\\cell\\cell\\row\\pard e",
-         "\"a|b|\" cell=0,0/2:50pt\n\"c|\" cell=0,1/2:50pt\n\"d|\" cell=1,0/2:50pt\n\"|\" "
-         "cell=1,1/2:50pt\n\"e\"\n"},
+         "'a|b|' cell=0,0/2:50pt; 'c|' cell=0,1/2:50pt; 'd|' cell=1,0/2:50pt; '|' cell=1,1/2:50pt; 'e'"},
         {"defined after its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",
-         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c\" cell=1,0/2:50pt\n"},
+         "'a|' cell=0,0/2:50pt; 'b|' cell=0,1/2:50pt; 'c' cell=1,0/2:50pt"},
         {"frames in cells", definition + "\\intbl a{\\shptxt f}\\cell b\\cell\\row",
-         "\"a|f|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n"},
-        {"never defined", "\\intbl a\\cell b\\cell\\row", "\"a|\" cell=0,0/2:auto\n\"b|\" cell=0,1/2:auto\n"},
-        {"stated widths",
-         "\\trowd\\clftsWidth3\\clwWidth400\\cellx1\\clftsWidth2\\clwWidth1000\\cellx900\\clftsWidth1\\cellx2"
-         "000"
-         "\\intbl a\\cell b\\cell c\\cell\\row",
-         "\"a|\" cell=0,0/3:20pt\n\"b|\" cell=0,1/3:20%\n\"c|\" cell=0,2/3:auto\n"},
-        {"wider cells span columns, edges that are near are one",
-         definition + "\\intbl a\\cell b\\cell\\row\\trowd\\cellx2010\\intbl c\\cell\\row",
-         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n\"c|\" cell=1,0+1,2/2:100.5pt\n"},
-        {"merged both ways",
-         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\clvmgf\\cellx2000\\cellx3000\\intbl a\\cell\\cell "
-         "b\\cell\\row"
-         "\\trowd\\clmgf\\clvmrg\\cellx1000\\clmrg\\clvmrg\\cellx2000\\cellx3000\\intbl\\cell\\cell "
-         "c\\cell\\row"
-         "\\trowd\\cellx1000\\clvmrg\\cellx2000\\cellx3000\\intbl d\\cell\\cell e\\cell\\row",
-         "\"a|\" cell=0,0+2,2/3:100pt\n\"b|\" cell=0,2/3:50pt\n\"c|\" cell=1,2/3:50pt\n\"d|\" "
-         "cell=2,0/3:50pt\n"
-         "\"|\" cell=2,1/3:50pt\n\"e|\" cell=2,2/3:50pt\n"},
-        {"text of covered cells is not lost",
-         "\\trowd\\clmgf\\cellx1000\\clmrg\\cellx2000\\intbl a\\cell b\\cell\\row",
-         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,1/2:50pt\n"},
-        {"tables in a row",
-         "\\trowd\\irow0\\lastrow\\cellx900\\intbl a\\cell\\row\\trowd\\irow0\\cellx1000\\cellx2000\\intbl "
-         "b\\cell c\\cell\\row"
-         "\\trowd\\irow1\\cellx1000\\intbl d\\cell\\row\\trowd\\irow0\\cellx1000\\intbl e\\cell\\row",
-         "\"a|\" cell=0,0/1:45pt\n\"b|\" cell=0,0/2:50pt\n\"c|\" cell=0,1/2:50pt\n\"d|\" "
-         "cell=1,0/2:50pt\n\"e|\" cell=0,0/1:50pt\n"},
+         "'a|f|' cell=0,0/2:50pt; 'b|' cell=0,1/2:50pt"},
         {"tables in tables",
-         definition +
-             "\\intbl a\\par\\itap2 b\\nestcell c\\nestcell{\\*\\nesttableprops\\trowd\\cellx400\\cellx800"
-             "\\nestrow}{\\nonesttables\\par}\\pard\\intbl d\\cell e\\cell\\row",
-         "\"a|\" cell=0,0/2:50pt\n\"b|\" cell=0,0/2:50pt cell=0,0/2:20pt\n\"c|\" cell=0,0/2:50pt "
-         "cell=0,1/2:20pt\n"
-         "\"d|\" cell=0,0/2:50pt\n\"e|\" cell=0,1/2:50pt\n"},
+         definition + "\\intbl a\\par\\itap2 b\\nestcell "
+                      "c\\nestcell{\\*\\nesttableprops\\trowd\\cellx400\\cellx800\\nestrow}{"
+                      "\\nonesttables\\par}\\pard\\intbl d\\cell e\\cell\\row",
+         "'a|' cell=0,0/2:50pt; 'b|' cell=0,0/2:50pt cell=0,0/2:20pt; 'c|' cell=0,0/2:50pt cell=0,1/2:20pt; "
+         "'d|' cell=0,0/2:50pt; 'e|' cell=0,1/2:50pt"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(runsOf(read(document(row.body))), row.runs) << row.name;
+    expectRuns(rows);
 }
 
 TEST(RTFReading, CellLooks) {
-    const NSAttributedString text = read(document(
-        "{\\colortbl;\\red255\\green0\\blue0;}"
-        "\\trowd\\trgaph100\\trpaddb60\\trpaddr40\\trftsWidth2\\trwWidth2500\\trbrdrv\\brdrs\\brdrw30"
-        "\\clvertalc\\clcbpat1\\clbrdrl\\brdrw40\\brdrs\\brdrcf1\\clbrdrt\\brdrnil\\clpadt80\\c"
-        "ellx1000\\cellx2000"
-        "\\pard\\intbl\\brdrt\\brdrs\\brdrw90 a\\cell b\\cell\\row"));
+    const NSAttributedString text =
+        read(document("{\\colortbl;\\red255\\green0\\blue0;}"
+                      "\\trowd\\trgaph100\\trpaddb60\\trpaddr40\\trftsWidth2\\trwWidth2500\\trbrdrv\\brdrs\\b"
+                      "rdrw30\\clvertalc\\clcbpat1\\clbrdrl\\brdrw40\\brdrs\\brdrcf1\\clbrdrt\\brdrnil\\clpad"
+                      "t80\\cellx1000\\cellx2000\\pard\\intbl\\brdrt\\brdrs\\brdrw90 a\\cell b\\cell\\row"));
     const NSTextTableBlock& first = *text.runs()[0].attributes->style().textBlocks.at(0);
     const NSTextTableBlock& second = *text.runs()[1].attributes->style().textBlocks.at(0);
     const NSColor red{1, 0, 0, 1};
@@ -343,12 +290,11 @@ TEST(RTFReading, CellLooks) {
 }
 
 TEST(RTFReading, SharedObjects) {
-    const NSAttributedString text =
-        read(document("{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'01\\'00;}}\\listid7}}{\\*"
-                      "\\listoverridetable"
-                      "{\\listoverride\\listid7\\ls1}}\\ls1 a{\\b b}c\\par d{\\b e}\\par\\pard f\\par"
-                      "{\\*\\pn\\pnlvlbody\\pndec}g\\par\\qc{\\*\\pn\\pnlvlbody\\pndec}h\\par\\pard "
-                      "i\\par{\\*\\pn\\pnlvlbody\\pndec}j"));
+    const NSAttributedString text = read(
+        document("{\\*\\listtable{\\list{\\listlevel\\levelnfc0{\\leveltext\\'01\\'00;}}\\listid7}}{\\*"
+                 "\\listoverridetable{\\listoverride\\listid7\\ls1}}\\ls1 a{\\b b}c\\par d{\\b e}\\par\\pard "
+                 "f\\par{\\*\\pn\\pnlvlbody\\pndec}g\\par\\qc{\\*\\pn\\pnlvlbody\\pndec}h\\par\\pard "
+                 "i\\par{\\*\\pn\\pnlvlbody\\pndec}j"));
     const auto runs = text.runs();
     ASSERT_EQ(runs.size(), 10u);
     EXPECT_EQ(runs[0].attributes, runs[2].attributes) << "equal runs";
@@ -361,32 +307,32 @@ TEST(RTFReading, SharedObjects) {
 
 TEST(RTFReading, Pictures) {
     const std::string wmf(18, '\1');
-    const RunsRow rows[] = {
+    const Row rows[] = {
         {"kinds and sizes",
          "{\\pict\\pngblip\\picwgoal400\\pichgoal200\\picscalex50\\piccropr100\\piccropt40 0a "
          "0B\r\n0c}{\\pict\\jpegblip\\bin3 }{}}",
-         "\"\uFFFC\" file=picture-1.png/3 width=7.5 height=8\n\"\uFFFC\" file=picture-2.jpg/3\n"},
+         "'\uFFFC' file=picture-1.png/3 width=7.5 height=8; '\uFFFC' file=picture-2.jpg/3"},
         {"metafiles get the header of a file", "{\\pict\\wmetafile8\\picw2540\\pich1270 0102}",
-         "\"\uFFFC\" file=picture-1.wmf/24 width=72 height=36\n"},
+         "'\uFFFC' file=picture-1.wmf/24 width=72 height=36"},
         {"pictures as markers of lists", "{\\listtext{\\pict\\pngblip 01}}a",
-         "\"\t\"\n\"\uFFFC\" file=picture-1.png/1\n\"\ta\"\n"},
-        {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "\"\uFFFC\" file=picture-1.bmp/18\n"},
+         "'\t'; '\uFFFC' file=picture-1.png/1; '\ta'"},
+        {"bitmaps get theirs", "{\\pict\\dibitmap0 28000000}", "'\uFFFC' file=picture-1.bmp/18"},
         {"a better one counts for the worse one after it",
          "{\\*\\shppict{\\pict\\pngblip 01}}{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip "
          "02}}",
-         "\"\uFFFC\" file=picture-1.png/1\n\"\uFFFC\" file=picture-2.jpg/1\n"},
-        {"kinds by their contents", "{\\pict 474946383961}", "\"\uFFFC\" file=picture-1.gif/6\n"},
+         "'\uFFFC' file=picture-1.png/1; '\uFFFC' file=picture-2.jpg/1"},
+        {"kinds by their contents", "{\\pict 474946383961}", "'\uFFFC' file=picture-1.gif/6"},
         {"the better one of two", "a{\\*\\shppict{\\pict\\pngblip 01}}{\\nonshppict{\\pict\\wmetafile8 02}}b",
-         "\"a\"\n\"\uFFFC\" file=picture-1.png/1\n\"b\"\n"},
+         "'a'; '\uFFFC' file=picture-1.png/1; 'b'"},
         {"the worse one when there is none better",
          "{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip 02}}",
-         "\"\uFFFC\" file=picture-1.jpg/1\n"},
+         "'\uFFFC' file=picture-1.jpg/1"},
         {"of shapes",
          "{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv{\\pict\\pngblip 01}}}{\\sp{\\sn q}{\\sv{\\pict\\pngblip "
          "02}}}}}",
-         "\"\uFFFC\" file=picture-1.png/1\n"},
-        {"cut short", "{\\b{\\pict\\pngblip 0102030", "\"\uFFFC\" bold file=picture-1.png/3\n"},
-        {"nothing to show", "a{\\pict\\pngblip}{\\pict\\wbitmap0 01}{\\pict 01}b\\u65532?", "\"ab\"\n"},
+         "'\uFFFC' file=picture-1.png/1"},
+        {"cut short", "{\\b{\\pict\\pngblip 0102030", "'\uFFFC' bold file=picture-1.png/3"},
+        {"nothing to show", "a{\\pict\\pngblip}{\\pict\\wbitmap0 01}{\\pict 01}b\\u65532?", "'ab'"},
     };
     expectRuns(rows);
 }
@@ -405,15 +351,7 @@ TEST(RTFReading, HeadersOfPictures) {
     }
     EXPECT_EQ(hex, "d7cdc69a000000000000a005d002a00500000000c15578");
     EXPECT_EQ(contents("\\macpict", "x"), std::string(512, '\0') + 'x');
-    struct Row {
-        const char* name;
-        int infoSize;
-        int bits;
-        int compression;
-        int colors;
-        int offset;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, int, int, int, int, int> rows[] = {
         {"no palette", 40, 24, 0, 0, 54},
         {"as many colours as there can be", 40, 8, 0, 0, 1078},
         {"as many as it says", 40, 8, 0, 3, 66},
@@ -423,21 +361,20 @@ TEST(RTFReading, HeadersOfPictures) {
         {"a header without these", 12, 8, 0, 0, 26},
         {"no longer than the picture", 5000, 24, 0, 0, 2014},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, infoSize, bits, compression, colors, offset] : rows) {
         std::string bytes(2000, '\0');
-        const auto set = [&bytes](std::size_t offset, int value) {
-            bytes[offset] = static_cast<char>(value);
-            bytes[offset + 1] = static_cast<char>(value >> 8);
-        };
-        set(0, row.infoSize);
-        set(14, row.bits);
-        set(16, row.compression);
-        set(32, row.colors);
+        for (const auto& [place, value] :
+             {std::pair(0, infoSize), {14, bits}, {16, compression}, {32, colors}})
+            bytes.replace(static_cast<std::size_t>(place), 2,
+                          {static_cast<char>(value), static_cast<char>(value >> 8)});
         const std::string file = contents("\\dibitmap0", bytes);
-        ASSERT_EQ(file.size(), 2014u) << row.name;
+        const auto number = [&file](std::size_t place) {
+            return static_cast<unsigned char>(file[place]) + 256 * file[place + 1];
+        };
+        ASSERT_EQ(file.size(), 2014u) << name;
         EXPECT_EQ(file.substr(0, 2), "BM");
-        EXPECT_EQ(static_cast<unsigned char>(file[2]) + 256 * file[3], 2014) << row.name;
-        EXPECT_EQ(static_cast<unsigned char>(file[10]) + 256 * file[11], row.offset) << row.name;
+        EXPECT_EQ(number(2), 2014) << name;
+        EXPECT_EQ(number(10), offset) << name;
     }
 }
 
@@ -448,15 +385,14 @@ TEST(RTFReading, Packages) {
         return file;
     };
     const auto package = NSFileWrapper::initDirectory();
-    package->addFileWrapper(wrapper(
-        "{\\rtf1{\\fonttbl\\f0 Arial;}{{\\NeXTGraphic a b.png \\width40 \\height60 \\noorient more}\\'ac} "
-        "\\'ac{{\\*\\NeXTGraphic u\\'c3\\'bc\\{.txt}\xAC}{{\\NeXTGraphic gone}\\'ac}}",
-        u"txt.rtf"));
+    package->addFileWrapper(
+        wrapper("{\\rtf1{\\fonttbl\\f0 Arial;}{{\\NeXTGraphic a b.png \\width40 \\height60 \\noorient "
+                "more}\\'ac} \\'ac{{\\*\\NeXTGraphic u\\'c3\\'bc\\{.txt}\xAC}{{\\NeXTGraphic gone}\\'ac}}",
+                u"txt.rtf"));
     package->addFileWrapper(wrapper("12345", u"a b.png"));
     package->addFileWrapper(wrapper("123", u"uu\u0308{.txt"));
-    const char* const runs =
-        "\"\uFFFC\" file=a b.png/5 width=2 height=3\n\" \u00AC\"\n\"\uFFFC\" file=uu\u0308{.txt/3\n"
-        "\"\uFFFC\" file=gone/0\n";
+    const char* const runs = "'\uFFFC' file=a b.png/5 width=2 height=3; ' \u00AC'; '\uFFFC' "
+                             "file=uu\u0308{.txt/3; '\uFFFC' file=gone/0";
     NSDictionary attributes;
     EXPECT_EQ(runsOf(initWithRTFDFileWrapper_documentAttributes(*package, &attributes)), runs);
     EXPECT_EQ(attributes.objectForKey(NSDocumentTypeDocumentAttribute), Value(NSRTFDTextDocumentType));
@@ -475,13 +411,10 @@ TEST(RTFReading, Packages) {
 TEST(RTFReading, DocumentAttributes) {
     NSDictionary attributes;
     read("{\\rtf1\\ansi\\ansicpg1251\\cocoartf1671\\cocoatextscaling1\\paperw4000\\margl200\\viewkind1\\views"
-         "cale150\\vieww400"
-         "\\viewh200\\deftab100\\hyphauto1\\hyphfactor90{\\info{\\title \\'d3}{\\*\\company C}{\\keywords a, "
-         "b c,,d }"
-         "{\\operator n}{\\editor e}{\\operator o}{\\doccomm k}{\\comment no}{\\upr{\\author "
-         "?}{\\*\\ud{\\author "
-         "\\u8364?}}}{\\subject }"
-         "{\\creatim\\yr2024\\mo5\\timesinceref700}{\\revtim\\yr1601\\mo1\\dy1}}x}",
+         "cale150\\vieww400\\viewh200\\deftab100\\hyphauto1\\hyphfactor90{\\info{\\title \\'d3}{\\*\\company "
+         "C}{\\keywords a, b c,,d }{\\operator n}{\\editor e}{\\operator o}{\\doccomm k}{\\comment "
+         "no}{\\upr{\\author ?}{\\*\\ud{\\author \\u8364?}}}{\\subject "
+         "}{\\creatim\\yr2024\\mo5\\timesinceref700}{\\revtim\\yr1601\\mo1\\dy1}}x}",
          &attributes);
     const auto real = [](double value) { return Value(NSNumber::numberWithDouble(value)); };
     const auto integer = [](int value) { return Value(NSNumber::numberWithInt(value)); };
@@ -526,12 +459,7 @@ TEST(RTFReading, DatesAndHyphens) {
 }
 
 TEST(RTFReading, CodePages) {
-    struct Row {
-        const char* head;
-        const char* bytes;
-        const char* text;
-    };
-    const Row rows[] = {
+    const char* const rows[][3] = {
         {"", "\\'e4\\'80", "ä€"},
         {"\\mac", "\\'8a", "ä"},
         {"\\pc", "\\'84\\'9b", "ä¢"},
@@ -545,9 +473,8 @@ TEST(RTFReading, CodePages) {
         {"{\\fonttbl{\\f0\\fcharset0\\cpg1251 A;}}", "\\f0\\'d3", "У"},
         {"\\ansicpg1251{\\fonttbl{\\f0\\fcharset1 A;}{\\f1\\fcharset99 A;}}", "\\f0\\'d3\\f1\\'d3", "УУ"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(read(std::string("{\\rtf1") + row.head + row.bytes + "}").string().UTF8String(), row.text)
-            << row.head;
+    for (const auto& [head, bytes, text] : rows)
+        EXPECT_EQ(read(std::string("{\\rtf1") + head + bytes + "}").string().UTF8String(), text) << head;
 }
 
 TEST(RTFReading, HostileSources) {
@@ -562,12 +489,7 @@ TEST(RTFReading, HostileSources) {
             result += part;
         return result;
     };
-    struct Row {
-        const char* name;
-        std::string body;
-        std::size_t length;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, std::size_t> rows[] = {
         {"groups within groups", times(100000, "{\\b ") + "x" + times(100000, "}") + "y", 2},
         {"groups that never end", times(100000, "{a"), 100000},
         {"destinations too deep to be kept",
@@ -586,15 +508,14 @@ TEST(RTFReading, HostileSources) {
         {"an end within a word", "a\\", 1},
         {"an end within a byte", "a\\'4", 2},
     };
-    for (const Row& row : rows) {
-        const std::string source = document(row.body);
-        EXPECT_EQ(read(std::string_view(source).substr(0, source.size() - 1)).length(), row.length)
-            << row.name;
+    for (const auto& [name, body, length] : rows) {
+        const std::string source = document(body);
+        EXPECT_EQ(read(std::string_view(source).substr(0, source.size() - 1)).length(), length) << name;
     }
-    const std::string whole = document(
-        "{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01\\'00;}}\\listid1}}\\trowd\\cellx9\\intbl"
-        "{\\pict\\pngblip 00}{\\footnote x}\\u8364?\\'e4{\\field{\\*\\fldinst HYPERLINK \"a\"}{\\fldrslt "
-        "b}}\\cell\\row");
+    const std::string whole =
+        document("{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01\\'00;}}\\listid1}}"
+                 "\\trowd\\cellx9\\intbl{\\pict\\pngblip 00}{\\footnote x}\\u8364?\\'e4{\\field{\\*\\fldinst "
+                 "HYPERLINK \"a\"}{\\fldrslt b}}\\cell\\row");
     for (std::size_t size = 5; size < whole.size(); ++size)
         EXPECT_FALSE(read(std::string_view(whole).substr(0, size)).isNil()) << size;
 }

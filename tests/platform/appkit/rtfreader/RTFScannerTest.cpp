@@ -28,11 +28,7 @@ std::string tokensOf(RTFScanner& scanner) {
     return shown;
 }
 
-struct Row {
-    const char* name;
-    std::string_view source;
-    const char* tokens;
-};
+using Row = std::tuple<const char*, std::string_view, const char*>;
 
 TEST(RTFScannerTest, Tokens) {
     const Row rows[] = {
@@ -53,9 +49,9 @@ TEST(RTFScannerTest, Tokens) {
         {"a number at the end", "\\a-1", "a=-1"},
         {"a hyphen at the end", "\\a-", "a '-'"},
     };
-    for (const Row& row : rows) {
-        RTFScanner scanner(row.source);
-        EXPECT_EQ(tokensOf(scanner), row.tokens) << row.name;
+    for (const auto& [name, source, tokens] : rows) {
+        RTFScanner scanner(source);
+        EXPECT_EQ(tokensOf(scanner), tokens) << name;
     }
 }
 
@@ -72,10 +68,10 @@ TEST(RTFScannerTest, PassesOverGroups) {
         {"a backslash at the end", "a\\", ""},
         {"a group that does not end", "{a}{b", ""},
     };
-    for (const Row& row : rows) {
-        RTFScanner scanner(row.source);
+    for (const auto& [name, source, tokens] : rows) {
+        RTFScanner scanner(source);
         scanner.skipGroup();
-        EXPECT_EQ(tokensOf(scanner), row.tokens) << row.name;
+        EXPECT_EQ(tokensOf(scanner), tokens) << name;
     }
 }
 

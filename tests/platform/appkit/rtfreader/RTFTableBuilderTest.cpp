@@ -75,31 +75,26 @@ std::string tablesOf(std::string_view source) {
 }
 
 TEST(RTFTableBuilderTest, Tables) {
-    struct Row {
-        const char* name;
-        const char* source;
-        const char* tables;
-    };
-    const Row rows[] = {
+    const char* const rows[][3] = {
         {"a third cell beside a merged span stands for itself",
-         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\cellx2000\\cellx3000 a\\cell\\cell b\\cell\\row"
-         "\\trowd\\clvmrg\\cellx1000\\clvmrg\\cellx2000\\clvmrg\\cellx3000\\cell\\cell\\cell\\row",
+         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\cellx2000\\cellx3000 a\\cell\\cell "
+         "b\\cell\\row\\trowd\\clvmrg\\cellx1000\\clvmrg\\cellx2000\\clvmrg\\cellx3000\\cell\\cell\\cell\\ro"
+         "w",
          "a 0,0+2,1/2:100; b 0,1/2:50;  1,1/2:50"},
         {"one cell under a merged span is as wide as it",
-         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\clvmgf\\cellx2000\\cellx3000 a\\cell\\cell b\\cell\\row"
-         "\\trowd\\clvmrg\\cellx2000\\cellx3000\\cell c\\cell\\row",
+         "\\trowd\\clmgf\\clvmgf\\cellx1000\\clmrg\\clvmgf\\cellx2000\\cellx3000 a\\cell\\cell "
+         "b\\cell\\row\\trowd\\clvmrg\\cellx2000\\cellx3000\\cell c\\cell\\row",
          "a 0,0+2,1/2:100; b 0,1/2:50; c 1,1/2:50"},
         {"spans go on as long as each row continues them",
-         "\\trowd\\clvmgf\\cellx1000\\cellx2000 a\\cell b\\cell\\row"
-         "\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell c\\cell\\row"
-         "\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell d\\cell\\row"
-         "\\trowd\\cellx1000\\cellx2000 e\\cell f\\cell\\row"
-         "\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell g\\cell\\row",
+         "\\trowd\\clvmgf\\cellx1000\\cellx2000 a\\cell "
+         "b\\cell\\row\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell "
+         "c\\cell\\row\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell d\\cell\\row\\trowd\\cellx1000\\cellx2000 "
+         "e\\cell f\\cell\\row\\trowd\\clvmrg\\cellx1000\\cellx2000\\cell g\\cell\\row",
          "a 0,0+3,1/2:50; b 0,1/2:50; c 1,1/2:50; d 2,1/2:50; e 3,0/2:50; f 3,1/2:50;  4,0/2:50; g 4,1/2:50"},
         {"edges that differ by less than a point are one",
-         "\\trowd\\trleft19\\clvmgf\\cellx1000\\cellx2000 a\\cell b\\cell\\row"
-         "\\trowd\\clvmrg\\cellx1019\\cellx2000\\cell c\\cell\\row"
-         "\\trowd\\trleft38\\clvmrg\\cellx1000\\cellx2000\\cell d\\cell\\row",
+         "\\trowd\\trleft19\\clvmgf\\cellx1000\\cellx2000 a\\cell "
+         "b\\cell\\row\\trowd\\clvmrg\\cellx1019\\cellx2000\\cell "
+         "c\\cell\\row\\trowd\\trleft38\\clvmrg\\cellx1000\\cellx2000\\cell d\\cell\\row",
          "a 0,0+3,1/2:49.05; b 0,1/2:50; c 1,1/2:49.05; d 2,1/2:50"},
         {"edges that differ by a point are two",
          "\\trowd\\clvmgf\\cellx1000 a\\cell\\row\\trowd\\trleft20\\clvmrg\\cellx1020\\cell\\row",
@@ -118,8 +113,8 @@ TEST(RTFTableBuilderTest, Tables) {
          "\\trowd\\irow0\\cellx1000 a\\cell\\row\\trowd\\irow0\\cellx1000 b\\cell\\row",
          "a 0,0/1:50; b 1,0/1:50"},
         {"a first row after others begins a table",
-         "\\trowd\\irow0\\cellx1000 a\\cell\\row\\trowd\\irow1\\cellx1000 b\\cell\\row"
-         "\\trowd\\irow0\\cellx1000 c\\cell\\row",
+         "\\trowd\\irow0\\cellx1000 a\\cell\\row\\trowd\\irow1\\cellx1000 "
+         "b\\cell\\row\\trowd\\irow0\\cellx1000 c\\cell\\row",
          "a 0,0/1:50; b 1,0/1:50; c *0,0/1:50"},
         {"a definition serves the rows after it, what it says of its own row does not",
          "\\trowd\\irow1\\lastrow\\cellx1000 a\\cell\\row b\\cell\\row c\\cell\\row",
@@ -131,24 +126,26 @@ TEST(RTFTableBuilderTest, Tables) {
          "a 0,0/1:50; x; b *0,0/1:50"},
         {"more cells than are defined", "\\trowd\\cellx1000 a\\cell b\\cell c\\cell\\row",
          "a 0,0/3:50; b 0,1/3; c 0,2/3"},
+        {"the cells of a row that is not defined are the first columns",
+         "a\\cell b\\cell\\row\\trowd\\trleft-500\\cellx-100\\cellx2000 c\\cell d\\cell\\row",
+         "a 0,0/2; b 0,1/2; c 1,0/2:20; d 1,1/2:105"},
         {"edges that go back", "\\trowd\\cellx1000\\cellx500\\cellx2000 a\\cell b\\cell c\\cell\\row",
          "a 0,0/3:50; b 0,1/3; c 0,2/3:50"},
         {"units of widths",
          "\\trowd\\clftsWidth0\\clwWidth9\\cellx1000\\clftsWidth1\\clwWidth9\\cellx2000\\clftsWidth2\\clwWidt"
-         "h50"
-         "\\cellx3000\\clftsWidth3\\clwWidth50\\cellx4000\\clftsWidth4\\clwWidth9\\cellx5000"
-         " a\\cell b\\cell c\\cell d\\cell e\\cell\\row",
+         "h50\\cellx3000\\clftsWidth3\\clwWidth50\\cellx4000\\clftsWidth4\\clwWidth9\\cellx5000 a\\cell "
+         "b\\cell c\\cell d\\cell e\\cell\\row",
          "a 0,0/5:50; b 0,1/5; c 0,2/5:1%; d 0,3/5:2.5; e 0,4/5:50"},
         {"tables in a cell, the second without its end",
          "\\trowd\\cellx1000 a\\par1\\itap2 b\\cell2\\row2 c\\par1 d\\cell2\\row2 e\\cell2 f\\cell\\row",
-         "a 0,0/1:50; b 0,0/1:50 *0,0/1:20; c 0,0/1:50; d 0,0/1:50 **0,0/1:20; e 0,0/1:50 **1,0/1:20; "
-         "f 0,0/1:50"},
+         "a 0,0/1:50; b 0,0/1:50 *0,0/1:20; c 0,0/1:50; d 0,0/1:50 **0,0/1:20; e 0,0/1:50 **1,0/1:20; f "
+         "0,0/1:50"},
         {"a cell with nothing but a table is not empty",
          "\\trowd\\clmgf\\cellx1000\\clmrg\\cellx2000 a\\cell b\\cell2\\row2\\cell\\row",
          "a 0,0/2:50; b 0,1/2:50 *0,0/1;  0,1/2:50"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(tablesOf(row.source), row.tables) << row.name;
+    for (const auto& [name, source, tables] : rows)
+        EXPECT_EQ(tablesOf(source), tables) << name;
 }
 
 TEST(RTFTableBuilderTest, DeepTables) {

@@ -45,11 +45,10 @@ TEST(RTFHeadTablesTest, Colors) {
     EXPECT_EQ(colors.numberOfColor(NSColor{0, 0.5F, 1, 0.25F}), 3);
     EXPECT_EQ(colors.numberOfColor(NSColor{0, 0.500001F, 1, 1}), 2) << "nearer than is kept";
     EXPECT_EQ(colors.numberOfColor(NSColor{-1, 9, NAN, 1}), 4);
-    EXPECT_EQ(written(colors),
-              "{\\colortbl;\\red255\\green255\\blue255;\\red0\\green128\\blue255;\\red0\\green128\\blue255;"
-              "\\red0\\green255\\blue0;}\n"
-              "{\\*\\expandedcolortbl;;\\cssrgb\\c0\\c50000\\c100000;\\cssrgb\\c0\\c50000\\c100000\\c25000;"
-              "\\cssrgb\\c0\\c100000\\c0;}\n");
+    EXPECT_EQ(written(colors), "{\\colortbl;\\red255\\green255\\blue255;\\red0\\green128\\blue255;"
+                               "\\red0\\green128\\blue255;\\red0\\green255\\blue0;}\n"
+                               "{\\*\\expandedcolortbl;;\\cssrgb\\c0\\c50000\\c100000;"
+                               "\\cssrgb\\c0\\c50000\\c100000\\c25000;\\cssrgb\\c0\\c100000\\c0;}\n");
 }
 
 std::shared_ptr<const NSTextList> list(const char16_t* format, int start = 1) {
@@ -88,27 +87,27 @@ TEST(RTFHeadTablesTest, Lists) {
     lists.placeOfLists({outer}, {9, 9}); // The first indents of a level stay.
     lists.placeOfLists({list(u"{disc}", 3)}, {});
     const std::string rest = "\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat";
-    EXPECT_EQ(
-        written(lists),
-        "{\\*\\listtable{\\list\\listtemplateid1\\listhybrid{\\listlevel\\levelnfc1\\levelnfcn1" + rest +
-            "7\\levelspace360\\levelindent0{\\*\\levelmarker (\\{upper-roman\\}).}"
-            "{\\leveltext\\leveltemplateid1\\'04(\\'00).;}{\\levelnumbers\\'02;}\\fi40\\li500\\lin500 }"
-            "{\\listlevel\\levelnfc0\\levelnfcn0" +
-            rest +
-            "1\\levelspace360\\levelindent0{\\*\\levelmarker \\{octal\\}\\{x}"
-            "{\\leveltext\\leveltemplateid2\\'03\\'01\\{x;}{\\levelnumbers\\'01;}\\fi-360\\li1440\\lin1440 }"
-            "{\\listlevel\\levelnfc0\\levelnfcn0" +
-            rest +
-            "1\\levelspace360\\levelindent0{\\*\\levelmarker \\{lower-greek\\}}"
-            "{\\leveltext\\leveltemplateid3\\'01\\'02;}{\\levelnumbers\\'01;}\\fi-200\\li1000\\lin1000 }"
-            "{\\listname ;}\\listid1}\n"
-            "{\\list\\listtemplateid2\\listhybrid{\\listlevel\\levelnfc23\\levelnfcn23" +
-            rest +
-            "3\\levelspace360\\levelindent0{\\*\\levelmarker \\{disc\\}}"
-            "{\\leveltext\\leveltemplateid4\\'01\\'95;}{\\levelnumbers;}\\fi0\\li0\\lin0 }"
-            "{\\listname ;}\\listid2}\n}\n"
-            "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}"
-            "{\\listoverride\\listid2\\listoverridecount0\\ls2}}\n");
+    EXPECT_EQ(written(lists),
+              "{\\*\\listtable{\\list\\listtemplateid1\\listhybrid{\\listlevel\\levelnfc1\\levelnfcn1" +
+                  rest +
+                  "7\\levelspace360\\levelindent0{\\*\\levelmarker "
+                  "(\\{upper-roman\\}).}{\\leveltext\\leveltemplateid1\\'04(\\'00).;}{\\levelnumbers\\'02;}"
+                  "\\fi40\\li500\\lin500 }{\\listlevel\\levelnfc0\\levelnfcn0" +
+                  rest +
+                  "1\\levelspace360\\levelindent0{\\*\\levelmarker "
+                  "\\{octal\\}\\{x}{\\leveltext\\leveltemplateid2\\'03\\'01\\{x;}{\\levelnumbers\\'01;}\\fi-"
+                  "360\\li1440\\lin1440 }{\\listlevel\\levelnfc0\\levelnfcn0" +
+                  rest +
+                  "1\\levelspace360\\levelindent0{\\*\\levelmarker "
+                  "\\{lower-greek\\}}{\\leveltext\\leveltemplateid3\\'01\\'02;}{\\levelnumbers\\'01;}\\fi-"
+                  "200\\li1000\\lin1000 }{\\listname ;}\\listid1}\n"
+                  "{\\list\\listtemplateid2\\listhybrid{\\listlevel\\levelnfc23\\levelnfcn23" +
+                  rest +
+                  "3\\levelspace360\\levelindent0{\\*\\levelmarker "
+                  "\\{disc\\}}{\\leveltext\\leveltemplateid4\\'01\\'95;}{\\levelnumbers;}\\fi0\\li0\\lin0 "
+                  "}{\\listname ;}\\listid2}\n}\n"
+                  "{\\*\\listoverridetable{\\listoverride\\listid1\\listoverridecount0\\ls1}{"
+                  "\\listoverride\\listid2\\listoverridecount0\\ls2}}\n");
     RTFListNumbers longOnes;
     longOnes.placeOfLists(
         {list((std::u16string(300, u'<') + u"{decimal}" + std::u16string(300, u'>')).c_str())}, {});

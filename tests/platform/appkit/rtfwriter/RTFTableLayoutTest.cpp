@@ -78,12 +78,7 @@ std::string placesOf(const RTFTableLayout& layout) {
 }
 
 TEST(RTFTableLayoutTest, Places) {
-    struct Row {
-        const char* name;
-        std::vector<Cell> cells;
-        const char* places;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::vector<Cell>, const char*> rows[] = {
         {"one after another", {{0, 0}, {0, 1}, {1, 0}, {1, 1}}, "0:500|1:1000\n2:500|3:1000\n"},
         {"gaps", {{0, 0}, {0, 2}, {1, 1}}, "0:333|:666|1:1000\n:333|2:666\n"},
         {"columns that are spanned", {{0, 0, 1, 2}, {0, 2}, {1, 0}}, "0H:333|h:666|1:1000\n2:333\n"},
@@ -111,8 +106,8 @@ TEST(RTFTableLayoutTest, Places) {
          "0V:500|1:1000\nv:500|2:1000\n:500|3:1000\n"},
         {"before the first column, less than one column", {{0, -3, -1, -1}, {0, 1}}, "0:500|1:1000\n"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(placesOf(Table(row.cells).layout(1000)), row.places) << row.name;
+    for (const auto& [name, cells, places] : rows)
+        EXPECT_EQ(placesOf(Table(cells).layout(1000)), places) << name;
 }
 
 TEST(RTFTableLayoutTest, NoCellIsLostPastTheLastColumn) {
@@ -129,13 +124,7 @@ TEST(RTFTableLayoutTest, NoCellIsLostPastTheLastColumn) {
 }
 
 TEST(RTFTableLayoutTest, Widths) {
-    struct Row {
-        const char* name;
-        std::optional<NSTextBlockLength> whole;
-        std::vector<Cell> cells;
-        const char* places;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::optional<NSTextBlockLength>, std::vector<Cell>, const char*> rows[] = {
         {"what is left is shared",
          std::nullopt,
          {{0, 0}, {0, 1, 1, 1, points(20)}, {0, 2}},
@@ -157,8 +146,8 @@ TEST(RTFTableLayoutTest, Widths) {
          {{0, 0, 1, 2, points(5)}, {1, 0, 1, 1, points(10)}, {1, 1}, {2, 0, 1, 1, points(30)}},
          "0H:200|h:1000\n1:200|2:1000\n3:200\n"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(placesOf(Table(row.cells, row.whole).layout(1000)), row.places) << row.name;
+    for (const auto& [name, whole, cells, places] : rows)
+        EXPECT_EQ(placesOf(Table(cells, whole).layout(1000)), places) << name;
 
     Table table({{0, 0, 1, 2}, {0, 2}, {1, 1}, {2, 3}});
     table.blocks[0].padding = {2, 9, 3, 9};
@@ -186,14 +175,13 @@ TEST(RTFTableLayoutTest, Definitions) {
     RTFOutput output;
     layout.writeDefinition(0, colors, output);
     layout.writeDefinition(1, colors, output);
-    EXPECT_EQ(
-        output.bytes(),
-        "\\trowd\\irow0\\irowband0\\trcbpat2\\trftsWidth2\\trwWidth2500\n"
-        "\\clvertalc\\clcbpat3\\clbrdrl\\brdrs\\brdrw20\\clbrdrr\\brdrs\\brdrw10\\brdrcf2"
-        "\\clpadl20\\clpadfl3\\clpadr40\\clpadfr3\\clpadb-60\\clpadfb3\\clftsWidth3\\clwWidth200\\cellx200\n"
-        "\\clvertalb\\clftsWidth2\\clwWidth625\\cellx325\n"
-        "\\trowd\\irow1\\irowband1\\lastrow\\trcbpat2\\trftsWidth2\\trwWidth2500\n"
-        "\\clvertalt\\clftsWidth1\\cellx200\n");
+    EXPECT_EQ(output.bytes(),
+              "\\trowd\\irow0\\irowband0\\trcbpat2\\trftsWidth2\\trwWidth2500\n"
+              "\\clvertalc\\clcbpat3\\clbrdrl\\brdrs\\brdrw20\\clbrdrr\\brdrs\\brdrw10\\brdrcf2\\clpadl20\\cl"
+              "padfl3\\clpadr40\\clpadfr3\\clpadb-60\\clpadfb3\\clftsWidth3\\clwWidth200\\cellx200\n"
+              "\\clvertalb\\clftsWidth2\\clwWidth625\\cellx325\n"
+              "\\trowd\\irow1\\irowband1\\lastrow\\trcbpat2\\trftsWidth2\\trwWidth2500\n"
+              "\\clvertalt\\clftsWidth1\\cellx200\n");
 }
 
 } // namespace

@@ -51,13 +51,8 @@ TEST(RTFWriterTest, Head) {
 
 /// A paragraph's words; the default's are \pard and \pardirnatural.
 TEST(RTFWriterTest, Paragraphs) {
-    struct Row {
-        const char* name;
-        Change change;
-        const char* words;
-    };
 #define STYLE(...) [](NSTextAttributes&, NSParagraphStyle& style) { __VA_ARGS__; }
-    const Row rows[] = {
+    const std::tuple<const char*, Change, const char*> rows[] = {
         {"nothing", STYLE((void)style), "\\pard\\pardirnatural"},
         {"an exact height", STYLE(style.minimumLineHeight = style.maximumLineHeight = 12),
          "\\pard\\sl-240\\slmult0\\slminimum240\\slmaximum240\\pardirnatural"},
@@ -89,20 +84,14 @@ TEST(RTFWriterTest, Paragraphs) {
          "\\pard\\pardirnatural\\outlinelevel8"},
     };
 #undef STYLE
-    for (const Row& row : rows)
-        EXPECT_EQ(bodyOf(textOf({{u"x", row.change}})), std::string(row.words) + "\\f0\\fs24\\cf0 x}")
-            << row.name;
+    for (const auto& [name, change, words] : rows)
+        EXPECT_EQ(bodyOf(textOf({{u"x", change}})), std::string(words) + "\\f0\\fs24\\cf0 x}") << name;
 }
 
 TEST(RTFWriterTest, Characters) {
-    struct Row {
-        const char* name;
-        Change change;
-        const char* source;
-    };
 #define RUN(...) [](NSTextAttributes& run, NSParagraphStyle&) { __VA_ARGS__; }
     // The word before has the words of plain text.
-    const Row rows[] = {
+    const std::tuple<const char*, Change, const char*> rows[] = {
         {"plain", RUN((void)run), "ab"},
         {"bold and italic", RUN(run.font.isBold = run.font.isItalic = true), "a\\b\\i b"},
         {"half points", RUN(run.font.pointSize = 12.5F), "a\\fs25 b"},
@@ -123,10 +112,10 @@ TEST(RTFWriterTest, Characters) {
          "a{\\field{\\*\\fldinst{HYPERLINK \"x\\\\\"\\\\\\\\\\\\\\'94\\{\"}}{\\fldrslt b}}"},
     };
 #undef RUN
-    for (const Row& row : rows)
-        EXPECT_EQ(bodyOf(textOf({{u"a"}, {u"b", row.change}})),
-                  "\\pard\\pardirnatural\\f0\\fs24\\cf0 " + std::string(row.source) + "}")
-            << row.name;
+    for (const auto& [name, change, source] : rows)
+        EXPECT_EQ(bodyOf(textOf({{u"a"}, {u"b", change}})),
+                  "\\pard\\pardirnatural\\f0\\fs24\\cf0 " + std::string(source) + "}")
+            << name;
 }
 
 TEST(RTFWriterTest, Texts) {
@@ -144,12 +133,7 @@ TEST(RTFWriterTest, Texts) {
         run.attachment = std::make_shared<const NSTextAttachment>(
             NSTextAttachment{NSFileWrapper::initRegularFileWithContents(NSData::data()), {2, 3}});
     };
-    struct Row {
-        const char* name;
-        NSAttributedString text;
-        const char* source;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, NSAttributedString, const char*> rows[] = {
         {"what is in force is not said again", textOf({{u"a"}, {u"b", bold}, {u"c", bold}, {u"d\n"}, {u"e"}}),
          "a\\b bc\\b0 d\\\ne"},
         {"signs", textOf({{u"\\{}\t\f\u2028\u00E9\u0161\u20AC\u0160\u65E5\xD83D\x01\x7F~"}}),
@@ -167,12 +151,11 @@ TEST(RTFWriterTest, Texts) {
          "words ends no marker.\t"},
         {"no marker outside of lists", textOf({{u"\t-\tb"}}), "\t-\tb"},
         {"attachments", textOf({{u"a"}, {u"\xFFFCx\xFFFC", attachment}}),
-         "a{{\\NeXTGraphic a \\{b\\}\\'c3.png \\width40\\height60}\\'ac}x{{\\NeXTGraphic a "
-         "\\{b\\}\\'c3.png \\width40\\height60}\\'ac}"},
+         "a{{\\NeXTGraphic a \\{b\\}\\'c3.png \\width40\\height60}\\'ac}x{{\\NeXTGraphic a \\{b\\}\\'c3.png "
+         "\\width40\\height60}\\'ac}"},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(bodyOf(row.text), "\\pard\\pardirnatural\\f0\\fs24\\cf0 " + std::string(row.source) + "}")
-            << row.name;
+    for (const auto& [name, text, source] : rows)
+        EXPECT_EQ(bodyOf(text), "\\pard\\pardirnatural\\f0\\fs24\\cf0 " + std::string(source) + "}") << name;
 }
 
 TEST(RTFWriterTest, Tables) {
@@ -244,9 +227,9 @@ TEST(RTFWriterTest, DocumentAttributes) {
     RTFOutput output;
     writeRTFDocumentAttributes(attributes, output);
     EXPECT_EQ(output.bytes(),
-              "{\\info\n{\\title t\\{}\n{\\*\\company c}\n{\\creatim\\yr2001\\mo2\\dy5\\hr1\\min2\\sec3"
-              "\\timesinceref3027723}\n{\\keywords k, l}}\n\\paperw12000\\paperh16000\\margt200"
-              "\\viewkind1\n\\deftab560\\hyphauto1\\hyphfactor50\n");
+              "{\\info\n{\\title t\\{}\n{\\*\\company "
+              "c}\n{\\creatim\\yr2001\\mo2\\dy5\\hr1\\min2\\sec3\\timesinceref3027723}\n{\\keywords k, "
+              "l}}\n\\paperw12000\\paperh16000\\margt200\\viewkind1\n\\deftab560\\hyphauto1\\hyphfactor50\n");
     output.clear();
     writeRTFDocumentAttributes(NSMutableDictionary::dictionaryWithObjectsAndKeys(
                                    {{NSNumber::numberWithDouble(0), NSHyphenationFactorDocumentAttribute}}),

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netdb.h>
@@ -10,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <map>
+#include <sstream>
 #include <thread>
 
 namespace kelvo {
@@ -34,11 +34,6 @@ std::string judgement(const std::string& host) {
     }
 }
 
-struct Row {
-    const char* host;
-    const char* expected;
-};
-
 class Reachability : public testing::Test {
 protected:
     const std::map<std::string, std::vector<std::string>> names{
@@ -61,64 +56,42 @@ protected:
 };
 
 TEST_F(Reachability, JudgesByTheAddress) {
-    for (const Row& row : std::initializer_list<Row>{
-             {"127.0.0.1", "local"},
-             {"127.255.255.254", "local"},
-             {"127.1", "local"},
-             {"0177.0.0.1", "local"},
-             {"0x7f000001", "local"},
-             {"2130706433", "local"},
-             {"::1", "local"},
-             {"[::1]", "local"},
-             {"[0:0:0:0:0:0:0:1]", "local"},
-             {"::ffff:127.0.0.1", "local"},
-             {"[::ffff:c0a8:714]", "local"},
-             {"128.0.0.1", "far"},
-             {"::2", "far"},
-             {"0.0.0.0", "far"},
-             {"0", "far"},
-             {"[::]", "far"},
-             {"[::ffff:0.0.0.0]", "far"},
-             {"192.168.7.20", "local"},
-             {"192.168.7.21", "near"},
-             {"3232237333", "near"},
-             {"192.168.8.20", "far"},
-             {"10.1.2.1", "near"},
-             {"10.1.2.4", "far"},
-             {"[fd00:7::21]", "near"},
-             {"fd00:7:0:1::20", "far"},
-             {"[FE80::20]", "local"},
-             {"fe80::21", "near"},
-             {"fe80::21%lo", "near"},
-             {"100.64.0.1", "local"},
-             {"100.64.0.2", "far"},
-             {"[fe80::21%nosuchinterface]", "unknown"},
-             {"[127.0.0.1]", "unknown"},
-             {"256.1.1.1.1", "unknown"},
-         })
-        EXPECT_EQ(judgement(row.host), row.expected) << row.host;
+    const std::pair<const char*, const char*> rows[] = {
+        {"local", "127.0.0.1 127.255.255.254 127.1 0177.0.0.1 0x7f000001 2130706433 ::1 [::1] "
+                  "[0:0:0:0:0:0:0:1] ::ffff:127.0.0.1 [::ffff:c0a8:714] 192.168.7.20 [FE80::20] 100.64.0.1"},
+        {"far",
+         "128.0.0.1 ::2 0.0.0.0 0 [::] [::ffff:0.0.0.0] 192.168.8.20 10.1.2.4 fd00:7:0:1::20 100.64.0.2"},
+        {"near", "192.168.7.21 3232237333 10.1.2.1 [fd00:7::21] fe80::21 fe80::21%lo"},
+        {"unknown", "[fe80::21%nosuchinterface] [127.0.0.1] 256.1.1.1.1"},
+    };
+    for (const auto& [expected, hosts] : rows) {
+        std::istringstream list(hosts);
+        for (std::string host; list >> host;)
+            EXPECT_EQ(judgement(host), expected) << host;
+    }
 }
 
 TEST_F(Reachability, ANameIsNearOnlyWithAllItsAddresses) {
-    for (const Row& row : std::initializer_list<Row>{
-             {"own.test", "local"},
-             {"OWN.test", "local"},
-             {"printer.test", "near"},
-             {"far.test", "far"},
-             {"half.test", "far"},
-             {"ownandnear.test", "near"},
-             {"none.test", "unknown"},
-             {"nowhere.test", "unknown"},
-             {"localhost", "local"},
-             {"LocalHost.", "local"},
-             {"pages.localhost", "local"},
-             {"notlocalhost", "unknown"},
-             {"drucker\xC3\xA4.test", "near"},
-             {"\xEF\xBC\x91\xEF\xBC\x92\xEF\xBC\x97.1", "local"}, // full-width "127"
-             {"\xFF.test", "unknown"},
-             {"", "unknown"},
-         })
-        EXPECT_EQ(judgement(row.host), row.expected) << row.host;
+    const std::pair<const char*, const char*> rows[] = {
+        {"own.test", "local"},
+        {"OWN.test", "local"},
+        {"printer.test", "near"},
+        {"far.test", "far"},
+        {"half.test", "far"},
+        {"ownandnear.test", "near"},
+        {"none.test", "unknown"},
+        {"nowhere.test", "unknown"},
+        {"localhost", "local"},
+        {"LocalHost.", "local"},
+        {"pages.localhost", "local"},
+        {"notlocalhost", "unknown"},
+        {"drucker\xC3\xA4.test", "near"},
+        {"\xEF\xBC\x91\xEF\xBC\x92\xEF\xBC\x97.1", "local"}, // full-width "127"
+        {"\xFF.test", "unknown"},
+        {"", "unknown"},
+    };
+    for (const auto& [host, expected] : rows)
+        EXPECT_EQ(judgement(host), expected) << host;
     EXPECT_EQ(judgement(std::string("localhost\0.test", 15)), "unknown");
     EXPECT_EQ(judgement(std::string(100000, 'a')), "unknown");
 }

@@ -32,45 +32,22 @@ std::u16string decodedLeniently(std::string_view bytes, CFStringEncoding encodin
 }
 
 TEST(Encoding, Numbers) {
-    struct Row {
-        NSStringEncoding small;
-        CFStringEncoding encoding;
+    using Row = std::pair<NSStringEncoding, CFStringEncoding>;
+    std::vector<Row> rows = {
+        {1, 0x0600},  {2, 0x0B01},  {3, 0x0920},  {4, 0x08000100}, {5, 0x0201},  {6, 0x0021},
+        {7, 0x0BFF},  {8, 0x0420},  {9, 0x0202},  {10, 0x0100},    {11, 0x0502}, {12, 0x0500},
+        {13, 0x0503}, {14, 0x0504}, {15, 0x0501}, {21, 0x0820},    {30, 0x0000},
     };
-    const Row rows[] = {
-        {1, 0x0600},
-        {2, 0x0B01},
-        {3, 0x0920},
-        {4, 0x08000100},
-        {5, 0x0201},
-        {6, 0x0021},
-        {7, 0x0BFF},
-        {8, 0x0420},
-        {9, 0x0202},
-        {10, 0x0100},
-        {11, 0x0502},
-        {12, 0x0500},
-        {13, 0x0503},
-        {14, 0x0504},
-        {15, 0x0501},
-        {21, 0x0820},
-        {30, 0x0000},
-        {0x90000100, 0x10000100},
-        {0x94000100, 0x14000100},
-        {0x8C000100, 0x0C000100},
-        {0x84000100, 0x04000100},
-        {0x80000A10, 0x0A10},
-        {0x80000632, 0x0632},
-        {0x80000A01, 0x0A01},
-        {0x80000001, 0x0001},
-        {0xFFFFFFF0, 0xA001},
-        {0xFFFFFFF1, 0xA002},
-        {0xFFFFFFFF, 0xFFFFFFFF},
+    const Row large[] = {
+        {0x90000100, 0x10000100}, {0x94000100, 0x14000100}, {0x8C000100, 0x0C000100},
+        {0x84000100, 0x04000100}, {0x80000A10, 0x0A10},     {0x80000632, 0x0632},
+        {0x80000A01, 0x0A01},     {0x80000001, 0x0001},     {0xFFFFFFF0, 0xA001},
+        {0xFFFFFFF1, 0xA002},     {0xFFFFFFFF, 0xFFFFFFFF},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(CFStringConvertEncodingToNSStringEncoding(row.encoding), row.small)
-            << std::hex << row.encoding;
-        EXPECT_EQ(CFStringConvertNSStringEncodingToEncoding(row.small), row.encoding)
-            << std::hex << row.small;
+    rows.insert(rows.end(), std::begin(large), std::end(large));
+    for (const auto& [small, encoding] : rows) {
+        EXPECT_EQ(CFStringConvertEncodingToNSStringEncoding(encoding), small) << std::hex << encoding;
+        EXPECT_EQ(CFStringConvertNSStringEncodingToEncoding(small), encoding) << std::hex << small;
     }
     for (NSStringEncoding unassigned : {0u, 16u, 20u, 22u, 29u, 31u, 100u})
         EXPECT_EQ(CFStringConvertNSStringEncodingToEncoding(unassigned), kCFStringEncodingInvalidId);
@@ -81,11 +58,7 @@ TEST(Encoding, Numbers) {
 }
 
 TEST(Encoding, CodePages) {
-    const struct {
-        std::int32_t codePage;
-        std::string_view bytes;
-        std::u16string_view text;
-    } rows[] = {
+    const std::tuple<std::int32_t, std::string_view, std::u16string_view> rows[] = {
         {437, "\x84", u"\u00E4"},       {819, "\xE4", u"\u00E4"},       {850, "\xD0", u"\u00F0"},
         {866, "\x80", u"\u0410"},       {932, "\x93\xFA", u"\u65E5"},   {936, "\xC8\xD5", u"\u65E5"},
         {949, "\xB0\xA1", u"\uAC00"},   {950, "\xA4\xE9", u"\u65E5"},   {1250, "\xEC", u"\u011B"},
@@ -97,10 +70,9 @@ TEST(Encoding, CodePages) {
         {28592, "\xEC", u"\u011B"},     {28605, "\xA4", u"\u20AC"},     {51932, "\xC6\xFC", u"\u65E5"},
         {65001, "\xC3\xA4", u"\u00E4"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(decoded(row.bytes, CFStringConvertWindowsCodepageToEncoding(row.codePage)).characters(),
-                  row.text)
-            << row.codePage;
+    for (const auto& [codePage, bytes, text] : rows)
+        EXPECT_EQ(decoded(bytes, CFStringConvertWindowsCodepageToEncoding(codePage)).characters(), text)
+            << codePage;
     for (const std::int32_t none : {-1, 0, 436, 438, 1251 + 10000, 65002})
         EXPECT_EQ(CFStringConvertWindowsCodepageToEncoding(none), kCFStringEncodingInvalidId) << none;
 }
@@ -128,44 +100,18 @@ TEST(Encoding, Availability) {
 
 // Where the C library has the page too, and agrees.
 TEST(Encoding, PagesAgreeWithTheCLibrary) {
-    struct Row {
-        CFStringEncoding encoding;
-        const char* name;
+    std::vector<std::pair<CFStringEncoding, std::string>> rows = {
+        {0x405, "CP737"},  {0x406, "CP775"},     {0x410, "IBM850"},   {0x413, "IBM855"}, {0x414, "IBM857"},
+        {0x41B, "IBM866"}, {0x506, "CP1256"},    {0x600, "US-ASCII"}, {0xA02, "KOI8-R"}, {0xA07, "VISCII"},
+        {0xA08, "KOI8-U"}, {0xC01, "EBCDIC-US"}, {0xC02, "IBM037"},
     };
-    const Row rows[] = {
-        {0x1D, "MAC-CENTRALEUROPE"},
-        {0x201, "ISO-8859-1"},
-        {0x202, "ISO-8859-2"},
-        {0x203, "ISO-8859-3"},
-        {0x204, "ISO-8859-4"},
-        {0x205, "ISO-8859-5"},
-        {0x206, "ISO-8859-6"},
-        {0x207, "ISO-8859-7"},
-        {0x208, "ISO-8859-8"},
-        {0x209, "ISO-8859-9"},
-        {0x20A, "ISO-8859-10"},
-        {0x20B, "ISO-8859-11"},
-        {0x20D, "ISO-8859-13"},
-        {0x20E, "ISO-8859-14"},
-        {0x20F, "ISO-8859-15"},
-        {0x210, "ISO-8859-16"},
-        {0x405, "CP737"},
-        {0x406, "CP775"},
-        {0x410, "CP850"},
-        {0x413, "CP855"},
-        {0x414, "CP857"},
-        {0x41B, "CP866"},
-        {0x506, "CP1256"},
-        {0x600, "US-ASCII"},
-        {0xA02, "KOI8-R"},
-        {0xA07, "VISCII"},
-        {0xA08, "KOI8-U"},
-        {0xC01, "EBCDIC-US"},
-        {0xC02, "IBM037"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const iconv_t converter = iconv_open("UTF-16LE", row.name);
+    rows.emplace_back(0x1D, "MAC-CENTRALEUROPE");
+    for (CFStringEncoding part = 1; part <= 16; ++part)
+        if (part != 12)
+            rows.emplace_back(0x200 + part, "ISO-8859-" + std::to_string(part));
+    for (const auto& [encoding, name] : rows) {
+        SCOPED_TRACE(name);
+        const iconv_t converter = iconv_open("UTF-16LE", name.c_str());
         ASSERT_NE(converter, iconv_t(-1));
         for (int byte = 0; byte < 256; ++byte) {
             char input = static_cast<char>(byte);
@@ -175,20 +121,15 @@ TEST(Encoding, PagesAgreeWithTheCLibrary) {
             std::size_t sourceLeft = 1;
             std::size_t targetLeft = 2;
             iconv(converter, &source, &sourceLeft, &target, &targetLeft);
-            EXPECT_EQ(decodedLeniently({&input, 1}, row.encoding), std::u16string(1, expected)) << byte;
-            EXPECT_EQ(decoded({&input, 1}, row.encoding).isNil(), expected == 0xFFFD) << byte;
+            EXPECT_EQ(decodedLeniently({&input, 1}, encoding), std::u16string(1, expected)) << byte;
+            EXPECT_EQ(decoded({&input, 1}, encoding).isNil(), expected == 0xFFFD) << byte;
         }
         iconv_close(converter);
     }
 }
 
 TEST(Encoding, Rows) {
-    struct Row {
-        const char* name;
-        CFStringEncoding encoding;
-        std::string_view bytes;
-        std::u16string_view text;
-    };
+    using Row = std::tuple<const char*, CFStringEncoding, std::string_view, std::u16string_view>;
     const Row rows[] = {
         {"ASCII", 0x600, "a\0~"sv, u"a\0~"sv},
         {"UTF-8", 0x8000100, "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", u"aä€\U0001F600"},
@@ -230,31 +171,23 @@ TEST(Encoding, Rows) {
         {"EBCDIC_CP037", 0xC02, "\x81\xF1\x40", u"a1 "},
         {"UTF-16BE", 0x10000100, "\0a\xD8\x3D\xDE\0"sv, u"a\U0001F600"},
         {"UTF-16LE keeps its mark", 0x14000100, "\xFF\xFE\x61\0"sv, u"\uFEFFa"},
-        {"UTF-16LE, unpaired surrogate", 0x14000100, "\0\xD8\x61\0"sv,
-         u"\xD800"
-         u"a"},
+        {"UTF-16LE, unpaired surrogate", 0x14000100, "\0\xD8z\0"sv, u"\xD800z"},
         {"UTF-32BE", 0x18000100, "\0\x01\xF6\0"sv, u"\U0001F600"},
         {"UTF-32LE", 0x1C000100, "a\0\0\0"sv, u"a"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(decoded(row.bytes, row.encoding).characters(), row.text);
+    for (const auto& [name, encoding, bytes, text] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(decoded(bytes, encoding).characters(), text);
         const NSData data =
-            dataUsingEncoding(NSString(row.text), CFStringConvertEncodingToNSStringEncoding(row.encoding));
-        EXPECT_EQ(data.characters(), row.bytes);
+            dataUsingEncoding(NSString(text), CFStringConvertEncodingToNSStringEncoding(encoding));
+        EXPECT_EQ(data.characters(), bytes);
     }
     const Row decodingOnly[] = {
         {"HZ_GB_2312", 0xA05, "a~{0!~}b", u"a\u554Ab"},
-        {"UTF-8 mark", 0x8000100,
-         "\xEF\xBB\xBF"
-         "a",
-         u"a"},
+        {"UTF-8 mark", 0x8000100, "\xEF\xBB\277a", u"a"},
         {"UTF-16, unmarked", 0x100, "\0a"sv, u"a"},
         {"UTF-16, big-endian mark", 0x100, "\xFE\xFF\0a"sv, u"a"},
-        {"UTF-16, little-endian mark", 0x100,
-         "\xFF\xFE"
-         "a\0\xFF\xFE"sv,
-         u"a\uFEFF"},
+        {"UTF-16, little-endian mark", 0x100, "\xFF\376a\0\xFF\xFE"sv, u"a\uFEFF"},
         {"UTF-32, marked", 0xC000100, "\xFF\xFE\0\0a\0\0\0"sv, u"a"},
         {"UTF-32, unmarked", 0xC000100, "\0\0\0a"sv, u"a"},
         {"MacThai, mark in another position", 0x15, "\x83\x88", u"\u0E48\u0E48"},
@@ -264,20 +197,14 @@ TEST(Encoding, Rows) {
         {"MacJapanese", 0x1, "\x88\x9F", u"\u4E9C"},
         {"MacKorean", 0x3, "\xB0\xA1", u"\uAC00"},
     };
-    for (const Row& row : decodingOnly) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(decoded(row.bytes, row.encoding).characters(), row.text);
+    for (const auto& [name, encoding, bytes, text] : decodingOnly) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(decoded(bytes, encoding).characters(), text);
     }
 }
 
 TEST(Encoding, BytesThatAreNotValid) {
-    struct Row {
-        const char* name;
-        CFStringEncoding encoding;
-        std::string_view bytes;
-        std::u16string_view repaired;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, CFStringEncoding, std::string_view, std::u16string_view> rows[] = {
         {"ASCII", 0x600, "a\x80", u"a\uFFFD"},
         {"UTF-8, cut off", 0x8000100, "a\xE2\x82", u"a\uFFFD"},
         {"UTF-8, surrogate", 0x8000100, "\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},
@@ -286,37 +213,27 @@ TEST(Encoding, BytesThatAreNotValid) {
         {"UTF-16, one byte", 0x100, "a", u"\uFFFD"},
         {"UTF-32, too large", 0x18000100, "\0\x11\0\0\0"sv, u"\uFFFD\uFFFD"},
         {"EUC_JP, cut off", 0x920, "a\xB0", u"a\uFFFD"},
-        {"EUC_JP, single byte", 0x920,
-         "\xFF"
-         "a",
-         u"\uFFFD"
-         u"a"},
+        {"EUC_JP, single byte", 0x920, "\377a", u"\uFFFDa"},
         {"ShiftJIS, cut off", 0xA01, "\x88", u"\uFFFD"},
         {"ShiftJIS_X0213, cut off", 0x628, "a\x88", u"a\uFFFD"},
         {"ISO_2022_JP, cut off in a pair", 0x820, "\x1B$B0!0", u"\u4E9C\uFFFD"},
         {"ISO_2022_JP, eight bits", 0x820, "a\xB0", u"a\uFFFD"},
-        {"ISO_2022_JP_3, eight bits", 0x823,
-         "a\xFF"
-         "b",
-         u"a\uFFFD"
-         u"b"},
+        {"ISO_2022_JP_3, eight bits", 0x823, "a\377b", u"a\uFFFDb"},
         {"Johab", 0x510, "a\xFF", u"a\uFFFD"},
         {"JIS_X0208_83, lone half", 0x621, "0", u"\uFFFD"},
         {"JIS_X0208_83, unassigned", 0x621, "~~0!", u"\uFFFD\u4E9C"},
         {"NonLossyASCII, no escape", 0xBFF, "\\q\\u12", u"\uFFFDq\uFFFDu12"},
-        {"NonLossyASCII, octal past a byte", 0xBFF, "\\777",
-         u"\uFFFD"
-         u"777"},
+        {"NonLossyASCII, octal past a byte", 0xBFF, "\\777", u"\uFFFD777"},
         {"MacThai", 0x15, "\x90", u"\uFFFD"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_TRUE(decoded(row.bytes, row.encoding).isNil());
-        EXPECT_EQ(decodedLeniently(row.bytes, row.encoding), row.repaired);
-        EXPECT_EQ(stringByRepairingData_encoding(NSData::dataWithBytes(row.bytes),
-                                                 CFStringConvertEncodingToNSStringEncoding(row.encoding))
+    for (const auto& [name, encoding, bytes, repaired] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(decoded(bytes, encoding).isNil());
+        EXPECT_EQ(decodedLeniently(bytes, encoding), repaired);
+        EXPECT_EQ(stringByRepairingData_encoding(NSData::dataWithBytes(bytes),
+                                                 CFStringConvertEncodingToNSStringEncoding(encoding))
                       .characters(),
-                  row.repaired);
+                  repaired);
     }
     EXPECT_TRUE(stringWithData_encoding(NSData(), NSUTF8StringEncoding).isNil());
     EXPECT_TRUE(stringByRepairingData_encoding(NSData(), NSUTF8StringEncoding).isNil());
@@ -324,13 +241,7 @@ TEST(Encoding, BytesThatAreNotValid) {
 }
 
 TEST(Encoding, MarkedData) {
-    struct Row {
-        const char* name;
-        std::string_view bytes;
-        NSStringEncoding mark;
-        const char16_t* text;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string_view, NSStringEncoding, const char16_t*> rows[] = {
         {"none", "ab", kCFStringEncodingInvalidId, nullptr},
         {"empty", "", kCFStringEncodingInvalidId, nullptr},
         {"half a mark", "\xEF\xBB", kCFStringEncodingInvalidId, nullptr},
@@ -343,12 +254,11 @@ TEST(Encoding, MarkedData) {
         {"UTF-32 that is not", "\0\0\xFE\xFF\x7F\0\0\0"sv, NSUTF32StringEncoding, nullptr},
         {"the mark alone", "\xFE\xFF", NSUnicodeStringEncoding, u""},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, bytes, mark, text] : rows) {
         NSStringEncoding used = kCFStringEncodingInvalidId;
-        EXPECT_EQ(encodingOfByteOrderMark(row.bytes), row.mark) << row.name;
-        EXPECT_EQ(stringWithMarkedData(NSData::dataWithBytes(row.bytes), &used), NSString(row.text))
-            << row.name;
-        EXPECT_EQ(used, row.text ? row.mark : NSStringEncoding(kCFStringEncodingInvalidId)) << row.name;
+        EXPECT_EQ(encodingOfByteOrderMark(bytes), mark) << name;
+        EXPECT_EQ(stringWithMarkedData(NSData::dataWithBytes(bytes), &used), NSString(text)) << name;
+        EXPECT_EQ(used, text ? mark : NSStringEncoding(kCFStringEncodingInvalidId)) << name;
     }
     NSStringEncoding used = 0;
     EXPECT_EQ(stringWithMarkedData(NSData::dataWithBytes("\xFF\xFE\0\0\0\xD8\x61\0"sv), &used),
@@ -359,24 +269,12 @@ TEST(Encoding, MarkedData) {
 }
 
 TEST(Encoding, CharactersThatDoNotFit) {
-    struct Row {
-        const char* name;
-        CFStringEncoding encoding;
-        std::u16string_view text;
-        std::string_view lossy;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, CFStringEncoding, std::u16string_view, std::string_view> rows[] = {
         {"ASCII", 0x600, u"\u00E9\u20AC\U0001F600x", "e??x"},
         {"Latin 1", 0x201, u"\u00E9\u0159\u1EC7", "\xE9re"},
-        {"UTF-8", 0x8000100,
-         u"a\xD800"
-         u"b",
-         "a\xEF\xBF\xBD"
-         "b"},
+        {"UTF-8", 0x8000100, u"a\xD800z", "a\xEF\xBF\xBDz"},
         {"UTF-32BE", 0x18000100, u"\xDC00", "\0\0\xFF\xFD"sv},
-        {"ShiftJIS", 0xA01, u"\u4E9C\u00E9\uAC00",
-         "\x88\x9F"
-         "e?"},
+        {"ShiftJIS", 0xA01, u"\u4E9C\u00E9\uAC00", "\x88\237e?"},
         {"ISO_2022_JP", 0x820, u"\u4E9C\uAC00", "\x1B$B0!\x1B(B?"},
         {"ISO_2022_JP, without a picture", 0x820, u"a\u200Bb", "a?b"},
         {"ShiftJIS_X0213", 0x628, u"\u4E9C\uAC00", "\x88\x9F?"},
@@ -384,12 +282,11 @@ TEST(Encoding, CharactersThatDoNotFit) {
         {"UTF-7, closed after a substitute", 0x4000100, u"a\xD800", "a+//0-"},
         {"windows-1252, U+0000 and U+FFFD", 0x500, u"\0\uFFFD"sv, "\0?"sv},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const NSStringEncoding encoding = CFStringConvertEncodingToNSStringEncoding(row.encoding);
-        EXPECT_TRUE(dataUsingEncoding(NSString(row.text), encoding).isNil());
-        EXPECT_EQ(dataUsingEncoding_allowLossyConversion(NSString(row.text), encoding, true).characters(),
-                  row.lossy);
+    for (const auto& [name, number, text, lossy] : rows) {
+        const NSStringEncoding encoding = CFStringConvertEncodingToNSStringEncoding(number);
+        EXPECT_TRUE(dataUsingEncoding(NSString(text), encoding).isNil()) << name;
+        EXPECT_EQ(dataUsingEncoding_allowLossyConversion(NSString(text), encoding, true).characters(), lossy)
+            << name;
     }
     // However many halves of pairs end a text, each has its substitute.
     for (const CFStringEncoding number : {0x632u, 0xA01u, 0x920u, 0x820u, 0x628u, 0x600u, 0x8000100u, 0xBFFu})
@@ -413,8 +310,7 @@ TEST(Encoding, CharactersThatDoNotFit) {
     EXPECT_TRUE(dataUsingEncoding(NSString(), NSUTF8StringEncoding).isNil());
     EXPECT_TRUE(dataUsingEncoding(u"a", 0x80000009).isNil());
     EXPECT_EQ(dataUsingEncoding(u"", NSUTF8StringEncoding).length(), 0u);
-    EXPECT_EQ(dataUsingEncoding(u"a", NSUnicodeStringEncoding).characters(), "\xFF\xFE"
-                                                                             "a\0"sv);
+    EXPECT_EQ(dataUsingEncoding(u"a", NSUnicodeStringEncoding).characters(), "\xFF\376a\0"sv);
     EXPECT_EQ(dataUsingEncoding(u"", NSUTF32StringEncoding).characters(), "\xFF\xFE\0\0"sv);
 }
 

@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <memory>
 #include <random>
-#include <string>
+#include <sstream>
+#include <vector>
 
 namespace kelvo {
 namespace {
@@ -68,16 +70,8 @@ TEST(TextEncodingConverter, Create) {
 }
 
 TEST(TextEncodingConverter, AsMuchAsFits) {
-    struct Row {
-        const char* name;
-        TextEncoding source;
-        TextEncoding destination;
-        std::string input;
-        std::size_t capacity;
-        OSStatus status;
-        std::size_t read;
-        std::string output;
-    };
+    using Row = std::tuple<const char*, TextEncoding, TextEncoding, std::string, std::size_t, OSStatus,
+                           std::size_t, std::string>;
     const Row rows[] = {
         {"fits", utf8, ucs2, "a\xC3\xA4", 4, noErr, 3, unitsAsBytes(u"a\u00E4")},
         {"odd room", utf8, ucs2, "ab", 3, kTECOutputBufferFullStatus, 1, unitsAsBytes(u"a")},
@@ -85,26 +79,22 @@ TEST(TextEncodingConverter, AsMuchAsFits) {
          unitsAsBytes(u"a")},
         {"nothing into nothing", utf8, ucs2, "", 0, noErr, 0, ""},
         {"cut off", utf8, ucs2, "a\xC3", 8, noErr, 2, unitsAsBytes(u"a\uFFFD")},
-        {"file of 16-bit units", ucs2, ucs2,
-         "\xFF\xFE"
-         "a\0"s,
-         8, noErr, 4, unitsAsBytes(u"a")},
+        {"file of 16-bit units", ucs2, ucs2, "\xFF\376a\0"s, 8, noErr, 4, unitsAsBytes(u"a")},
         {"units of this machine", ucs2, utf8, unitsAsBytes(u"\uFEFFa\u00E4\U0001F600"), 16, noErr, 10,
-         "\xEF\xBB\xBF"
-         "a\xC3\xA4\xF0\x9F\x98\x80"},
+         "\xEF\xBB\277a\xC3\xA4\xF0\x9F\x98\x80"},
         {"unpaired surrogate", ucs2, utf8, unitsAsBytes(u"\xD800z"), 16, noErr, 4, "\xEF\xBF\xBDz"},
         {"Latin to Cyrillic", 0x201, 0x502, "a\xE9\xDF", 3, noErr, 3, "ae?"},
         {"closing escape", utf8, 0x820, "\xE4\xBA\x9C", 16, noErr, 3, "\x1B$B0!\x1B(B"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        Converter converter(row.source, row.destination);
+    for (const auto& [name, source, destination, input, capacity, status, read, output] : rows) {
+        SCOPED_TRACE(name);
+        Converter converter(source, destination);
         for (int time = 0; time < 2; ++time) {
             converter.clear();
-            const Converted result = converter.convert(row.input, row.capacity);
-            EXPECT_EQ(result.status, row.status);
-            EXPECT_EQ(result.read, row.read);
-            EXPECT_EQ(result.bytes, row.output);
+            const Converted result = converter.convert(input, capacity);
+            EXPECT_EQ(result.status, status);
+            EXPECT_EQ(result.read, read);
+            EXPECT_EQ(result.bytes, output);
         }
     }
     // No room for the next character: what fits is whole.
@@ -144,27 +134,10 @@ TEST(TextEncodingConverter, SequencesStayTogether) {
 
 // Piece by piece gives the same text as at once, whatever the encoding and the bytes.
 TEST(TextEncodingConverter, SmallOutputsLoseNothing) {
-    constexpr std::string_view parts[] = {"\x1B$B"sv,
-                                          "\x1B(B"sv,
-                                          "\x1B$(D"sv,
-                                          "\x1B$)C"sv,
-                                          "\x0E"sv,
-                                          "\x0F"sv,
-                                          "~{"sv,
-                                          "~}"sv,
-                                          "+"sv,
-                                          "-"sv,
-                                          "&AOQ-"sv,
-                                          "\\u20ac"sv,
-                                          "\xF0\x9F\x98\x80"sv,
-                                          "\xD8\x3D\xDE\x00"sv,
-                                          "\x95\x32\x82\x36"sv,
-                                          "0!"sv,
-                                          "\xB0\xA1"sv,
-                                          "\x88\x9F"sv,
-                                          "\x82\xF5"sv,
-                                          "\x88\x62"sv,
-                                          "a"sv};
+    std::istringstream words(
+        "\x1B$B \x1B(B \x1B$(D \x1B$)C \x0E \x0F ~{ ~} + - &AOQ- \\u20ac \xF0\x9F\x98\x80 \xD8\x3D\xDE\x01 "
+        "\x95\x32\x82\x36 0! \xB0\xA1 \x88\x9F \x82\xF5 \x88\x62 a");
+    const std::vector<std::string> parts{std::istream_iterator<std::string>(words), {}};
     std::mt19937 random(11);
     for (const EncodingRow& row : encodingTable()) {
         if (row.kind == EncodingRow::Kind::None)
@@ -176,7 +149,7 @@ TEST(TextEncodingConverter, SmallOutputsLoseNothing) {
                 if (random() % 3 == 0)
                     input.push_back(static_cast<char>(random()));
                 else
-                    input += parts[random() % std::size(parts)];
+                    input += parts[random() % parts.size()];
             for (TextEncoding destination : {ucs2, utf8, TextEncoding(kCFStringEncodingISO_2022_JP)}) {
                 Converter atOnce(row.encoding, destination);
                 const Converted whole = atOnce.convert(input, input.size() * 16 + 64);

@@ -102,8 +102,8 @@ TEST(Task, ChildStartsClean) {
     ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
     const auto output = NSPipe::pipe();
     NSTask task;
-    setShellScript(task, u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; "
-                         u"cut -d' ' -f6 /proc/$$/stat; echo $$");
+    setShellScript(task, u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; cut "
+                         u"-d' ' -f6 /proc/$$/stat; echo $$");
     task.setStandardInput(NSFileHandle::fileHandleWithNullDevice());
     task.setStandardOutput(output);
     task.setStandardError(output);

@@ -20,10 +20,7 @@ Value dictionary(std::initializer_list<NSMutableDictionary::Pair> pairs) {
 }
 
 TEST(JSONSerialization, WritesEachKind) {
-    const struct {
-        Value value;
-        const char* expected;
-    } rows[] = {
+    const std::tuple<Value, const char*> rows[] = {
         {nullptr, "null"},
         {NSNull(), "null"},
         {NSNumber::numberWithBool(true), "true"},
@@ -37,16 +34,15 @@ TEST(JSONSerialization, WritesEachKind) {
         {u"\"\\\n\x01\u20AC\xD83D\xDE00", "\"\\\"\\\\\\n\\u0001\xE2\x82\xAC\xF0\x9F\x98\x80\""},
         {u"a\xD83D"
          u"b",
-         "\"a\xEF\xBF\xBD"
-         "b\""},
+         "\"a\xEF\xBF\275b\""},
         {NSString(std::u16string_view(u"\0", 1)), "\"\\u0000\""},
         {NSArray::array(), "[]"},
         {NSDictionary::dictionary(), "{}"},
         {dictionary({{u"1", u"z"}, {NSArray::arrayWithObjects({NSNull(), u"x"}), u"a"}, {u"2", u""}}),
          R"({"z":"1","a":[null,"x"],"":"2"})"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(json(row.value), row.expected);
+    for (const auto& [value, expected] : rows)
+        EXPECT_EQ(json(value), expected);
     EXPECT_EQ(json(dictionary({{NSArray::arrayWithObjects({u"x"}), u"a"}, {NSArray::array(), u"b"}}),
                    NSJSONWritingOptions::prettyPrinted),
               "{\n  \"a\": [\n    \"x\"\n  ],\n  \"b\": []\n}");

@@ -62,25 +62,22 @@ void expectAsPlain(const ExactText& text, const UnitsToFind& wanted, const std::
 // membership a lonely exception.
 TEST(UnitScanTest, oneHitAnywhere) {
     const auto bitmap = bitmapOf(u"\x007F\x0080\x0400\xD800\xFFFF");
-    struct Row {
-        char16_t filling, hit;
-    };
-    const Row rows[] = {{u'a', 0x7F},     {u'a', 0x80},     {0x7F, u'a'},   {0x0401, 0x0400},
-                        {0x0400, 0x0401}, {0xFFFF, 0xFF7F}, {u'a', 0xFFFF}, {0x8000, 0xD800},
-                        {0x00FF, 0x007F}, {0x0000, 0xFFFF}};
+    const char16_t rows[][2] = {{u'a', 0x7F},     {u'a', 0x80},     {0x7F, u'a'},   {0x0401, 0x0400},
+                                {0x0400, 0x0401}, {0xFFFF, 0xFF7F}, {u'a', 0xFFFF}, {0x8000, 0xD800},
+                                {0x00FF, 0x007F}, {0x0000, 0xFFFF}};
     for (std::size_t count = 0; count <= 130; ++count)
-        for (const Row& row : rows) {
-            ExactText text(count, count % 32, row.filling);
-            const UnitsToFind wanted[] = {{{row.hit, row.hit, row.hit, row.hit}, 1},
-                                          {{0x1234, row.hit, 0x1234, 0x1234}, 2},
-                                          {{0x1234, 0x4321, 0x1111, row.hit}, 4}};
+        for (const auto& [filling, hit] : rows) {
+            ExactText text(count, count % 32, filling);
+            const UnitsToFind wanted[] = {{{hit, hit, hit, hit}, 1},
+                                          {{0x1234, hit, 0x1234, 0x1234}, 2},
+                                          {{0x1234, 0x4321, 0x1111, hit}, 4}};
             for (std::size_t position = 0; position <= count; position += 1 + count / 70) {
                 if (position < count)
-                    text[position] = row.hit;
+                    text[position] = hit;
                 SCOPED_TRACE(count * 1000 + position);
                 expectAsPlain(text, wanted[position % 3], bitmap.data());
                 if (position < count)
-                    text[position] = row.filling;
+                    text[position] = filling;
             }
         }
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 namespace kelvo::documentengine {
@@ -44,11 +43,7 @@ TEST(ZipCopyTest, WhatIsNotWholeIsLeftAlone) {
     for (std::size_t length = 0; length < zip.size(); ++length)
         EXPECT_EQ(changed(zip.substr(0, length)), zip.substr(0, length)) << length;
     const std::size_t record = zip.find("PK\1\2");
-    const struct {
-        const char* name;
-        std::size_t place;
-        char value;
-    } rows[] = {
+    const std::tuple<const char*, std::size_t, char> rows[] = {
         {"encrypted", record + 8, 1},
         {"compressed in an unknown way", record + 10, 99},
         {"not what it says", record + 10, 8},
@@ -56,10 +51,10 @@ TEST(ZipCopyTest, WhatIsNotWholeIsLeftAlone) {
         {"from beyond the end", record + 45, 1},
         {"from where no entry is", record + 42, 1},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, place, value] : rows) {
         std::string broken = zip;
-        broken[row.place] = row.value;
-        EXPECT_EQ(changed(broken), broken) << row.name;
+        broken[place] = value;
+        EXPECT_EQ(changed(broken), broken) << name;
     }
     // Every number, pointing anywhere.
     for (std::size_t place = 0; place + 4 <= zip.size(); ++place) {
