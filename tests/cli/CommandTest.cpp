@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <string>
-#include <vector>
 
 namespace kelvo::cli {
 namespace {
@@ -137,10 +135,7 @@ TEST_F(CommandTest, PrintsTheTextOfPages) {
         {{"german.html", "--only-body", "--reformat", "--non-umlauted"}, "", 0, "\n\nu&\n\na\n\nb\n"},
         {{"-", "--charset", "koi8-r"}, "\xC1", 0, "\u0430\n"},
         {{"-"}, "\xFE\xFF\0<\0p\0>\4\x30"s, 0, "\n\n\u0430\n"},
-        {{"-", "--charset", "utf-8"}, "<meta charset=koi8-r>\u00E9", 0, "\u00E9\n"},
-        {{"-", "--charset", "koi8-cs2"}, "<meta charset=utf-8>\xC7", 0, "ch\n"},
         {{"-", "--charset", "koi8-r"}, "\xFE\xFF", 0, "\u0427\u042A\n"},
-        {{"-"}, "\xEF\xBB\xBF<meta charset=koi8-r>\u00E9", 0, "\u00E9\n"},
         {{"-"}, "<meta charset=koi8-r>\xC1", 0, "\u0430\n"},
         {{"-", "--json"}, "<p>x<!--googleoff: index-->y", 0, "{\"String\":\"\\n\\nxy\"}\n"},
         {{"-", "--json", "--markers"}, "x<!--googleoff: index-->y", 0, "{\"String\":\"x\"}\n"},
@@ -169,10 +164,8 @@ TEST_F(CommandTest, PrintsTheTextOfWebArchives) {
         {{"page.zzz", "--json"}, 0, "{\"String\":\"\\n\\n\u00FC\",\"Source\":\"<b>\u00FC</b>\"}\n"},
         {{"page.zzz", "--json", "--source"}, 2, ""},
         {{"picture.mht"}, 1, ""},
-        {{"picture.mht", "--source"}, 1, ""},
         {{"picture.mht", "--json"}, 1, "{}\n"},
         {{"text.zzz"}, 1, ""},
-        {{"text.zzz", "--json"}, 1, "{}\n"},
         {{"missing.mht"}, 4, ""},
     };
     for (const auto& [own, status, output] : rows) {

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <string>
 
 namespace kelvo::cli {
 namespace {

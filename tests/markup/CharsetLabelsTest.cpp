@@ -4,11 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace kelvo {
 namespace {
 

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <memory>
 
 namespace kelvo {
 namespace {

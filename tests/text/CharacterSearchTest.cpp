@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

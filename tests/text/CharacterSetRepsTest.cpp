@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>
 
-#include <set>
-
 namespace kelvo {
 namespace {
 

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include <sys/xattr.h>
 
 namespace kelvo {

@@ -2,30 +2,14 @@
 
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
+#include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <optional>
-#include <string>
 
 namespace kelvo {
 namespace {
 
-/// A variable of the environment that has another value until the end of the scope.
-class ScopedVariable {
-public:
-    ScopedVariable(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name))
-            old_ = old;
-        ::setenv(name, value, 1);
-    }
-    ~ScopedVariable() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
+using tests::ScopedVariable;
 
 TEST(PathStringsTest, standardDirectories) {
     const NSString home = NSHomeDirectory();

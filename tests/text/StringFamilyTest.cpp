@@ -14,7 +14,6 @@
 
 #include <functional>
 #include <random>
-#include <string>
 
 namespace kelvo {
 namespace {

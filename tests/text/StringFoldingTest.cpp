@@ -9,8 +9,6 @@
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>
 
-#include <string>
-
 namespace kelvo {
 namespace {
 

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 
 namespace kelvo {
 namespace {

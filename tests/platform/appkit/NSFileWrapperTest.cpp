@@ -14,7 +14,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <set>
 
 namespace kelvo {
 namespace {

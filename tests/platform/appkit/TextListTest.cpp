@@ -5,27 +5,20 @@
 namespace kelvo {
 namespace {
 
+std::string markerOf(const std::string& format, int item) {
+    return NSTextList{NSString::stringWithUTF8String(format)}.markerForItemNumber(item).UTF8String();
+}
+
 TEST(TextList, Markers) {
-    const std::tuple<const char16_t*, int, const char16_t*> rows[] = {{u"{disc}", 7, u"\u2022"},
-                                                                      {u"{decimal}.", 12, u"12."},
-                                                                      {u"{decimal}", -3, u"-3"},
-                                                                      {u"({lower-alpha})", 1, u"(a)"},
-                                                                      {u"{upper-alpha}", 26, u"Z"},
-                                                                      {u"{upper-alpha}", 27, u"AA"},
-                                                                      {u"{lower-alpha}", 703, u"aaa"},
-                                                                      {u"{lower-alpha}", 0, u"0"},
-                                                                      {u"{lower-roman}", 1994, u"mcmxciv"},
-                                                                      {u"{upper-roman}", 3999, u"MMMCMXCIX"},
-                                                                      {u"{upper-roman}", 4000, u"4000"},
-                                                                      {u"{lower-hexadecimal}", 255, u"ff"},
-                                                                      {u"{upper-hexadecimal}", 171, u"AB"},
-                                                                      {u"{octal}", 8, u"10"},
-                                                                      {u"{lower-greek}", 25, u"\u03B1\u03B1"},
-                                                                      {u"{strange}", 1, u"{strange}"},
-                                                                      {u"} {", 1, u"} {"},
-                                                                      {u"\u2192", 1, u"\u2192"}};
-    for (const auto& [format, item, marker] : rows)
-        EXPECT_EQ(NSTextList{format}.markerForItemNumber(item), marker) << NSString(format).UTF8String();
+    std::istringstream rows("{disc} 7 \u2022  {decimal}. 12 12.  {decimal} -3 -3  ({lower-alpha}) 1 (a)  "
+                            "{upper-alpha} 26 Z  {upper-alpha} 27 AA  {lower-alpha} 703 aaa  {lower-alpha} 0 "
+                            "0  {lower-roman} 1994 mcmxciv  {upper-roman} 3999 MMMCMXCIX  {upper-roman} 4000 "
+                            "4000  {lower-hexadecimal} 255 ff  {upper-hexadecimal} 171 AB  {octal} 8 10  "
+                            "{lower-greek} 25 \u03B1\u03B1  {strange} 1 {strange}  \u2192 1 \u2192");
+    std::string format, marker;
+    for (int item = 0; rows >> format >> item >> marker;)
+        EXPECT_EQ(markerOf(format, item), marker) << format << item;
+    EXPECT_EQ(markerOf("} {", 1), "} {");
 }
 
 } // namespace

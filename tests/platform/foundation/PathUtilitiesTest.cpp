@@ -1,5 +1,6 @@
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
+#include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -18,29 +19,6 @@ std::string text(const NSString& string) {
 NSString string(std::string_view bytes) {
     return NSString::stringWithUTF8String(bytes);
 }
-
-// Sets a variable for the scope, or takes it away.
-class Environment {
-public:
-    Environment(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name))
-            old_ = old;
-        set(value);
-    }
-    ~Environment() { set(hadOld() ? old_.c_str() : nullptr); }
-
-private:
-    bool hadOld() const { return !old_.empty(); }
-    void set(const char* value) {
-        if (value)
-            ::setenv(name_, value, 1);
-        else
-            ::unsetenv(name_);
-    }
-
-    const char* name_;
-    std::string old_;
-};
 
 TEST(PathUtilities, TakesPathsApart) {
     const char* const rows[][6] = {
@@ -99,8 +77,8 @@ TEST(PathUtilities, PutsPathsTogether) {
 }
 
 TEST(PathUtilities, HomeAndTilde) {
-    const Environment home("HOME", "/home/me//");
-    const Environment temporary("TMPDIR", "/scratch");
+    const tests::ScopedVariable home("HOME", "/home/me//");
+    const tests::ScopedVariable temporary("TMPDIR", "/scratch");
     EXPECT_EQ(text(NSHomeDirectory()), "/home/me");
     EXPECT_EQ(text(NSTemporaryDirectory()), "/scratch/");
     EXPECT_EQ(text(stringByExpandingTildeInPath(u"~")), "/home/me");
@@ -115,13 +93,13 @@ TEST(PathUtilities, HomeAndTilde) {
     EXPECT_TRUE(isAbsolutePath(u"/a") && isAbsolutePath(u"~a"));
     EXPECT_FALSE(isAbsolutePath(u"a/") || isAbsolutePath(u"") || isAbsolutePath(nullptr));
     {
-        const Environment rootHome("HOME", "/");
-        const Environment relative("TMPDIR", "relative");
+        const tests::ScopedVariable rootHome("HOME", "/");
+        const tests::ScopedVariable relative("TMPDIR", "relative");
         EXPECT_EQ(text(stringByAbbreviatingWithTildeInPath(u"/a")), "/a");
         EXPECT_EQ(text(stringByExpandingTildeInPath(u"~/a")), "/a");
         EXPECT_EQ(text(NSTemporaryDirectory()), "/tmp/");
     }
-    const Environment none("HOME", nullptr);
+    const tests::ScopedVariable none("HOME", nullptr);
     EXPECT_TRUE(NSHomeDirectory().characters().starts_with(u'/'));
 }
 

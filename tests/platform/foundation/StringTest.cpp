@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
-#include <utility>
 
 namespace kelvo {
 namespace {

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <sstream>
-#include <vector>
 
 #include <sys/stat.h>
 

@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

@@ -14,8 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
-#include <string>
 
 namespace kelvo {
 namespace {
@@ -70,49 +70,41 @@ TEST_F(DocumentReading, RichText) {
     contents->setPreferredFilename(u"TXT.rtf");
     package->addFileWrapper(contents);
     folder.write("package.rtfd/TXT.rtf", rtf);
-    struct Row {
-        std::string path;
-        const char* type;
-        const char* UTI;
+    const std::string serialized(package->serializedRepresentation().characters());
+    const std::tuple<std::string, const char*, const char*> rows[] = {
+        {folder.write("a.doc", rtf), "NSRTF", "public.rtf"},
+        {folder.path("package.rtfd"), "NSRTFD", "com.apple.rtfd"},
+        {folder.path("package.rtfd/"), "NSRTFD", "com.apple.rtfd"},
+        {folder.write("a.txt", serialized), "NSRTFD", "com.apple.rtfd"},
     };
-    for (const Row& row :
-         {Row{folder.write("a.doc", rtf), "NSRTF", "public.rtf"},
-          Row{folder.path("package.rtfd"), "NSRTFD", "com.apple.rtfd"},
-          Row{folder.path("package.rtfd/"), "NSRTFD", "com.apple.rtfd"},
-          Row{folder.write("a.txt", std::string(package->serializedRepresentation().characters())), "NSRTFD",
-              "com.apple.rtfd"}}) {
-        read(row.path);
-        EXPECT_EQ(string(), "plain bold") << row.path;
-        EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), row.type) << row.path;
-        EXPECT_EQ(attribute(NSUTIDocumentAttribute), row.UTI) << row.path;
-        EXPECT_EQ(attribute(NSTitleDocumentAttribute), "A Title") << row.path;
-        EXPECT_EQ(text.runs().size(), 2U) << row.path;
+    for (const auto& [path, type, UTI] : rows) {
+        read(path);
+        EXPECT_EQ(string(), "plain bold") << path;
+        EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), type) << path;
+        EXPECT_EQ(attribute(NSUTIDocumentAttribute), UTI) << path;
+        EXPECT_EQ(attribute(NSTitleDocumentAttribute), "A Title") << path;
+        EXPECT_EQ(text.runs().size(), 2U) << path;
     }
 }
 
 TEST_F(DocumentReading, WordProcessorDocuments) {
-    struct Row {
-        const char* name;
-        std::string contents;
-        const char* type;
-        const char* UTI;
+    const std::string word = "Gr\u00FC\u00DFe", paragraph = "<text:p>" + word + "</text:p>";
+    const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
+        {"a.odt", tests::openDocument(paragraph), "NSOpenDocument", "org.oasis-open.opendocument.text"},
+        {"b.xml", tests::flatOpenDocument(paragraph), "NSOpenDocument", "org.oasis-open.opendocument.text"},
+        {"c.txt", tests::openOfficeText(word), "NSOpenDocument", "org.openoffice.text"},
+        {"d.doc", tests::wordML("Gr&#xFC;&#xDF;e"), "NSWordML", "com.microsoft.word.wordml"},
     };
-    const std::string paragraph = "<text:p>Gr\xC3\xBC\xC3\237e</text:p>";
-    for (const Row& row :
-         {Row{"a.odt", tests::openDocument(paragraph), "NSOpenDocument", "org.oasis-open.opendocument.text"},
-          Row{"b.xml", tests::flatOpenDocument(paragraph), "NSOpenDocument",
-              "org.oasis-open.opendocument.text"},
-          Row{"c.txt", tests::openOfficeText("Gr\xC3\xBC\xC3\237e"), "NSOpenDocument", "org.openoffice.text"},
-          Row{"d.doc", tests::wordML("Gr&#xFC;&#xDF;e"), "NSWordML", "com.microsoft.word.wordml"}}) {
-        write(row.name, row.contents);
-        EXPECT_TRUE(contains("Gr\xC3\xBC\xC3\237e")) << row.name << ": " << string();
-        EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), row.type) << row.name;
-        EXPECT_EQ(attribute(NSUTIDocumentAttribute), row.UTI) << row.name;
-        EXPECT_EQ(attribute(NSConvertedDocumentAttribute), "1") << row.name;
-        EXPECT_TRUE(attributes.objectForKey(NSCocoaVersionDocumentAttribute).isNil()) << row.name;
+    for (const auto& [name, contents, type, UTI] : rows) {
+        write(name, contents);
+        EXPECT_TRUE(contains(word)) << name << ": " << string();
+        EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), type) << name;
+        EXPECT_EQ(attribute(NSUTIDocumentAttribute), UTI) << name;
+        EXPECT_EQ(attribute(NSConvertedDocumentAttribute), "1") << name;
+        EXPECT_TRUE(attributes.objectForKey(NSCocoaVersionDocumentAttribute).isNil()) << name;
         const auto files = std::filesystem::directory_iterator(folder.path());
-        EXPECT_EQ(std::distance(files, {}), 1) << "something beside " << row.name;
-        std::filesystem::remove(folder.path(row.name));
+        EXPECT_EQ(std::distance(files, {}), 1) << "something beside " << name;
+        std::filesystem::remove(folder.path(name));
     }
 }
 
@@ -125,10 +117,8 @@ TEST_F(DocumentReading, WhatADocumentSaysOfItself) {
     EXPECT_EQ(attribute(NSDocumentTypeDocumentAttribute), "NSOfficeOpenXML");
     EXPECT_EQ(attribute(NSTitleDocumentAttribute), "The Title");
     EXPECT_EQ(attribute(NSAuthorDocumentAttribute), "Ann Author");
-    NSMutableArray keywords = NSMutableArray::array();
-    keywords.addObject(u"one");
-    keywords.addObject(u"two");
-    EXPECT_EQ(attributes.objectForKey(NSKeywordsDocumentAttribute), Value(keywords));
+    EXPECT_EQ(attributes.objectForKey(NSKeywordsDocumentAttribute),
+              Value(NSArray::arrayWithObjects({u"one", u"two"})));
 }
 
 const std::string picture =
@@ -157,9 +147,12 @@ std::string resource(const std::string& url, const std::string& type, const std:
            std::string(kj::encodeBase64(kj::StringPtr(data.c_str()).asBytes()).cStr()) + "</data></dict>";
 }
 
-/// One part of a MIME message.
-std::string part(const std::string& header, const std::string& type, const std::string& data) {
-    return "\r\n--B\r\nContent-Type: " + type + "\r\n" + header + "\r\n\r\n" + data;
+/// A MIME message of these parts, each its header, type and contents.
+std::string messageOf(const std::vector<std::array<std::string, 3>>& parts) {
+    std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n";
+    for (const auto& [header, type, data] : parts)
+        message += "\r\n--B\r\nContent-Type: " + type + "\r\n" + header + "\r\n\r\n" + data;
+    return message + "\r\n--B--\r\n";
 }
 
 TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
@@ -179,12 +172,11 @@ TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
         resource(listener.url() + "/a/s.js", "text/javascript", script) +
         resource(listener.url() + "/a/s.css", "text/css", style) + "</array></dict></plist>";
     const std::string location = "Content-Location: " + listener.url();
-    const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
-                                part(location + "/a/", "text/html", source) +
-                                part(location + "/a/one.svg", "image/svg+xml", picture) +
-                                part(location + "/three.svg", "image/svg+xml", picture) +
-                                part(location + "/a/s.js", "text/javascript", script) +
-                                part(location + "/a/s.css", "text/css", style) + "\r\n--B--\r\n";
+    const std::string message = messageOf({{location + "/a/", "text/html", source},
+                                           {location + "/a/one.svg", "image/svg+xml", picture},
+                                           {location + "/three.svg", "image/svg+xml", picture},
+                                           {location + "/a/s.js", "text/javascript", script},
+                                           {location + "/a/s.css", "text/css", style}});
     for (const auto& [contents, UTI] :
          {std::pair(archive, "com.apple.webarchive"), std::pair(message, "com.microsoft.word.mhtml")}) {
         write("saved", contents);
@@ -211,12 +203,10 @@ TEST_F(DocumentReading, SavedPagesHaveWhatWasSavedWithThem) {
 TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
     const tests::Listener listener;
     const std::string url = listener.url();
-    const std::string page =
-        "<frameset rows='*,*,*'><frame src=f/one.html><frame src='/two.html'><frame src='" + url +
-        "/missing.html'></frameset>";
-    const std::string messagePage =
-        "<frameset rows='*,*,*'><frame src=f/one.html><frame src=cid:2@x><frame src='" + url +
-        "/missing.html'></frameset>";
+    const auto pageWith = [&url](const std::string& second) {
+        return "<frameset rows='*,*,*'><frame src=f/one.html><frame src='" + second + "'><frame src='" + url +
+               "/missing.html'></frameset>";
+    };
     const std::string one = "<p>one <img width=20 height=20 src=one.svg><iframe src=inner.html></iframe>";
     const std::string two = "<p style='font-weight:bold'>two" + std::string(300000, ' ');
     const std::string inner = "\xCF\xF0\xE8 <a href=l>link</a>";
@@ -226,19 +216,19 @@ TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
     };
     const std::string archive =
         "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>WebMainResource</key>" +
-        resource(url + "/", "text/html", page) + "<key>WebSubresources</key><array>" +
+        resource(url + "/", "text/html", pageWith("/two.html")) + "<key>WebSubresources</key><array>" +
         resource(url + "/f/one.svg", "image/svg+xml", picture) +
         "</array><key>WebSubframeArchives</key><array>" +
         frame(resource(url + "/f/one.html", "text/html", one),
               frame(resource(url + "/f/inner.html", "text/html", inner, "windows-1251"), "")) +
         frame(resource(url + "/two.html", "text/html", two), "") + "</array></dict></plist>";
     const std::string location = "Content-Location: " + url;
-    const std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/related; boundary=B\r\n" +
-                                part(location + "/", "text/html", messagePage) +
-                                part(location + "/f/one.html", "text/html", one) +
-                                part(location + "/f/inner.html", "text/html; charset=windows-1251", inner) +
-                                part(location + "/f/one.svg", "image/svg+xml", picture) +
-                                part("Content-ID: <2@x>", "text/html", two) + "\r\n--B--\r\n";
+    const std::string message =
+        messageOf({{location + "/", "text/html", pageWith("cid:2@x")},
+                   {location + "/f/one.html", "text/html", one},
+                   {location + "/f/inner.html", "text/html; charset=windows-1251", inner},
+                   {location + "/f/one.svg", "image/svg+xml", picture},
+                   {"Content-ID: <2@x>", "text/html", two}});
     for (const std::string& contents : {archive, message}) {
         write("saved", contents);
         EXPECT_EQ(tests::describe(text),

@@ -17,9 +17,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <set>
-#include <sstream>
-#include <utility>
 
 #include <sys/socket.h>
 #include <sys/un.h>

@@ -11,10 +11,6 @@
 #include <ctime>
 #include <optional>
 #include <span>
-#include <sstream>
-#include <string>
-#include <string_view>
-#include <utility>
 
 namespace kelvo {
 namespace {

@@ -8,8 +8,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <map>
-#include <sstream>
 #include <thread>
 
 namespace kelvo {

@@ -5,7 +5,6 @@
 #include <unicode/unorm2.h>
 
 #include <random>
-#include <string>
 
 namespace kelvo {
 namespace {

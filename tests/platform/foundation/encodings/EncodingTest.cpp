@@ -7,9 +7,6 @@
 
 #include <iconv.h>
 
-#include <set>
-#include <string>
-
 namespace kelvo {
 namespace {
 

@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
-#include <memory>
 #include <random>
-#include <sstream>
-#include <vector>
 
 namespace kelvo {
 namespace {

@@ -11,8 +11,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <memory>
-#include <vector>
 
 namespace kelvo {
 namespace {

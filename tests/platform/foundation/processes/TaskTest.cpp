@@ -19,11 +19,20 @@ NSString string(std::string_view bytes) {
     return NSFileManager::defaultManager().stringWithFileSystemRepresentation(bytes);
 }
 
-// The tests run a shell where they need a program that does something in particular.
-void setShellScript(NSTask& task, const char16_t* script) {
-    task.setLaunchPath(u"/bin/sh");
-    task.setArguments(NSArray::arrayWithObjects({u"-c", script}));
-}
+/// A shell, where a program is needed that does something in particular.
+struct Shell {
+    explicit Shell(const char16_t* script) {
+        task.setLaunchPath(u"/bin/sh");
+        task.setArguments(NSArray::arrayWithObjects({u"-c", script}));
+        task.setStandardOutput(output);
+    }
+    std::string rest() const {
+        return std::string(output->fileHandleForReading()->readDataToEndOfFile().characters());
+    }
+
+    std::shared_ptr<NSPipe> output = NSPipe::pipe();
+    NSTask task;
+};
 
 NSString nameOfExceptionFrom(const std::function<void()>& action) {
     try {
@@ -42,13 +51,10 @@ TEST(Task, GetsTheDescriptorLimitFromBeforeItWasRaised) {
     raiseDescriptorLimit();
     const FileDescriptor beyond(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 300));
     EXPECT_TRUE(beyond);
-    const auto output = NSPipe::pipe();
-    NSTask task;
-    setShellScript(task, u"ulimit -S -n");
-    task.setStandardOutput(output);
-    task.launch();
-    task.waitUntilExit();
-    EXPECT_EQ(output->fileHandleForReading()->readDataToEndOfFile().characters(), "200\n");
+    Shell shell(u"ulimit -S -n");
+    shell.task.launch();
+    shell.task.waitUntilExit();
+    EXPECT_EQ(shell.rest(), "200\n");
     rlimit raised{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &raised), 0);
     EXPECT_EQ(raised.rlim_cur, own.rlim_max);
@@ -76,17 +82,14 @@ TEST(Task, ArgumentsAndEnvironmentArriveAsTheyAre) {
 
 TEST(Task, WaitingNeverBlocksTheWriter) {
     // Ten times what a pipe holds, on both streams, before the reader looks at either.
-    const auto output = NSPipe::pipe();
     const auto error = NSPipe::pipe();
-    NSTask task;
-    setShellScript(task, u"head -c 700000 /dev/zero; head -c 700000 /dev/zero >&2; exit 3");
-    task.setStandardOutput(output);
-    task.setStandardError(error);
-    task.launch();
-    task.waitUntilExit();
-    EXPECT_EQ(task.terminationStatus(), 3);
-    EXPECT_FALSE(task.wasEndedBySignal());
-    EXPECT_EQ(output->fileHandleForReading()->availableData().length(), 700000U);
+    Shell shell(u"head -c 700000 /dev/zero; head -c 700000 /dev/zero >&2; exit 3");
+    shell.task.setStandardError(error);
+    shell.task.launch();
+    shell.task.waitUntilExit();
+    EXPECT_EQ(shell.task.terminationStatus(), 3);
+    EXPECT_FALSE(shell.task.wasEndedBySignal());
+    EXPECT_EQ(shell.output->fileHandleForReading()->availableData().length(), 700000U);
     EXPECT_EQ(error->fileHandleForReading()->readDataToEndOfFile().length(), 700000U);
     EXPECT_EQ(error->fileHandleForReading()->availableData().length(), 0U);
 }
@@ -100,21 +103,17 @@ TEST(Task, ChildStartsClean) {
     ::sigemptyset(&blocked);
     ::sigaddset(&blocked, SIGUSR1);
     ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-    const auto output = NSPipe::pipe();
-    NSTask task;
-    setShellScript(task, u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; cut "
-                         u"-d' ' -f6 /proc/$$/stat; echo $$");
-    task.setStandardInput(NSFileHandle::fileHandleWithNullDevice());
-    task.setStandardOutput(output);
-    task.setStandardError(output);
-    task.setSession(NSTask::Session::own);
-    task.launch();
+    Shell shell(u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; cut "
+                u"-d' ' -f6 /proc/$$/stat; echo $$");
+    shell.task.setStandardInput(NSFileHandle::fileHandleWithNullDevice());
+    shell.task.setStandardError(shell.output);
+    shell.task.setSession(NSTask::Session::own);
+    shell.task.launch();
     ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
     std::signal(SIGPIPE, previous);
-    const std::string id = std::to_string(task.processIdentifier());
-    EXPECT_EQ(output->fileHandleForReading()->readDataToEndOfFile().characters(),
-              "000000\n000000\n0\n1\n2\n" + id + "\n" + id + "\n");
-    task.waitUntilExit();
+    const std::string id = std::to_string(shell.task.processIdentifier());
+    EXPECT_EQ(shell.rest(), "000000\n000000\n0\n1\n2\n" + id + "\n" + id + "\n");
+    shell.task.waitUntilExit();
 }
 
 TEST(Task, StreamsMayCross) {
@@ -127,12 +126,11 @@ TEST(Task, StreamsMayCross) {
     ::dup2(first.get(), 1);
     ::dup2(second.get(), 2);
     {
-        NSTask task;
-        setShellScript(task, u"echo out; echo err >&2");
-        task.setStandardOutput(std::make_shared<NSFileHandle>(FileDescriptor(2)));
-        task.setStandardError(std::make_shared<NSFileHandle>(FileDescriptor(1)));
-        task.launch();
-        task.waitUntilExit();
+        Shell shell(u"echo out; echo err >&2");
+        shell.task.setStandardOutput(std::make_shared<NSFileHandle>(FileDescriptor(2)));
+        shell.task.setStandardError(std::make_shared<NSFileHandle>(FileDescriptor(1)));
+        shell.task.launch();
+        shell.task.waitUntilExit();
     } // closes both
     ::dup2(savedOutput, 1);
     ::dup2(savedError, 2);
@@ -170,18 +168,15 @@ TEST(Task, InputAndSignals) {
 }
 
 TEST(Task, OwnSessionEndsWithAllItsProcesses) {
-    const auto output = NSPipe::pipe();
-    NSTask task;
-    setShellScript(task, u"sleep 1000 & echo started; wait");
-    task.setStandardOutput(output);
-    task.setSession(NSTask::Session::own);
-    task.launch();
-    EXPECT_EQ(output->fileHandleForReading()->availableData().characters(), "started\n");
-    task.killTask();
+    Shell shell(u"sleep 1000 & echo started; wait");
+    shell.task.setSession(NSTask::Session::own);
+    shell.task.launch();
+    EXPECT_EQ(shell.output->fileHandleForReading()->availableData().characters(), "started\n");
+    shell.task.killTask();
     // Ends only when the sleeper's copy of the pipe is closed too.
-    EXPECT_EQ(output->fileHandleForReading()->readDataToEndOfFile().length(), 0U);
-    task.waitUntilExit();
-    EXPECT_EQ(task.terminationStatus(), SIGKILL);
+    EXPECT_EQ(shell.rest(), "");
+    shell.task.waitUntilExit();
+    EXPECT_EQ(shell.task.terminationStatus(), SIGKILL);
 }
 
 TEST(Task, RefusesWhatCannotBeLaunched) {

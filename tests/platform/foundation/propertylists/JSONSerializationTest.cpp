@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

@@ -4,8 +4,6 @@
 #include <plist/plist.h>
 
 #include <limits>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

@@ -5,10 +5,7 @@
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
-#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

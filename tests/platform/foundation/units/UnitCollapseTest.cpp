@@ -4,7 +4,6 @@
 
 #include <array>
 #include <random>
-#include <string>
 
 using namespace kelvo;
 

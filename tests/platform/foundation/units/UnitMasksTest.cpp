@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string_view>
-#include <vector>
 
 namespace kelvo {
 namespace {

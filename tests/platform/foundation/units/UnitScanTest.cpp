@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {

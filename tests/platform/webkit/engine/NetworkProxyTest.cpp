@@ -11,9 +11,6 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace kelvo {
 namespace {
