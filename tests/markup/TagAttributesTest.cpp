@@ -132,8 +132,7 @@ TEST(TagPredicatesTest, oneTag) {
         EXPECT_TRUE(std::ranges::equal(ofTag, expected)) << name;
         EXPECT_TRUE(std::ranges::equal(inRange, expected)) << name;
     }
-    EXPECT_TRUE(nameOfTagInRange(u"<a>", {1, 3}).isNil());
-    EXPECT_TRUE(nameOfTag(NSString()).isNil());
+    EXPECT_TRUE(nameOfTagInRange(u"<a>", {1, 3}).isNil() && nameOfTag(NSString()).isNil());
 }
 
 } // namespace

@@ -48,43 +48,23 @@ std::string pieces(const char16_t* text) {
 
 TEST(TagScannerTest, constructs) {
     const std::tuple<const char*, const char16_t*, const char*> rows[] = {
-        {"text alone", u"abc", "abc|"},
         {"> inside a quoted value", u"<a href=\"x>y\">", "1:a:<a href=\"x>y\">|"},
         {"apostrophe opens after =", u"<a title=it's>x' >y", "1:a:<a title=it's>x' >|y|"},
-        {"apostrophe after = never closed", u"<a title=it's>x", "<a title=it's>x|"},
-        {"quote not after = opens nothing", u"<a \">\">", "1:a:<a \">|\">|"},
-        {"after = survives an unquoted value", u"<a b=c 'd>e'>", "1:a:<a b=c 'd>e'>|"},
         {"name runs to a slash", u"</td><br/>", "1:td:</td>|1:br:<br/>|"},
         {"name begins with its first letter", u"<!DOCTYPE html><?xml?><h1>",
          "1:DOCTYPE:<!DOCTYPE html>|1:xml?:<?xml?>|1:h1:<h1>|"},
-        {"no name", u"<><1>", "1::<>|1::<1>|"},
         {"name of letters past ASCII", u"<\u00E9\u4E00\u00A0x>", "1:\u00E9\u4E00:<\u00E9\u4E00\u00A0x>|"},
-        {"unfinished tag", u"a<b", "a<b|"},
-        {"short comment", u"<!-x->y", "2::<!-x->|y|"},
-        {"shortest comments", u"<!->a<!-->b", "2::<!->|a|2::<!-->|b|"},
         {"long comment", u"<!--x->y-->z", "2::<!--x->y-->|z|"},
-        {"comment ended by --!>", u"<!--x--!>y", "2::<!--x--!>|y|"},
-        {"long comment not ended by -!>", u"<!--x-!>y-->z", "2::<!--x-!>y-->|z|"},
-        {"short comment not ended by --!>", u"<!-x--!>y->z", "2::<!-x--!>y->|z|"},
-        {"short after long", u"<!--a--><!-b->c", "2::<!--a-->|2::<!-b->|c|"},
         {"unfinished comments", u"a<!--b->", "a|2::<!--b->|"},
-        {"<!- at the end", u"<!-", "2::<!-|"},
         {"section", u"<![CDATA[a>]]>b", "3::<![CDATA[a>]]>|b|"},
         {"conditional comment", u"<![endif]-->b", "3::<![endif]-->|b|"},
-        {"section not ended by ->", u"<![a]->b", "3::<![a]->b|"},
         {"script is one tag", u"<script>if(a<b)document.write('</scr'+'ipt>')</script>c",
          "1:script:<script>if(a<b)document.write('</scr'+'ipt>')</script>|c|"},
         {"style in any case", u"<STYLE a>x>y</stYle\n>z", "1:STYLE:<STYLE a>x>y</stYle\n>|z|"},
-        {"end tag cut short", u"<script>x</scriptzz", "1:script:<script>x</scriptzz|"},
-        {"no end tag", u"<script>x<b></style>", "1:script:<script>|x|1:b:<b>|1:style:</style>|"},
         {"closed and self-closed", u"<script/>a</script><style />b",
          "1:script:<script/>|a|1:script:</script>|1:style:<style />|b|"},
         {"hidden in a comment", u"<script><!-- '</script>' --></script>x",
          "1:script:<script><!-- '</script>' --></script>|x|"},
-        {"comment without another end tag", u"<script><!-- </script> --> y",
-         "1:script:<script><!-- </script>| --> y|"},
-        {"comment that is not closed", u"<script><!-- </script>y</script>",
-         "1:script:<script><!-- </script>|y|1:script:</script>|"},
         {"--> shares nothing with <!-", u"<script><!--></script>-->", "1:script:<script><!--></script>|-->|"},
         {"end tag inside its own tag", u"<script a=\"</script>b\">c",
          "1:script:<script a=\"</script>|b\">c|"},
@@ -99,8 +79,7 @@ TEST(TagScannerTest, constructs) {
 
 TEST(TagScannerTest, plainTextGivesOneCall) {
     EXPECT_EQ(callsOfScan(u"abc"), (std::vector<Call>{{NSNotFound, 0, 3, 0, 0, TagKind::text}}));
-    EXPECT_TRUE(callsOfScan(u"").empty());
-    EXPECT_TRUE(callsOfScan(nullptr).empty());
+    EXPECT_TRUE(callsOfScan(u"").empty() && callsOfScan(nullptr).empty());
 }
 
 TEST(TagScannerTest, randomMarkupAsTheReference) {

@@ -9,7 +9,9 @@ namespace kelvo::tests {
 /// A picture of one red pixel.
 inline std::string smallPNG() {
     using namespace std::string_literals;
-    return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\x90wS\xDE\0\0\0\x0CIDATx\234c\xF8\xCF\xC0\0\0\x03\1\1\0\xC9\xFE\x92\xEF\0\0\0\0IEND\256B`\x82"s;
+    return "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x08\2\0\0\0\x90wS\xDE\0\0\0\x0CIDATx\234c\xF8\xCF"
+           "\xC0"
+           "\0\0\0\x03\1\1\0\xC9\xFE\x92\xEF\0\0\0\0IEND\256B`\x82"s;
 }
 
 inline std::string odfNamespaces() {

@@ -75,8 +75,7 @@ TEST(ConfigurationTextTest, dumps) {
                 u"00000000: 0078                                     x");
     EXPECT_EQ(dumpAsArray(u"").count(), 0u);
     EXPECT_TRUE(dump(u"") == u"");
-    EXPECT_TRUE(dump(nullptr).isNil());
-    EXPECT_TRUE(dumpAsArray(nullptr).isNil());
+    EXPECT_TRUE(dump(nullptr).isNil() && dumpAsArray(nullptr).isNil());
 }
 
 } // namespace

@@ -19,8 +19,7 @@ NSString named(const std::string& path) {
 TEST(FileNamesTest, extensions) {
     const NSArray list = NSArray::arrayWithObjects({u"JPEG", NSNull(), u"'PDF '"});
     EXPECT_TRUE(pathMatchingExtensions(u"/a/b.jpeg", list));
-    EXPECT_FALSE(pathMatchingExtensions(u"/a/b.jpg", list));
-    EXPECT_FALSE(pathMatchingExtensions(u"/a/b.jpeg", nullptr));
+    EXPECT_FALSE(pathMatchingExtensions(u"/a/b.jpg", list) || pathMatchingExtensions(u"/a/b.jpeg", nullptr));
     EXPECT_FALSE(pathMatchingExtensions(nullptr, list));
     for (const char16_t* valid : {u"a", u"jpeg", u"123456789012345", u"\u00E4"})
         EXPECT_TRUE(isValidPathExtension(NSString(valid)));

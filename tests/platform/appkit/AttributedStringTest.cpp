@@ -90,8 +90,7 @@ TEST(AttributedString, NilEmptyAndRangesPastTheEnd) {
     const NSAttributedString nil;
     const NSAttributedString empty(NSString::string());
     const NSAttributedString some(u"some");
-    EXPECT_TRUE(nil.isNil() && NSAttributedString(NSString()).isNil());
-    EXPECT_TRUE(nil.string().isNil());
+    EXPECT_TRUE(nil.isNil() && NSAttributedString(NSString()).isNil() && nil.string().isNil());
     EXPECT_FALSE(nil == empty);
     EXPECT_TRUE(NSMutableAttributedString(nil).copy() == empty);
     EXPECT_THROW(empty.runAtIndex(0), NSException);

@@ -92,10 +92,13 @@ Wrapper wrapperNaming(const std::string& name) {
     return parse(serialized({{"TXT.rtf", serializedFile("{}")}, {name, serializedFile("x")}}));
 }
 
-const std::string sample =
-    "rtfd\0\0\0\0\3\0\0\0\3\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\1\0\0\0."
-    "\x10\0\0\0\x2B\0\0\0\x48\0\0\0\1\0\0\0\x08\0\0\0\x89PNG\r\n\x1A\n"
-    "\1\0\0\0\x23\0\0\0{\\rtf1\\ansi{{\\NeXTGraphic a.png}\xAC}}\1\0\0\0\x40\0\0\0\2\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\x10\0\0\0\x10\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0"s;
+const std::string sample = "rtfd\0\0\0\0\3\0\0\0\3\0\0\0"
+                           "\5\0\0\0a.png\7\0\0\0TXT.rtf\1\0\0\0."
+                           "\x10\0\0\0\x2B\0\0\0\x48\0\0\0"
+                           "\1\0\0\0\x08\0\0\0\x89PNG\r\n\x1A\n"
+                           "\1\0\0\0\x23\0\0\0{\\rtf1\\ansi{{\\NeXTGraphic a.png}\xAC}}"
+                           "\1\0\0\0\x40\0\0\0\2\0\0\0\5\0\0\0a.png\7\0\0\0TXT.rtf\x10\0\0\0\x10\0\0\0"
+                           "\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0\0\0\0\x65\xB6\1\0\0\0\0\0\0\0\0\0\0"s;
 
 TEST(FileWrapperSerializationTest, ReadsAndWritesThePlatformsLayout) {
     ASSERT_EQ(sample.size(), 184u);
@@ -111,9 +114,9 @@ TEST(FileWrapperSerializationTest, ReadsAndWritesThePlatformsLayout) {
         again.replace(date, 4, "\0\0\0\x65", 4);
     EXPECT_EQ(again, sample);
 
-    EXPECT_EQ(
-        folder({}, u"Test1")->serializedRepresentation().characters(),
-        "rtfd\0\0\0\0\3\0\0\0\2\0\0\0\x13\0\0\0__@PreferredName@__\x17\0\0\0__@UTF8PreferredName@__\x0D\0\0\0\x0D\0\0\0\1\0\0\0\5\0\0\0Test1\1\0\0\0\5\0\0\0Test1"s);
+    EXPECT_EQ(folder({}, u"Test1")->serializedRepresentation().characters(),
+              "rtfd\0\0\0\0\3\0\0\0\2\0\0\0\x13\0\0\0__@PreferredName@__\x17\0\0\0__@UTF8PreferredName@__"
+              "\x0D\0\0\0\x0D\0\0\0\1\0\0\0\5\0\0\0Test1\1\0\0\0\5\0\0\0Test1"s);
     const std::string padded = number(1) + number(0x80000000) + number(2) + number(3) + "\0\0\0ab"s;
     EXPECT_EQ(
         parse(serialized({{"x", padded}}))->fileWrapperForName(u"x")->regularFileContents().characters(),

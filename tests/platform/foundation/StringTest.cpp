@@ -30,8 +30,7 @@ TEST(StringTest, NilIsNotEmptyAndBothHaveNoLength) {
 TEST(StringTest, SharesStorageAmongCopiesAndWholeSubstrings) {
     const NSString text(std::u16string_view(u"a\0b\xD800", 4));
     const NSString copy = text;
-    EXPECT_TRUE(copy.isIdenticalTo(text));
-    EXPECT_TRUE(text.substringWithRange({0, 4}).isIdenticalTo(text));
+    EXPECT_TRUE(copy.isIdenticalTo(text) && text.substringWithRange({0, 4}).isIdenticalTo(text));
     EXPECT_EQ(text.substringFromIndex(1).characters(), std::u16string_view(u"\0b\xD800", 3));
     EXPECT_EQ(text.substringToIndex(0), u"");
     EXPECT_THROW(text.substringWithRange({3, 2}), NSException);
@@ -111,9 +110,7 @@ TEST(MutableStringTest, ChangingNilDoesNothing) {
     nil.appendCharacter(u'x');
     nil.setLength(5);
     nil.deleteCharactersInRange({3, 4});
-    EXPECT_TRUE(nil.isNil());
-    EXPECT_TRUE(nil.copy().isNil());
-    EXPECT_TRUE(nil.takeString().isNil());
+    EXPECT_TRUE(nil.isNil() && nil.copy().isNil() && nil.takeString().isNil());
     EXPECT_TRUE(NSMutableString(NSString()).isNil());
     EXPECT_FALSE(NSMutableString::string().takeString().isNil());
 }

@@ -195,8 +195,7 @@ TEST(URL, FileURLsKeepEveryByteOfAName) {
     EXPECT_EQ(text(NSURL::fileURLWithPath(u"//x:y?#").absoluteString()), "file:////x:y%3F%23");
     const NSString inWorkingFolder = NSURL::fileURLWithPath(u"no such file").path();
     EXPECT_EQ(text(inWorkingFolder), text(files.currentDirectoryPath()) + "/no such file");
-    EXPECT_TRUE(NSURL::fileURLWithPath(nullptr).isNil());
-    EXPECT_TRUE(NSURL::fileURLWithPath(u"").isNil());
+    EXPECT_TRUE(NSURL::fileURLWithPath(nullptr).isNil() && NSURL::fileURLWithPath(u"").isNil());
     EXPECT_TRUE(NSURL::fileURLWithPath(NSString(std::u16string_view(u"/a\0b", 4))).isNil());
     EXPECT_TRUE(url("FILE:x").isFileURL());
     EXPECT_FALSE(url("files:///x").isFileURL());

@@ -140,8 +140,7 @@ TEST(DictionaryTest, FindsByTextAndComparesWithoutOrder) {
 }
 
 TEST(ValueTest, NilHandlesAreNilAndIdentityIsSharedStorage) {
-    EXPECT_TRUE(Value(NSString()).isNil());
-    EXPECT_TRUE(Value(NSArray()).isNil());
+    EXPECT_TRUE(Value(NSString()).isNil() && Value(NSArray()).isNil());
     EXPECT_TRUE(Value(std::shared_ptr<NSObject>()).isNil());
     EXPECT_FALSE(Value(NSNull()).isNil());
     EXPECT_TRUE(Value(integer(1)).string().isNil()) << "another kind is answered with nil";

@@ -65,8 +65,7 @@ TEST(WebArchiveTest, ReadsBothForms) {
         EXPECT_EQ(archive.subresources()[1].data(), bytes("image"));
     }
     const NSData old = written(root, NSPropertyListOpenStepFormat);
-    EXPECT_TRUE(WebArchive::initWithData(old).isNil());
-    EXPECT_TRUE(WebArchive().mainResource().data().isNil());
+    EXPECT_TRUE(WebArchive::initWithData(old).isNil() && WebArchive().mainResource().data().isNil());
     EXPECT_TRUE(WebArchive().subframeArchives().empty());
 }
 

@@ -495,7 +495,7 @@ TEST(RTFReading, HostileSources) {
         {"binary data past the end of what is passed over", "a{\\*\\x\\bin99999999999 }b", 1},
         {"columns without number",
          "\\trowd" + times(30000, "\\cellx1") + "\\intbl" + times(30000, "\\cell") + "\\row", 30000},
-        {"more cells than are kept", times(cells, "\\cell\\row"), cells},
+        {"more cells than are kept", times(cells, "\\intbl x\\cell\\row"), 2 * cells},
         {"numbers without end",
          "\\fs99999999999\\li-99999999999\\up-2147483648\\dn-2147483648\\f-1\\cf-9\\u-99999999999?"
          "\\tx99999999999\\itap99999999999\\ls-1\\ilvl-9\\trowd\\trleft-99999999999\\cellx99999999999 "

@@ -133,22 +133,6 @@ TEST(RTFWritingTest, LosesNoTextThatLies) {
     }
 }
 
-#ifndef KELVO_SANITIZED // A quarter of a million cells take the sanitizers a minute.
-TEST(RTFWritingTest, MoreCellsThanAreKeptLoseNoText) {
-    // Row spans repeat in every row that they reach, so that few cells can make many places.
-    std::string row = "\\intbl x";
-    for (int cell = 0; cell < 1000; ++cell)
-        row += "\\cell";
-    row += "\\row ";
-    std::string source = "{\\rtf1 ";
-    for (int count = 0; count < 260; ++count)
-        source += row;
-    const NSAttributedString text =
-        initWithRTF_documentAttributes(NSData::dataWithBytes(source + "}"), nullptr);
-    EXPECT_EQ(withoutUnit(text.string(), u'\n'), std::u16string(260, u'x'));
-}
-#endif
-
 TEST(RTFWritingTest, DocumentAttributesComeBack) {
     const NSDictionary attributes = NSMutableDictionary::dictionaryWithObjectsAndKeys({
         {NSSize{595, 842.5F}, NSPaperSizeDocumentAttribute},

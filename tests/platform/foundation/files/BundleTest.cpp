@@ -21,13 +21,11 @@ TEST(Bundle, IsAnyFolderAndNothingElse) {
     EXPECT_TRUE(NSBundle::bundleWithPath(nullptr).isNil());
     EXPECT_TRUE(NSBundle::bundleWithPath(string(folder.path("missing"))).isNil());
     EXPECT_TRUE(NSBundle::bundleWithPath(string(folder.path("file"))).isNil());
-    EXPECT_TRUE(NSBundle().infoDictionary().isNil());
-    EXPECT_TRUE(NSBundle().executablePath().isNil());
+    EXPECT_TRUE(NSBundle().infoDictionary().isNil() && NSBundle().executablePath().isNil());
 
     const NSBundle bundle = NSBundle::bundleWithPath(string(folder.path() + "//"));
     EXPECT_EQ(bundle.bundlePath(), string(folder.path()));
-    EXPECT_TRUE(bundle.infoDictionary().isNil());
-    EXPECT_TRUE(bundle.objectForInfoDictionaryKey(u"k").isNil());
+    EXPECT_TRUE(bundle.infoDictionary().isNil() && bundle.objectForInfoDictionaryKey(u"k").isNil());
     EXPECT_EQ(NSBundle::bundleWithPath(u"/").bundlePath(), u"/");
 }
 
@@ -56,11 +54,8 @@ TEST(Bundle, FindsItsExecutable) {
     };
     folder.write("Contents/outside", "x");
     folder.write("Contents/MacOS/sub/x", "x");
-    EXPECT_TRUE(executable("tool").isNil());
-    EXPECT_TRUE(executable("").isNil());
-    EXPECT_TRUE(executable("..").isNil());
-    EXPECT_TRUE(executable("sub").isNil());
-    EXPECT_TRUE(executable("../outside").isNil());
+    EXPECT_TRUE(executable("tool").isNil() && executable("").isNil() && executable("..").isNil());
+    EXPECT_TRUE(executable("sub").isNil() && executable("../outside").isNil());
     // Each is preferred to the one before it.
     for (const char* place :
          {"libtool.so", "tool", "Contents/MacOS/tool", "Contents/Linux/libtool.so", "Contents/Linux/tool"}) {

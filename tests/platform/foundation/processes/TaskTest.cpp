@@ -154,8 +154,7 @@ TEST(Task, InputAndSignals) {
     input->fileHandleForWriting()->writeData(NSData::dataWithBytes("echo"));
     EXPECT_EQ(output->fileHandleForReading()->availableData().characters(), "echo");
     task.terminate();
-    EXPECT_TRUE(task.waitUntilExitForSeconds(60));
-    EXPECT_TRUE(task.wasEndedBySignal());
+    EXPECT_TRUE(task.waitUntilExitForSeconds(60) && task.wasEndedBySignal());
     EXPECT_EQ(task.terminationStatus(), SIGTERM);
     task.killTask();
     // Nobody reads any more: an error, and this process lives.
