@@ -118,7 +118,7 @@ TEST(PlainTextHandler, JunkDivisions) {
         EXPECT_EQ(textWith(junk), u"a\n\n\n\nc") << NSString(junk).UTF8String();
     for (const char16_t* shown :
          {u"class=\"hidden x\"", u"style=\"VISIBILITY: hidden\"", u"x=hidden style=\"visibility: y\"",
-          u"style='display none'", u"style=\"position:absolute; left:-1000px; top:-1000\"",
+          u"style='x:y; display none'", u"style=\"position:absolute; left:-1000px; top:-1000\"",
           u"style=\"position: absolute;top:-9999px\"", u"style=\"position:absolute;margin-top:-9999px\""})
         EXPECT_EQ(textWith(shown), u"a\n\nb\n\nc") << NSString(shown).UTF8String();
     expectRows({

@@ -48,7 +48,6 @@ TEST(StringTest, ConvertsUTF8StrictlyOrByRepair) {
         {"empty", "", u"", true},
         {"beyond the basic plane", "\xF0\x9F\x98\x80", u"\U0001F600", true},
         {"stray byte", "a\xFFz", u"a\xFFFDz", false},
-        {"cut short", "\xE2\x82", u"\xFFFD", false},
         {"overlong", "\xC0\x80", u"\xFFFD\xFFFD", false},
         {"long, broken at its end", std::string(300, 'x') + "\xC3", nullptr, false},
     };

@@ -563,10 +563,9 @@ protected:
             const std::size_t nameEnd = stat.rfind(") ");
             if (nameEnd == std::string::npos || stat.find("(WebKitWebProces") == std::string::npos)
                 continue;
-            // After the state and the parent comes the process group.
-            std::size_t at = nameEnd + 4;
-            at = stat.find(' ', at) + 1;
-            if (stat.substr(at, stat.find(' ', at) - at) == group)
+            std::string state, parent, own;
+            std::istringstream(stat.substr(nameEnd + 2)) >> state >> parent >> own;
+            if (own == group)
                 found = std::stoi(entry.path().filename());
         }
         return found;
