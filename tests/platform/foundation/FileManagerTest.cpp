@@ -71,15 +71,13 @@ TEST(FileManager, ListsAndTests) {
 
 TEST(FileManager, MakesAndRemoves) {
     const tests::TemporaryFolder folder;
+    const auto permitting = [](int mode) {
+        return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{NSNumber::numberWithInt(mode), NSFilePosixPermissions}});
+    };
     const std::tuple<const char*, NSDictionary, mode_t> rows[] = {
-        {"new",
-         NSMutableDictionary::dictionaryWithObjectsAndKeys(
-             {{NSNumber::numberWithInt(0700), NSFilePosixPermissions}}),
-         0700},
-        {"beyond the umask",
-         NSMutableDictionary::dictionaryWithObjectsAndKeys(
-             {{NSNumber::numberWithInt(03777), NSFilePosixPermissions}}),
-         03777},
+        {"new", permitting(0700), 0700},
+        {"beyond the umask", permitting(03777), 03777},
         {"by the umask", nullptr, 0750},
     };
     const mode_t mask = ::umask(027);

@@ -398,11 +398,9 @@ std::set<std::string> socketsOfDisplays() {
     std::ifstream sockets("/proc/net/unix");
     for (std::string line; std::getline(sockets, line);) {
         std::istringstream fields(line);
-        std::string field[7], path;
-        for (std::string& one : field)
-            fields >> one;
-        if (fields >> path && path[0] == '/' && inodes.count("socket:[" + field[6] + "]") != 0)
-            paths.insert(path);
+        const std::vector<std::string> field(std::istream_iterator<std::string>(fields), {});
+        if (field.size() > 7 && field[7][0] == '/' && inodes.count("socket:[" + field[6] + "]") != 0)
+            paths.insert(field[7]);
     }
     return paths;
 }
