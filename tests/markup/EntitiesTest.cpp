@@ -63,8 +63,7 @@ TEST(EntitiesTest, references) {
         {"wraps", u"&#65601;", u"A", u"A", u"A"},
         {"too long", u"&#128512;&#x10041;&#000065;", u"&#128512;&#x10041;&#000065;",
          u"&#128512;&#x10041;&#000065;", u"&#128512;&#x10041;&#000065;"},
-        {"name of 7 letters", u"&epsilon;&epsilon", u"&epsilon;&epsilon", u"&epsilon;&epsilon",
-         u"&epsilon;&epsilon"},
+        {"long name", u"&epsilon;&epsilon", u"&epsilon;&epsilon", u"&epsilon;&epsilon", u"&epsilon;&epsilon"},
     };
     for (const auto& [name, text, standard, withoutStandard, onlyNumeric] : rows) {
         EXPECT_EQ(decoded(text, true, false, false), standard) << name;

@@ -137,8 +137,7 @@ TEST(WebArchiveSearchableTextTest, WhatIsMissingIsNil) {
 TEST(WebArchiveSearchableTextTest, LabelsAndMarksTellTheEncoding) {
     const std::string meta = "<meta charset=windows-1251>";
     const std::tuple<const char*, std::string, std::string, const char16_t*> rows[] = {
-        {"mark against the page", "", "\xEF\xBB\xBF" + meta + "\xC3\xA9",
-         u"<meta charset=windows-1251>\u00E9"},
+        {"mark over the page", "", "\xEF\xBB\xBF" + meta + "\xC3\xA9", u"<meta charset=windows-1251>\u00E9"},
         {"UTF-16", "", std::string("\xFF\xFE<\0p\0>\0\x30\x04", 10), u"<p>\u0430"},
         {"label against the mark", "latin1", "\xEF\xBB\xBF", u"\u00EF\u00BB\u00BF"},
         {"page without a mark", "", meta + "\xE0", u"<meta charset=windows-1251>\u0430"},

@@ -37,8 +37,7 @@ public:
     std::u16string words() {
         static constexpr std::u16string_view pieces =
             u"plain words |d\u00E9j\u00E0 vu |\u201Cquotes\u201D \u2014 \u20AC\u00A0|{braces} \\back\\ "
-            u"|\u6F22\u5B57\u304B\u306A|"
-            u"\u05E9\u05DC\u05D5\u05DD "
+            u"|\u6F22\u5B57\u304B\u306A|\u05E9\u05DC\u05D5\u05DD "
             u"|\U0001F600\U0001F469\u200D\U0001F680|\ttab\t|\u2028|\f|\u00AC\u00AD|\u0301\uFEFF|\xD800|"
             u"\xDC00x|\x01\x7F\x85|\r|\u2029| |x|\uFFFE\uFFFF|";
         std::u16string units;

@@ -63,8 +63,7 @@ TEST(EncodingConvertersTest, fromAnyEncoding) {
             {"no room at all", "abc", kCFStringEncodingISOLatin1, 0, 0, u""},
             {"cut off at the end", "a\xC3", kCFStringEncodingUTF8, 8, 1, u"a\uFFFD"},
             {"empty", "", kCFStringEncodingUTF8, 8, 1, u""},
-            {"file in UTF-16 with its mark", std::string_view("\xFF\xFE\x61\x00", 4), kCFStringEncodingUTF16,
-             8, 1, u"a"},
+            {"UTF-16, marked", std::string_view("\xFF\xFE\x61\x00", 4), kCFStringEncodingUTF16, 8, 1, u"a"},
             {"no such encoding", "abc", kCFStringEncodingInvalidId, 8, kTextUnsupportedEncodingErr, u""},
         };
     for (const auto& [name, source, encoding, capacity, result, expected] : rows) {

@@ -59,13 +59,11 @@ TEST(StringRemovalTest, multiplesAndSinglePlaces) {
     const std::tuple<const char*, NSString, NSString, NSString, NSString> rows[] = {
         {"the first remains", u"a \t b\t  c", u"a b\tc", u"a \t b\t  c", u"a b\tc"},
         {"spaces leave feeds alone", u"a  \n\n  b", u"a \n\n b", u"a  \n  b", u"a \n b"},
-        {"CR LF is one end", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\nb\rc\nd",
-         u"a\r\nb\rc\nd"},
+        {"CR LF", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\n\r\nb\r\rc\n\r\nd", u"a\r\nb\rc\nd", u"a\r\nb\rc\nd"},
         {"eight feeds", u"a\u2028\u2029\f\u0003\uFFFC\uFEFFb", u"a\u2028\u2029\f\u0003\uFFFC\uFEFFb",
          u"a\u2028b", u"a\u2028b"},
         {"spaces between feeds", u"\n \n  \n", u"\n \n \n", u"\n \n  \n", u"\n \n \n"},
-        {"the no-break space is no space", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b",
-         u"a\u00A0\u00A0b"},
+        {"no-break space", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b", u"a\u00A0\u00A0b"},
     };
     for (const auto& [name, text, spaces, feeds, both] : rows) {
         SCOPED_TRACE(name);
@@ -131,8 +129,7 @@ TEST(StringEditingTest, tabs) {
         {"runs", u"        a   b c", 4, u"        a   b c", u"\t\ta\tb c"},
         {"a single space at a stop stays", u"abc d", 4, u"abc d", u"abc d"},
         {"runs that pass a stop", u"ab    c", 4, u"ab    c", u"ab\t  c"},
-        {"columns begin anew with a line", u"a\r\n\tb\u2028  \tc", 2, u"a\r\n  b\u2028    c",
-         u"a\r\n\tb\u2028\t\tc"},
+        {"lines begin anew", u"a\r\n\tb\u2028  \tc", 2, u"a\r\n  b\u2028    c", u"a\r\n\tb\u2028\t\tc"},
         {"one column", u"a\t  b", 1, u"a   b", u"a\t  b"},
         {"none", u"a\t    b", 0, u"a\t    b", u"a\t    b"},
     };

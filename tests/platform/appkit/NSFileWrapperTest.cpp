@@ -157,8 +157,7 @@ TEST(FileWrapperSerializationTest, RefusesWhatDoesNotFit) {
         {"count of all ones", head + number(0xFFFFFFFF) + std::string(64, '\0')},
         {"name of all ones", head + number(1) + number(0xFFFFFFFF) + std::string(64, '\0')},
         {"file longer than its entry", serialized({{"a", number(1) + number(5) + "abc"}, {"b", "dddddddd"}})},
-        {"padding past the end",
-         serialized({{"a", number(1) + number(0x80000000) + number(1) + number(99) + "a"}})},
+        {"long padding", serialized({{"a", number(1) + number(0x80000000) + number(1) + number(99) + "a"}})},
         {"entry without type", serialized({{"a", "abc"}})},
         {"too deep", head + deep},
     };
@@ -352,8 +351,7 @@ TEST_F(FileWrapperFilesTest, FailureLeavesEverythingAsItWas) {
     };
     const std::pair<const char*, std::function<bool()>> rows[] = {
         {"full disk", [&] { return limited([&] { return write(package, disk.path("new.rtfd")); }); }},
-        {"full disk, into a folder",
-         [&] { return limited([&] { return write(package, disk.path("p.rtfd")); }); }},
+        {"full disk, a folder", [&] { return limited([&] { return write(package, disk.path("p.rtfd")); }); }},
         {"full disk, atomically",
          [&] { return limited([&] { return write(package, disk.path("p.rtfd"), true); }); }},
         {"no right to write",

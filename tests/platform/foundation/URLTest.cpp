@@ -77,8 +77,8 @@ TEST(URL, Components) {
         {"x:", "x  (nil) (nil) (nil) -1 (nil) (nil) (nil) (nil) (nil) (nil)"},
         {"x:/a/b%2Ejpg//", "x /a/b%2Ejpg// (nil) (nil) (nil) -1 /a/b%2Ejpg// /a/b.jpg (nil) (nil) b.jpg jpg"},
         {"a/b.", "(nil) (nil) (nil) (nil) (nil) -1 a/b. a/b. (nil) (nil) b. (nil)"},
-        {"http://h/%FF%C3%A4", "http //h/%FF%C3%A4 (nil) (nil) h -1 /%FF%C3%A4 /\uFFFD\u00E4 (nil) (nil) "
-                               "\uFFFD\u00E4 (nil)"},
+        {"http://h/%FF%C3%A4",
+         "http //h/%FF%C3%A4 (nil) (nil) h -1 /%FF%C3%A4 /\uFFFD\u00E4 (nil) (nil) \uFFFD\u00E4 (nil)"},
     };
     for (const auto& [source, parts] : rows) {
         EXPECT_EQ(partsOf(url(source)), parts);

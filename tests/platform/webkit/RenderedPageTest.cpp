@@ -20,10 +20,10 @@ std::vector<std::string> fieldsOf(const std::string& text) {
 }
 
 /// One style of each kind, one picture, and a text and the picture in a block.
-const std::vector<std::string> page = fieldsOf(
-    "Title|1|1|1|Georgia, serif|12.5|700|1|rgb(255, 0, 51)|rgba(0, 0, 0, "
-    "0)|6|-1|0.5|preserve-breaks|http://h/|-webkit-right|1|1|2|3|4|5|6|7|8|2|1|http://h/a.gif|alt|20|10||"
-    "2|0|0|0|text|9|0|0|3");
+const std::vector<std::string> page =
+    fieldsOf("Title|1|1|1|Georgia, serif|12.5|700|1|rgb(255, 0, 51)|rgba(0, 0, 0, "
+             "0)|6|-1|0.5|preserve-breaks|http://h/|-webkit-right|1|1|2|3|4|5|6|7|8|2|1|http://h/"
+             "a.gif|alt|20|10||2|0|0|0|text|9|0|0|3");
 
 constexpr std::size_t colorField = 8;
 constexpr std::size_t blockField = 33;

@@ -239,7 +239,7 @@ TEST(RTFReading, Paragraphs) {
 TEST(RTFReading, Tables) {
     const std::string definition = "\\trowd\\cellx1000\\cellx2000 ";
     const Row rows[] = {
-        {"rows, and text after them",
+        {"rows, then text",
          definition + "\\pard\\intbl a\\par b\\cell c\\cell\\row\\intbl d\\cell\\cell\\row\\pard e",
          "'a|b|' cell=0,0/2:50pt; 'c|' cell=0,1/2:50pt; 'd|' cell=1,0/2:50pt; '|' cell=1,1/2:50pt; 'e'"},
         {"defined after its cells, and not ended", "\\intbl a\\cell b\\cell" + definition + "\\row\\intbl c",

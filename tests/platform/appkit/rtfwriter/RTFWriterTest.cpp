@@ -75,13 +75,11 @@ TEST(RTFWriterTest, Paragraphs) {
         {"right", STYLE(style.alignment = NSTextAlignment::right), "\\pard\\qr\\pardirnatural"},
         {"centred", STYLE(style.alignment = NSTextAlignment::center), "\\pard\\qc\\pardirnatural"},
         {"justified", STYLE(style.alignment = NSTextAlignment::justified), "\\pard\\qj\\pardirnatural"},
-        {"left to right", STYLE(style.baseWritingDirection = NSWritingDirection::leftToRight),
-         "\\pard\\ltrpar"},
+        {"rightwards", STYLE(style.baseWritingDirection = NSWritingDirection::leftToRight), "\\pard\\ltrpar"},
         {"right to left, for readers that do not align such text by themselves",
          STYLE(style.baseWritingDirection = NSWritingDirection::rightToLeft), "\\pard\\qr\\qnatural\\rtlpar"},
         {"a heading", STYLE(style.headerLevel = 2), "\\pard\\pardirnatural\\outlinelevel1"},
-        {"a heading deeper than outlines go", STYLE(style.headerLevel = 12),
-         "\\pard\\pardirnatural\\outlinelevel8"},
+        {"a heading past outlines", STYLE(style.headerLevel = 12), "\\pard\\pardirnatural\\outlinelevel8"},
     };
 #undef STYLE
     for (const auto& [name, change, words] : rows)

@@ -103,8 +103,8 @@ TEST(Task, ChildStartsClean) {
     ::sigemptyset(&blocked);
     ::sigaddset(&blocked, SIGUSR1);
     ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-    Shell shell(u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; cut "
-                u"-d' ' -f6 /proc/$$/stat; echo $$");
+    Shell shell(u"grep -E 'SigBlk|SigIgn' /proc/self/status | grep -oE '.{6}$'; ls /proc/$$/fd; cut -d' ' "
+                u"-f6 /proc/$$/stat; echo $$");
     shell.task.setStandardInput(NSFileHandle::fileHandleWithNullDevice());
     shell.task.setStandardError(shell.output);
     shell.task.setSession(NSTask::Session::own);

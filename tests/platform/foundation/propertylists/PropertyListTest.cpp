@@ -152,8 +152,7 @@ TEST(PropertyList, ReadsOldStyleText) {
         {"escapes", R"("\a\b\f\n\r\t\v\"\'\\\q\
 ")",
          u"\a\b\f\n\r\t\v\"'\\q\n"},
-        {"octal is NEXTSTEP", R"("\101\344\0001\777")",
-         NSString(std::u16string_view(u"A\u00EE\0001\uFFFD", 5))},
+        {"octal NEXTSTEP", R"("\101\344\0001\777")", NSString(std::u16string_view(u"A\u00EE\0001\uFFFD", 5))},
         {"units", R"("\U20ac\Ud83D\ude00\U41g\Ux")", u"\u20AC\xD83Dude00AgUx"},
         {"UTF-8", "\"\xE2\x82\xAC\"", u"\u20AC"},
         {"byte order mark", "\xEF\xBB\xBF(a)", list({u"a"})},
@@ -171,8 +170,9 @@ TEST(PropertyList, ReadsXML) {
          u" a&\u20AC<"},
         {"no plist element", " <?xml version=\"1.0\"?>", nullptr},
         {"integers",
-         "<plist><array><integer> -0x7F </integer><integer>+9223372036854775807</integer>"
-         "<integer>18446744073709551615</integer></array></plist>",
+         "<plist><array><integer> -0x7F "
+         "</integer><integer>+9223372036854775807</integer><integer>18446744073709551615</integer></array></"
+         "plist>",
          list({integer(-127), integer(std::numeric_limits<std::int64_t>::max()),
                real(18446744073709551616.0)})},
         {"reals", "<plist><array><real>+infinity</real><real>1.5e3</real></array></plist>",
@@ -199,8 +199,7 @@ TEST(PropertyList, ReadsBinaryObjects) {
         {"below 64 bits", "\x14" + std::string(8, '\xFF') + bigEndian((1ull << 63) - 2048, 8),
          real(-9223372036854777856.0)},
         {"past 64 bits", "\x14" + bigEndian(1, 8) + bigEndian(0, 8), real(18446744073709551616.0)},
-        {"past signed 64 bits", "\x14" + bigEndian(0, 8) + bigEndian(1ull << 63, 8),
-         real(9223372036854775808.0)},
+        {"past signed 64", "\x14" + bigEndian(0, 8) + bigEndian(1ull << 63, 8), real(9223372036854775808.0)},
         {"float", "\x22\x3F\xC0" + std::string(2, '\0'), NSNumber::numberWithFloat(1.5f)},
         {"archive reference", "\x81\x01\x02", pairs({{integer(258), u"CF$UID"}})},
     });
@@ -270,8 +269,7 @@ TEST(PropertyList, BrokenInputGivesAReason) {
         {"array past the end", binaryList({"\xAF\x13" + bigEndian(1ull << 63, 8)}), "passes its end"},
         {"dictionary past the end", binaryList({"\xDF\x13" + bigEndian(1ull << 62, 8)}), "passes its end"},
         {"length is no integer", binaryList({"\x5F\121a"}), "length"},
-        {"length of sixteen bytes", binaryList({"\x5F\x14" + bigEndian(0, 8) + bigEndian(1, 8) + "a"}),
-         "length"},
+        {"length of 16 bytes", binaryList({"\x5F\x14" + bigEndian(0, 8) + bigEndian(1, 8) + "a"}), "length"},
         {"key is no string", binaryList({"\xD1" + references({1, 1}), "\x09"}), "not a string"},
         {"date is no number", binaryList({"\x33" + std::string(8, '\xFF')}), "not a number"},
         {"contains itself", binaryList({"\xA1" + references({0})}), "contains itself"},
