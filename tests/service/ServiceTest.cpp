@@ -64,6 +64,7 @@ TEST_F(ServiceTest, WritesPackages) {
         package->addFileWrapper(file);
     }
     const NSData rtfd = package->serializedRepresentation();
+    folder.write("there.rtfd/kept", "");
     folder.write("there.rtfd/TXT.rtf", "old");
     for (const char* name : {"new.rtfd", "there.rtfd"}) {
         ASSERT_TRUE(write(rtfd, folder.path(name))) << name;
@@ -71,6 +72,7 @@ TEST_F(ServiceTest, WritesPackages) {
         EXPECT_FALSE(std::filesystem::exists(folder.path(name) + "/unused")) << name;
         EXPECT_EQ(folder.read(name + std::string("/TXT.rtf")).find("{\\rtf1"), 0u) << name;
     }
+    EXPECT_TRUE(std::filesystem::exists(folder.path("there.rtfd/kept")));
     EXPECT_FALSE(write(NSData::dataWithBytes("{\\rtf1 plain}"), folder.path("plain.rtfd")));
     EXPECT_FALSE(write(rtfd, folder.path("none/x.rtfd")));
     EXPECT_FALSE(write(rtfd.subdataWithRange({0, rtfd.length() - 1}), folder.path("cut.rtfd")));

@@ -169,6 +169,18 @@ TEST(RTFTableBuilderTest, CellsAreBounded) {
     EXPECT_EQ(cells.blocksOf(again).size(), 3u) << "with the parent that it is given";
     EXPECT_EQ(cells.add(-1), -1);
     EXPECT_TRUE(cells.blocksOf(-1).empty());
+
+    cells.release(5);
+    const RTFColorTable colors;
+    RTFTableBuilder builder(cells, colors);
+    EXPECT_EQ(builder.paragraphEnded(2, 0, false), 5)
+        << "the outer cell, where none is left for the inner one";
+    builder.cellEnded(1);
+    EXPECT_EQ(builder.paragraphEnded(1, 1, false), -1);
+    builder.rowEnded(1);
+    builder.finish();
+    const auto table = cells.blocksOf(5).at(0)->table;
+    EXPECT_EQ(table ? table->numberOfColumns : 0, 1);
 }
 
 } // namespace
