@@ -201,6 +201,7 @@ TEST(PropertyList, ReadsBinaryObjects) {
         {"past 64 bits", "\x14" + bigEndian(1, 8) + bigEndian(0, 8), real(18446744073709551616.0)},
         {"past signed 64", "\x14" + bigEndian(0, 8) + bigEndian(1ull << 63, 8), real(9223372036854775808.0)},
         {"float", "\x22\x3F\xC0" + std::string(2, '\0'), NSNumber::numberWithFloat(1.5f)},
+        {"length of four bytes", "\x5F\x12" + bigEndian(1, 4) + "a", u"a"},
         {"archive reference", "\x81\x01\x02", pairs({{integer(258), u"CF$UID"}})},
     });
     const Value set = read(binaryList({"\xC2" + references({1, 1}), "\121a"}));
