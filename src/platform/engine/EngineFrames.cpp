@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned char inMemoryFlag = 1;
 constexpr unsigned char placesFlag = 2;
+constexpr unsigned char peakFlag = 4;
 
 void appendNumber(std::string& bytes, std::uint64_t number) {
     for (int shift = 0; shift < 64; shift += 8)
@@ -121,7 +122,8 @@ NSData propertyListOf(const Value& value) {
 
 std::string EngineFrameHead::bytes() const {
     std::string result{static_cast<char>(kind), static_cast<char>(descriptorCount),
-                       static_cast<char>((isInMemory ? inMemoryFlag : 0) | (hasPlaces ? placesFlag : 0))};
+                       static_cast<char>((isInMemory ? inMemoryFlag : 0) | (hasPlaces ? placesFlag : 0) |
+                                         (asksForPeak ? peakFlag : 0))};
     result.resize(8);
     for (const std::uint64_t number : {length, cpuMicroseconds, peakBytes})
         appendNumber(result, number);
@@ -131,13 +133,14 @@ std::string EngineFrameHead::bytes() const {
 std::optional<EngineFrameHead> EngineFrameHead::withBytes(std::string_view bytes) {
     if (bytes.size() < size || bytes[0] < static_cast<char>(EngineFrameKind::message) ||
         bytes[0] > static_cast<char>(EngineFrameKind::greeting) ||
-        (static_cast<unsigned char>(bytes[2]) & ~(inMemoryFlag | placesFlag)) != 0 ||
+        (static_cast<unsigned char>(bytes[2]) & ~(inMemoryFlag | placesFlag | peakFlag)) != 0 ||
         bytes.substr(3, 5) != std::string_view("\0\0\0\0\0", 5))
         return std::nullopt;
     EngineFrameHead head;
     head.kind = static_cast<EngineFrameKind>(bytes[0]);
     head.descriptorCount = static_cast<std::uint8_t>(bytes[1]);
     head.isInMemory = (bytes[2] & inMemoryFlag) != 0;
+    head.asksForPeak = (static_cast<unsigned char>(bytes[2]) & peakFlag) != 0;
     head.hasPlaces = (bytes[2] & placesFlag) != 0;
     head.length = numberAt(bytes, 8);
     head.cpuMicroseconds = numberAt(bytes, 16);
@@ -150,12 +153,7 @@ std::optional<EngineFrameHead> EngineFrameHead::withBytes(std::string_view bytes
     return head;
 }
 
-EncodedEngineFrame::EncodedEngineFrame(EngineFrameKind kind, const Value& value,
-                                       std::uint64_t cpuMicroseconds, std::uint64_t peakBytes) {
-    EngineFrameHead head;
-    head.kind = kind;
-    head.cpuMicroseconds = cpuMicroseconds;
-    head.peakBytes = peakBytes;
+EncodedEngineFrame::EncodedEngineFrame(EngineFrameHead head, const Value& value) {
     NSData contents = NSData::data();
     if (!value.isNil()) {
         Extraction extraction;

@@ -27,8 +27,9 @@ struct EngineFrame {
 };
 
 /// Before the contents stand 32 bytes, numbers with their low byte first: the kind (1 byte), how many descriptors go
-/// with the frame (1), where the contents are and what of them stands on descriptors (1), zeros (5), the length of the
-/// contents (8), and in an answer what it took: microseconds of CPU (8) and the most bytes that were resident (8).
+/// with the frame (1), flags (1), zeros (5), the length of the contents (8), and in an answer the microseconds of CPU that
+/// the engine has used in all its life (8) and, where the message asked for it, the most bytes of it that were resident
+/// since that (8).
 ///
 /// The contents are a binary property list; nil has length 0. Contents above leastSealedBytes travel in sealed memory,
 /// which is then the first descriptor. Data that stands on a descriptor itself travels as that: the property list is
@@ -42,6 +43,8 @@ struct EngineFrameHead {
     std::uint8_t descriptorCount = 0;
     bool isInMemory = false;
     bool hasPlaces = false;
+    /// Of a message: how much is resident at most is to be watched.
+    bool asksForPeak = false;
     std::uint64_t length = 0;
     std::uint64_t cpuMicroseconds = 0;
     std::uint64_t peakBytes = 0;
@@ -57,13 +60,21 @@ struct EngineFrameHead {
 struct EncodedEngineFrame {
     /// Throws NSException (NSInvalidArgumentException) when the value is no property list, and (NSMallocException) when
     /// there is no memory to share.
-    EncodedEngineFrame(EngineFrameKind kind, const Value& value, std::uint64_t cpuMicroseconds = 0,
-                       std::uint64_t peakBytes = 0);
+    EncodedEngineFrame(EngineFrameKind kind, const Value& value) : EncodedEngineFrame(headOf(kind), value) {}
+    /// What the head says of the contents and the descriptors is filled in.
+    EncodedEngineFrame(EngineFrameHead head, const Value& value);
 
     std::string bytes;
     /// To be sent with the first of the bytes. The data that they belong to is held by `held`.
     std::vector<int> descriptors;
     std::vector<NSData> held;
+
+private:
+    static EngineFrameHead headOf(EngineFrameKind kind) {
+        EngineFrameHead head;
+        head.kind = kind;
+        return head;
+    }
 };
 
 /// Which descriptors the receiver of a frame accepts: an engine is handed files, and hands back none.

@@ -21,9 +21,9 @@
 #include <ctime>
 #include <utility>
 
-#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace kelvo {
@@ -32,7 +32,7 @@ namespace {
 /// How long a child that has closed its socket, or was killed, may take to be gone.
 constexpr double secondsToBeGone = 1;
 /// Most answers come sooner than an event loop that waits for several things turns.
-constexpr int millisecondsOfShortWait = 1;
+constexpr timeval shortWait{0, 1000};
 /// All threads of an engine together may use the CPU for so many times as long as an answer may take, and for so many
 /// seconds more.
 constexpr double cpuSecondsPerSecond = 2;
@@ -91,12 +91,14 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     void start();
     void stop();
     void send(EncodedEngineFrame frame);
+    /// Reads once, by default as long as the socket's own short time; whether anything has come in.
+    bool receiveOnce(int flags);
     /// Takes in what is there.
     void drain();
     kj::Promise<void> drainUntilGone();
     kj::Promise<void> pushTheRest();
     void handleFrame();
-    void limitCPU(double timeoutSeconds) const;
+    void limitCPU(double timeoutSeconds);
     void noteUse(double cpuMilliseconds, std::uint64_t peakBytes) const;
     void replaceSoon();
     [[noreturn]] void fail(const char16_t* exceptionName, Outcome outcome, const NSString& sentence) const;
@@ -125,7 +127,9 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     bool isReady = false;
     NSString layers;
     unsigned answeredMessages = 0;
+    /// In all its life until the present message, as far as it has told, and the limit of that.
     double cpuSecondsBefore = 0;
+    double cpuSecondsAllowed = 0;
     const Questions* questions = nullptr;
     std::optional<Value> result;
     /// What the engine has noted about why it cannot work at all.
@@ -137,6 +141,7 @@ void EngineProcess::Internals::start() {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         fail(EngineMissingException, Outcome::missingEngine, u"there is no descriptor left for it");
     socket = FileDescriptor(ends[0]);
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &shortWait, sizeof shortWait);
     const auto otherEnd = std::make_shared<NSFileHandle>(FileDescriptor(ends[1]));
     auto arguments = NSMutableArray::array();
     arguments.addObject(pathOf(folder.path()));
@@ -176,6 +181,7 @@ void EngineProcess::Internals::stop() {
     layers = nullptr;
     complaint = nullptr;
     answeredMessages = 0;
+    cpuSecondsBefore = cpuSecondsAllowed = 0;
     if (task) {
         noteEngineEnded(task->processIdentifier());
         // Before the child is collected, because its group may outlive it and must not outlive its number.
@@ -202,14 +208,16 @@ kj::Promise<void> EngineProcess::Internals::pushTheRest() {
     return observer->whenBecomesWritable().then([this] { return pushTheRest(); });
 }
 
+bool EngineProcess::Internals::receiveOnce(int flags) {
+    const auto event = reader.receive(socket.get(), flags);
+    isBroken = event == EngineFrameReader::Event::broken;
+    isGone = isBroken || event == EngineFrameReader::Event::ended;
+    return event == EngineFrameReader::Event::some;
+}
+
 void EngineProcess::Internals::drain() {
     // A frame at a time: one that sends without end fills no memory.
-    while (!isGone && !reader.hasWholeFrame()) {
-        const auto event = reader.receive(socket.get(), MSG_DONTWAIT);
-        if (event == EngineFrameReader::Event::none)
-            break;
-        isBroken = event == EngineFrameReader::Event::broken;
-        isGone = isBroken || event == EngineFrameReader::Event::ended;
+    while (!isGone && !reader.hasWholeFrame() && receiveOnce(MSG_DONTWAIT)) {
     }
     if (hasPending())
         NSRunLoop::currentRunLoop().wakeUp();
@@ -271,11 +279,14 @@ bool EngineProcess::Internals::performPending() {
     return true;
 }
 
-void EngineProcess::Internals::limitCPU(double timeoutSeconds) const {
-    // The limit counts a warm engine's whole life.
-    const rlimit limit{static_cast<rlim_t>(std::ceil(cpuSecondsBefore + cpuSecondsMore +
-                                                     cpuSecondsPerSecond * std::max(timeoutSeconds, 0.0))),
-                       RLIM_INFINITY};
+void EngineProcess::Internals::limitCPU(double timeoutSeconds) {
+    // The limit counts a warm engine's whole life. It is moved on when too little of it, or too much, is left.
+    const double needed = cpuSecondsMore + cpuSecondsPerSecond * std::max(timeoutSeconds, 0.0);
+    const double left = cpuSecondsAllowed - cpuSecondsBefore;
+    if (left >= needed && left <= 2 * needed)
+        return;
+    cpuSecondsAllowed = std::ceil(cpuSecondsBefore + 1.5 * needed);
+    const rlimit limit{static_cast<rlim_t>(cpuSecondsAllowed), RLIM_INFINITY};
     ::prlimit(task->processIdentifier(), RLIMIT_CPU, &limit, nullptr);
 }
 
@@ -314,6 +325,7 @@ void EngineProcess::Internals::fail(const char16_t* exceptionName, Outcome outco
 void EngineProcess::Internals::failAfterEnd() {
     const bool hasSpoken = isReady;
     const NSString reason = complaint;
+    const double before = cpuSecondsBefore;
     if (!isBroken && task->waitForEndForSeconds(secondsToBeGone)) {
         const auto ended = std::move(task);
         noteEngineEnded(ended->processIdentifier());
@@ -321,7 +333,7 @@ void EngineProcess::Internals::failAfterEnd() {
         ended->waitUntilExitForSeconds(secondsToBeGone);
         stop();
         NSTask::endStrayChildren();
-        noteUse(std::max(0.0, ended->cpuMilliseconds() - cpuSecondsBefore * 1000), 0);
+        noteUse(std::max(0.0, ended->cpuMilliseconds() - before * 1000), 0);
         const int status = ended->terminationStatus();
         if (ended->wasEndedBySignal()) {
             switch (status) {
@@ -370,7 +382,10 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
     Internals& own = *internals_;
     if (own.isAsking)
         throw NSException(NSGenericException, u"The engine is at work on another message.");
-    EncodedEngineFrame frame(EngineFrameKind::message, message);
+    EngineFrameHead head;
+    head.kind = EngineFrameKind::message;
+    head.asksForPeak = RequestNotes::current() != nullptr;
+    EncodedEngineFrame frame(head, message);
     NSRunLoop& loop = NSRunLoop::currentRunLoop();
     // A child that ended since the last message, or has gone on talking, is replaced.
     if (own.task) {
@@ -405,13 +420,11 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
 
     own.questions = &questions;
     own.result.reset();
-    own.cpuSecondsBefore = cpuSecondsOfProcess(own.task->processIdentifier());
     own.limitCPU(timeoutSeconds);
     const double end = monotonicSeconds() + timeoutSeconds;
     own.send(std::move(frame));
-    pollfd answer{own.socket.get(), POLLIN, 0};
-    if (own.isReady && ::poll(&answer, 1, millisecondsOfShortWait) > 0) {
-        own.drain();
+    if (own.isReady) {
+        own.receiveOnce(0);
         own.performPending();
     }
     while (!own.result && !own.isGone && monotonicSeconds() < end)
@@ -419,8 +432,10 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
                                                           NSDate::date().timeIntervalSinceReferenceDate() +
                                                           end - monotonicSeconds()));
     if (own.result) {
-        const EngineFrameHead& head = own.reader.lastHead();
-        own.noteUse(static_cast<double>(head.cpuMicroseconds) / 1000, head.peakBytes);
+        const EngineFrameHead& answer = own.reader.lastHead();
+        const double cpuSeconds = static_cast<double>(answer.cpuMicroseconds) / 1e6;
+        own.noteUse(std::max(0.0, cpuSeconds - own.cpuSecondsBefore) * 1000, answer.peakBytes);
+        own.cpuSecondsBefore = cpuSeconds;
         asking.isAnswered = true;
         ++own.answeredMessages;
         const EngineDescription& bounds = own.description;

@@ -41,7 +41,7 @@ TEST(EngineFrames, HeadsAreCheckedBeforeTheyAreTrusted) {
         {"more descriptors than there may be", bytesOf(2, 17, 3, 10), false},
         {"places without data", bytesOf(2, 1, 3, 10), false},
         {"data without places", bytesOf(2, 1, 0, 10), false},
-        {"unknown flag", bytesOf(2, 0, 4, 10), false},
+        {"unknown flag", bytesOf(2, 0, 8, 10), false},
         {"something where nothing is", bytesOf(2, 0, 0, 10).replace(7, 1, "x"), false},
         {"no kind", bytesOf(0, 0, 0, 1), false},
         {"past the last kind", bytesOf(7, 0, 0, 1), false},
@@ -68,7 +68,11 @@ protected:
     }
     std::optional<EngineFrame> carried(const Value& value, EngineFrameData accepted) {
         EngineFrameWriter writer;
-        writer.add({EngineFrameKind::message, value, 12, 34});
+        EngineFrameHead head;
+        head.cpuMicroseconds = 12;
+        head.peakBytes = 34;
+        head.asksForPeak = true;
+        writer.add({head, value});
         EXPECT_EQ(writer.send(near.get(), 0), EngineFrameWriter::Event::done);
         EngineFrameReader reader(accepted);
         while (!reader.hasWholeFrame())
@@ -76,6 +80,7 @@ protected:
         auto frame = reader.takeFrame();
         EXPECT_EQ(reader.lastHead().cpuMicroseconds, 12U);
         EXPECT_EQ(reader.lastHead().peakBytes, 34U);
+        EXPECT_TRUE(reader.lastHead().asksForPeak);
         EXPECT_TRUE(reader.isEmpty());
         return frame;
     }

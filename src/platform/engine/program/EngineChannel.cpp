@@ -106,10 +106,10 @@ bool EngineChannel::greet(const NSString& layers) {
 
 std::optional<Value> EngineChannel::nextMessage() {
     auto message = read(EngineFrameKind::message);
+    isWatchingPeak_ = reader_.lastHead().asksForPeak;
     // Since now, not since the start of a warm engine; 5 resets the peak alone (proc(5)).
-    if (peakReset_)
+    if (isWatchingPeak_ && peakReset_)
         static_cast<void>(::pwrite(peakReset_.get(), "5", 1, 0));
-    cpuMicrosecondsBefore_ = cpuMicroseconds();
     return message;
 }
 
@@ -121,8 +121,11 @@ bool EngineChannel::note(Outcome outcome, const NSString& sentence) {
 }
 
 bool EngineChannel::answer(const Value& result) {
-    return write({EngineFrameKind::answer, result, cpuMicroseconds() - cpuMicrosecondsBefore_,
-                  status_ ? peakBytes(status_.get()) : 0});
+    EngineFrameHead head;
+    head.kind = EngineFrameKind::answer;
+    head.cpuMicroseconds = cpuMicroseconds();
+    head.peakBytes = isWatchingPeak_ && status_ ? peakBytes(status_.get()) : 0;
+    return write({head, result});
 }
 
 std::optional<Value> EngineChannel::ask(const Value& question) {

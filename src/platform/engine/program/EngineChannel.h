@@ -49,7 +49,7 @@ private:
     FileDescriptor folderUse_;
     FileDescriptor peakReset_;
     FileDescriptor status_;
-    std::uint64_t cpuMicrosecondsBefore_ = 0;
+    bool isWatchingPeak_ = false;
 };
 
 } // namespace kelvo
