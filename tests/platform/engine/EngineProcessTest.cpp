@@ -20,9 +20,12 @@
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace kelvo {
 namespace {
@@ -84,6 +87,7 @@ std::string failureOf(EngineProcess& engine, const Value& asked, double seconds 
         engine.ask(asked, seconds);
     } catch (const NSException& exception) {
         name = exception.name().UTF8String();
+        EXPECT_EQ(exception.reason(), notes.sentence());
     }
     return name + ": " + (notes.outcome() ? wordOfOutcome(*notes.outcome()).UTF8String() : "no outcome") +
            ": " + (notes.sentence().isNil() ? "" : notes.sentence().UTF8String());
@@ -357,6 +361,50 @@ TEST(EngineProcess, HostileFilesReachNothing) {
         EXPECT_EQ(outcome(all, row.act, row.with), row.all) << row.act;
         EXPECT_EQ(outcome(withoutFilter, row.act, row.with), row.withoutFilter) << row.act;
         EXPECT_EQ(outcome(withoutLandlock, row.act, row.with), row.withoutLandlock) << row.act;
+    }
+}
+
+TEST(EngineProcess, ItEndsWithTheOneWhoAsks) {
+    const tests::TemporaryFolder folder;
+    ::setenv("TMPDIR", folder.path().c_str(), 1);
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    // A process that ends without a word.
+    const pid_t asking = ::fork();
+    if (asking == 0) {
+        EngineProcess& engine = *new EngineProcess(rehearsal());
+        engine.ask(message(u"grow", number(1)), ample);
+        const pid_t child = engine.processIdentifier();
+        std::ofstream(engine.ask(message(u"folder"), ample).string().UTF8String() + "/left") << 'x';
+        ::_exit(::write(ends[1], &child, sizeof child) == sizeof child ? 0 : 1);
+    }
+    pid_t child = 0;
+    ASSERT_EQ(::read(ends[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
+    ASSERT_EQ(::waitpid(asking, nullptr, 0), asking);
+    EXPECT_TRUE(isGone(child));
+    // The folder itself it may not remove, only what is in there.
+    for (const auto& each : std::filesystem::recursive_directory_iterator(folder.path()))
+        EXPECT_TRUE(each.is_directory()) << each.path();
+    ::unsetenv("TMPDIR");
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST(EngineProcess, TheCPUIsLimitedForEachMessage) {
+    EngineProcess engine(rehearsal());
+    const auto limit = [&engine](double timeoutSeconds) {
+        engine.ask(message(u"echo"), timeoutSeconds);
+        std::ifstream file("/proc/" + std::to_string(engine.processIdentifier()) + "/limits");
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("Max cpu time"))
+                return std::atoi(line.c_str() + 12);
+        }
+        return 0;
+    };
+    // Room for all threads together, and not much more, whatever the one before was given.
+    for (const double seconds : {10.0, 60.0, 1.0}) {
+        EXPECT_GE(limit(seconds), static_cast<int>(2 * seconds)) << seconds;
+        EXPECT_LE(limit(seconds), static_cast<int>(5 * seconds + 10)) << seconds;
     }
 }
 

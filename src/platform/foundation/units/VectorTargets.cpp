@@ -1,10 +1,11 @@
 // Which kinds of vectors this machine has, for Highway, whose headers alone are used: its shared library finds out how
 // fine the machine's timer is whenever it is loaded, for benchmarks that nobody runs, which cost every program here seven
-// milliseconds of its start. What is asked of that library is the two functions below.
+// milliseconds of its start. What is asked of that library is the three functions below.
 
 #include <hwy/targets.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 
 #if HWY_ARCH_X86
@@ -87,6 +88,11 @@ std::int64_t detectedTargets() {
 std::int64_t SupportedTargets() {
     static const std::int64_t targets = detectedTargets();
     return targets;
+}
+
+/// For what cannot happen in these headers; unoptimised builds ask for it all the same.
+void Abort(const char*, int, const char*, ...) {
+    std::abort();
 }
 
 ChosenTarget& GetChosenTarget() {
