@@ -25,6 +25,6 @@ inline constexpr std::size_t outcomeCount = 10;
 
 /// "answered", "nothing", "unsupported", "broken", "locked", "refused", "missing engine", "timed out", "out of memory",
 /// "crashed".
-NSString wordOfOutcome(Outcome outcome);
+KELVO_PUBLIC NSString wordOfOutcome(Outcome outcome);
 
 } // namespace kelvo

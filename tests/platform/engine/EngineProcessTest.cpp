@@ -251,7 +251,9 @@ TEST(EngineProcess, WhatItNotesAndTakesIsPartOfTheRequest) {
     EXPECT_GT(small.cpuMilliseconds, 5);
     // Of this request alone, however much the one before took.
     EXPECT_GT(large.peakBytes, 200U << 20);
+#ifndef KELVO_SANITIZED // which holds on to memory that was given back
     EXPECT_LT(small.peakBytes, 100U << 20);
+#endif
 }
 
 TEST(EngineProcess, ItIsReplacedBetweenTwoMessages) {

@@ -133,7 +133,9 @@ TEST_F(RequestLedgerTest, MemoryIsThatOfTheRequest) {
         GTEST_SKIP() << "the kernel does not tell";
     add(ledger, 2, nullptr);
     EXPECT_GT(latest().peakBytes, 0u);
+#ifndef KELVO_SANITIZED // which holds on to memory that was given back
     EXPECT_GT(most, latest().peakBytes + large / 2);
+#endif
 }
 
 TEST_F(RequestLedgerTest, LatestTakesThePlaceOfTheOldest) {
