@@ -1,0 +1,130 @@
+#include "platform/launchservices/UTType.h"
+
+#include "platform/foundation/Value.h"
+#include "platform/foundation/units/ASCII.h"
+#include "platform/launchservices/DeclaredTypes.h"
+#include "platform/launchservices/DynamicType.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+constexpr std::size_t codeLength = 4;
+
+std::string asKey(std::u16string_view text) {
+    return asciiLowerCased(UTF8StringOfCharacters(text));
+}
+
+std::vector<std::string> partsOf(std::string_view list) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(' '), list.size());
+        parts.push_back(asciiLowerCased(std::string(list.substr(0, end))));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+/// Where the rows of the table are found. Keys are in lower case but for type codes.
+class TypeIndex {
+public:
+    static const TypeIndex& shared() {
+        static const TypeIndex index;
+        return index;
+    }
+
+    using Rows = std::unordered_map<std::string, const DeclaredType*>;
+    std::array<Rows, 2> byExtension;
+    Rows byMIMEType;
+    Rows byTypeCode;
+
+    /// The type and all that it conforms to, in lower case.
+    std::vector<std::string> conformedTo(std::string type) const {
+        std::vector<std::string> types{std::move(type)};
+        for (std::size_t index = 0; index < types.size(); ++index) {
+            for (std::string& next : parentsOf(types[index])) {
+                if (std::ranges::find(types, next) == types.end())
+                    types.push_back(std::move(next));
+            }
+        }
+        return types;
+    }
+
+    NSString identifierOf(const std::string& type) const {
+        const auto row = byIdentifier_.find(type);
+        return NSString::stringWithUTF8String(row == byIdentifier_.end() ? type : row->second->identifier);
+    }
+
+private:
+    TypeIndex() {
+        for (const DeclaredType& row : declaredTypes())
+            byIdentifier_.emplace(asciiLowerCased(std::string(row.identifier)), &row);
+        for (const DeclaredType& row : declaredTypes()) {
+            const auto types = conformedTo(asciiLowerCased(std::string(row.identifier)));
+            const bool isOfFolders = std::ranges::find(types, "public.directory") != types.end();
+            for (std::string& extension : partsOf(row.extensions))
+                byExtension[isOfFolders ? 1 : 0].emplace(std::move(extension), &row);
+            for (std::string& type : partsOf(row.MIMETypes))
+                byMIMEType.emplace(std::move(type), &row);
+            for (std::size_t place = 0; place < row.typeCodes.size(); place += codeLength)
+                byTypeCode.emplace(row.typeCodes.substr(place, codeLength), &row);
+        }
+    }
+
+    std::vector<std::string> parentsOf(const std::string& type) const {
+        if (const auto row = byIdentifier_.find(type); row != byIdentifier_.end())
+            return partsOf(row->second->conformsTo);
+        const auto dynamic = dynamicTypeWithIdentifier(NSString::stringByRepairingUTF8String(type));
+        if (!dynamic || dynamic->conformsTo.isNil())
+            return {};
+        return {asKey(dynamic->conformsTo)};
+    }
+
+    Rows byIdentifier_;
+};
+
+NSString identifierIn(const TypeIndex::Rows& rows, const std::string& key) {
+    const auto found = rows.find(key);
+    return found == rows.end() ? nullptr : NSString::stringWithUTF8String(found->second->identifier);
+}
+
+} // namespace
+
+NSString typeWithFilenameExtension(std::u16string_view extension, ItemKind item) {
+    return identifierIn(TypeIndex::shared().byExtension[item == ItemKind::folder ? 1 : 0], asKey(extension));
+}
+
+NSString typeWithMIMEType(std::u16string_view MIMEType) {
+    std::string key = asKey(MIMEType);
+    std::erase(key, ' ');
+    const TypeIndex::Rows& rows = TypeIndex::shared().byMIMEType;
+    const NSString type = identifierIn(rows, key);
+    return type.isNil() ? identifierIn(rows, key.substr(0, key.find(';'))) : type;
+}
+
+NSString typeWithOSType(std::u16string_view quotedCode) {
+    if (quotedCode.size() != codeLength + 2)
+        return nullptr;
+    return identifierIn(TypeIndex::shared().byTypeCode,
+                        UTF8StringOfCharacters(quotedCode.substr(1, codeLength)));
+}
+
+bool UTTypeConformsTo(std::u16string_view identifier, std::u16string_view other) {
+    const auto types = TypeIndex::shared().conformedTo(asKey(identifier));
+    return std::ranges::find(types, asKey(other)) != types.end();
+}
+
+NSArray typesConformedToBy(const NSString& identifier) {
+    const TypeIndex& index = TypeIndex::shared();
+    auto types = NSMutableArray::array();
+    for (const std::string& type : index.conformedTo(asKey(identifier)))
+        types.addObject(index.identifierOf(type));
+    return types;
+}
+
+} // namespace kelvo
