@@ -147,7 +147,7 @@ std::string magicFile(const std::string& rules) {
 }
 
 TEST(MIMEMagic, Rules) {
-    const std::string png = "[50:image/png]\n>1=\0\3PNG\n"s;
+    const std::string png = "[40:image/png]\n>1=\0\3PNG\n"s;
     const std::string either = "[50:a/b]\n>0=\0\1a\n1>1=\0\1b\n2>2=\0\1c\n1>1=\0\1d\n>0=\0\1z\n"s;
     const MagicRow rows[] = {
         {"at its place", png, "xPNG", "image/png"},
@@ -210,23 +210,28 @@ TEST(MIMEMagic, BrokenFiles) {
 
 TEST(MIMEDatabase, NamesLeadToTypes) {
     const tests::TemporaryFolder folder;
-    folder.write("magic",
-                 magicFile("[50:a/alias]\n>0=\0\1A\n[50:a/cycle]\n>0=\0\1C\n[50:a/deep]\n>0=\0\1D\n"
-                           "[50:a/text]\n>0=\0\1T\n[50:image/x-new]\n>0=\0\1I\n[50:a/song]\n>0=\0\1S\n"s));
-    folder.write("aliases", "application/pdf a/alias\nbroken\n\nimage/png a/grandparent");
+    folder.write("magic", magicFile("[50:application/pdf]\n>0=\0\3GIF\n[50:a/named]\n>0=\0\1A\n"
+                                    "[50:a/old]\n>0=\0\1O\n[50:a/cycle]\n>0=\0\1C\n[50:a/deep]\n>0=\0\1D\n"
+                                    "[50:a/text]\n>0=\0\1T\n[50:image/x-new]\n>0=\0\1I\n"
+                                    "[50:a/song]\n>0=\0\1S\n[39:image/gif]\n>0=\0\1W\n"s));
+    folder.write("aliases", "application/pdf a/named\nbroken\n\na/old image/gif\nimage/png a/grandparent");
     folder.write("subclasses", "a/cycle a/cycle2\na/cycle2 a/cycle\na/deep a/parent\na/parent a/grandparent\n"
                                "a/text text/plain\na/song audio/x-any\n");
     const MIMEDatabase database(folder.path());
-    const std::tuple<const char*, const char16_t*> rows[] = {
-        {"A\x01", u"com.adobe.pdf"},    {"C\x01", nullptr},
-        {"D\x01\xFF", u"public.png"},   {"T\x01", nullptr},
-        {"I\x01\xFF", u"public.image"}, {"S\x01\xFF", u"public.audio"},
-        {"D is a letter", nullptr},
+    const std::tuple<const char*, std::string, const char16_t*> rows[] = {
+        {"another name", "A\0"s, u"com.adobe.pdf"},
+        {"an old name", "O\0"s, u"com.compuserve.gif"},
+        {"a kind of itself", "C\0"s, nullptr},
+        {"a kind of a kind", "D\0"s, u"public.png"},
+        {"a text", "T\0"s, nullptr},
+        {"an unknown picture", "I\0"s, u"public.image"},
+        {"a kind of an unknown sound", "S\0"s, u"public.audio"},
+        {"a weak rule", "W\0"s, nullptr},
+        {"text that begins like something", "D is a letter", nullptr},
+        {"a picture, whatever the rules say", "GIF89a\0"s, u"public.image"},
     };
-    for (const auto& [bytes, type] : rows) {
-        const std::string contents = bytes + (bytes[1] == '\x01' ? "\0"s : ""s);
-        EXPECT_EQ(typeOfContents(FileContents(contents), database), type) << bytes;
-    }
+    for (const auto& [name, contents, type] : rows)
+        EXPECT_EQ(typeOfContents(FileContents(contents), database), type) << name;
 }
 
 } // namespace
