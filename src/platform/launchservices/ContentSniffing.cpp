@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace kelvo {
@@ -73,6 +75,7 @@ struct StreamRow {
 };
 
 constexpr std::array streams{
+    StreamRow{"B\0o\0o\0k\0\0\0"sv, u"com.microsoft.excel.xls"},
     StreamRow{"W\0o\0r\0k\0b\0o\0o\0k\0\0\0"sv, u"com.microsoft.excel.xls"},
     StreamRow{"P\0o\0w\0e\0r\0P\0o\0i\0n\0t\0 \0D\0o\0c\0u\0m\0e\0n\0t\0\0\0"sv,
               u"com.microsoft.powerpoint.ppt"},
@@ -83,7 +86,7 @@ NSString typeOfMIMEType(const MIMEDatabase& database, std::string_view type) {
         return nullptr;
     const auto names = database.namesOf(type);
     for (const std::string& name : names) {
-        const NSString declared = typeWithMIMEType(NSString::stringWithLatin1Bytes(name));
+        NSString declared = typeWithMIMEType(NSString::stringWithLatin1Bytes(name));
         // The last that each type is a kind of, which are no news.
         if (declared == u"public.plain-text" || declared == u"public.data")
             break;
@@ -103,7 +106,7 @@ NSString typeInZip(const MIMEDatabase& database, const FileContents& contents) {
     const ZipDirectory directory(contents);
     std::string MIMEType = directory.storedContents("mimetype", 100);
     MIMEType.erase(MIMEType.find_last_not_of(" \t\r\n") + 1);
-    if (const NSString type = typeOfMIMEType(database, MIMEType); !type.isNil())
+    if (NSString type = typeOfMIMEType(database, MIMEType); !type.isNil())
         return type;
     const auto row = std::ranges::find_if(packages, [&](const PackageRow& package) {
         return directory.hasEntry("[Content_Types].xml") && directory.hasEntryIn(package.folder);
@@ -111,10 +114,33 @@ NSString typeInZip(const MIMEDatabase& database, const FileContents& contents) {
     return row == packages.end() ? nullptr : NSString(row->type);
 }
 
+/// Where the directory begins, as far as it is in one piece: what names the document is among its first entries. All of
+/// the file would take seconds to search.
+std::string directoryOfCompoundFile(const FileContents& contents) {
+    const std::string header = contents.bytes(0, 512);
+    if (header.size() < 512)
+        return {};
+    const auto byte = [&](std::size_t place) {
+        return std::uint64_t{static_cast<unsigned char>(header[place])};
+    };
+    const std::uint64_t sectorBits = byte(30);
+    if (sectorBits != 9 && sectorBits != 12)
+        return {};
+    const std::uint64_t sector = byte(48) | byte(49) << 8 | byte(50) << 16 | byte(51) << 24;
+    return contents.bytes((sector + 1) << sectorBits, 64 << 10);
+}
+
 NSString typeInCompoundFile(const FileContents& contents) {
-    const auto row = std::ranges::find_if(
-        streams, [&](const StreamRow& stream) { return contents.containAny({stream.stream}); });
-    return row == streams.end() ? nullptr : NSString(row->type);
+    constexpr std::size_t entryLength = 128;
+    const std::string directory = directoryOfCompoundFile(contents);
+    for (std::size_t place = 0; place < directory.size(); place += entryLength) {
+        const std::string_view entry = std::string_view(directory).substr(place, entryLength);
+        for (const StreamRow& row : streams) {
+            if (entry.starts_with(row.stream))
+                return row.type;
+        }
+    }
+    return nullptr;
 }
 
 } // namespace

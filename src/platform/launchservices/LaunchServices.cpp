@@ -72,7 +72,7 @@ NSString typeOfFile(const NSString& path, const std::string& bytes, const struct
     if (NSString type = typeWithOSType(NSHFSTypeOfFile(path)); !type.isNil())
         return type;
     if (FileDescriptor file = openRegularFile(bytes)) {
-        const NSString type = typeOfContents(FileContents(std::move(file)), MIMEDatabase::system());
+        NSString type = typeOfContents(FileContents(std::move(file)), MIMEDatabase::system());
         if (!type.isNil())
             return type;
     }

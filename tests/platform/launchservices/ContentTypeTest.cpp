@@ -25,11 +25,14 @@ std::string typeOf(const std::string& path) {
     return type.isNil() ? "(nil)" : type.UTF8String();
 }
 
+/// Its directory, in sector 1, has the stream as its second entry.
 std::string compoundFile(const std::string& stream) {
-    std::string name;
-    for (const char letter : stream)
-        name += {letter, '\0'};
-    return "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(504, '\0') + name + std::string(64, '\0');
+    std::string bytes = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(1656, '\0');
+    bytes[30] = 9;
+    bytes[48] = 1;
+    for (std::size_t index = 0; index < stream.size(); ++index)
+        bytes[1024 + 128 + 2 * index] = stream[index];
+    return bytes;
 }
 
 std::string appleDouble(const std::string& code) {
@@ -70,7 +73,8 @@ TEST(ContentType, OfFiles) {
         {"zip", tests::zipPackage({{"xl/a", ""}}), "public.zip-archive"},
         {"xls", compoundFile("Workbook"), "com.microsoft.excel.xls"},
         {"ppt", compoundFile("PowerPoint Document"), "com.microsoft.powerpoint.ppt"},
-        {"compound", compoundFile("Book"), "public.data"},
+        {"old xls", compoundFile("Book"), "com.microsoft.excel.xls"},
+        {"compound", compoundFile("Books"), "public.data"},
         // By nothing.
         {"text", text, "public.data"},
         {"empty", "", "public.data"},
