@@ -26,7 +26,7 @@ auto Session::translatingErrors(const std::string& subject, Call call) {
 
 Value Session::ask(const Request& request, FileKind kind, const std::string& subject) {
     client_.setTimeout(options_.timeoutSeconds.value_or(defaultTimeout(request.operation, kind)));
-    const Value result = translatingErrors(subject, [&] { return perform(client_, request); });
+    Value result = translatingErrors(subject, [&] { return perform(client_, request); });
     learnOutcome();
     return result;
 }

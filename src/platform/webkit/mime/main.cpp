@@ -9,7 +9,7 @@ public:
     void load() override { loadMIMELibrary(); }
 
     Value answerTo(const Value& message, EngineChannel& channel) override {
-        const Value fields = fieldsOfMIMEMessage(message.data().characters());
+        Value fields = fieldsOfMIMEMessage(message.data().characters());
         if (fields.isNil())
             channel.note(Outcome::broken, u"the message has no page in it");
         return fields;
