@@ -89,16 +89,15 @@ RequestOutcome outcomeOfFailure(const std::exception& failure) {
     if (dynamic_cast<const std::bad_alloc*>(&failure) ||
         (exception && exception->name() == NSMallocException))
         return {Outcome::outOfMemory, u"it takes more memory than a request may"};
-    NSString reason = exception ? exception->reason() : NSString::stringByRepairingUTF8String(failure.what());
-    if (!reason.isEmpty() && reason.characters().back() == u'.')
-        reason = reason.substringToIndex(reason.length() - 1);
-    return {Outcome::broken, reason};
+    return {Outcome::broken,
+            sentenceOfReason(exception ? exception->reason()
+                                       : NSString::stringByRepairingUTF8String(failure.what()))};
 }
 
 RequestOutcome outcomeOfResult(Operation operation, bool isAnswered, const RequestNotes& notes,
                                const NSString& file) {
     if (isAnswered)
-        return {Outcome::answered, notes.sentence()};
+        return {Outcome::answered, notes.sentenceOfResult()};
     if (!hasEngine(operation))
         return outcomeOfResult(operation, false);
     const auto noted = notedTrouble(notes);

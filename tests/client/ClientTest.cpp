@@ -167,7 +167,7 @@ TEST_F(ClientTest, TellsWhatBecameOfTheLatestRequest) {
         const char16_t* sentence;
     } rows[] = {
         {"answer", [&] { tell(u"/x"); }, Outcome::answered, nullptr},
-        {"throws", [&] { tell(u"/throw"); }, Outcome::broken, u"Thrown: as told"},
+        {"throws", [&] { tell(u"/throw"); }, Outcome::broken, u"thrown: as told"},
         {"late",
          [&] {
              client.setTimeout(0.2);

@@ -37,12 +37,14 @@ TEST(RequestOutcome, OfAResultAndWhatWasNoted) {
         const char16_t* sentence;
     } rows[] = {
         {"answer", reading, true, there, {}, Outcome::answered, nullptr},
-        {"answer with something to say", reading, true, there, Outcome::timedOut, Outcome::answered,
+        {"answer with something to say", reading, true, there, Outcome::answered, Outcome::answered,
          u"noted"},
+        {"answer at the second try", reading, true, there, Outcome::crashed, Outcome::answered, nullptr},
         {"answer of a file that is gone", reading, true, missing, {}, Outcome::answered, nullptr},
         {"nothing", reading, false, there, {}, Outcome::nothing, u"it is no document that can be read"},
         {"nothing, and why", reading, false, there, Outcome::nothing, Outcome::nothing, u"noted"},
-        {"part of nothing", reading, false, there, Outcome::answered, Outcome::nothing, u"noted"},
+        {"part of nothing", reading, false, there, Outcome::answered, Outcome::nothing,
+         u"it is no document that can be read"},
         {"locked", reading, false, there, Outcome::locked, Outcome::locked, u"noted"},
         {"bytes", Operation::RTFDWithHTML, false, nullptr, Outcome::crashed, Outcome::crashed, u"noted"},
         {"missing", reading, false, missing, {}, Outcome::nothing, u"there is no such file"},
@@ -106,7 +108,8 @@ TEST(RequestOutcome, OfAFailure) {
     notes.note(Outcome::nothing, u"an empty page");
     const NSException exception(NSGenericException, u"The table is cut off.");
     EXPECT_EQ(outcomeOfFailure(exception, notes).outcome, Outcome::broken);
-    EXPECT_EQ(outcomeOfFailure(exception, notes).sentence, u"The table is cut off");
+    EXPECT_EQ(outcomeOfFailure(exception, notes).sentence, u"the table is cut off");
+    EXPECT_EQ(sentenceOfReason(u"XML is cut off."), u"XML is cut off");
     EXPECT_EQ(outcomeOfFailure(std::bad_alloc(), notes).outcome, Outcome::outOfMemory);
     EXPECT_EQ(outcomeOfFailure(NSException(NSMallocException, u"too large"), notes).outcome,
               Outcome::outOfMemory);

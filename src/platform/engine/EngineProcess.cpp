@@ -251,8 +251,8 @@ void EngineProcess::Internals::handleFrame() {
             break;
         if (!isReady)
             complaint = sentence;
-        else if (RequestNotes* const notes = RequestNotes::current())
-            notes->note(static_cast<Outcome>(outcome), sentence);
+        else
+            noteOutcome(static_cast<Outcome>(outcome), sentence);
         break;
     }
     case EngineFrameKind::question:
@@ -317,8 +317,7 @@ Value EngineProcess::Internals::performSelector_withObject(const NSString& selec
 
 void EngineProcess::Internals::fail(const char16_t* exceptionName, Outcome outcome,
                                     const NSString& sentence) const {
-    if (RequestNotes* const notes = RequestNotes::current())
-        notes->note(outcome, sentence);
+    noteOutcome(outcome, sentence);
     throw NSException(exceptionName, sentence);
 }
 

@@ -34,16 +34,18 @@ public:
     static RequestNotes* current();
 
     /// Why there may be no result, in a sentence without the name of the file and without a full stop ("the document
-    /// is encrypted"). Of several the worst stays, and of equals the first. `answered` and `nothing` say something of a
-    /// result, too.
+    /// is encrypted"). Of several the worst stays, and of equals the first. What is noted as `answered` says what is
+    /// missing from a result, and of that the first stays.
     void note(Outcome outcome, const NSString& sentence);
     void noteEngine(const EngineUse& use);
     void noteRefusedLoad(const NSString& address);
 
-    /// Absent when nothing was noted.
+    /// Absent when nothing was noted of a missing result. Never `answered`.
     std::optional<Outcome> outcome() const { return outcome_; }
-    /// Nil when nothing was noted.
+    /// Nil when nothing was noted of a missing result.
     const NSString& sentence() const { return sentence_; }
+    /// Nil when nothing is known to be missing from a result.
+    const NSString& sentenceOfResult() const { return sentenceOfResult_; }
     /// In the order in which they were first used.
     const std::vector<EngineUse>& engines() const { return engines_; }
     std::uint64_t refusedLoadCount() const { return refusedLoadCount_; }
@@ -53,9 +55,16 @@ private:
     RequestNotes* outer_;
     std::optional<Outcome> outcome_;
     NSString sentence_;
+    NSString sentenceOfResult_;
     std::vector<EngineUse> engines_;
     std::uint64_t refusedLoadCount_ = 0;
     std::vector<NSString> refusedAddresses_;
 };
+
+/// Into the notes of the request that the thread is at work on, if any.
+void noteOutcome(Outcome outcome, const NSString& sentence);
+
+/// The reason of an exception ("The table is cut off.") as a sentence for notes.
+NSString sentenceOfReason(const NSString& reason);
 
 } // namespace kelvo

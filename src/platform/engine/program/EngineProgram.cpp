@@ -2,6 +2,7 @@
 
 #include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
+#include "platform/ledger/RequestNotes.h"
 
 #include <csignal>
 #include <exception>
@@ -42,9 +43,10 @@ Value answer(EngineProgram& program, const Value& message, EngineChannel& channe
     } catch (const NSException& exception) {
         if (exception.name() == NSMallocException)
             endForWantOfMemory();
-        channel.note(Outcome::broken, exception.reason());
+        channel.note(Outcome::broken, sentenceOfReason(exception.reason()));
     } catch (const std::exception& exception) {
-        channel.note(Outcome::broken, NSString::stringByRepairingUTF8String(exception.what()));
+        channel.note(Outcome::broken,
+                     sentenceOfReason(NSString::stringByRepairingUTF8String(exception.what())));
     }
     return {};
 }
