@@ -22,7 +22,18 @@ std::string_view nameOfKind(FileKind kind) {
     case FileKind::openDocument:
     case FileKind::flatOpenDocument:
     case FileKind::openOfficeText:
+    case FileKind::encryptedPackage:
         return "office document";
+    case FileKind::spreadsheet:
+        return "spreadsheet";
+    case FileKind::presentation:
+        return "presentation";
+    case FileKind::book:
+        return "book";
+    case FileKind::archive:
+        return "archive";
+    case FileKind::damagedPackage:
+        return "damaged package";
     case FileKind::PDF:
         return "PDF";
     case FileKind::postScript:

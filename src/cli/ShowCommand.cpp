@@ -55,6 +55,9 @@ std::vector<Operation> operationsForKind(FileKind kind) {
     case FileKind::openDocument:
     case FileKind::flatOpenDocument:
     case FileKind::openOfficeText:
+    // Reading them tells what is wrong with them.
+    case FileKind::encryptedPackage:
+    case FileKind::damagedPackage:
         operations.push_back(Operation::attributedStringWithContentsOfFile);
         break;
     case FileKind::PDF:
@@ -73,6 +76,10 @@ std::vector<Operation> operationsForKind(FileKind kind) {
         break;
     case FileKind::audio:
     case FileKind::folder:
+    case FileKind::spreadsheet:
+    case FileKind::presentation:
+    case FileKind::book:
+    case FileKind::archive:
     case FileKind::other:
         break;
     }
@@ -181,10 +188,13 @@ private:
         if (answer.failure)
             return output.styled(Style::failure, *answer.failure);
         if (answer.result.isData() || answer.result.dictionary().count() > 0) {
-            if (answer.result.isData())
-                return printableByteCount(answer.result.data().length());
             const std::size_t count = answer.result.dictionary().count();
-            return fmt::format("{} {}", count, count == 1 ? "entry" : "entries");
+            const std::string size = answer.result.isData()
+                                         ? printableByteCount(answer.result.data().length())
+                                         : fmt::format("{} {}", count, count == 1 ? "entry" : "entries");
+            return answer.record && !answer.record->sentence.isNil()
+                       ? size + ": " + printable(answer.record->sentence)
+                       : size;
         }
         if (hasEngine(answer.operation))
             return answer.record && answer.record->outcome != Outcome::answered

@@ -27,27 +27,80 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
+/// What stands at the beginning of the type that a package names, or of its names.
+struct PackageRow {
+    std::string_view beginning;
+    FileKind kind;
+};
+
+constexpr std::array packageTypes{
+    PackageRow{"application/vnd.oasis.opendocument.text"sv, FileKind::openDocument},
+    PackageRow{"application/vnd.oasis.opendocument.spreadsheet"sv, FileKind::spreadsheet},
+    PackageRow{"application/vnd.oasis.opendocument.presentation"sv, FileKind::presentation},
+    PackageRow{"application/vnd.sun.xml.writer"sv, FileKind::openOfficeText},
+    PackageRow{"application/vnd.sun.xml.calc"sv, FileKind::spreadsheet},
+    PackageRow{"application/vnd.sun.xml.impress"sv, FileKind::presentation},
+    PackageRow{"application/epub+zip"sv, FileKind::book},
+};
+
+constexpr std::array officeFolders{
+    PackageRow{"word/"sv, FileKind::officeOpenXML},
+    PackageRow{"xl/"sv, FileKind::spreadsheet},
+    PackageRow{"ppt/"sv, FileKind::presentation},
+};
+
 FileKind kindOfZip(const FileContents& contents) {
     const ZipDirectory directory(contents);
-    // OpenDocument packages name their type in a first entry, not compressed.
+    if (directory.isDamaged())
+        return FileKind::damagedPackage;
+    // OpenDocument packages and books name their type in a first entry, not compressed.
     const std::string type = directory.storedContents("mimetype", 100);
-    if (type.starts_with("application/vnd.oasis.opendocument.text"))
-        return FileKind::openDocument;
-    if (type.starts_with("application/vnd.sun.xml.writer"))
-        return FileKind::openOfficeText;
+    for (const PackageRow& row : packageTypes) {
+        if (type.starts_with(row.beginning))
+            return row.kind;
+    }
     if (type.empty() && directory.hasEntry("content.xml") && directory.hasEntry("META-INF/manifest.xml"))
         return FileKind::openDocument;
-    if (directory.hasEntry("[Content_Types].xml") && directory.hasEntryIn("word/"))
-        return FileKind::officeOpenXML;
-    return FileKind::other;
+    for (const PackageRow& row : officeFolders) {
+        if (directory.hasEntry("[Content_Types].xml") && directory.hasEntryIn(row.beginning))
+            return row.kind;
+    }
+    return FileKind::archive;
 }
 
-/// A compound file has a directory whose names are UTF-16; the stream with the text of a document of Word is
-/// named like this. Encrypted packages and the files of other programs have none. The zeros after the name are not
-/// looked for: with them the search takes seconds where a file is full of zeros.
+std::uint32_t numberAt(std::string_view bytes, std::size_t place, std::size_t count) {
+    std::uint32_t value = 0;
+    for (std::size_t index = count; index-- > 0;)
+        value = value << 8 | static_cast<unsigned char>(bytes[place + index]);
+    return value;
+}
+
+/// Where the directory begins, by the header. The rest of it may stand anywhere.
+bool hasDirectoryOfCompoundFile(const FileContents& contents) {
+    constexpr std::size_t headerLength = 512;
+    const std::string header = contents.bytes(0, headerLength);
+    if (header.size() < headerLength)
+        return false;
+    const std::uint32_t shift = numberAt(header, 30, 2);
+    return (shift == 9 || shift == 12) &&
+           (std::uint64_t{numberAt(header, 48, 4)} + 2) << shift <= contents.length();
+}
+
+/// A compound file has a directory whose names are UTF-16; the streams that say what the file is are named like
+/// this. A document may have a table or slides in it. Zeros after a name are not looked for: with them the search takes
+/// seconds where a file is full of zeros, so that the one name that is too short without them counts in no huge file.
 FileKind kindOfCompoundFile(const FileContents& contents) {
-    return contents.containAny({"W\0o\0r\0d\0D\0o\0c\0u\0m\0e\0n\0t"sv}) ? FileKind::wordDocument
-                                                                         : FileKind::other;
+    if (contents.containAny({"W\0o\0r\0d\0D\0o\0c\0u\0m\0e\0n\0t"sv}))
+        return FileKind::wordDocument;
+    if (contents.containAny({"E\0n\0c\0r\0y\0p\0t\0e\0d\0P\0a\0c\0k\0a\0g\0e"sv}))
+        return FileKind::encryptedPackage;
+    if (contents.containAny({"P\0o\0w\0e\0r\0P\0o\0i\0n\0t\0 \0D\0o\0c\0u\0m\0e\0n\0t"sv}))
+        return FileKind::presentation;
+    constexpr std::uint64_t huge = 64ULL << 20;
+    if (contents.containAny({"W\0o\0r\0k\0b\0o\0o\0k"sv}) ||
+        (contents.length() < huge && contents.containAny({"B\0o\0o\0k\0\0\0"sv})))
+        return FileKind::spreadsheet;
+    return hasDirectoryOfCompoundFile(contents) ? FileKind::other : FileKind::damagedPackage;
 }
 
 bool isPropertyListOfArchive(const FileContents& contents) {
@@ -73,8 +126,8 @@ struct Signature {
 constexpr std::array signatures{
     Signature{"{\\rtf"sv, FileKind::RTF},
     Signature{"rtfd\0\0\0\0"sv, FileKind::RTFD},
-    Signature{"PK\x03\x04"sv, FileKind::other, 0, ""sv, kindOfZip},
-    Signature{"PK\x05\x06"sv, FileKind::other},
+    Signature{"PK\x03\x04"sv, FileKind::archive, 0, ""sv, kindOfZip},
+    Signature{"PK\x05\x06"sv, FileKind::archive},
     Signature{"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv, FileKind::other, 0, ""sv, kindOfCompoundFile},
     Signature{"\xD0\xCF\x11\xE0"sv, FileKind::other},
     Signature{"bplist00"sv, FileKind::other, 0, ""sv, kindOfBinaryPropertyList},
@@ -105,14 +158,14 @@ constexpr std::array signatures{
     Signature{"ID3\x04"sv, FileKind::audio},
     Signature{"fLaC\0"sv, FileKind::audio},
     Signature{"fLaC\x80"sv, FileKind::audio},
-    Signature{"\x1F\x8B"sv, FileKind::other},
-    Signature{"BZh"sv, FileKind::other, 4, "1AY&SY"sv},
+    Signature{"\x1F\x8B"sv, FileKind::archive},
+    Signature{"BZh"sv, FileKind::archive, 4, "1AY&SY"sv},
     Signature{"\xFD"
               "7zXZ"sv,
-              FileKind::other},
-    Signature{"7z\xBC\xAF"sv, FileKind::other},
-    Signature{"\x28\xB5\x2F\xFD"sv, FileKind::other},
-    Signature{"Rar!\x1A"sv, FileKind::other},
+              FileKind::archive},
+    Signature{"7z\xBC\xAF"sv, FileKind::archive},
+    Signature{"\x28\xB5\x2F\xFD"sv, FileKind::archive},
+    Signature{"Rar!\x1A"sv, FileKind::archive},
     Signature{"\x7F"
               "ELF"sv,
               FileKind::other},

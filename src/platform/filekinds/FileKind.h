@@ -24,6 +24,12 @@ enum class FileKind : std::uint8_t {
     openDocument,     ///< ".odt"
     flatOpenDocument, ///< the same as one XML file, ".fodt"
     openOfficeText,   ///< ".sxw"
+    encryptedPackage, ///< what Office Open XML is put into when it is encrypted; whether it is text does not show
+    spreadsheet,
+    presentation,
+    book,           ///< EPUB
+    archive,        ///< files in a file, or a compressed one
+    damagedPackage, ///< a zip or compound file whose directory is lost, so that nothing in it can be found
     PDF,
     postScript,
     SVG,
@@ -41,7 +47,7 @@ enum class FileKind : std::uint8_t {
 ///
 /// That a file is of a kind does not say that it can be read. The work is bounded for any contents: beside
 /// the first MiB only the directory of a zip file is read, and property lists and compound files are
-/// searched for a name.
+/// searched for a few names.
 FileKind kindOfContents(const FileContents& contents, const NSString& name);
 
 /// The same for a file or folder on the disk. `other` when it cannot be read, and for pipes and devices.

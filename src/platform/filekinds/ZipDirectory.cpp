@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -12,6 +14,8 @@ constexpr std::size_t endRecordLength = 22;
 constexpr std::size_t longestComment = 0xFFFF;
 constexpr std::size_t entryLength = 46;
 constexpr std::size_t localHeaderLength = 30;
+/// Stands where the place of the directory would, when that needs more than four bytes.
+constexpr std::uint32_t placeOfLargeFile = 0xFFFFFFFF;
 /// Names that say what a package is are among the first; the others are not needed.
 constexpr std::size_t mostDirectoryBytes = 4 << 20;
 
@@ -23,26 +27,33 @@ std::uint32_t number(std::string_view bytes, std::size_t place, std::size_t coun
     return value;
 }
 
-/// What stands between the place that the end record names and the end record itself.
-std::string directoryOf(const FileContents& contents) {
+/// What stands between the place that the end record names and the end record itself. Absent when that is not there.
+std::optional<std::string> directoryOf(const FileContents& contents) {
     const std::uint64_t length = contents.length();
     const std::uint64_t searched = std::min<std::uint64_t>(length, endRecordLength + longestComment);
     const std::string ending = contents.bytes(length - searched, static_cast<std::size_t>(searched));
     const std::size_t record = ending.rfind("PK\x05\x06"sv);
     if (record == std::string::npos || ending.size() - record < endRecordLength)
-        return {};
-    const std::uint64_t start = number(ending, record + 16, 4);
+        return std::nullopt;
+    const std::uint32_t start = number(ending, record + 16, 4);
     const std::uint64_t end = length - searched + record;
+    if (start == placeOfLargeFile)
+        return "";
     if (start > end)
-        return {};
-    return contents.bytes(start,
-                          static_cast<std::size_t>(std::min<std::uint64_t>(end - start, mostDirectoryBytes)));
+        return std::nullopt;
+    std::string directory = contents.bytes(
+        start, static_cast<std::size_t>(std::min<std::uint64_t>(end - start, mostDirectoryBytes)));
+    if (!directory.empty() && !directory.starts_with("PK\x01\x02"sv))
+        return std::nullopt;
+    return directory;
 }
 
 } // namespace
 
-ZipDirectory::ZipDirectory(const FileContents& contents)
-    : contents_(contents), directory_(directoryOf(contents)) {
+ZipDirectory::ZipDirectory(const FileContents& contents) : contents_(contents) {
+    auto directory = directoryOf(contents);
+    isDamaged_ = !directory;
+    directory_ = std::move(directory).value_or("");
     std::string_view rest = directory_;
     while (rest.size() >= entryLength && rest.starts_with("PK\x01\x02"sv)) {
         const std::size_t nameLength = number(rest, 28, 2);

@@ -10,13 +10,15 @@
 namespace kelvo {
 
 /// The names in the central directory of a zip file, which tell what kind of package it is. Nothing is
-/// decompressed. What is no zip file, or has a directory that does not fit it, gives an empty one; of a
-/// directory of more than 4 MiB only what fits into that is known.
+/// decompressed. What is no zip file, or has a directory that does not fit it, gives an empty one, and so does a
+/// zip file of more than 4 GiB; of a directory of more than 4 MiB only what fits into that is known.
 class ZipDirectory {
 public:
     /// The contents must outlive this object.
     explicit ZipDirectory(const FileContents& contents);
 
+    /// Whether there is no directory where one must be.
+    bool isDamaged() const noexcept { return isDamaged_; }
     bool hasEntry(std::string_view name) const;
     /// Whether any name begins with that.
     bool hasEntryIn(std::string_view folder) const;
@@ -33,6 +35,7 @@ private:
     };
 
     const FileContents& contents_;
+    bool isDamaged_ = false;
     std::string directory_;
     std::vector<Entry> entries_;
 };

@@ -17,11 +17,14 @@ namespace {
 
 using namespace std::string_literals;
 
+/// Of two sectors, of which the first is the directory.
 std::string compoundFile(const std::string& stream) {
-    std::string directory;
-    for (const char letter : stream)
-        directory += {letter, '\0'};
-    return "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1" + std::string(504, '\0') + directory + std::string(64, '\0');
+    std::string bytes(3 * 512, '\0');
+    bytes.replace(0, 8, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1");
+    bytes[30] = 9;
+    for (std::size_t place = 0; place < stream.size(); ++place)
+        bytes[512 + 2 * place] = stream[place];
+    return bytes;
 }
 
 std::string utf16(const std::string& ascii, bool isBigEndian) {
@@ -123,17 +126,24 @@ TEST(FileKind, PackagesAndContainers) {
          tests::zipPackage({{"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
                             {"content.xml", ""},
                             {"META-INF/manifest.xml", ""}}),
-         other, u"/a/b.odt"},
-        {"slides", tests::zipPackage({{"[Content_Types].xml", ""}, {"ppt/word/x.xml", ""}}), other},
-        {"zip file", tests::zipPackage({{"word.txt", "x"}}), other, u"/a/b.docx"},
-        {"empty zip file", tests::zipPackage({}), other},
+         spreadsheet, u"/a/b.odt"},
+        {"slides", tests::zipPackage({{"[Content_Types].xml", ""}, {"ppt/word/x.xml", ""}}), presentation},
+        {"book", tests::zipPackage({{"mimetype", "application/epub+zip"}, {"word/x", ""}}), book},
+        {"zip file", tests::zipPackage({{"word.txt", "x"}}), archive, u"/a/b.docx"},
+        {"empty zip file", tests::zipPackage({}), archive},
+        {"large zip file", "PK\3\4PK\5\6" + std::string(12, '\0') + "\xFF\xFF\xFF\xFF\0\0"s, archive},
         {"zip with a long comment", tests::officeOpenXML("x", "t") + std::string(0xFFFF, ' '), officeOpenXML},
-        {"zip with more than a comment", tests::officeOpenXML("x", "t") + std::string(0x10000, ' '), other},
+        {"zip with more than a comment", tests::officeOpenXML("x", "t") + std::string(0x10000, ' '),
+         damagedPackage},
         {"doc", compoundFile("WordDocument"), wordDocument},
         {"doc with its directory far off, across pieces",
-         compoundFile("") + std::string((1 << 20) - 590, '\0') + compoundFile("WordDocument").substr(512),
+         compoundFile("").substr(0, 512) + std::string((1 << 20) - 522, '\0') +
+             compoundFile("WordDocument").substr(512),
          wordDocument},
-        {"encrypted package", compoundFile("EncryptedPackage"), other, u"/a/b.docx"},
+        {"encrypted package", compoundFile("EncryptedPackage"), encryptedPackage, u"/a/b.docx"},
+        {"spreadsheet of old", compoundFile("Book"), spreadsheet, u"/a/b.doc"},
+        {"another compound file", compoundFile("Contents"), other, u"/a/b.doc"},
+        {"a compound file that ends before its directory", compoundFile("").substr(0, 1023), damagedPackage},
         {"binary web archive", "bplist00\xD1\x01_\x10\x0FWebMainResource", webArchive},
         {"another binary property list", "bplist00\xD1\x01", other, u"/a/b.webarchive"},
         {"RTF in a .doc", "{\\rtf1 x}", RTF, u"/a/b.doc"},
@@ -159,15 +169,15 @@ TEST(FileKind, BinaryData) {
         {"movie", "\0\0\0\040ftypqt  "s, movie},
         {"movie by its name", "\0\0\0\0"s, movie, u"/a/b.mov"},
         {"name and dot only", "\0\0\0\0"s, other, u"/folder.pdf/.png"},
-        {"compressed", "BZh91AY&SY", other},
+        {"compressed", "BZh91AY&SY", archive},
         {"a page by its name alone", "\0<p>"s, other, u"/a/b.html"},
     });
 }
 
-TEST(FileKind, ABrokenPackageIsNone) {
+TEST(FileKind, ABrokenPackageSaysSo) {
     const std::string whole = tests::openDocument("<text:p/>");
     for (std::size_t length = 4; length < whole.size(); ++length)
-        EXPECT_EQ(kindOf(whole.substr(0, length), nullptr), other) << length;
+        EXPECT_EQ(kindOf(whole.substr(0, length), nullptr), damagedPackage) << length;
     // Every number of the directory, pointing anywhere.
     for (std::size_t place = 4; place < whole.size(); ++place) {
         std::string broken = whole;
