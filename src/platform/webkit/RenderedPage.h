@@ -151,6 +151,8 @@ struct RenderedPage {
     };
 
     NSString title;
+    /// What was too deep or too much for the walk, or took too long, is not there.
+    bool isCut = false;
     std::vector<Event> events;
     std::vector<TextStyle> textStyles;
     std::vector<BlockStyle> blockStyles;

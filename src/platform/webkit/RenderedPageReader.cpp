@@ -13,6 +13,9 @@ namespace {
 /// The most styles or pictures that are believed. No page comes near; what does is no page.
 constexpr std::size_t mostEntries = 4'000'000;
 
+/// In the place of an event, when something was left out.
+constexpr std::uint32_t markOfCut = static_cast<std::uint32_t>(RenderedPage::EventKind::rule) + 1;
+
 /// Fields between U+0000 in UTF-8: the title, the numbers of text styles, block styles and images, these
 /// three, and then the events, each a code and its own fields. The order of everything is that of Walk.js.
 class FieldReader {
@@ -211,10 +214,10 @@ std::uint32_t append(std::vector<T>& entries, T entry) {
     return static_cast<std::uint32_t>(entries.size() - 1);
 }
 
-RenderedPage::Event event(FieldReader& reader, RenderedPage& page) {
+RenderedPage::Event event(RenderedPage::EventKind kind, FieldReader& reader, RenderedPage& page) {
     using Kind = RenderedPage::EventKind;
     RenderedPage::Event event;
-    event.kind = static_cast<Kind>(reader.index(static_cast<std::size_t>(Kind::rule) + 1));
+    event.kind = kind;
     switch (event.kind) {
     case Kind::text:
         event.index = reader.index(page.textStyles.size());
@@ -287,8 +290,13 @@ std::optional<RenderedPage> renderedPageWithFields(const NSData& fields) {
         page.blockStyles.push_back(blockStyle(reader));
     while (page.images.size() < images && !reader.isBroken())
         page.images.push_back(image(reader));
-    while (!reader.isAtEnd() && !reader.isBroken())
-        page.events.push_back(event(reader, page));
+    while (!reader.isAtEnd() && !reader.isBroken()) {
+        const std::uint32_t code = reader.index(markOfCut + 1);
+        if (code == markOfCut)
+            page.isCut = true;
+        else
+            page.events.push_back(event(static_cast<RenderedPage::EventKind>(code), reader, page));
+    }
     if (reader.isBroken())
         return std::nullopt;
     return page;

@@ -199,6 +199,9 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     const NSDictionary fields = answer.dictionary();
     auto rendered = renderedPageWithFields(fields.objectForKey(u"fields").data());
     if (rendered) {
+        if (rendered->isCut)
+            noteOutcome(Outcome::answered,
+                        u"it is larger or deeper than what is read of a page, and the rest was left out");
         placeData(*rendered, fields.objectForKey(u"resources").array());
         placeSubstitutes(*rendered, substitutes);
     }

@@ -58,6 +58,7 @@ TEST(RenderedPageTest, FieldsAreInTheOrderOfTheWalk) {
     EXPECT_EQ(rendered->images.at(0).alternative, u"alt");
     EXPECT_EQ(rendered->images.at(0).size, (NSSize{20, 10}));
     EXPECT_EQ(rendered->events.size(), 4U);
+    EXPECT_FALSE(rendered->isCut);
     EXPECT_EQ(rendered->events[1].text, u"text");
 }
 
@@ -74,7 +75,7 @@ TEST(RenderedPageTest, WhatDoesNotFitIsNoPage) {
         {"block past the last", blockField, "1"},
         {"picture past the last", pictureField, "1"},
         {"negative index", textStyleField, "-1"},
-        {"unknown event", 32, "11"},
+        {"unknown event", 32, "12"},
         {"number with more", 6, "700px"},
         {"length that is none", 5, "nan"},
         {"length without end", 5, "1e999"},

@@ -183,8 +183,10 @@ bool PageReader::runUntil(const std::function<bool()>& condition, gint64 end) {
     while (!condition() && g_get_monotonic_time() < end) {
         g_main_context_iteration(nullptr, TRUE);
         if (std::exchange(isTimeToLook, false) &&
-            residentBytesOfProcess(gate_.peerProcess()) > mostResidentBytes)
+            residentBytesOfProcess(gate_.peerProcess()) > mostResidentBytes) {
+            isTooLarge_ = true;
             giveUp();
+        }
     }
     g_source_remove(alarm);
     return condition();
@@ -195,6 +197,15 @@ void PageReader::giveUp() {
         webkit_web_view_terminate_web_process(view_);
     phase_ = Phase::gone;
     replaceNetworkProcess();
+}
+
+void PageReader::noteEnd(const PageRequest& request) const {
+    if (!view_)
+        request.note(Outcome::missingEngine, u"WebKit does not start, or its extension is missing");
+    else if (isTooLarge_)
+        request.note(Outcome::outOfMemory, u"it takes more memory than a page may");
+    else
+        request.note(Outcome::crashed, u"reading it ended the program that shows pages");
 }
 
 void PageReader::setProxy() {
@@ -310,14 +321,18 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         end - microseconds(std::min(seconds * shareForDescription, mostSecondsForDescription));
     const gint64 endOfFirstLoad = endOfLoad - microseconds(secondsForSecondLoad);
 
+    isTooLarge_ = false;
     load(request, Without::nothing, endOfFirstLoad);
-    if (!isThere())
+    if (!isThere()) {
+        noteEnd(request);
         return std::nullopt;
+    }
     std::optional<std::string> fields;
+    bool isLate = false;
     Without without =
         whatToDoWithout(std::max(endOfFirstLoad, g_get_monotonic_time() + microseconds(secondsForState)));
     if (without == Without::nothing) {
-        runUntil([this] { return phase_ != Phase::loading; }, endOfLoad);
+        isLate = !runUntil([this] { return phase_ != Phase::loading; }, endOfLoad);
         // A script may still begin that does not end.
         const bool isEarly = secondsUntil(endOfFirstLoad) > secondsForSecondLoad;
         fields = walk(isEarly ? endOfFirstLoad : end);
@@ -326,21 +341,37 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     }
     if (without != Without::nothing && isThere()) {
         load(request, without, endOfLoad);
+        isLate = phase_ == Phase::loading;
         // Until then the page before is there.
         if (isThere() && isCommitted_)
             fields = walk(end);
     }
     request_ = nullptr;
-    if (!fields && isThere())
-        giveUp();
-    if (!isThere())
+    if (!isThere()) {
+        noteEnd(request);
         return std::nullopt;
+    }
+    if (!fields) {
+        request.note(Outcome::timedOut, u"it was not read in the time that a page may take");
+        giveUp();
+        return std::nullopt;
+    }
+    if (without == Without::scripts)
+        request.note(Outcome::answered, u"its scripts were stopped, and it was read without them");
+    else if (without == Without::network)
+        request.note(Outcome::answered, u"it was read without what the network did not send in time");
+    else if (isLate)
+        request.note(Outcome::answered, u"what had not come in time was left out");
     PageDescription description;
     description.fields = std::move(*fields);
     description.resources = collectResources(description.fields, end);
     // What goes on all the same (a request may outlive its page) comes to its end before the answer is out.
     proxy_.close();
-    return phase_ == Phase::gone ? std::nullopt : std::optional(std::move(description));
+    if (phase_ == Phase::gone) {
+        noteEnd(request);
+        return std::nullopt;
+    }
+    return description;
 }
 
 std::optional<std::string> PageReader::walk(gint64 end) {

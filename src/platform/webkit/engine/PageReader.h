@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ledger/Outcome.h"
 #include "platform/webkit/PageFiles.h"
 #include "platform/webkit/engine/NetworkProxy.h"
 #include "platform/webkit/engine/RequestGate.h"
@@ -28,6 +29,8 @@ struct PageRequest {
     RequestGate::Decision decide;
     /// Asked for every connection that such requests need.
     NetworkProxy::Decision decideConnection;
+    /// Told why there is no description, or what is missing from it.
+    std::function<void(Outcome outcome, const char16_t* sentence)> note;
 };
 
 /// A picture as it came over the wire.
@@ -82,6 +85,8 @@ private:
     bool goBlank(double secondsToWait);
     /// Ends the web process.
     void giveUp();
+    /// Why the web process is not there any more.
+    void noteEnd(const PageRequest& request) const;
     void dropResources();
     /// What the extension answers, if that is a text and comes in time.
     std::optional<std::string> ask(const char* message, GVariant* parameter, gint64 end);
@@ -113,6 +118,7 @@ private:
     WebKitWebView* view_ = nullptr;
     Phase phase_ = Phase::idle;
     bool isCommitted_ = false;
+    bool isTooLarge_ = false;
     Without without_ = Without::nothing;
     /// Null unless a page is being loaded: what goes on before and after is not let through.
     const PageRequest* request_ = nullptr;

@@ -7,11 +7,11 @@
 (function (limits, walks, shared) {
     'use strict';
     const TEXT = 0, BREAK = 1, BLOCK = 2, END = 3, ITEM = 4, LIST = 5, TABLE = 6, ROW = 7, CELL = 8, IMAGE = 9,
-        RULE = 10;
+        RULE = 10, CUT = 11;
     const isMain = !shared;
     shared = shared || {events: [], styles: [], blocks: [], images: [], styleNumbers: new Map(), blockNumbers: new Map(),
         isAtEdge: true, nodesLeft: limits.nodes, unitsLeft: limits.units, end: Date.now() + limits.milliseconds,
-        frames: 0, depth: 0, shown: 0};
+        frames: 0, depth: 0, shown: 0, isCut: false};
     const events = shared.events, styles = shared.styles, blocks = shared.blocks, images = shared.images;
 
     // Controls named "tagName" or "childNodes" hide those properties of their form, and documents have the same.
@@ -124,8 +124,10 @@
     function putText(text, context) {
         if (!text)
             return;
-        if (text.length > shared.unitsLeft)
+        if (text.length > shared.unitsLeft) {
             text = text.slice(0, shared.unitsLeft);
+            shared.isCut = true;
+        }
         shared.unitsLeft -= text.length;
         // Between boxes blanks are nothing, and need no style.
         if (shared.isAtEdge && context.style < 0 && !ink.test(text) && spaceOf(context) === 'collapse')
@@ -536,9 +538,12 @@
     // Whether there was anything in it.
     function visitFrame(element, context) {
         const walk = walkOf(element), before = events.length, shown = shared.shown;
-        if (!walk || context.hidden || element.clientWidth < 2 || element.clientHeight < 2 ||
-            shared.frames >= limits.frames)
+        if (!walk || context.hidden || element.clientWidth < 2 || element.clientHeight < 2)
             return false;
+        if (shared.frames >= limits.frames) {
+            shared.isCut = true;
+            return false;
+        }
         openBlock(element, context.css, 'block');
         const depth = shared.depth;
         shared.frames++;
@@ -566,6 +571,7 @@
     while (stack.length) {
         const top = stack[stack.length - 1];
         if (top.at >= top.children.length || shared.nodesLeft <= 0 || shared.unitsLeft <= 0) {
+            shared.isCut = shared.isCut || top.at < top.children.length;
             stack.pop();
             if (top.after)
                 putText(top.after, top.context);
@@ -582,10 +588,15 @@
         if (kind === 3) {
             if (!top.context.hidden && !(top.table > 0 && !ink.test(node.data)))
                 putText(node.data, top.context);
-        } else if (kind === 1 && shared.depth + stack.length < limits.depth) {
-            visitElement(node, top.context, top.table);
+        } else if (kind === 1) {
+            if (shared.depth + stack.length < limits.depth)
+                visitElement(node, top.context, top.table);
+            else
+                shared.isCut = true;
         }
     }
+    if (isMain && shared.isCut)
+        events.push(CUT);
     return isMain ? [field(getter(Document.prototype, 'title')(document)), shared.styleNumbers.size,
         shared.blockNumbers.size, images.length / 5].concat(styles, blocks, images, events).join('\0') : '';
 })

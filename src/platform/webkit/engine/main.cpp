@@ -148,6 +148,7 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
         }
         return decision;
     };
+    request.note = [&channel](Outcome outcome, const char16_t* sentence) { channel.note(outcome, sentence); };
     const auto description = reader.read(request);
     auto answer = NSMutableDictionary::dictionary();
     if (!description)

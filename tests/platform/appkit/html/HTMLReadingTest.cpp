@@ -4,6 +4,7 @@
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSObject.h"
+#include "platform/ledger/RequestNotes.h"
 #include "platform/webkit/WebEngine.h"
 #include "support/AttributedText.h"
 #include "support/LocalServer.h"
@@ -549,6 +550,8 @@ TEST_F(HTMLResourcesTest, FramesShareTheBoundsOfThePage) {
 
 class HTMLFailuresTest : public HTMLResourcesTest {
 protected:
+    const RequestNotes notes;
+
     static pid_t webProcess() {
         const std::string group = std::to_string(WebEngine::sharedEngine().processIdentifier());
         pid_t found = 0;
@@ -575,6 +578,7 @@ TEST_F(HTMLFailuresTest, ServersThatKeepSilentCostOnlyWhatTheyWouldHaveSent) {
                             {nullptr, server.url("/"), "", 2})),
               "abc");
     EXPECT_EQ(server.count("/never"), 1);
+    EXPECT_EQ(notes.sentenceOfResult(), u"what had not come in time was left out");
 }
 
 TEST_F(HTMLFailuresTest, PagesThatWaitForAScriptAreReadWithout) {
@@ -584,13 +588,25 @@ TEST_F(HTMLFailuresTest, PagesThatWaitForAScriptAreReadWithout) {
         describe(read("<script src=/never></script>a<img alt=b src=/x>", {nullptr, server.url("/"), "", 3})),
         "ab");
     EXPECT_EQ(server.count("/never"), 1);
+    EXPECT_EQ(notes.sentenceOfResult(), u"it was read without what the network did not send in time");
 }
 
 TEST_F(HTMLFailuresTest, PagesThatEatMemoryAreEnded) {
     EXPECT_EQ(describe(read("<script>for(var a=[];;)a.push(new Uint8Array(1<<22).fill(1))</script>",
                             {nullptr, "", "", 100})),
               "(nil)");
+    EXPECT_EQ(notes.outcome(), Outcome::outOfMemory);
     EXPECT_EQ(describe(read("next")), "next");
+    EXPECT_TRUE(notes.sentenceOfResult().isNil());
+}
+
+TEST_F(HTMLFailuresTest, PagesTooDeepAreReadInPart) {
+    const char* const script =
+        "<script>for(var e=document.body,i=0;i<3000;i++)e=e.appendChild(document.createElement('b'));"
+        "e.append('x')</script>";
+    EXPECT_EQ(describe(read(std::string("<body>a") + script)), "a");
+    EXPECT_EQ(notes.sentenceOfResult(),
+              u"it is larger or deeper than what is read of a page, and the rest was left out");
 }
 
 TEST_F(HTMLFailuresTest, RedirectsWithoutEndEnd) {
@@ -662,6 +678,7 @@ TEST_F(HTMLFailuresTest, PagesWithScriptsWithoutEndAreReadWithout) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4700)) << page;
         EXPECT_EQ(describe(read("<script>document.write('next')</script>")), "next");
     }
+    EXPECT_EQ(notes.sentenceOfResult(), u"its scripts were stopped, and it was read without them");
 }
 
 TEST_F(HTMLFailuresTest, DeadProcessesAreReplaced) {
