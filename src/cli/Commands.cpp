@@ -160,6 +160,18 @@ ExitStatus runRecent(Session& session, std::size_t count) {
     return ExitStatus::answered;
 }
 
+ExitStatus runOnFile(Session& session, Operation operation) {
+    const Options& options = session.options();
+    const std::string& file = options.files.front();
+    if (operation == Operation::writeRTFDData)
+        return runWriteRTFD(session, file, *options.output);
+    if (operation == Operation::searchableTextOfWebArchive)
+        return runWebArchive(session, file);
+    if (operation == Operation::attributedStringWithContentsOfFile && !options.output && !options.printsJSON)
+        return runReadDocument(session, file);
+    return runOperation(session, operation, file);
+}
+
 ExitStatus runSubject(Session& session) {
     const Options& options = session.options();
     if (std::holds_alternative<Status>(options.subject))
@@ -171,13 +183,9 @@ ExitStatus runSubject(Session& session) {
     const Operation operation = std::get<Operation>(options.subject);
     if (operation == Operation::metaDataForFile)
         return runMetaData(session, options.files);
-    if (operation == Operation::writeRTFDData)
-        return runWriteRTFD(session, options.files.front(), *options.output);
-    if (operation == Operation::searchableTextOfWebArchive)
-        return runWebArchive(session, options.files.front());
-    if (operation == Operation::attributedStringWithContentsOfFile && !options.output && !options.printsJSON)
-        return runReadDocument(session, options.files.front());
-    return runOperation(session, operation, options.files.front());
+    const ExitStatus status = runOnFile(session, operation);
+    session.tellWhatIsMissing(subjectOf(options.files.front()));
+    return status;
 }
 
 } // namespace

@@ -74,6 +74,12 @@ ExitStatus Session::complainOfNoAnswer(const std::string& subject) {
     return ExitStatus::noAnswer;
 }
 
+void Session::tellWhatIsMissing(const std::string& subject) {
+    if (!options_.printsOutcome && outcome_ && outcome_->outcome == Outcome::answered &&
+        !outcome_->sentence.isNil())
+        complain(subject + ": " + outcomeOfRecord(*outcome_));
+}
+
 void Session::listRefused(const std::string& subject) {
     if (!outcome_)
         return;
@@ -95,6 +101,7 @@ ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
         session.forgetOutcome();
         try {
             status = worse(status, run(file));
+            session.tellWhatIsMissing(printableFileName(file));
         } catch (const CommandError& error) {
             if (session.options().printsJSON)
                 session.printJSON(nullptr);

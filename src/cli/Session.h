@@ -45,6 +45,8 @@ public:
     void complain(const std::string& sentence);
     /// On an answer of nil or false, and on rich text that the command itself could not read: why. Gives the status.
     ExitStatus complainOfNoAnswer(const std::string& subject);
+    /// Of an answer: what is missing from it, when that was noted and is not printed as part of the outcome.
+    void tellWhatIsMissing(const std::string& subject);
     /// What the page was not let load, an address a line on standard error.
     void listRefused(const std::string& subject);
 

@@ -25,8 +25,7 @@ namespace {
 constexpr float secondsToLoad = 15.0F;
 
 void note(const RequestOutcome& outcome) {
-    if (RequestNotes* const notes = RequestNotes::current())
-        notes->note(outcome.outcome, outcome.sentence);
+    noteOutcome(outcome.outcome, outcome.sentence);
 }
 
 } // namespace
@@ -94,10 +93,8 @@ bool PlumwickHelper::writeRTFDData_toFile(const NSData& data, const NSString& fi
     try {
         NSDictionary documentAttributes;
         const auto text = NSTextStorage::initWithRTFD_documentAttributes(data, &documentAttributes);
-        if (!text) {
-            note({Outcome::broken, u"the data is no rich text that can be read"});
+        if (!text)
             return false;
-        }
         const NSAttributedString whole = std::move(*text).copy();
         const auto package =
             RTFDFileWrapperFromRange_documentAttributes(whole, {0, whole.length()}, documentAttributes);
@@ -116,6 +113,8 @@ NSDictionary PlumwickHelper::searchableTextOfWebArchive(const NSString& file) {
     // What separates pieces without text is no text either.
     if (!text.isNil() && !isWhiteString(text))
         result.setObject_forKey(text, ResultStringKey);
+    else if (!source.isNil())
+        noteOutcome(Outcome::nothing, u"there is no text in the page");
     if (!source.isNil())
         result.setObject_forKey(source, ResultSourceKey);
     if (!baseURL.isNil())

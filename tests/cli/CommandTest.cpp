@@ -335,6 +335,7 @@ TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
     files.write("cut.odt", "throw the table is cut off");
     files.write("late.odt", "sleep 0.6");
     files.write("nothing.odt", "nil");
+    files.write("part.odt", "note 0 its end is missing");
     files.write("large", "/" + std::string(1000, 'x'));
     const struct {
         std::vector<std::string> arguments;
@@ -352,6 +353,7 @@ TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
          "late.odt: timed out: no answer within 0.2 seconds"},
         {{"html-to-rtfd", "large", "-o", "x.rtfd"}, 1, "x.rtfd: nothing: it could not be written"},
         {{"web-archive", "text.zzz"}, 1, "text.zzz: is a web archive without text"},
+        {{"html-to-rtfd", "part.odt", "-o", "-"}, 0, "part.odt: answered: its end is missing"},
         {{"write-rtfd", "text.zzz", "x.rtf"}, 1, "x.rtf: broken: the data is no rich text that can be read"},
     };
     for (const auto& row : rows) {
@@ -359,9 +361,10 @@ TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {
         EXPECT_EQ(outcome.status, row.status) << row.said;
         EXPECT_EQ(outcome.errors, "plumwick: "s + row.said + "\n");
     }
-    const Outcome shown = plumwick({"show", "letter.odt", "nothing.odt"});
+    const Outcome shown = plumwick({"show", "letter.odt", "nothing.odt", "part.odt"});
     EXPECT_EQ(shown.status, 0) << shown.errors;
-    for (const char* said : {"locked: the document is \\x1B encrypted", "nothing: it is no document"})
+    for (const char* said : {"locked: the document is \\x1B encrypted", "nothing: it is no document",
+                             "1 entry: its end is missing"})
         EXPECT_NE(shown.output.find(said), std::string::npos) << shown.output;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/units/ASCII.h"
+#include "platform/ledger/RequestNotes.h"
 #include "platform/webkit/FrameReferences.h"
 #include "platform/webkit/MIMEEngineMessages.h"
 #include "platform/webkit/MIMELines.h"
@@ -226,13 +227,16 @@ bool beginsLikeMIMEMessage(const NSData& data) {
 
 WebArchive archiveFromMIMEParts(const NSDictionary& fields) {
     const auto message = messageOf(fields);
-    return message ? Assembly(*message).archive() : WebArchive();
+    WebArchive archive = message ? Assembly(*message).archive() : WebArchive();
+    if (archive.isNil())
+        noteOutcome(Outcome::broken, u"the message has no page in it");
+    return archive;
 }
 
 WebArchive archiveFromMIMEHTML(const NSData& data) {
     try {
         const NSDictionary message = engine().ask(data, secondsForMessage).dictionary();
-        return message.isNil() ? WebArchive() : archiveFromMIMEParts(message);
+        return archiveFromMIMEParts(message);
     } catch (const NSException&) {
         // What became of the engine is noted; that there is no archive is all that the callers ask.
         return nullptr;

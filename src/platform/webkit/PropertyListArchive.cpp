@@ -1,6 +1,7 @@
 #include "platform/webkit/PropertyListArchive.h"
 
 #include "platform/foundation/propertylists/NSPropertyListSerialization.h"
+#include "platform/ledger/RequestNotes.h"
 
 #include <algorithm>
 #include <optional>
@@ -46,9 +47,14 @@ public:
         : bytesLeft_(std::max(alwaysAllowedBytes, fileSize * maximumFactor)) {}
 
     WebArchive read(const Value& root) {
-        if (!root.isDictionary() || !hasKeyOfArchive(root.dictionary()))
+        if (!root.isDictionary() || !hasKeyOfArchive(root.dictionary())) {
+            noteOutcome(Outcome::unsupported, u"it is a property list, but no web archive");
             return nullptr;
-        return archive(root.dictionary());
+        }
+        WebArchive whole = archive(root.dictionary());
+        if (whole.mainResource().isNil())
+            noteOutcome(Outcome::nothing, u"the web archive has no page of its own");
+        return whole;
     }
 
 private:
@@ -63,16 +69,20 @@ private:
         WebResource document = resource(dictionary.objectForKey(mainResourceKey), true);
         std::vector<WebResource> subresources;
         for (const Value& element : dictionary.objectForKey(subresourcesKey).array()) {
-            if (resourcesLeft_ == 0)
+            if (resourcesLeft_ == 0) {
+                noteOutcome(Outcome::answered, u"it has more pictures and other parts than are read");
                 break;
+            }
             --resourcesLeft_;
             if (WebResource subresource = resource(element, false); !subresource.isNil())
                 subresources.push_back(std::move(subresource));
         }
         std::vector<WebArchive> subframes;
         for (const Value& element : dictionary.objectForKey(subframeArchivesKey).array()) {
-            if (framesLeft_ == 0)
+            if (framesLeft_ == 0) {
+                noteOutcome(Outcome::answered, u"it has more frames than are read");
                 break;
+            }
             --framesLeft_;
             if (element.isDictionary())
                 subframes.push_back(archive(element.dictionary()));
@@ -94,8 +104,11 @@ private:
         // What is to be copied or read through; other data is only pointed at.
         const std::size_t size =
             address->length() + contents.string().length() + (isDocument ? data.length() : 0);
-        if (size > bytesLeft_)
+        if (size > bytesLeft_) {
+            noteOutcome(Outcome::answered,
+                        u"the parts of it that stand for far more than its size were left out");
             return nullptr;
+        }
         bytesLeft_ -= size;
         if (contents.isString()) {
             data = NSData::dataWithBytesNoCopy(contents.string().UTF8String());
@@ -114,11 +127,20 @@ private:
 
 WebArchive archiveFromPropertyList(const NSData& data) {
     // Any words in braces make an old-style list, and no program has ever written an archive in that form.
-    if (!data.characters().starts_with("bplist") && !beginsLikeXML(data.characters()))
+    if (!data.characters().starts_with("bplist") && !beginsLikeXML(data.characters())) {
+        noteOutcome(Outcome::unsupported,
+                    u"it is no web archive: neither a property list nor a message with a page");
         return nullptr;
-    return Reader(data.length())
-        .read(NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
-            data, NSPropertyListMutabilityOptions::immutable, nullptr, nullptr));
+    }
+    NSString reason;
+    const Value root =
+        NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+            data, NSPropertyListMutabilityOptions::immutable, nullptr, &reason);
+    if (!root.isNil())
+        return Reader(data.length()).read(root);
+    noteOutcome(Outcome::broken, NSString(u"it is no web archive, or a damaged one: ")
+                                     .stringByAppendingString(sentenceOfReason(reason)));
+    return nullptr;
 }
 
 } // namespace kelvo

@@ -8,6 +8,7 @@
 #include "platform/appkit/rtfreader/RTFReading.h"
 #include "platform/filekinds/FileKind.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/ledger/RequestNotes.h"
 #include "platform/webkit/WebArchive.h"
 
 #include <algorithm>
@@ -43,6 +44,39 @@ constexpr std::array conversions{
                u"org.oasis-open.opendocument.text"},
     Conversion{FileKind::openOfficeText, u"sxw", NSOpenDocumentTextDocumentType, u"org.openoffice.text"},
 };
+
+/// What nothing is read from, and why.
+struct Refusal {
+    FileKind kind;
+    Outcome outcome;
+    const char16_t* sentence;
+};
+
+constexpr std::array refusals{
+    Refusal{FileKind::encryptedPackage, Outcome::locked, u"the document is encrypted"},
+    Refusal{FileKind::damagedPackage, Outcome::broken,
+            u"the file is damaged or cut off: the list of what is in it is missing"},
+    Refusal{FileKind::folder, Outcome::unsupported, u"a folder is no document, unless it is an RTFD package"},
+    Refusal{FileKind::spreadsheet, Outcome::unsupported, u"a spreadsheet is no text document"},
+    Refusal{FileKind::presentation, Outcome::unsupported, u"a presentation is no text document"},
+    Refusal{FileKind::book, Outcome::unsupported, u"a book in EPUB is no text document"},
+    Refusal{FileKind::archive, Outcome::unsupported, u"an archive or a compressed file is no text document"},
+    Refusal{FileKind::PDF, Outcome::unsupported, u"a PDF is no text document"},
+    Refusal{FileKind::postScript, Outcome::unsupported, u"PostScript with binary data is no text document"},
+    Refusal{FileKind::SVG, Outcome::unsupported, u"an image is no text document"},
+    Refusal{FileKind::image, Outcome::unsupported, u"an image is no text document"},
+    Refusal{FileKind::movie, Outcome::unsupported, u"a movie is no text document"},
+    Refusal{FileKind::audio, Outcome::unsupported, u"a sound is no text document"},
+    Refusal{FileKind::other, Outcome::unsupported,
+            u"it is binary data of an unknown kind, and no text document"},
+};
+
+Reading refuse(FileKind kind) {
+    const auto* const row = std::ranges::find(refusals, kind, &Refusal::kind);
+    if (row != refusals.end())
+        noteOutcome(row->outcome, row->sentence);
+    return {};
+}
 
 NSMutableDictionary attributesWithType(const NSDictionary& others, const char16_t* documentType,
                                        const char16_t* UTI) {
@@ -83,8 +117,15 @@ Reading readPage(const NSData& data, const NSString& path) {
 
 Reading readSavedPage(const NSData& data, FileKind kind) {
     const WebArchive archive = WebArchive::initWithData(data);
-    if (archive.isNil())
-        return data.characters().starts_with("bplist") ? Reading() : readPlainText(data);
+    if (archive.isNil()) {
+        if (data.characters().starts_with("bplist"))
+            return {};
+        const RequestNotes* const notes = RequestNotes::current();
+        if (notes && !notes->sentence().isNil())
+            noteOutcome(Outcome::answered,
+                        notes->sentence().stringByAppendingString(u"; its source was read as plain text"));
+        return readPlainText(data);
+    }
     Reading reading;
     reading.text = attributedStringWithSavedPage(archive, &reading.attributes);
     reading.attributes = attributesWithType(reading.attributes, NSWebArchiveTextDocumentType,
@@ -113,7 +154,7 @@ Reading readConverted(const NSData& data, const Conversion& conversion) {
 Reading readPackage(const NSString& path) {
     Reading reading;
     if (kindOfFile(path) != FileKind::RTFD)
-        return reading;
+        return refuse(FileKind::folder);
     if (const auto wrapper = NSFileWrapper::initWithPath(path))
         reading.text = initWithRTFDFileWrapper_documentAttributes(*wrapper, &reading.attributes);
     return reading;
@@ -121,8 +162,10 @@ Reading readPackage(const NSString& path) {
 
 Reading readFile(const NSString& path) {
     const NSData data = NSData::dataWithContentsOfFileWhenNeeded(path);
-    if (data.isNil())
+    if (data.isNil()) {
+        noteOutcome(Outcome::unsupported, u"it is neither a file nor a folder");
         return {};
+    }
     const FileContents contents(data);
     const FileKind kind = kindOfContents(contents, path);
     switch (kind) {
@@ -130,7 +173,7 @@ Reading readFile(const NSString& path) {
         return readPlainText(data);
     case FileKind::postScript:
     case FileKind::SVG:
-        return isText(contents) ? readPlainText(data) : Reading();
+        return isText(contents) ? readPlainText(data) : refuse(kind);
     case FileKind::RTF:
         return readRTF(data);
     case FileKind::RTFD:
@@ -142,7 +185,7 @@ Reading readFile(const NSString& path) {
         return readSavedPage(data, kind);
     default:
         const auto* const conversion = std::ranges::find(conversions, kind, &Conversion::kind);
-        return conversion == conversions.end() ? Reading() : readConverted(data, *conversion);
+        return conversion == conversions.end() ? refuse(kind) : readConverted(data, *conversion);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "platform/appkit/rtfreader/RTFReader.h"
 
 #include "platform/appkit/rtfreader/RTFCharacters.h"
+#include "platform/ledger/RequestNotes.h"
 
 #include <algorithm>
 #include <utility>
@@ -54,7 +55,8 @@ RTFReader::RTFReader(std::string_view source, const NSFileWrapper* package)
 }
 
 NSAttributedString RTFReader::read() {
-    for (RTFToken token = scanner_.next(); token.kind != RTFToken::Kind::end; token = scanner_.next()) {
+    RTFToken token = scanner_.next();
+    for (; token.kind != RTFToken::Kind::end; token = scanner_.next()) {
         if (token.kind == RTFToken::Kind::groupClose && depth_ <= 1)
             break;
         switch (token.kind) {
@@ -92,6 +94,8 @@ NSAttributedString RTFReader::read() {
             break;
         }
     }
+    if (token.kind == RTFToken::Kind::end)
+        noteOutcome(Outcome::answered, u"the end of the rich text is missing");
     while (states_.size() > 2 || depth_ >= states_.size())
         closeGroup();
     flushBytes();

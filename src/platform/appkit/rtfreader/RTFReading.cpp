@@ -3,6 +3,7 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/RTFPackage.h"
 #include "platform/appkit/rtfreader/RTFReader.h"
+#include "platform/ledger/RequestNotes.h"
 
 #include <algorithm>
 #include <string_view>
@@ -24,8 +25,11 @@ NSAttributedString read(const NSData& data, const NSFileWrapper* package, NSDict
     if (documentAttributes)
         *documentAttributes = nullptr;
     const std::string_view source = sourceIn(data);
-    if (source.empty())
+    if (source.empty()) {
+        noteOutcome(Outcome::broken,
+                    package ? u"the package has no TXT.rtf with rich text in it" : u"it is no rich text");
         return nullptr;
+    }
     RTFReader reader(source, package);
     NSAttributedString text = reader.read();
     if (documentAttributes)
@@ -44,6 +48,7 @@ NSAttributedString initWithRTFD_documentAttributes(const NSData& data, NSDiction
         return initWithRTFDFileWrapper_documentAttributes(*package, documentAttributes);
     if (documentAttributes)
         *documentAttributes = nullptr;
+    noteOutcome(Outcome::broken, u"it is no RTFD, or a damaged one");
     return nullptr;
 }
 

@@ -233,4 +233,8 @@ Value fieldsOfMIMEMessage(std::string_view bytes) {
     return Message(message).fields();
 }
 
+bool isTooLargeMIMEMessage(std::string_view bytes) {
+    return !isWithinBounds(messageInBytes(bytes));
+}
+
 } // namespace kelvo

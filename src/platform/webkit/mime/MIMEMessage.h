@@ -14,4 +14,7 @@ void loadMIMELibrary();
 /// parameters. Throws NSException (NSMallocException) when there is no memory for as many bytes as it has.
 Value fieldsOfMIMEMessage(std::string_view bytes);
 
+/// Whether it is nil because of those bounds.
+bool isTooLargeMIMEMessage(std::string_view bytes);
+
 } // namespace kelvo

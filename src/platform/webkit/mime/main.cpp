@@ -9,9 +9,10 @@ public:
     void load() override { loadMIMELibrary(); }
 
     Value answerTo(const Value& message, EngineChannel& channel) override {
-        Value fields = fieldsOfMIMEMessage(message.data().characters());
-        if (fields.isNil())
-            channel.note(Outcome::broken, u"the message has no page in it");
+        const NSData data = message.data();
+        Value fields = fieldsOfMIMEMessage(data.characters());
+        if (fields.isNil() && isTooLargeMIMEMessage(data.characters()))
+            channel.note(Outcome::broken, u"the message has more parts or header fields than are read");
         return fields;
     }
 };

@@ -4,6 +4,7 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/encodings/CFStringEncodings.h"
+#include "platform/ledger/RequestNotes.h"
 #include "support/AttributedText.h"
 #include "support/Listener.h"
 #include "support/OfficeDocuments.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <optional>
 
 namespace kelvo {
 namespace {
@@ -238,29 +240,116 @@ TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
     EXPECT_FALSE(listener.wasAsked());
 }
 
-TEST_F(DocumentReading, NoDocumentIsNil) {
+/// The package with what stands in the part in another way, and no other length of it.
+std::string damaged(std::string package, const std::string& part, char letter) {
+    package[package.find(part)] = letter;
+    return package;
+}
+
+/// Of which all but the first sector of the text is missing.
+std::string wordDocument(char flags) {
+    std::string bytes(5 * 512, '\0');
+    bytes.replace(0, 8, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1");
+    const auto put = [&bytes](std::size_t place, std::uint32_t value) {
+        for (std::size_t index = 0; index < 4; ++index)
+            bytes[place + index] = static_cast<char>(value >> (8 * index));
+    };
+    bytes[30] = 9;
+    put(44, 1);
+    put(48, 1);
+    put(60, 0xFFFFFFFE);
+    put(68, 0xFFFFFFFE);
+    for (std::size_t index = 1; index < 109; ++index)
+        put(76 + 4 * index, 0xFFFFFFFF);
+    for (const std::uint32_t sector : {0, 1, 2, 3})
+        put(512 + 4 * sector, 0xFFFFFFFE);
+    const std::string name = "WordDocument";
+    for (std::size_t place = 0; place < name.size(); ++place)
+        bytes[1024 + 2 * place] = name[place];
+    bytes[1024 + 64] = 26;
+    put(1024 + 116, 2);
+    put(1024 + 120, 513);
+    put(1536, 0x00C1A5EC);
+    bytes[1536 + 11] = flags;
+    return bytes;
+}
+
+TEST_F(DocumentReading, WithoutADocumentThereIsAReason) {
     folder.write("folder/a.txt", "x");
     folder.write("package.rtfd/text.rtf", "{\\rtf1 x}");
     folder.write("odd.rtfd/TXT.rtf/a.txt", "x");
-    const std::string paths[] = {
-        folder.path("missing"),
-        folder.path("folder"),
-        folder.path("package.rtfd"),
-        folder.path("odd.rtfd"),
-        "/dev/null",
-        "",
-        folder.write("a.txt", "text\0text"s),
-        folder.write("a.rtf", tests::smallPNG()),
-        folder.write("a.odt", tests::openDocument("<text:p>x</text:p>", tests::Encryption::claimed)),
-        folder.write("a.docx", tests::zipPackage({{"[Content_Types].xml", ""}, {"word/document.xml", "<"}})),
-        folder.write("b.docx", tests::zipPackage({{"xl/workbook.xml", ""}})),
-        folder.write("a.webarchive", "bplist00\xD0\x08"),
-        folder.write("b.webarchive", "bplist00 WebMainResource"),
+    folder.write("empty.rtfd/TXT.rtf", "x");
+    const std::string odt = tests::openDocument("<text:p>x</text:p>");
+    const char16_t* const folderReason = u"a folder is no document, unless it is an RTFD package";
+    const char16_t* const unknown = u"it is binary data of an unknown kind, and no text document";
+    const char16_t* const encrypted = u"the document is encrypted";
+    const struct {
+        std::string path;
+        std::optional<Outcome> outcome;
+        const char16_t* sentence = nullptr;
+    } rows[] = {
+        {folder.path("missing"), {}},
+        {"", {}},
+        {folder.path("folder"), Outcome::unsupported, folderReason},
+        {folder.path("package.rtfd"), Outcome::unsupported, folderReason},
+        {folder.path("odd.rtfd"), Outcome::unsupported, folderReason},
+        {folder.path("empty.rtfd"), Outcome::broken, u"the package has no TXT.rtf with rich text in it"},
+        {"/dev/null", Outcome::unsupported, u"it is neither a file nor a folder"},
+        {folder.write("a.txt", "text\0text"s), Outcome::unsupported, unknown},
+        {folder.write("a.rtf", tests::smallPNG()), Outcome::unsupported, u"an image is no text document"},
+        {folder.write("a.odt", tests::openDocument("<text:p>x</text:p>", tests::Encryption::claimed)),
+         Outcome::locked, encrypted},
+        {folder.write("a.doc", wordDocument(1)), Outcome::locked, encrypted},
+        {folder.write("b.doc", wordDocument(0)), Outcome::broken, u"the text of the document is cut off"},
+        {folder.write("cut.odt", odt.substr(0, odt.size() - 1)), Outcome::broken,
+         u"the file is damaged or cut off: the list of what is in it is missing"},
+        {folder.write("c.odt", tests::openDocument("</text:p>")), Outcome::broken,
+         u"the part content.xml of the document is not well-formed XML: mismatched tag in line 1"},
+        {folder.write("d.fodt", tests::flatOpenDocument("<text:p>")), Outcome::broken,
+         u"the document is not well-formed XML: mismatched tag in line 2"},
+        {folder.write("a.docx", tests::zipPackage({{"[Content_Types].xml", ""}, {"word/document.xml", "<"}})),
+         Outcome::broken,
+         u"the part word/document.xml of the document is not well-formed XML: unclosed token in line 1"},
+        {folder.write("b.docx", tests::zipPackage({{"xl/workbook.xml", ""}})), Outcome::unsupported,
+         u"an archive or a compressed file is no text document"},
+        {folder.write("a.rtfd", "rtfd\0\0\0\0\3"s), Outcome::broken, u"it is no RTFD, or a damaged one"},
+        {folder.write("a.webarchive", "bplist00\xD0\x08"), Outcome::unsupported, unknown},
+        {folder.write("b.webarchive", "bplist00 WebMainResource"), Outcome::broken,
+         u"it is no web archive, or a damaged one: the binary property list is cut short"},
+        {folder.write("c.webarchive", "<plist><dict><key>WebSubresources</key><array/></dict></plist>"),
+         Outcome::nothing, u"the web archive has no page of its own"},
     };
-    for (const std::string& path : paths) {
-        read(path);
-        EXPECT_TRUE(text.isNil()) << path;
-        EXPECT_TRUE(attributes.isNil()) << path;
+    for (const auto& row : rows) {
+        const RequestNotes notes;
+        read(row.path);
+        EXPECT_TRUE(text.isNil()) << row.path;
+        EXPECT_TRUE(attributes.isNil()) << row.path;
+        EXPECT_EQ(notes.outcome(), row.outcome) << row.path;
+        EXPECT_EQ(notes.sentence(), NSString(row.sentence))
+            << row.path << ": " << notes.sentence().UTF8String();
+    }
+}
+
+TEST_F(DocumentReading, OfDamagedDocumentsThereIsWhatIsLeft) {
+    const std::string odt = tests::openDocument("<text:p>words</text:p>");
+    const struct {
+        std::string contents;
+        const char16_t* loss;
+    } rows[] = {
+        {odt, nullptr},
+        {damaged(odt, "words", 'W'),
+         u"the part content.xml of the document is damaged; what was left of it was read"},
+        {"{\\rtf1 words}", nullptr},
+        {"{\\rtf1 words", u"the end of the rich text is missing"},
+        {"MIME-Version: 1.0\nContent-Type: multipart/related\n\nwords",
+         u"the message has no page in it; its source was read as plain text"},
+    };
+    for (const auto& row : rows) {
+        const RequestNotes notes;
+        write("document", row.contents);
+        EXPECT_FALSE(text.isNil()) << row.contents;
+        EXPECT_EQ(notes.sentenceOfResult(), NSString(row.loss))
+            << row.contents << notes.sentenceOfResult().UTF8String();
     }
 }
 

@@ -24,6 +24,22 @@ struct DocumentDeleter {
     void operator()(LibreOfficeKitDocument* document) const { document->pClass->destroy(document); }
 };
 
+/// Whatever happens to what is written into them.
+class FileRemoval {
+public:
+    explicit FileRemoval(std::vector<fs::path> files) : files_(std::move(files)) {}
+    FileRemoval(const FileRemoval&) = delete;
+    FileRemoval& operator=(const FileRemoval&) = delete;
+    ~FileRemoval() {
+        std::error_code ignored;
+        for (const fs::path& file : files_)
+            fs::remove(file, ignored);
+    }
+
+private:
+    std::vector<fs::path> files_;
+};
+
 bool isProgramFolder(const fs::path& folder) {
     std::error_code ignored;
     return fs::exists(folder / "libswlo.so", ignored) && (fs::exists(folder / "libsofficeapp.so", ignored) ||
@@ -101,37 +117,33 @@ std::unique_ptr<OfficeLibrary> OfficeLibrary::load(const fs::path& programFolder
     return std::unique_ptr<OfficeLibrary>(new OfficeLibrary(folder, kit));
 }
 
-std::optional<std::string> OfficeLibrary::RTFOfDocument(std::string_view document,
-                                                        const std::string& extension) {
+std::variant<std::string, OfficeLibrary::Failure> OfficeLibrary::RTFOfDocument(std::string_view document,
+                                                                               const std::string& extension) {
     const fs::path source = folder_ / ("document." + extension);
     const fs::path destination = folder_ / "document-as.rtf";
-    const auto removeFiles = [&] {
-        std::error_code ignored;
-        fs::remove(source, ignored);
-        fs::remove(destination, ignored);
-    };
+    const FileRemoval removal({source, destination});
     {
         std::ofstream file(source, std::ios::binary);
         const std::string copy = frozenDocument(document, extension);
         file.write(copy.data(), static_cast<std::streamsize>(copy.size()));
         if (!file.flush())
-            return removeFiles(), std::nullopt;
+            return Failure::noRoom;
     }
-    std::optional<std::string> rtf;
     // Without the optional feature for passwords an encrypted document fails at once, and batch mode answers
     // every other question for us. The level 3 lets run no macro that is not from a trusted place.
-    if (const std::unique_ptr<LibreOfficeKitDocument, DocumentDeleter> loaded{
-            kit_->pClass->documentLoadWithOptions(kit_, fileURL(source).c_str(),
-                                                  "Batch=true,MacroSecurityLevel=3")}) {
-        if (loaded->pClass->getDocumentType(loaded.get()) == LOK_DOCTYPE_TEXT &&
-            loaded->pClass->saveAs(loaded.get(), fileURL(destination).c_str(), "rtf", nullptr) != 0) {
-            std::ifstream file(destination, std::ios::binary);
-            rtf.emplace(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-            if (!file.is_open() || file.bad() || rtf->empty())
-                rtf.reset();
-        }
-    }
-    removeFiles();
+    const std::unique_ptr<LibreOfficeKitDocument, DocumentDeleter> loaded{
+        kit_->pClass->documentLoadWithOptions(kit_, fileURL(source).c_str(),
+                                              "Batch=true,MacroSecurityLevel=3")};
+    if (!loaded)
+        return Failure::unreadable;
+    if (loaded->pClass->getDocumentType(loaded.get()) != LOK_DOCTYPE_TEXT)
+        return Failure::otherKind;
+    if (loaded->pClass->saveAs(loaded.get(), fileURL(destination).c_str(), "rtf", nullptr) == 0)
+        return Failure::unwritable;
+    std::ifstream file(destination, std::ios::binary);
+    std::string rtf{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file.is_open() || file.bad() || rtf.empty())
+        return Failure::unwritable;
     return rtf;
 }
 

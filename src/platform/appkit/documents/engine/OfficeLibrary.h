@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 struct _LibreOfficeKit;
 
@@ -23,9 +25,11 @@ public:
     static std::unique_ptr<OfficeLibrary> load(const std::filesystem::path& programFolder,
                                                const std::filesystem::path& folder);
 
-    /// The document as RTF, or absent when it is encrypted, cannot be read or is no text document. May end
-    /// the process, or never return.
-    std::optional<std::string> RTFOfDocument(std::string_view document, const std::string& extension);
+    enum class Failure : std::uint8_t { noRoom, unreadable, otherKind, unwritable };
+
+    /// The document as RTF, or why there is none: `unreadable` when it is encrypted or damaged, `otherKind` when it is
+    /// read as something else than text. May end the process, or never return.
+    std::variant<std::string, Failure> RTFOfDocument(std::string_view document, const std::string& extension);
 
 private:
     OfficeLibrary(std::filesystem::path folder, _LibreOfficeKit* kit)

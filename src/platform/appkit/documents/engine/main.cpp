@@ -1,5 +1,6 @@
 #include "platform/appkit/documents/DocumentEngineMessages.h"
 #include "platform/appkit/documents/engine/Confinement.h"
+#include "platform/appkit/documents/engine/DocumentTrouble.h"
 #include "platform/appkit/documents/engine/OfficeLibrary.h"
 #include "platform/engine/EngineExceptions.h"
 #include "platform/engine/program/EngineProgram.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <variant>
 
 namespace kelvo::documentengine {
 namespace {
@@ -17,6 +19,21 @@ namespace {
 bool isExtension(std::string_view text) {
     return !text.empty() && text.size() <= 8 &&
            std::ranges::all_of(text, [](char letter) { return letter >= 'a' && letter <= 'z'; });
+}
+
+DocumentTrouble troubleWithFailure(OfficeLibrary::Failure failure, std::string_view document,
+                                   std::string_view extension) {
+    switch (failure) {
+    case OfficeLibrary::Failure::unreadable:
+        break;
+    case OfficeLibrary::Failure::noRoom:
+        return {Outcome::missingEngine, u"there is no room for temporary files"};
+    case OfficeLibrary::Failure::otherKind:
+        return {Outcome::unsupported, u"it is an office document, but no text document"};
+    case OfficeLibrary::Failure::unwritable:
+        return {Outcome::broken, u"the document was read, but no rich text could be made of it"};
+    }
+    return troubleWithDocument(document, extension);
 }
 
 class DocumentProgram final : public EngineProgram {
@@ -48,9 +65,15 @@ public:
         const std::string extension = fields.objectForKey(extensionKey).string().UTF8String();
         if (document.isNil() || !isExtension(extension))
             return {};
-        if (auto rtf = office_->RTFOfDocument(document.characters(), extension))
+        auto result = office_->RTFOfDocument(document.characters(), extension);
+        if (auto* const rtf = std::get_if<std::string>(&result)) {
+            if (const NSString loss = lossOfDocument(document.characters(), extension); !loss.isNil())
+                channel.note(Outcome::answered, loss);
             return NSData::dataWithBytesNoCopy(std::move(*rtf));
-        channel.note(Outcome::broken, u"the document cannot be read");
+        }
+        const DocumentTrouble trouble =
+            troubleWithFailure(std::get<OfficeLibrary::Failure>(result), document.characters(), extension);
+        channel.note(trouble.outcome, trouble.sentence);
         return {};
     }
 
