@@ -151,7 +151,7 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
          Outcome::answered, nullptr},
         {"archive without text", [&] { archive(file("MIME-Version: 1.0\nContent-Type: text/html\n\n<p>")); },
          Outcome::nothing, u"there is no text in the page"},
-        {"no archive", [&] { archive(file("words")); }, Outcome::unsupported,
+        {"no archive", [&] { archive(file("<p>words")); }, Outcome::unsupported,
          u"it is no web archive: neither a property list nor a message with a page"},
         {"missing archive", [&] { archive(missing); }, Outcome::nothing, u"there is no such file"},
         {"written", [&] { write(rtfd, NSString::stringWithUTF8String(folder.path("x.rtfd"))); },

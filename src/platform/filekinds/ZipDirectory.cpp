@@ -35,17 +35,20 @@ std::optional<std::string> directoryOf(const FileContents& contents) {
     const std::size_t record = ending.rfind("PK\x05\x06"sv);
     if (record == std::string::npos || ending.size() - record < endRecordLength)
         return std::nullopt;
-    const std::uint32_t start = number(ending, record + 16, 4);
     const std::uint64_t end = length - searched + record;
-    if (start == placeOfLargeFile)
+    if (number(ending, record + 16, 4) == placeOfLargeFile)
         return "";
-    if (start > end)
-        return std::nullopt;
-    std::string directory = contents.bytes(
-        start, static_cast<std::size_t>(std::min<std::uint64_t>(end - start, mostDirectoryBytes)));
-    if (!directory.empty() && !directory.starts_with("PK\x01\x02"sv))
-        return std::nullopt;
-    return directory;
+    // Where other bytes were put before the file, the place that is named is too early by as many.
+    for (const std::uint64_t start :
+         {std::uint64_t{number(ending, record + 16, 4)}, end - number(ending, record + 12, 4)}) {
+        if (start > end)
+            continue;
+        std::string directory = contents.bytes(
+            start, static_cast<std::size_t>(std::min<std::uint64_t>(end - start, mostDirectoryBytes)));
+        if (directory.empty() || directory.starts_with("PK\x01\x02"sv))
+            return directory;
+    }
+    return std::nullopt;
 }
 
 } // namespace

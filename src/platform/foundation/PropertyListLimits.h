@@ -3,6 +3,7 @@
 #include "platform/foundation/NSString.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kelvo {
 
@@ -13,5 +14,7 @@ inline constexpr std::size_t maximumPropertyListValueCount = 4'194'304;
 /// Throws the NSException that the readers and writers of property lists report everything by. The reason is
 /// a sentence for people.
 [[noreturn]] void throwPropertyListError(NSString reason);
+/// A reason of that kind, which ends in a full stop, with the line (from 1) that it is about.
+NSString propertyListReasonWithLine(const NSString& reason, std::int64_t line);
 
 } // namespace kelvo

@@ -15,6 +15,7 @@ constexpr const char16_t* mainResourceKey = u"WebMainResource";
 constexpr const char16_t* subresourcesKey = u"WebSubresources";
 constexpr const char16_t* subframeArchivesKey = u"WebSubframeArchives";
 
+constexpr std::size_t bytesWithFirstTag = 4096;
 constexpr std::size_t alwaysAllowedBytes = std::size_t{1} << 20;
 constexpr std::size_t maximumFactor = 8;
 
@@ -126,20 +127,24 @@ private:
 } // namespace
 
 WebArchive archiveFromPropertyList(const NSData& data) {
+    const std::string_view bytes = data.characters();
+    const bool isBinary = bytes.starts_with("bplist");
+    NSString reason;
     // Any words in braces make an old-style list, and no program has ever written an archive in that form.
-    if (!data.characters().starts_with("bplist") && !beginsLikeXML(data.characters())) {
+    if (isBinary || beginsLikeXML(bytes)) {
+        const Value root =
+            NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+                data, NSPropertyListMutabilityOptions::immutable, nullptr, &reason);
+        if (!root.isNil())
+            return Reader(data.length()).read(root);
+    }
+    if (isBinary || bytes.substr(0, bytesWithFirstTag).find("<plist") != std::string_view::npos)
+        noteOutcome(
+            Outcome::broken,
+            NSString(u"the property list is damaged: ").stringByAppendingString(sentenceOfReason(reason)));
+    else
         noteOutcome(Outcome::unsupported,
                     u"it is no web archive: neither a property list nor a message with a page");
-        return nullptr;
-    }
-    NSString reason;
-    const Value root =
-        NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
-            data, NSPropertyListMutabilityOptions::immutable, nullptr, &reason);
-    if (!root.isNil())
-        return Reader(data.length()).read(root);
-    noteOutcome(Outcome::broken, NSString(u"it is no web archive, or a damaged one: ")
-                                     .stringByAppendingString(sentenceOfReason(reason)));
     return nullptr;
 }
 

@@ -95,7 +95,7 @@ NSAttributedString RTFReader::read() {
         }
     }
     if (token.kind == RTFToken::Kind::end)
-        noteOutcome(Outcome::answered, u"the end of the rich text is missing");
+        noteOutcome(Outcome::answered, u"the rich text has no end; the last of it may be missing");
     while (states_.size() > 2 || depth_ >= states_.size())
         closeGroup();
     flushBytes();

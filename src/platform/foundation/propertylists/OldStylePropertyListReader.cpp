@@ -63,12 +63,8 @@ public:
             return readRoot();
         } catch (const NSException& error) {
             const auto passed = text_.characters().substr(0, text_.length() - rest_.size());
-            const auto line = std::ranges::count(passed, u'\n') + 1;
-            const NSString number = NSNumber::numberWithLongLong(line).stringValue();
-            throwPropertyListError(error.reason()
-                                       .stringByAppendingString(u" (line ")
-                                       .stringByAppendingString(number)
-                                       .stringByAppendingString(u")"));
+            throwPropertyListError(
+                propertyListReasonWithLine(error.reason(), std::ranges::count(passed, u'\n') + 1));
         }
     }
 

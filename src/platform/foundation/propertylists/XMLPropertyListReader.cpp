@@ -1,6 +1,7 @@
 #include "platform/foundation/propertylists/XMLPropertyListReader.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/NSStringFormat.h"
 #include "platform/foundation/propertylists/PropertyListBuilder.h"
 
 #include <expat.h>
@@ -186,9 +187,8 @@ public:
             const XML_Error error = XML_GetErrorCode(parser_.get());
             if (error == XML_ERROR_NO_MEMORY)
                 throw std::bad_alloc();
-            throwPropertyListError(withLine(
-                NSString(u"The XML is not well formed: ")
-                    .stringByAppendingString(NSString::stringByRepairingUTF8String(XML_ErrorString(error)))));
+            throwPropertyListError(
+                withLine(stringWithFormat(u"The XML is not well formed: %s.", XML_ErrorString(error))));
         }
         return builder_.takeRoot();
     }
@@ -215,10 +215,8 @@ private:
     }
 
     NSString withLine(const NSString& reason) const {
-        const auto line = static_cast<std::int64_t>(XML_GetCurrentLineNumber(parser_.get()));
-        return reason.stringByAppendingString(u" (line ")
-            .stringByAppendingString(NSNumber::numberWithLongLong(line).stringValue())
-            .stringByAppendingString(u")");
+        return propertyListReasonWithLine(reason,
+                                          static_cast<std::int64_t>(XML_GetCurrentLineNumber(parser_.get())));
     }
 
     static Element elementNamed(std::string_view name) {

@@ -315,7 +315,7 @@ TEST_F(DocumentReading, WithoutADocumentThereIsAReason) {
         {folder.write("a.rtfd", "rtfd\0\0\0\0\3"s), Outcome::broken, u"it is no RTFD, or a damaged one"},
         {folder.write("a.webarchive", "bplist00\xD0\x08"), Outcome::unsupported, unknown},
         {folder.write("b.webarchive", "bplist00 WebMainResource"), Outcome::broken,
-         u"it is no web archive, or a damaged one: the binary property list is cut short"},
+         u"the property list is damaged: the binary property list is cut short"},
         {folder.write("c.webarchive", "<plist><dict><key>WebSubresources</key><array/></dict></plist>"),
          Outcome::nothing, u"the web archive has no page of its own"},
     };
@@ -340,7 +340,7 @@ TEST_F(DocumentReading, OfDamagedDocumentsThereIsWhatIsLeft) {
         {damaged(odt, "words", 'W'),
          u"the part content.xml of the document is damaged; what was left of it was read"},
         {"{\\rtf1 words}", nullptr},
-        {"{\\rtf1 words", u"the end of the rich text is missing"},
+        {"{\\rtf1 words", u"the rich text has no end; the last of it may be missing"},
         {"MIME-Version: 1.0\nContent-Type: multipart/related\n\nwords",
          u"the message has no page in it; its source was read as plain text"},
     };

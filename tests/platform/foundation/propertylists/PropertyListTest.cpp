@@ -230,7 +230,7 @@ TEST(PropertyList, BrokenInputGivesAReason) {
     shared[20] = shared[21] = '\0';
     const std::tuple<const char*, std::string, const char*> rows[] = {
         {"missing semicolon", "{a=1;b=2}", "semicolon"},
-        {"two values", "(a)\n(b)", "more than one value. (line 2)"},
+        {"two values", "(a)\n(b)", "more than one value (line 2)."},
         {"two strings", "a b", "more than one value"},
         {"missing comma", "(a b)", "comma"},
         {"odd digits", "<abc>", "odd"},
