@@ -27,6 +27,8 @@ constexpr std::size_t mostBytesInFolder = 95;
 /// After the engine should have ended a page by itself, how long until it is ended.
 constexpr double secondsOfGrace = 0.2;
 
+constexpr int httpsPort = 443;
+
 double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
@@ -87,13 +89,17 @@ Value connectionDecision(const NSDictionary& fields, WebResourceLoadDelegate* de
     if (!SCNetworkPrepareReachabilityByName(host))
         return pending();
     if (delegate) {
-        const NSNumber* port = fields.objectForKey(u"port").numberIfAny();
-        const NSString root =
-            stringWithFormat(host.find(':') == std::string::npos ? u"http://%@:%d/" : u"http://[%@]:%d/",
-                             fields.objectForKey(u"host"), port ? port->intValue() : 0);
+        const NSNumber* number = fields.objectForKey(u"port").numberIfAny();
+        const int port = number ? number->intValue() : 0;
+        const NSString name = host.find(':') == std::string::npos
+                                  ? fields.objectForKey(u"host").string()
+                                  : stringWithFormat(u"[%@]", fields.objectForKey(u"host"));
+        const NSString root = stringWithFormat(u"http://%@:%d/", name, port);
         auto asked = NSMutableDictionary::dictionary();
         asked.setObject_forKey(root, u"url");
         const Value decided = decision(asked, *delegate);
+        if (decided.isNil())
+            noteRefusal(port == httpsPort ? stringWithFormat(u"https://%@/", name) : root);
         if (decided != Value(root))
             return decided.numberIfAny() ? decided : Value();
     }
@@ -172,6 +178,10 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
         if (monotonicSeconds() >= deadline)
             return Value();
         const NSDictionary asked = question.dictionary();
+        if (const NSString refused = asked.objectForKey(u"refused").string(); !refused.isNil()) {
+            noteRefusal(refused);
+            return Value();
+        }
         if (!asked.objectForKey(u"host").isNil())
             return connectionDecision(asked, options.delegate);
         if (!options.delegate)

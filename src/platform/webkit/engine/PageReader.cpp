@@ -263,8 +263,10 @@ std::string PageReader::decide(const GateQuestion& question) {
     const std::string decided = request_->decide(question);
     // What the delegate puts in the place of a request is its own affair.
     if (decided == question.url && decided.rfind("file:", 0) == 0 &&
-        !request_->files.mayLoad(URLOfEngine(NSString::stringByRepairingUTF8String(decided))))
+        !request_->files.mayLoad(URLOfEngine(NSString::stringByRepairingUTF8String(decided)))) {
+        request_->noteRefusal(decided);
         return {};
+    }
     return without_ == Without::network && needsNetwork(decided) ? std::string() : decided;
 }
 

@@ -29,6 +29,8 @@ struct PageRequest {
     RequestGate::Decision decide;
     /// Asked for every connection that such requests need.
     NetworkProxy::Decision decideConnection;
+    /// Told what the page may not load of this machine's disk.
+    std::function<void(const std::string& url)> noteRefusal;
     /// Told why there is no description, or what is missing from it.
     std::function<void(Outcome outcome, const char16_t* sentence)> note;
 };

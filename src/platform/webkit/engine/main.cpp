@@ -148,6 +148,11 @@ Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel)
         }
         return decision;
     };
+    request.noteRefusal = [&channel](const std::string& url) {
+        auto told = NSMutableDictionary::dictionary();
+        told.setObject_forKey(textOf(url), u"refused");
+        channel.ask(told);
+    };
     request.note = [&channel](Outcome outcome, const char16_t* sentence) { channel.note(outcome, sentence); };
     const auto description = reader.read(request);
     auto answer = NSMutableDictionary::dictionary();

@@ -351,7 +351,10 @@ TEST_F(HTMLResourcesTest, NoConnectionGoesPastTheDelegate) {
         const auto judge = std::make_shared<Judge>([&](const std::string& url) {
             return url.find(other.url("/")) != 0 || (isPatient && url != other.url("/"));
         });
+        const RequestNotes notes;
         EXPECT_NE(describe(read(page, {judge, server.url("/")})).find("x"), std::string::npos);
+        EXPECT_EQ(
+            std::ranges::count(notes.refusedAddresses(), NSString::stringWithUTF8String(other.url("/"))), 1);
         EXPECT_NE(judge->asked.find(server.url("/") + "\n"), std::string::npos) << "the connection";
     }
     for (const char* path : {"/xhr", "/fetch", "/img", "/style", "/script"})
@@ -455,9 +458,11 @@ TEST_F(HTMLResourcesTest, OfThisMachinePagesLoadOnlyWhatIsMeantForThem) {
     // With and without somebody who lets everything go.
     for (const auto& judge :
          {std::shared_ptr<Judge>(), std::make_shared<Judge>([](const std::string&) { return true; })}) {
+        const RequestNotes notes;
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(describe(read(page, {judge, "file://" + folder.path("page/p.html")})),
                   "[after 6] ownfz\nframe\n");
+        EXPECT_EQ(notes.refusedAddresses().size(), 4U);
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     }
 }
