@@ -14,11 +14,13 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <sstream>
 
 namespace kelvo {
 namespace {
 
+using namespace std::string_literals;
 using tests::ServiceSession;
 
 /// The service itself, as clients start it.
@@ -180,6 +182,55 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
     ASSERT_EQ(recent.size(), 2u);
     EXPECT_EQ(recent.front().path, missing);
     EXPECT_EQ(recent.back().byteCount, 5u);
+}
+
+/// Of the process, without paths and versions. Modules that the C library loads for itself are part of it.
+std::set<std::string> librariesOf(pid_t process) {
+    std::set<std::string> names;
+    std::ifstream maps("/proc/" + std::to_string(process) + "/maps");
+    for (std::string line; std::getline(maps, line);) {
+        const std::size_t slash = line.rfind('/');
+        const std::size_t end = line.find(".so", std::min(slash, line.size()));
+        if (end == std::string::npos || line.find("/gconv/") != std::string::npos)
+            continue;
+        const std::string name = line.substr(slash + 1, end - slash - 1);
+        names.insert(name.substr(0, name.find_first_of("-0123456789", name.starts_with("ld-") ? 3 : 0)));
+    }
+    return names;
+}
+
+TEST_F(ServiceTest, NoLibraryThatReadsFilesIsInTheService) {
+    const tests::TemporaryFolder folder;
+    const auto file = [&](const std::string& contents) {
+        return NSString::stringWithUTF8String(folder.write("file", contents));
+    };
+    const std::string page = "<p>a<img src='data:image/png;base64,iVBORw0KGgo='>";
+    const NSData rtfd = client.attributedStringWithContentsOfFile(file(tests::officeOpenXML("a", "b")))
+                            .objectForKey(ResultRtfdKey)
+                            .data();
+    EXPECT_TRUE(client.writeRTFDData_toFile(rtfd, NSString::stringWithUTF8String(folder.path("a.rtfd"))));
+    EXPECT_FALSE(
+        client.RTFDWithHTML_baseURL_allowRemoteRequest(NSData::dataWithBytes(page), nullptr, true).isNil());
+    for (const std::string& archive : {"MIME-Version: 1.0\nContent-Type: text/html\n\n" + page,
+                                       "<plist "
+                                       "version=\"1.0\"><dict><key>WebMainResource</"
+                                       "key><dict><key>WebResourceMIMEType</key><string>text/html</string>"
+                                       "<key>WebResourceData</key><string>a</string></dict></dict></plist>"s})
+        EXPECT_EQ(client.searchableTextOfWebArchive(file(archive)).count(), 2U) << archive;
+    client.attributed_stringWithPDF(true, NSData::dataWithBytes("%PDF-1.4"));
+    const NSString picture = file(tests::smallPNG());
+    client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(picture, true, true);
+    client.posterImageForMovieWithFile(picture);
+    client.PDFImageRepOfFile(picture);
+    client.metaDataForFile(picture);
+
+    const std::set<std::string> allowed{"ld-linux",  "libc",     "libm",       "libgcc_s", "libstdc++",
+                                        "libresolv", "libicuuc", "libicudata", "libicui",  "libexpat",
+                                        "libcapnp",  "libkj",    "libhwy"};
+    const auto loaded = librariesOf(client.status().processIdentifier);
+    EXPECT_TRUE(loaded.contains("libexpat"));
+    for (const std::string& name : loaded)
+        EXPECT_TRUE(allowed.contains(name) || name.starts_with("libnss_")) << name;
 }
 
 TEST_F(ServiceTest, TellsItsStatusFromOutside) {
