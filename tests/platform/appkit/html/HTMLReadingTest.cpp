@@ -579,6 +579,7 @@ protected:
 TEST_F(HTMLFailuresTest, ServersThatKeepSilentCostOnlyWhatTheyWouldHaveSent) {
     server.keepSilent("/never");
     read("the engine's start is not of the time for a page");
+    EXPECT_TRUE(notes.sentenceOfResult().isNil());
     EXPECT_EQ(describe(read("a<img src=/never>b<script>document.write('c')</script>",
                             {nullptr, server.url("/"), "", 2})),
               "abc");
