@@ -65,8 +65,9 @@ bool isEncrypted(const std::vector<ZipEntry>& entries) {
 /// Nothing when it is not as it was written.
 std::optional<std::string> wholeContentsOf(const ZipEntry& entry) {
     auto contents = contentsOf(entry);
-    if (contents && crc32(0, reinterpret_cast<const Bytef*>(contents->data()),
-                          static_cast<uInt>(contents->size())) != entry.checksum())
+    const std::string_view bytes = contents ? std::string_view(*contents) : std::string_view();
+    if (crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size())) !=
+        entry.checksum())
         contents.reset();
     return contents;
 }
