@@ -14,6 +14,9 @@ constexpr unsigned char inMemoryFlag = 1;
 constexpr unsigned char placesFlag = 2;
 constexpr unsigned char peakFlag = 4;
 
+/// Smaller data shares the memory of the contents.
+constexpr std::size_t leastBytesApart = std::size_t{1} << 20;
+
 void appendNumber(std::string& bytes, std::uint64_t number) {
     for (int shift = 0; shift < 64; shift += 8)
         bytes.push_back(static_cast<char>(number >> shift));
@@ -48,9 +51,15 @@ public:
 
 private:
     Value taken(const NSData& found) {
-        if (found.descriptor() < 0 || data.size() + 1 >= EngineFrameHead::mostDescriptors)
+        if (data.size() + 1 >= EngineFrameHead::mostDescriptors)
             return found;
-        data.push_back(found);
+        // What is large is sealed by itself, which saves a copy into the property list.
+        const NSData shared = found.descriptor() < 0 && found.length() >= leastBytesApart
+                                  ? dataForOtherProcesses(found.characters())
+                                  : found;
+        if (shared.descriptor() < 0)
+            return found;
+        data.push_back(shared);
         paths.emplace_back(NSArray::arrayWithValues(path_));
         return NSData::data();
     }

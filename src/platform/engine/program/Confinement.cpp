@@ -81,6 +81,7 @@ bool applyLandlock(const ConfinementProfile& profile, int version) {
     rules.readableMayBeStarted = profile.mayStartPrograms;
     rules.rewritable.assign(std::begin(writableByAll), std::end(writableByAll));
     rules.writable = profile.writable;
+    rules.areOfFilesAlone = profile.landlockIsOfFilesAlone;
     return restrictByLandlock(rules, version);
 }
 

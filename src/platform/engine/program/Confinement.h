@@ -25,6 +25,8 @@ struct ConfinementProfile {
     /// So that the network, and names of sockets, are the machine's own. Which of them may be reached is left to
     /// the other layers.
     bool keepsNetwork = false;
+    /// Landlock keeps it from files, and leaves TCP, sockets without a path and signals alone.
+    bool landlockIsOfFilesAlone = false;
     /// No limit when 0, and in programs with sanitizers, which take a great deal of addresses for themselves.
     std::uint64_t addressSpaceBytes = 0;
     /// Who writes more into one file is ended by SIGXFSZ.

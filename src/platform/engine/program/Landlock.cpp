@@ -61,10 +61,11 @@ Rights fileRightsOfVersion(int version) {
 
 class Ruleset {
 public:
-    explicit Ruleset(int version) : handled_(fileRightsOfVersion(version)) {
+    Ruleset(int version, bool areOfFilesAlone) : handled_(fileRightsOfVersion(version)) {
         // An older kernel takes a longer structure when the part it does not know is zero.
-        const RulesetAttributes attributes{handled_, version >= 4 ? bindTCP | connectTCP : 0,
-                                           version >= 6 ? abstractSockets | signals : 0};
+        const RulesetAttributes attributes{handled_,
+                                           version >= 4 && !areOfFilesAlone ? bindTCP | connectTCP : 0,
+                                           version >= 6 && !areOfFilesAlone ? abstractSockets | signals : 0};
         descriptor_ =
             FileDescriptor(static_cast<int>(::syscall(createRuleset, &attributes, sizeof attributes, 0)));
     }
@@ -101,7 +102,7 @@ int versionOfLandlock() {
 
 bool restrictByLandlock(const LandlockRules& rules, int version) {
     constexpr Rights reading = readFile | readFolder;
-    const Ruleset ruleset(version);
+    const Ruleset ruleset(version, rules.areOfFilesAlone);
     ruleset.allow(rules.readable, rules.readableMayBeStarted ? reading | execute : reading);
     ruleset.allow(rules.rewritable, reading | writeFile | truncateFile);
     ruleset.allow(rules.writable, reading | writeFile | truncateFile | makeFile | makeFolder | makeSocket |

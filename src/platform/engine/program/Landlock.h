@@ -14,6 +14,8 @@ struct LandlockRules {
     std::vector<std::string> rewritable;
     /// Folders in which things may be made, sockets too.
     std::vector<std::string> writable;
+    /// Whether TCP, sockets without a path and signals are left alone.
+    bool areOfFilesAlone = false;
 };
 
 /// The version that the kernel has; 0 when it has none or it is switched off.

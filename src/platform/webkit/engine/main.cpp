@@ -1,4 +1,5 @@
 #include "platform/engine/EngineExceptions.h"
+#include "platform/engine/program/Confinement.h"
 #include "platform/engine/program/EngineChannel.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/Value.h"
@@ -102,12 +103,12 @@ bool useDisplay(DisplayServer& server) {
     return !display.empty();
 }
 
-std::string bytesOf(const NSString& text) {
-    return text.isNil() ? std::string() : text.UTF8String();
-}
-
 NSString textOf(const std::string& bytes) {
     return NSString::stringByRepairingUTF8String(bytes);
+}
+
+std::string bytesOf(const NSString& text) {
+    return text.isNil() ? std::string() : text.UTF8String();
 }
 
 Value answerTo(const Value& message, PageReader& reader, EngineChannel& channel) {
@@ -175,9 +176,25 @@ int failToStart(EngineChannel& channel, const NSString& reason) {
     return engineStatusMissing;
 }
 
+/// Where bubblewrap may not shut in the web processes: a page that takes one over can read what the user can, and use
+/// the network, but it can change nothing outside the engine's folder. WebKit starts processes
+/// and talks to them over sockets, so that no filter of system calls fits it.
+ConfinementLayers confineWithoutSandbox(const std::string& folder) {
+    ConfinementProfile profile;
+    profile.readable = {"/"};
+    profile.writable = {folder, "/dev/shm"};
+    profile.mayStartPrograms = true;
+    profile.mayServeUnixSockets = true;
+    profile.keepsNetwork = true;
+    profile.landlockIsOfFilesAlone = true;
+    profile.largestFileBytes = std::uint64_t{4} << 30;
+    ConfinementSwitches switches;
+    switches.systemCalls = false;
+    return confine(profile, switches);
+}
+
 int run(const std::string& folder) {
     EngineChannel channel;
-    channel.endWithOtherSide(folder);
     if (folder.empty())
         return failToStart(channel, u"there is no temporary folder for the web engine");
     const std::string runtimeFolder = folder + "/run";
@@ -187,16 +204,20 @@ int run(const std::string& folder) {
     DisplayServer webDisplay(folder + "/web-authority", "64x64x24");
     SandboxProbe sandboxProbe;
     const bool isSandboxed = sandboxProbe.result();
+    // While there is one thread.
+    const NSString layers = isSandboxed ? NSString(u"web processes in bubblewrap")
+                                        : textOf(confineWithoutSandbox(folder).names());
+    channel.endWithOtherSide(folder);
     prepareEnvironment(folder, runtimeFolder);
     silenceLibraries();
     g_log_set_writer_func(logFatal, nullptr, nullptr);
     if (!useDisplay(ownDisplay) || !gtk_init_check(nullptr, nullptr) || !useDisplay(webDisplay))
         return failToStart(channel, u"Xvfb gives the web engine no display");
     if (!isSandboxed)
-        NSLog(u"Pages are read without a sandbox: bwrap may not make one here.");
+        NSLog(u"Pages are read without bubblewrap, which may not shut anything in here.");
 
     PageReader reader(folderOfThisProgram() + "/plumwick-web-extension", runtimeFolder, isSandboxed);
-    if (!channel.greet(isSandboxed ? u"web processes in bubblewrap" : u"no sandbox"))
+    if (!channel.greet(layers))
         return EXIT_SUCCESS;
     for (;;) {
         bool isMessageThere = false;
