@@ -20,10 +20,10 @@
 namespace kelvo {
 namespace {
 
-// A new file in the folder of `path`, with the rights that the umask gives every new file; `temporaryPath` is
+// A new file in the folder of `path`, with those of the rights that the umask lets through; `temporaryPath` is
 // set to its name. The name is short and does not grow with that of `path`, which may be as long as names can
 // be.
-FileDescriptor createFileBeside(const std::string& path, std::string& temporaryPath) {
+FileDescriptor createFileBeside(const std::string& path, mode_t rights, std::string& temporaryPath) {
     const std::string folder = path.substr(0, path.rfind('/') + 1);
     for (int attempt = 0; attempt < 100; ++attempt) {
         std::array<unsigned char, 10> random;
@@ -32,7 +32,7 @@ FileDescriptor createFileBeside(const std::string& path, std::string& temporaryP
         temporaryPath = folder + ".tmp-";
         for (const unsigned char byte : random)
             temporaryPath += static_cast<char>('a' + byte % 26);
-        FileDescriptor file(::open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        FileDescriptor file(::open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
         if (file || errno != EEXIST)
             return file;
     }
@@ -45,7 +45,8 @@ bool writeBeside(const std::string& path, std::string_view contents) {
     if (exists && !S_ISREG(status.st_mode))
         return false;
     std::string temporaryPath;
-    FileDescriptor file = createFileBeside(path, temporaryPath);
+    // What takes the place of a private file is private from the first byte on.
+    FileDescriptor file = createFileBeside(path, exists ? 0600 : 0666, temporaryPath);
     if (!file)
         return false;
     bool written = writeAll(file.get(), contents.data(), contents.size());

@@ -1,6 +1,8 @@
 #include "platform/foundation/NSFileManager.h"
 
+#include "platform/foundation/AppleDouble.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/units/UTF8.h"
 
@@ -15,6 +17,7 @@
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,6 +30,17 @@ constexpr char16_t lastByteUnit = 0xDCFF;
 struct FolderCloser {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
+
+/// Whether the file stands for another of the sorted names.
+bool isPartOfAnother(const NSString& folder, const std::string& name, const std::vector<std::string>& names) {
+    constexpr std::string_view prefix = "._";
+    if (!name.starts_with(prefix) || name.size() == prefix.size() ||
+        !std::ranges::binary_search(names, std::string_view(name).substr(prefix.size())))
+        return false;
+    const NSString path = stringByAppendingPathComponent(
+        folder, NSFileManager::defaultManager().stringWithFileSystemRepresentation(name));
+    return AppleDouble::withData(NSData::dataWithContentsOfFileWhenNeeded(path)).has_value();
+}
 
 } // namespace
 
@@ -92,6 +106,11 @@ bool NSFileManager::fileExistsAtPath_isDirectory(const NSString& path, bool* isD
     return exists;
 }
 
+bool NSFileManager::isWritableFileAtPath(const NSString& path) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    return bytes && ::access(bytes->c_str(), W_OK) == 0;
+}
+
 NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
     const auto bytes = fileSystemRepresentationWithPath(path);
     const std::unique_ptr<DIR, FolderCloser> folder(bytes ? ::opendir(bytes->c_str()) : nullptr);
@@ -110,9 +129,25 @@ NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
     std::ranges::sort(names);
     std::vector<Value> values;
     values.reserve(names.size());
-    for (const std::string& name : names)
-        values.emplace_back(stringWithFileSystemRepresentation(name));
+    for (const std::string& name : names) {
+        if (!isPartOfAnother(path, name, names))
+            values.emplace_back(stringWithFileSystemRepresentation(name));
+    }
     return NSArray::arrayWithValues(std::move(values));
+}
+
+NSDictionary NSFileManager::fileAttributesAtPath_traverseLink(const NSString& path, bool followsLinks) const {
+    const auto bytes = fileSystemRepresentationWithPath(path);
+    struct stat status = {};
+    if (!bytes || ::fstatat(AT_FDCWD, bytes->c_str(), &status, followsLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
+        return nullptr;
+    const auto number = [](auto value) {
+        return NSNumber::numberWithLongLong(static_cast<std::int64_t>(value));
+    };
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{number(status.st_dev), NSFileSystemNumber},
+         {number(status.st_ino), NSFileSystemFileNumber},
+         {number(status.st_mode & 07777), NSFilePosixPermissions}});
 }
 
 NSString NSFileManager::pathContentOfSymbolicLinkAtPath(const NSString& path) const {

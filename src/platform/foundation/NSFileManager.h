@@ -13,6 +13,9 @@ namespace KELVO_PUBLIC kelvo {
 
 /// Key of a file attribute: the permission bits as a number.
 inline constexpr const char16_t* NSFilePosixPermissions = u"NSFilePosixPermissions";
+/// Keys of file attributes: the file system's number and the file's number in it.
+inline constexpr const char16_t* NSFileSystemNumber = u"NSFileSystemNumber";
+inline constexpr const char16_t* NSFileSystemFileNumber = u"NSFileSystemFileNumber";
 
 /// Files and folders by path. Path strings are UTF-16; what the kernel gets are their bytes, see
 /// fileSystemRepresentationWithPath. A path without a representation is answered like that of a file that
@@ -37,9 +40,18 @@ public:
     /// `isDirectory` is set to false as well when nothing exists.
     bool fileExistsAtPath_isDirectory(const NSString& path, bool* isDirectory) const;
 
+    /// Whether something is there that this process may write to.
+    bool isWritableFileAtPath(const NSString& path) const;
+
     /// The names of the entries without "." and "..", hidden ones included, sorted by their bytes so that a
-    /// listing is the same on every file system; nil when the folder cannot be read.
+    /// listing is the same on every file system; nil when the folder cannot be read. A file "._X" in which the
+    /// metadata of an entry X stands (AppleDouble.h) is a part of that entry, and left out.
     NSArray directoryContentsAtPath(const NSString& path) const;
+
+    /// Numbers under NSFileSystemNumber and NSFileSystemFileNumber, which together tell one file or folder of
+    /// this machine from all others, and under NSFilePosixPermissions. Of a link they are its own, unless links
+    /// are to be followed. Nil when nothing is there.
+    NSDictionary fileAttributesAtPath_traverseLink(const NSString& path, bool followsLinks) const;
 
     /// What a symbolic link holds, not resolved; nil when the path is not one.
     NSString pathContentOfSymbolicLinkAtPath(const NSString& path) const;

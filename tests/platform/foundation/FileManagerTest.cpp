@@ -54,8 +54,14 @@ TEST(FileManager, ListsAndTests) {
     folder.write("\xFF", "");
     folder.write("A.d/x", "");
     ASSERT_EQ(::symlink("nowhere", folder.path("dangling").c_str()), 0);
+    // Of files "._X" those that hold metadata of an X are not listed.
+    const std::string metadata = std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0');
+    for (const char* name : {"._b", "._.hidden", "._A.d", "._\xFF", "._none", "._"})
+        folder.write(name, metadata);
+    folder.write("._dangling", metadata.substr(0, 25));
     EXPECT_EQ(files.directoryContentsAtPath(path(folder.path())),
-              NSArray::arrayWithObjects({u".hidden", u"A.d", u"b", u"dangling", u"\xDCFF"}));
+              NSArray::arrayWithObjects(
+                  {u"._", u"._dangling", u"._none", u".hidden", u"A.d", u"b", u"dangling", u"\xDCFF"}));
     EXPECT_EQ(files.pathContentOfSymbolicLinkAtPath(path(folder.path("dangling"))), u"nowhere");
     EXPECT_TRUE(files.pathContentOfSymbolicLinkAtPath(path(folder.path("b"))).isNil());
     EXPECT_TRUE(files.directoryContentsAtPath(path(folder.path("b"))).isNil());
