@@ -60,6 +60,12 @@ std::size_t NSArray::indexOfObject(const Value& value) const {
     return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());
 }
 
+std::size_t NSArray::indexOfObjectIdenticalTo(const Value& value) const {
+    const Value* found =
+        std::find_if(begin(), end(), [&value](const Value& each) { return each.isIdenticalTo(value); });
+    return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());
+}
+
 bool operator==(const NSArray& left, const NSArray& right) {
     return left.values_ == right.values_ ||
            (left.values_ && right.values_ && *left.values_ == *right.values_);
@@ -112,9 +118,22 @@ void NSMutableArray::removeObjectAtIndex(std::size_t index) {
     ownValues().erase(ownValues().begin() + static_cast<std::ptrdiff_t>(index));
 }
 
+void NSMutableArray::removeObjectsInRange(NSRange range) {
+    if (isNil())
+        return;
+    if (!rangeFits(range, count()))
+        throw NSException(NSRangeException, u"The range passes the end of the array.");
+    const auto first = ownValues().begin() + static_cast<std::ptrdiff_t>(range.location);
+    ownValues().erase(first, first + static_cast<std::ptrdiff_t>(range.length));
+}
+
 void NSMutableArray::removeAllObjects() {
+    setArray(nullptr);
+}
+
+void NSMutableArray::setArray(const NSArray& other) {
     if (!isNil())
-        array_ = NSArray::array();
+        array_ = other.isNil() ? NSArray::array() : other;
 }
 
 } // namespace kelvo

@@ -31,6 +31,8 @@ public:
     const Value* end() const noexcept;
     /// The index of the first equal element, or NSNotFound.
     std::size_t indexOfObject(const Value& value) const;
+    /// The index of the first element that is the very same (Value::isIdenticalTo), or NSNotFound.
+    std::size_t indexOfObjectIdenticalTo(const Value& value) const;
     bool containsObject(const Value& value) const { return indexOfObject(value) != NSNotFound; }
     bool isIdenticalTo(const NSArray& other) const noexcept { return values_ == other.values_; }
 
@@ -59,16 +61,22 @@ public:
     const Value* begin() const noexcept { return array_.begin(); }
     const Value* end() const noexcept { return array_.end(); }
     std::size_t indexOfObject(const Value& value) const { return array_.indexOfObject(value); }
+    std::size_t indexOfObjectIdenticalTo(const Value& value) const {
+        return array_.indexOfObjectIdenticalTo(value);
+    }
     bool containsObject(const Value& value) const { return array_.containsObject(value); }
 
-    /// Adding, inserting or storing nil throws NSException (NSInvalidArgumentException); an index past the
+    /// Adding, inserting or storing nil throws NSException (NSInvalidArgumentException); an index or a range past the
     /// end throws NSException (NSRangeException).
     void addObject(Value value);
     void addObjectsFromArray(const NSArray& other);
     void insertObject_atIndex(Value value, std::size_t index);
     void replaceObjectAtIndex_withObject(std::size_t index, Value value);
     void removeObjectAtIndex(std::size_t index);
+    void removeObjectsInRange(NSRange range);
     void removeAllObjects();
+    /// Takes the other's elements in place of its own.
+    void setArray(const NSArray& other);
 
     /// The present contents, unaffected by later changes.
     NSArray copy() const { return array_; }

@@ -15,6 +15,10 @@ NSString NSObject::description() const {
     return className();
 }
 
+bool NSObject::isKindOfClass(const NSString& name) const {
+    return !name.isNil() && (name == className() || name == u"NSObject");
+}
+
 Value NSObject::valueForKey(const NSString& key) const {
     throwUndefinedKey(key);
 }
@@ -28,6 +32,10 @@ Value NSObject::performSelector_withObject(const NSString& selector, const Value
                                                       .stringByAppendingString(u" does not understand ")
                                                       .stringByAppendingString(selector)
                                                       .stringByAppendingString(u"."));
+}
+
+bool NSObject::respondsToSelector(const NSString&) const {
+    return false;
 }
 
 void NSObject::throwUndefinedKey(const NSString& key) const {

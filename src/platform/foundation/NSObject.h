@@ -22,6 +22,10 @@ public:
     /// The class name, unless a class says more.
     virtual NSString description() const;
 
+    /// Whether the object's class or one that it derives from has that name. A class that others derive from
+    /// says so by an override, which adds its own name to what its base says. False for nil.
+    virtual bool isKindOfClass(const NSString& name) const;
+
     /// The named property. The base knows none and throws NSException (NSUndefinedKeyException).
     virtual Value valueForKey(const NSString& key) const;
     /// Changes the named property. The base knows none and throws NSException (NSUndefinedKeyException).
@@ -30,6 +34,9 @@ public:
     /// Performs the named message; how a run loop reaches its target. The base knows none and throws
     /// NSException (NSInvalidArgumentException).
     virtual Value performSelector_withObject(const NSString& selector, const Value& argument);
+    /// Whether performSelector_withObject knows the message; who gives an object to others as a delegate may be
+    /// asked. The base knows none.
+    virtual bool respondsToSelector(const NSString& selector) const;
 
 protected:
     /// For overriders, on a key they do not know.

@@ -6,11 +6,13 @@
 
 #include <unicode/casemap.h>
 #include <unicode/uchar.h>
+#include <unicode/ucol.h>
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -68,6 +70,24 @@ bool isWordCharacter(UChar32 character) {
     if (character < 0x80)
         return isASCIILetter(character) || character == '\'';
     return (U_GET_GC_MASK(character) & (U_GC_L_MASK | U_GC_M_MASK)) || character == 0x2019;
+}
+
+const UCollator* openCollator() {
+    const char* name = noLocale;
+    for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
+        const char* const value = std::getenv(variable);
+        if (value && *value) {
+            name = value;
+            break;
+        }
+    }
+    // "C" is no language to the library, so that it gives the order of most: that of bytes knows no case.
+    UErrorCode status = U_ZERO_ERROR;
+    UCollator* const collator = ucol_open(name, &status);
+    if (U_FAILURE(status))
+        return nullptr;
+    ucol_setStrength(collator, UCOL_SECONDARY);
+    return collator;
 }
 
 void appendCapitalizedWord(NSMutableString& result, std::u16string_view word) {
@@ -232,6 +252,13 @@ int CFStringCompareCaseInsensitive(std::u16string_view left, std::u16string_view
             return difference;
     }
     return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
+}
+
+int CFStringCompareLocalizedCaseInsensitive(std::u16string_view left, std::u16string_view right) {
+    static const UCollator* const collator = openCollator();
+    return collator ? ucol_strcoll(collator, left.data(), icuLength(left.size()), right.data(),
+                                   icuLength(right.size()))
+                    : CFStringCompareCaseInsensitive(left, right);
 }
 
 } // namespace kelvo

@@ -32,4 +32,9 @@ void CFStringTrimWhitespace(NSMutableString& string);
 /// equal beginnings the shorter text is less.
 int CFStringCompareCaseInsensitive(std::u16string_view left, std::u16string_view right);
 
+/// The same as readers of the user's language order names: letters before their variants with diacritics, and
+/// these before the next letter, case disregarded. The language is that of LC_ALL, LC_COLLATE or LANG when it
+/// is first asked for; without one the order is that of most languages.
+int CFStringCompareLocalizedCaseInsensitive(std::u16string_view left, std::u16string_view right);
+
 } // namespace kelvo

@@ -2,12 +2,20 @@
 
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <initializer_list>
+#include <iterator>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
+
+#include <dlfcn.h>
+#include <link.h>
 
 namespace kelvo {
 
@@ -51,6 +59,43 @@ NSDictionary readInformation(const NSString& bundlePath) {
     return nullptr;
 }
 
+NSString pathOfCode(const void* place) {
+    Dl_info code = {};
+    link_map* library = nullptr;
+    if (::dladdr1(place, &code, reinterpret_cast<void**>(&library), RTLD_DL_LINKMAP) == 0)
+        return nullptr;
+    const NSFileManager& files = NSFileManager::defaultManager();
+    // The program itself goes without a name there.
+    return library->l_name[0] == '\0' ? files.pathContentOfSymbolicLinkAtPath(u"/proc/self/exe")
+                                      : files.stringWithFileSystemRepresentation(library->l_name);
+}
+
+std::string_view valueOf(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value ? value : "";
+}
+
+std::string_view withoutEncoding(std::string_view locale) {
+    return locale.substr(0, locale.find_first_of(".@"));
+}
+
+void addNames(std::string_view locale, NSMutableArray& names) {
+    static constexpr std::pair<std::string_view, const char16_t*> classicNames[] = {
+        {"de", u"German"},  {"en", u"English"},  {"es", u"Spanish"}, {"fr", u"French"},
+        {"it", u"Italian"}, {"ja", u"Japanese"}, {"nl", u"Dutch"},
+    };
+    const std::string_view language = locale.substr(0, locale.find('_'));
+    for (const std::string_view code : {locale, language}) {
+        const NSString name = NSString::stringWithUTF8String(code);
+        if (!name.isEmpty() && !names.containsObject(name))
+            names.addObject(name);
+    }
+    const auto* const classic =
+        std::ranges::find(classicNames, language, &std::pair<std::string_view, const char16_t*>::first);
+    if (classic != std::end(classicNames) && !names.containsObject(classic->second))
+        names.addObject(classic->second);
+}
+
 } // namespace
 
 NSBundle NSBundle::bundleWithPath(const NSString& path) {
@@ -63,6 +108,36 @@ NSBundle NSBundle::bundleWithPath(const NSString& path) {
     NSBundle bundle;
     bundle.parts_ = std::make_shared<Parts>(Parts{path.substringToIndex(length), std::nullopt});
     return bundle;
+}
+
+NSBundle NSBundle::bundleForClass(const std::type_info& type) {
+    const NSString file = pathOfCode(&type);
+    NSString folder = stringByDeletingLastPathComponent(file);
+    const NSString contents = stringByDeletingLastPathComponent(folder), system = lastPathComponent(folder);
+    if ((system == u"Linux" || system == u"MacOS") && lastPathComponent(contents) == u"Contents")
+        folder = stringByDeletingLastPathComponent(contents);
+    return bundleWithPath(folder);
+}
+
+NSArray NSBundle::preferredLocalizations() {
+    std::string_view locale;
+    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (locale.empty())
+            locale = valueOf(variable);
+    }
+    const std::string_view language = withoutEncoding(locale);
+    NSMutableArray names = NSMutableArray::array();
+    if (language.empty() || language == "C" || language == "POSIX")
+        return names;
+    std::string_view rest = valueOf("LANGUAGE");
+    if (rest.empty())
+        rest = locale;
+    while (!rest.empty()) {
+        const std::size_t length = std::min(rest.find(':'), rest.size());
+        addNames(withoutEncoding(rest.substr(0, length)), names);
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+    }
+    return names;
 }
 
 NSString NSBundle::bundlePath() const {

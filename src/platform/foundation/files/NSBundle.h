@@ -3,6 +3,7 @@
 #include "platform/foundation/Value.h"
 
 #include <memory>
+#include <typeinfo>
 
 namespace kelvo {
 
@@ -16,6 +17,16 @@ public:
     /// Nil when there is no folder at the path. Nothing else is asked of the folder: one without any
     /// information is a bundle too. Each call gives a bundle of its own.
     static NSBundle bundleWithPath(const NSString& path);
+
+    /// The bundle that the class came with: that of the program or library whose code has it. What does not lie
+    /// in the folder for code of a bundle ("Name.x/Contents/Linux", "…/MacOS") is taken for a bundle of its
+    /// folder.
+    static NSBundle bundleForClass(const std::type_info& type);
+    /// The languages that the application speaks with its user, the best one first, as folders and tables of
+    /// translations name them: of each its code with and without the country ("de_AT", "de") and, where there is
+    /// one, its classic name ("German"). From LC_ALL, LC_MESSAGES, LANG and LANGUAGE, as gettext does; empty
+    /// when the user has not chosen any.
+    static NSArray preferredLocalizations();
 
     bool isNil() const noexcept { return !parts_; }
     bool isIdenticalTo(const NSBundle& other) const noexcept { return parts_ == other.parts_; }
