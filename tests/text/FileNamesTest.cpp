@@ -51,6 +51,10 @@ TEST(FileNamesTest, typeCodes) {
         folder.write("._marked", bytes);
         EXPECT_TRUE(NSHFSTypeOfFile(named(marked)) == u"");
     }
+    const std::string metadata = header + "\0\1"s + entry + "W8BNMSWD" + std::string(24, '\0');
+    if (::setxattr(plain.c_str(), "user.org.netatalk.Metadata", metadata.data(), metadata.size(), 0) == 0) {
+        EXPECT_TRUE(NSHFSTypeOfFile(named(plain)) == u"'W8BN'");
+    }
     const std::string info = "TEXTttxt" + std::string(24, '\0');
     if (::setxattr(marked.c_str(), "user.com.apple.FinderInfo", info.data(), info.size(), 0) == 0) {
         EXPECT_TRUE(NSHFSTypeOfFile(named(marked)) == u"'TEXT'");
