@@ -3,8 +3,10 @@
 #include "platform/appkit/NSApplication.h"
 #include "platform/foundation/NSAutoreleasePool.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/connections/NSRunLoop.h"
+#include "platform/foundation/processes/ProcessFacts.h"
 #include "platform/ledger/RequestLedger.h"
 #include "protocol/KelvoImExportAdapter.h"
 #include "protocol/Operations.h"
@@ -28,6 +30,8 @@ void openLedger(RequestLedger& ledger) {
 } // namespace
 
 void runService() {
+    // What this system brings for the platform is installed beside its programs.
+    setPlatformRoot(folderOfThisProgram());
     NSAutoreleasePool outermostPool;
     NSConnection& connection = NSConnection::defaultConnection();
     const auto ledger = std::make_shared<RequestLedger>();

@@ -3,6 +3,7 @@
 #include "platform/foundation/AppleDouble.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/units/UTF8.h"
 
@@ -98,7 +99,7 @@ bool NSFileManager::fileExistsAtPath(const NSString& path) const {
 }
 
 bool NSFileManager::fileExistsAtPath_isDirectory(const NSString& path, bool* isDirectory) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     struct stat status = {};
     const bool exists = bytes && ::stat(bytes->c_str(), &status) == 0;
     if (isDirectory)
@@ -107,12 +108,12 @@ bool NSFileManager::fileExistsAtPath_isDirectory(const NSString& path, bool* isD
 }
 
 bool NSFileManager::isWritableFileAtPath(const NSString& path) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     return bytes && ::access(bytes->c_str(), W_OK) == 0;
 }
 
 NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     const std::unique_ptr<DIR, FolderCloser> folder(bytes ? ::opendir(bytes->c_str()) : nullptr);
     if (!folder)
         return nullptr;
@@ -137,7 +138,7 @@ NSArray NSFileManager::directoryContentsAtPath(const NSString& path) const {
 }
 
 NSDictionary NSFileManager::fileAttributesAtPath_traverseLink(const NSString& path, bool followsLinks) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     struct stat status = {};
     if (!bytes || ::fstatat(AT_FDCWD, bytes->c_str(), &status, followsLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
         return nullptr;
@@ -151,7 +152,7 @@ NSDictionary NSFileManager::fileAttributesAtPath_traverseLink(const NSString& pa
 }
 
 NSString NSFileManager::pathContentOfSymbolicLinkAtPath(const NSString& path) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     std::array<char, PATH_MAX> target;
     const ssize_t length = bytes ? ::readlink(bytes->c_str(), target.data(), target.size()) : -1;
     return length < 0 ? NSString()
@@ -160,7 +161,7 @@ NSString NSFileManager::pathContentOfSymbolicLinkAtPath(const NSString& path) co
 
 bool NSFileManager::createDirectoryAtPath_attributes(const NSString& path,
                                                      const NSDictionary& attributes) const {
-    const auto bytes = fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     const NSNumber* permissions = attributes.objectForKey(NSFilePosixPermissions).numberIfAny();
     const mode_t mode = permissions ? permissions->unsignedIntValue() & 07777 : 0777;
     if (!bytes || ::mkdir(bytes->c_str(), mode) != 0)
@@ -169,7 +170,7 @@ bool NSFileManager::createDirectoryAtPath_attributes(const NSString& path,
 }
 
 bool NSFileManager::removeFileAtPath(const NSString& path) const {
-    auto bytes = fileSystemRepresentationWithPath(path);
+    auto bytes = placeOfPath(path);
     if (!bytes)
         return false;
     // With a slash after it, a link would be followed.

@@ -19,7 +19,8 @@ inline constexpr const char16_t* NSFileSystemFileNumber = u"NSFileSystemFileNumb
 
 /// Files and folders by path. Path strings are UTF-16; what the kernel gets are their bytes, see
 /// fileSystemRepresentationWithPath. A path without a representation is answered like that of a file that
-/// does not exist. Relative paths start at the process's working folder; a tilde has no meaning here.
+/// does not exist. Relative paths start at the process's working folder; a tilde has no meaning here. Folders of the
+/// platform may lie elsewhere on the disk (PlatformRoot.h).
 ///
 /// Nothing throws for what the disk holds: failure is false or nil.
 class NSFileManager {

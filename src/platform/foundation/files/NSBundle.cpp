@@ -3,6 +3,7 @@
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ namespace {
 constexpr std::size_t maximumInformationSizeInBytes = 16u << 20;
 
 FileDescriptor openFile(const NSString& path) {
-    const auto bytes = NSFileManager::defaultManager().fileSystemRepresentationWithPath(path);
+    const auto bytes = placeOfPath(path);
     return bytes ? openRegularFile(*bytes) : FileDescriptor();
 }
 

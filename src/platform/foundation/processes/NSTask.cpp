@@ -3,6 +3,7 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSPathUtilities.h"
+#include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/processes/DescriptorLimit.h"
 #include "platform/foundation/processes/ProcessFacts.h"
@@ -216,7 +217,10 @@ void NSTask::launch() {
     const bool isAbsolute = launchPath_.characters().starts_with(u'/');
     const NSString programPath =
         isAbsolute ? launchPath_ : stringByAppendingPathComponent(files.currentDirectoryPath(), launchPath_);
-    std::vector<std::string> arguments{bytesOf(programPath)};
+    const auto program = placeOfPath(programPath);
+    if (!program)
+        throwInvalidArgument(u"The path of a program is none.");
+    std::vector<std::string> arguments{*program};
     for (const Value& argument : arguments_)
         arguments.push_back(bytesOf(argument));
     std::vector<std::string> environment;
