@@ -6,7 +6,8 @@
 
 namespace kelvo {
 
-/// What the service knows of the installed metadata importers. Used on one thread.
+/// What the service knows of the installed metadata importers. Used on one thread. What is installed while the process
+/// runs is not seen.
 class MetaDataImporter : public NSObject {
 public:
     /// Both tables are nil: nothing has been loaded.
@@ -19,11 +20,22 @@ public:
 
     NSString className() const override;
 
+    /// The bundle that is to import the file: the first that declares the file's content type, which is given in lower
+    /// case (`contentType` may be null). Nil without a file, when the system has no type for it, and when no bundle
+    /// declares that.
+    ///
+    /// The first call, whatever its path, finds the importers, which may take as long as the system's tool for that (10
+    /// seconds). What that throws passes out of it, and later calls find what has been recorded until then.
+    NSString importerForFileAtPath_contentType(const NSString& path, NSString* contentType);
+
     /// Full paths of the importer bundles, in order of priority: the first that claims a content type wins.
     NSMutableArray MDImporterArray;
     /// From the path of a bundle to an array of the content types it declares, in lower case. Nil as long as
     /// nothing has been loaded; made once, before MDImporterArray, and kept even when loading found nothing.
     NSMutableDictionary contentTypesForMDImporter;
+
+private:
+    void loadMDImporters();
 };
 
 } // namespace kelvo

@@ -61,9 +61,18 @@ NSData NSFileHandle::availableData() {
     struct stat status = {};
     if (::fstat(descriptor_.get(), &status) == 0 && S_ISREG(status.st_mode))
         return readDataToEndOfFile();
+    return takeAvailable(true);
+}
+
+NSData NSFileHandle::availableDataWithoutWaiting() {
+    requireOpen();
+    return takeAvailable(false);
+}
+
+NSData NSFileHandle::takeAvailable(bool mayWait) {
     // As much as the largest pipe holds, so that a writer that never stops does not hold this up.
     constexpr int mostReads = 16;
-    for (int reads = pending_.empty() ? 0 : 1; reads < mostReads; ++reads) {
+    for (int reads = pending_.empty() && mayWait ? 0 : 1; reads < mostReads; ++reads) {
         int waitingBytes = 0;
         if (reads > 0 && (::ioctl(descriptor_.get(), FIONREAD, &waitingBytes) != 0 || waitingBytes <= 0))
             break;
@@ -90,7 +99,7 @@ void NSFileHandle::writeData(const NSData& data) {
 
 bool NSFileHandle::readAhead() {
     requireOpen();
-    if (pending_.size() > maximumPendingBytes)
+    if (pending_.size() > maximumPendingBytes_)
         throw NSException(NSMallocException, u"A program writes more than can be kept until it is read.");
     return readInto(pending_) > 0;
 }

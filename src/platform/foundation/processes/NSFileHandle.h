@@ -32,6 +32,8 @@ public:
     /// What is there to be read: of a pipe, waits until there is something; of a file, all of the rest. Empty
     /// at the end.
     NSData availableData();
+    /// The same of a pipe without waiting: empty as well when nothing is there.
+    NSData availableDataWithoutWaiting();
     /// Waits for the end, for a pipe until the last writer has closed it.
     NSData readDataToEndOfFile();
     /// Writes all, and waits where a pipe is full. A pipe that nobody reads is an error, not a signal.
@@ -40,17 +42,19 @@ public:
 
     /// Reads once into memory, from where the next reading operation takes it first; waits when nothing is
     /// there. False at the end. So whoever waits for a program can keep it from waiting for its reader.
-    /// Throws NSException (NSMallocException) when more than maximumPendingBytes wait to be taken.
+    /// Throws NSException (NSMallocException) when more than the most that may wait to be taken does.
     bool readAhead();
-    static constexpr std::size_t maximumPendingBytes = 256U << 20;
+    void setMaximumPendingBytes(std::size_t count) { maximumPendingBytes_ = count; }
 
 private:
     void requireOpen() const;
     [[noreturn]] void throwError(const char16_t* operation) const;
     std::size_t readInto(std::string& bytes);
+    NSData takeAvailable(bool mayWait);
 
     FileDescriptor descriptor_;
     std::string pending_;
+    std::size_t maximumPendingBytes_ = 256U << 20;
 };
 
 } // namespace kelvo
