@@ -1,4 +1,5 @@
 #include "platform/webkit/MIMEHTML.h"
+#include "platform/foundation/Value.h"
 #include "platform/webkit/FrameReferences.h"
 #include "platform/webkit/MIMEEngineMessages.h"
 #include "platform/webkit/WebArchive.h"
