@@ -141,7 +141,7 @@ std::string EngineFrameHead::bytes() const {
 
 std::optional<EngineFrameHead> EngineFrameHead::withBytes(std::string_view bytes) {
     if (bytes.size() < size || bytes[0] < static_cast<char>(EngineFrameKind::message) ||
-        bytes[0] > static_cast<char>(EngineFrameKind::greeting) ||
+        bytes[0] > static_cast<char>(EngineFrameKind::report) ||
         (static_cast<unsigned char>(bytes[2]) & ~(inMemoryFlag | placesFlag | peakFlag)) != 0 ||
         bytes.substr(3, 5) != std::string_view("\0\0\0\0\0", 5))
         return std::nullopt;

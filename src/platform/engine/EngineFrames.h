@@ -17,8 +17,9 @@ enum class EngineFrameKind : std::uint8_t {
     answer = 2,
     question = 3,
     reply = 4,
-    note = 5,    ///< before an answer: what the engine found out about the file
-    greeting = 6 ///< once, when the engine is ready
+    note = 5,     ///< before an answer: what the engine found out about the file
+    greeting = 6, ///< once, when the engine is ready
+    report = 7    ///< before an answer: a part of the result, which counts whatever becomes of the engine
 };
 
 struct EngineFrame {

@@ -104,7 +104,10 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     [[noreturn]] void fail(const char16_t* exceptionName, Outcome outcome, const NSString& sentence) const;
     [[noreturn]] void failAfterEnd();
 
-    NSString title() const { return description.title; }
+    NSString title() const {
+        return conversation && !conversation->title.isNil() ? conversation->title
+                                                            : NSString(description.title);
+    }
 
     bool hasPending() override { return isGone || reader.hasWholeFrame(); }
     bool performPending() override;
@@ -130,7 +133,7 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     /// In all its life until the present message, as far as it has told, and the limit of that.
     double cpuSecondsBefore = 0;
     double cpuSecondsAllowed = 0;
-    const Questions* questions = nullptr;
+    const EngineConversation* conversation = nullptr;
     std::optional<Value> result;
     /// What the engine has noted about why it cannot work at all.
     NSString complaint;
@@ -256,7 +259,12 @@ void EngineProcess::Internals::handleFrame() {
         break;
     }
     case EngineFrameKind::question:
-        send({EngineFrameKind::reply, *questions ? (*questions)(frame->value) : Value()});
+        send({EngineFrameKind::reply,
+              conversation->questions ? conversation->questions(frame->value) : Value()});
+        break;
+    case EngineFrameKind::report:
+        if (conversation->reports)
+            conversation->reports(frame->value);
         break;
     case EngineFrameKind::answer:
         result = frame->value;
@@ -377,7 +385,8 @@ EngineProcess::~EngineProcess() {
     stop();
 }
 
-Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Questions& questions) {
+Value EngineProcess::ask(const Value& message, double timeoutSeconds,
+                         const EngineConversation& conversation) {
     Internals& own = *internals_;
     if (own.isAsking)
         throw NSException(NSGenericException, u"The engine is at work on another message.");
@@ -389,9 +398,14 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
     // A child that ended since the last message, or has gone on talking, is replaced.
     if (own.task) {
         own.drain();
-        if (own.isGone || own.isToBeReplaced || (own.answeredMessages > 0 && !own.reader.isEmpty()))
+        if (own.isGone || (own.isToBeReplaced && !conversation.continues) ||
+            (own.answeredMessages > 0 && !own.reader.isEmpty()))
             stop();
     }
+    if (!own.task && conversation.continues)
+        own.fail(EngineCrashedException, Outcome::crashed,
+                 stringWithFormat(u"the %@ has ended",
+                                  conversation.title.isNil() ? own.title() : conversation.title));
     if (!own.task)
         own.start();
 
@@ -407,7 +421,7 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
             Internals& internals = *process.internals_;
             loop.removeSource(internals);
             internals.isAsking = false;
-            internals.questions = nullptr;
+            internals.conversation = nullptr;
             if (!isAnswered)
                 process.stop();
         }
@@ -417,7 +431,7 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds, const Ques
         bool isAnswered = false;
     } asking(*this, loop);
 
-    own.questions = &questions;
+    own.conversation = &conversation;
     own.result.reset();
     own.limitCPU(timeoutSeconds);
     const double end = monotonicSeconds() + timeoutSeconds;

@@ -28,6 +28,20 @@ struct EngineDescription {
     std::vector<std::string> arguments;
 };
 
+/// What goes with a message to an engine.
+struct EngineConversation {
+    /// Answers what the engine asks meanwhile, on the thread of ask(). What it throws ends the engine and leaves ask().
+    std::function<Value(const Value& question)> questions;
+    /// Takes the parts of the result that come ahead of the answer, in their order; also those of an engine that never
+    /// answers. What it throws ends the engine and leaves ask().
+    std::function<void(const Value& part)> reports;
+    /// What the engine is called in sentences about this message; nil: its own title.
+    NSString title;
+    /// The message is about what an earlier one has left in the engine. That is not replaced before it; when it has ended
+    /// since, there is none that could answer.
+    bool continues = false;
+};
+
 /// An engine in a process of its own: a program of this system that is started when it is first needed, kept for the
 /// next time, replaced when it dies, hangs or has grown, and ended with this process, however that ends. What the
 /// engine does to itself (crashing, running for ever, growing) does not reach the one who asks. It starts with an
@@ -39,9 +53,6 @@ struct EngineDescription {
 /// an answer's may be of either kind but the file's. One thread, one message at a time.
 class EngineProcess {
 public:
-    /// Answers what the engine asks meanwhile, on the thread of ask(). What it throws ends the engine and leaves ask().
-    using Questions = std::function<Value(const Value& question)>;
-
     /// Nothing is started yet.
     explicit EngineProcess(EngineDescription description);
     EngineProcess(const EngineProcess&) = delete;
@@ -55,7 +66,7 @@ public:
     /// Throws NSException by the names of EngineExceptions.h when there is no answer; the child is gone then, and the
     /// next message starts another. Throws (NSInvalidArgumentException) when the message is no property list, and
     /// (NSGenericException) when the engine is still working on another message, as it is while it asks a question.
-    Value ask(const Value& message, double timeoutSeconds, const Questions& questions = {});
+    Value ask(const Value& message, double timeoutSeconds, const EngineConversation& conversation = {});
 
     /// Ends the child, all processes that it started, and its folder, at once. The next message starts another.
     void stop();

@@ -173,7 +173,8 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
     message.setObject_forKey(NSNumber::numberWithBool(options.delegate != nullptr), u"asks");
 
     Substitutes substitutes;
-    const EngineProcess::Questions decide = [&](const Value& question) {
+    EngineConversation conversation;
+    conversation.questions = [&](const Value& question) {
         // What is decided too late is of no use to this page.
         if (monotonicSeconds() >= deadline)
             return Value();
@@ -193,7 +194,7 @@ std::optional<RenderedPage> WebEngine::render(const NSData& page, const Options&
         return decided;
     };
     const auto ask = [&] {
-        return process_.ask(message, deadline - monotonicSeconds() + secondsOfGrace, decide);
+        return process_.ask(message, deadline - monotonicSeconds() + secondsOfGrace, conversation);
     };
     Value answer;
     try {

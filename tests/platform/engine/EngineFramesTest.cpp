@@ -44,7 +44,7 @@ TEST(EngineFrames, HeadsAreCheckedBeforeTheyAreTrusted) {
         {"unknown flag", bytesOf(2, 0, 8, 10), false},
         {"something where nothing is", bytesOf(2, 0, 0, 10).replace(7, 1, "x"), false},
         {"no kind", bytesOf(0, 0, 0, 1), false},
-        {"past the last kind", bytesOf(7, 0, 0, 1), false},
+        {"past the last kind", bytesOf(8, 0, 0, 1), false},
         {"high bit", bytesOf(0x81, 0, 0, 1), false},
         {"cut off", bytesOf(1, 0, 0, 0).substr(1), false},
     };

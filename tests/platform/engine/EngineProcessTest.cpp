@@ -112,19 +112,44 @@ TEST(EngineProcess, OneChildAnswersMessagesOfEverySize) {
 TEST(EngineProcess, QuestionsAreAnsweredInTheMidstOfAMessage) {
     EngineProcess engine(rehearsal());
     std::vector<Value> asked;
-    const Value answer = engine.ask(message(u"ask", NSString(u"first")), ample, [&](const Value& question) {
+    EngineConversation conversation;
+    conversation.questions = [&](const Value& question) {
         asked.push_back(question);
         // Nobody else gets through to an engine at work.
         EXPECT_THROW(engine.ask(message(u"echo", NSString(u"inner")), ample), NSException);
         return Value(u"second");
-    });
+    };
+    const Value answer = engine.ask(message(u"ask", NSString(u"first")), ample, conversation);
     EXPECT_EQ(answer, Value(u"second"));
     EXPECT_EQ(asked, (std::vector<Value>{u"first", u"second"}));
-    EXPECT_TRUE(engine.ask(message(u"ask"), ample, [](const Value&) { return Value(); }).isNil());
+    EXPECT_TRUE(engine.ask(message(u"ask"), ample).isNil());
 
-    const auto failing = [](const Value&) -> Value { throw std::runtime_error("refused"); };
-    EXPECT_THROW(engine.ask(message(u"ask"), ample, failing), std::runtime_error);
+    conversation.questions = [](const Value&) -> Value { throw std::runtime_error("refused"); };
+    EXPECT_THROW(engine.ask(message(u"ask"), ample, conversation), std::runtime_error);
     EXPECT_EQ(engine.ask(message(u"echo", NSString(u"on")), ample), Value(u"on"));
+}
+
+TEST(EngineProcess, PartsOfTheResultOutliveTheEngine) {
+    EngineProcess engine(rehearsal());
+    EngineConversation conversation;
+    std::vector<Value> parts;
+    conversation.reports = [&](const Value& part) { parts.push_back(part); };
+    conversation.title = u"importer of letters";
+    try {
+        engine.ask(message(u"report and crash", NSString(u"dear")), ample, conversation);
+        FAIL();
+    } catch (const NSException& exception) {
+        EXPECT_EQ(exception.name(), EngineCrashedException);
+        EXPECT_NE(exception.reason().UTF8String().find("importer of letters"), std::string::npos);
+    }
+    EXPECT_EQ(parts, (std::vector<Value>{u"dear", number(1), number(2), number(3)}));
+
+    // What an engine was left with has gone with it; what another would answer is not asked.
+    conversation.continues = true;
+    EXPECT_THROW(engine.ask(message(u"echo", NSString(u"on")), ample, conversation), NSException);
+    EXPECT_EQ(engine.processIdentifier(), 0);
+    conversation.continues = false;
+    EXPECT_EQ(engine.ask(message(u"echo", NSString(u"on")), ample, conversation), Value(u"on"));
 }
 
 TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {

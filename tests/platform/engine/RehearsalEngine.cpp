@@ -137,6 +137,12 @@ public:
             const auto second = first ? channel.ask(*first) : std::nullopt;
             return second.value_or(Value());
         }
+        if (command == u"report and crash") {
+            channel.report(with);
+            for (int part = 1; part <= 3; ++part)
+                channel.report(NSNumber::numberWithInt(part));
+            std::abort();
+        }
         if (command == u"note") {
             channel.note(Outcome::locked, with.string());
             return {};

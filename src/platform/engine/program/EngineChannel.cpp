@@ -120,6 +120,10 @@ bool EngineChannel::note(Outcome outcome, const NSString& sentence) {
                        {sentence, enginekeys::sentence}})});
 }
 
+bool EngineChannel::report(const Value& part) {
+    return write({EngineFrameKind::report, part});
+}
+
 bool EngineChannel::answer(const Value& result) {
     EngineFrameHead head;
     head.kind = EngineFrameKind::answer;

@@ -32,6 +32,8 @@ public:
     std::optional<Value> nextMessage();
     /// Tells what became of the message's file, where the answer alone does not; see RequestNotes::note.
     bool note(Outcome outcome, const NSString& sentence);
+    /// Sends a part of the result ahead of the answer. Throws as answer() does.
+    bool report(const Value& part);
     /// Answers the message that came last. False when the other side is gone. Throws NSException
     /// (NSInvalidArgumentException) when the result is neither nil nor a property list.
     bool answer(const Value& result);
