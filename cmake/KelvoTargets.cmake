@@ -77,10 +77,14 @@ function(kelvo_precompile target name)
   target_precompile_headers(${target} REUSE_FROM kelvo_precompiled_${name})
 endfunction()
 
-# kelvo_stage_headers(<folder below src/> <name>): makes floors/<name> in the build folder an include path in which the
-# folder's own headers are found, and nothing else.
+# kelvo_stage_headers(<folder> <name> [<above>]): makes floors/<name> in the build folder an include path in which the
+# folder's own headers are found, by its path below src/, or whatever folder stands above it, and nothing else.
 function(kelvo_stage_headers folder name)
-  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.h)
+  set(above ${CMAKE_SOURCE_DIR}/src)
+  if(ARGC GREATER 2)
+    set(above ${ARGV2})
+  endif()
+  file(GLOB headers CONFIGURE_DEPENDS ${above}/${folder}/*.h)
   set(stage ${CMAKE_BINARY_DIR}/floors/${name}/${folder})
   file(REMOVE_RECURSE ${CMAKE_BINARY_DIR}/floors/${name})
   file(MAKE_DIRECTORY ${stage})
@@ -128,6 +132,35 @@ function(kelvo_engine program floor)
   add_executable(${program} main.cpp $<TARGET_OBJECTS:kelvo_engine_allocations>)
   target_link_libraries(${program} PRIVATE kelvo_options ${floor} kelvo_engine_program)
   install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/plumwick)
+endfunction()
+
+# kelvo_importer(<folder below importers/> <Name> [FLOORS target...] [LIBRARIES target...])
+#
+# A metadata importer of our own: the folder's sources as a library kelvo_<folder>_importer, for its tests as well, and
+# Plugin.cpp, which holds the factory, with Info.plist as a bundle among the system's importers, beside the service.
+function(kelvo_importer folder name)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "FLOORS;LIBRARIES")
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/importers/${folder}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/Plugin\\.cpp$")
+  set(library kelvo_${folder}_importer)
+  kelvo_stage_headers(importers/${folder} importer_${folder} ${CMAKE_SOURCE_DIR})
+  add_library(${library} STATIC ${sources})
+  target_include_directories(${library} PUBLIC ${CMAKE_BINARY_DIR}/floors/importer_${folder})
+  target_link_libraries(${library} PUBLIC kelvo_importer_support ${arg_FLOORS}
+    PRIVATE kelvo_options ${arg_LIBRARIES})
+
+  set(bundle System/Library/Spotlight/${name}.mdimporter)
+  add_library(importer_${folder} MODULE ${CMAKE_SOURCE_DIR}/importers/${folder}/Plugin.cpp)
+  target_link_libraries(importer_${folder} PRIVATE kelvo_options ${library})
+  set_target_properties(importer_${folder} PROPERTIES PREFIX "" OUTPUT_NAME ${name}
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${bundle}/Contents/Linux)
+  configure_file(${CMAKE_SOURCE_DIR}/importers/${folder}/Info.plist
+    ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${bundle}/Contents/Info.plist COPYONLY)
+  add_dependencies(importers importer_${folder})
+  install(TARGETS importer_${folder}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/plumwick/${bundle}/Contents/Linux)
+  install(FILES ${CMAKE_SOURCE_DIR}/importers/${folder}/Info.plist
+    DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/plumwick/${bundle}/Contents)
 endfunction()
 
 # kelvo_tests(<folder below tests/> LINK target... [ENVIRONMENT name=value...] [FOREIGN_FLAGS])

@@ -1,0 +1,45 @@
+#pragma once
+
+namespace kelvo::importerengine {
+
+// What the plug-ins' stand-in and plumwick-importer-engine say to each other.
+
+inline constexpr const char* programName = "plumwick-importer-engine";
+
+// Arguments of the program, before the path that each is about: a folder with plug-ins and all that they may read, and,
+// without one, plug-ins that may read any file.
+inline constexpr const char* onlyArgument = "--only";
+
+// A message is a dictionary.
+/// A string: which of these it is.
+inline constexpr const char16_t* actionKey = u"Action";
+/// Makes an object. Answered with its number; nil when none was made.
+inline constexpr const char16_t* createAction = u"Create";
+/// Asks an object for an interface. Answered with the number of the object that has it; nil when it has not.
+inline constexpr const char16_t* queryAction = u"Query";
+/// Gives up an object, whose number is not used again. Answered nil.
+inline constexpr const char16_t* releaseAction = u"Release";
+/// Imports a file. Answered true or false; or with a dictionary that says what was thrown.
+inline constexpr const char16_t* importAction = u"Import";
+
+/// Of createAction: strings, and the 16 bytes of the type.
+inline constexpr const char16_t* libraryKey = u"Library";
+inline constexpr const char16_t* functionKey = u"Function";
+inline constexpr const char16_t* typeKey = u"Type";
+/// Of all others: a number.
+inline constexpr const char16_t* objectKey = u"Object";
+/// Of queryAction: its 16 bytes.
+inline constexpr const char16_t* interfaceKey = u"Interface";
+/// Of importAction: strings; and data, absent when there is no regular file that can be read.
+inline constexpr const char16_t* contentTypeKey = u"ContentType";
+inline constexpr const char16_t* pathKey = u"Path";
+inline constexpr const char16_t* fileKey = u"File";
+
+// What was thrown: strings. Without a name it was no NSException.
+inline constexpr const char16_t* exceptionNameKey = u"Name";
+inline constexpr const char16_t* reasonKey = u"Reason";
+
+// While a file is imported each attribute is reported as it is set: an array of its name and its value; of the name
+// alone when that is null.
+
+} // namespace kelvo::importerengine

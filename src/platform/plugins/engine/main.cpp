@@ -1,0 +1,132 @@
+#include "platform/engine/program/EngineProgram.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/plugins/ImporterEngineMessages.h"
+#include "platform/plugins/engine/PlugInHost.h"
+
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+
+#include <cxxabi.h>
+
+namespace kelvo {
+namespace {
+
+using namespace importerengine;
+
+/// Absent bytes are zeros, by which nothing goes.
+MDUUID identifierIn(const NSDictionary& message, const char16_t* key) {
+    MDUUID identifier{};
+    const NSData data = message.objectForKey(key).data();
+    if (data.length() == sizeof identifier.bytes)
+        std::memcpy(identifier.bytes, data.bytes().data(), sizeof identifier.bytes);
+    return identifier;
+}
+
+std::uint64_t objectIn(const NSDictionary& message) {
+    const NSNumber* const number = message.objectForKey(objectKey).numberIfAny();
+    return number ? static_cast<std::uint64_t>(number->longLongValue()) : 0;
+}
+
+std::string pathIn(const NSDictionary& message, const char16_t* key) {
+    return NSFileManager::defaultManager()
+        .fileSystemRepresentationWithPath(message.objectForKey(key).string())
+        .value_or("");
+}
+
+Value valueOfObject(std::uint64_t number) {
+    return number == 0 ? Value() : Value(NSNumber::numberWithLongLong(static_cast<long long>(number)));
+}
+
+NSString nameOfExceptionInFlight() {
+    const std::type_info* const type = abi::__cxa_current_exception_type();
+    int status = -1;
+    char* const name = type ? abi::__cxa_demangle(type->name(), nullptr, nullptr, &status) : nullptr;
+    const NSString result =
+        NSString::stringByRepairingUTF8String(std::string("it threw ") + (name ? name : "what has no name"));
+    std::free(name);
+    return result;
+}
+
+class ImporterProgram final : public EngineProgram {
+public:
+    explicit ImporterProgram(std::vector<std::string> folders) : folders_(std::move(folders)) {}
+
+    ConfinementProfile profile(const std::string& folder) override {
+        ConfinementProfile profile = EngineProgram::profile(folder);
+        // Without a folder they are plug-ins of others, which read what they like.
+        profile.readable = folders_.empty() ? std::vector<std::string>{"/"} : folders_;
+        return profile;
+    }
+
+    Value answerTo(const Value& asked, EngineChannel& channel) override {
+        const NSDictionary message = asked.dictionary();
+        const NSString action = message.objectForKey(actionKey).string();
+        try {
+            if (action == createAction)
+                return valueOfObject(host_.create(pathIn(message, libraryKey),
+                                                  message.objectForKey(functionKey).string().UTF8String(),
+                                                  identifierIn(message, typeKey)));
+            if (action == queryAction)
+                return valueOfObject(host_.query(objectIn(message), identifierIn(message, interfaceKey)));
+            if (action == releaseAction)
+                host_.release(objectIn(message));
+            if (action == importAction)
+                return import(message, channel);
+            return {};
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception&) {
+            throw;
+        } catch (...) {
+            // So that the handler of all engines has something to tell.
+            throw NSException(NSGenericException, nameOfExceptionInFlight());
+        }
+    }
+
+private:
+    Value import(const NSDictionary& message, EngineChannel& channel) const {
+        PlugInAttributes attributes(
+            message.objectForKey(fileKey).data(),
+            [&](const NSArray& attribute) { channel.report(attribute); },
+            [&](Outcome outcome, const NSString& sentence) { channel.note(outcome, sentence); });
+        NSString name;
+        NSString reason;
+        try {
+            return NSNumber::numberWithBool(host_.import(
+                objectIn(message), attributes, message.objectForKey(contentTypeKey).string().UTF8String(),
+                pathIn(message, pathKey)));
+        } catch (const PlugInRaise& raised) {
+            name = raised.name;
+            reason = raised.reason;
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception& exception) {
+            reason = NSString::stringByRepairingUTF8String(exception.what());
+        } catch (...) {
+            reason = nameOfExceptionInFlight();
+        }
+        return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{reason, reasonKey}, {name, exceptionNameKey}});
+    }
+
+    std::vector<std::string> folders_;
+    PlugInHost host_;
+};
+
+} // namespace
+} // namespace kelvo
+
+int main(int argumentCount, char** arguments) {
+    std::vector<std::string> folders;
+    for (int index = 2; index + 1 < argumentCount; ++index) {
+        if (std::string_view(arguments[index]) == kelvo::importerengine::onlyArgument)
+            folders.emplace_back(arguments[index + 1]);
+    }
+    kelvo::ImporterProgram program(std::move(folders));
+    return kelvo::runEngine(program, argumentCount, arguments);
+}
