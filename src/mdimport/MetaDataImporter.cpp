@@ -2,11 +2,16 @@
 
 #include "mdimport/ImporterBundles.h"
 #include "mdimport/ImporterTool.h"
+#include "platform/foundation/NSException.h"
 #include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/NSStringFormat.h"
+#include "platform/foundation/NSURL.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/encodings/CFString.h"
 #include "platform/foundation/encodings/NSStringEncoding.h"
 #include "platform/launchservices/LaunchServices.h"
+#include "platform/ledger/RequestNotes.h"
+#include "platform/plugins/CFPlugInInstance.h"
 
 namespace kelvo {
 
@@ -51,6 +56,45 @@ NSString MetaDataImporter::importerForFileAtPath_contentType(const NSString& pat
             return importer.string();
     }
     return nullptr;
+}
+
+NSMutableDictionary MetaDataImporter::metaDataOfFileAtPath(const NSString& path) {
+    NSString contentType;
+    const NSString importer = importerForFileAtPath_contentType(path, &contentType);
+    if (importer.isNil()) {
+        if (!contentType.isNil())
+            noteOutcome(Outcome::unsupported,
+                        stringWithFormat(u"no importer is for files of its type (%@)", contentType));
+        return nullptr;
+    }
+    const CFPlugIn plugIn = CFPlugInCreate(NSURL::fileURLWithPath(importer));
+    if (plugIn.isNil())
+        return nullptr;
+    const auto factories = CFPlugInFindFactoriesForPlugInTypeInPlugIn(importerTypeIdentifier, plugIn);
+    if (!factories)
+        return nullptr;
+    for (const CFUUID& factory : *factories) {
+        const auto instance = CFPlugInInstanceCreate(factory, importerTypeIdentifier, plugIn);
+        if (!instance)
+            continue;
+        const auto interface = instance->QueryInterface(importerInterfaceIdentifier);
+        instance->Release();
+        if (!interface)
+            continue;
+        NSMutableDictionary attributes = NSMutableDictionary::dictionary();
+        try {
+            interface->ImporterImportData(attributes, contentType, path);
+        } catch (const NSException& exception) {
+            // Whoever gets some attributes is told why there are no more.
+            noteOutcome(Outcome::answered, sentenceOfReason(exception.reason()));
+        }
+        return attributes;
+    }
+    return nullptr;
+}
+
+NSString MetaDataImporter::textContentOfFileAtPath(const NSString& path) {
+    return metaDataOfFileAtPath(path).objectForKey(kMDItemTextContent).string();
 }
 
 void MetaDataImporter::loadMDImporters() {

@@ -6,6 +6,9 @@
 
 namespace kelvo {
 
+/// The attribute that is the text of the whole file.
+inline constexpr const char16_t* kMDItemTextContent = u"kMDItemTextContent";
+
 /// What the service knows of the installed metadata importers. Used on one thread. What is installed while the process
 /// runs is not seen.
 class MetaDataImporter : public NSObject {
@@ -19,6 +22,17 @@ public:
     static void releaseSharedImporter();
 
     NSString className() const override;
+
+    /// What the first importer that declares the file's content type finds in it, by names of attributes ("kMDItem…");
+    /// empty when it finds nothing. When it raises, or its process ends or takes too long, what it had found until then.
+    /// Nil without a file, a type for it or an importer for that, and when the importer cannot be loaded. What became of
+    /// the importer is noted with the current request.
+    ///
+    /// Throws what importerForFileAtPath_contentType throws, and std::runtime_error when the importer throws what is no
+    /// NSException.
+    NSMutableDictionary metaDataOfFileAtPath(const NSString& path);
+    /// The text of the file among that; nil when there is none, or it is no string.
+    NSString textContentOfFileAtPath(const NSString& path);
 
     /// The bundle that is to import the file: the first that declares the file's content type, which is given in lower
     /// case (`contentType` may be null). Nil without a file, when the system has no type for it, and when no bundle

@@ -64,6 +64,8 @@ std::optional<RequestOutcome> notedTrouble(const RequestNotes& notes) {
 } // namespace
 
 bool isAnswer(Operation operation, const NSDictionary& result) {
+    if (operation == Operation::metaDataForFile)
+        return result.count() > 0;
     return operation == Operation::searchableTextOfWebArchive ? !result.objectForKey(ResultStringKey).isNil()
                                                               : !result.isNil();
 }

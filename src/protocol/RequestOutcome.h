@@ -17,7 +17,8 @@ struct RequestOutcome {
     NSString sentence;
 };
 
-/// Whether there is a result. Of the operation that never answers nil: whether it found text.
+/// Whether there is a result. Of the operation that never answers nil: whether it found text. No attributes are no result
+/// either.
 bool isAnswer(Operation operation, const NSDictionary& result);
 bool isAnswer(Operation operation, const NSData& result);
 bool isAnswer(Operation operation, bool result);

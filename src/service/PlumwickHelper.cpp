@@ -39,8 +39,13 @@ NSString PlumwickHelper::className() const {
 // Operations whose engine is not in place yet (hasEngine says so to clients) answer as they do for a file
 // that they cannot read.
 
-NSDictionary PlumwickHelper::metaDataForFile(const NSString&) {
-    return nullptr;
+NSDictionary PlumwickHelper::metaDataForFile(const NSString& file) {
+    NSMutableDictionary metaData = _mdimporter->metaDataOfFileAtPath(file);
+    for (const Value& key : metaData.allKeys()) {
+        if (metaData.objectForKey(key).isNull())
+            metaData.removeObjectForKey(key);
+    }
+    return metaData;
 }
 
 NSData PlumwickHelper::RTFDWithHTML_baseURL_allowRemoteRequest(const NSData& html, const NSURL& baseURL,

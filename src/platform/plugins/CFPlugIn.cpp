@@ -18,7 +18,15 @@ Value informationOf(const CFUUID& uuid, const CFPlugIn& plugIn, const char16_t* 
     return {};
 }
 
+/// Those who ask the service wait 15 seconds.
+constexpr std::chrono::seconds timeOfPlugIn{12};
+
 } // namespace
+
+double CFPlugIn::secondsLeft() const {
+    const std::chrono::duration<double> left = creation_ + timeOfPlugIn - std::chrono::steady_clock::now();
+    return left.count();
+}
 
 CFPlugIn CFPlugInCreate(const NSURL& url) {
     CFPlugIn plugIn;

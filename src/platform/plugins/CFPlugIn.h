@@ -4,6 +4,7 @@
 #include "platform/foundation/files/NSBundle.h"
 #include "platform/plugins/CFUUID.h"
 
+#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -19,10 +20,13 @@ public:
     bool isNil() const noexcept { return bundle_.isNil(); }
     /// Its executablePath is the library with the functions.
     const NSBundle& bundle() const noexcept { return bundle_; }
+    /// Of the time that its code has in all.
+    double secondsLeft() const;
 
 private:
     friend CFPlugIn CFPlugInCreate(const NSURL& url);
     NSBundle bundle_;
+    std::chrono::steady_clock::time_point creation_ = std::chrono::steady_clock::now();
 };
 
 /// Nil when the URL names no folder. A bundle that has no factories is a plug-in too.

@@ -22,6 +22,8 @@ inline constexpr const char16_t* releaseAction = u"Release";
 /// Imports a file. Answered true or false; or with a dictionary that says what was thrown.
 inline constexpr const char16_t* importAction = u"Import";
 
+/// Of the first three: a string, by which sentences name the plug-in.
+inline constexpr const char16_t* titleKey = u"Title";
 /// Of createAction: strings, and the 16 bytes of the type.
 inline constexpr const char16_t* libraryKey = u"Library";
 inline constexpr const char16_t* functionKey = u"Function";

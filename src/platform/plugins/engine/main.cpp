@@ -1,6 +1,7 @@
 #include "platform/engine/program/EngineProgram.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSStringFormat.h"
 #include "platform/plugins/ImporterEngineMessages.h"
 #include "platform/plugins/engine/PlugInHost.h"
 
@@ -54,18 +55,27 @@ NSString nameOfExceptionInFlight() {
 
 class ImporterProgram final : public EngineProgram {
 public:
-    explicit ImporterProgram(std::vector<std::string> folders) : folders_(std::move(folders)) {}
+    /// The folder of the plug-ins that read nothing else but what their libraries need; empty: those of others, which read
+    /// what they like.
+    explicit ImporterProgram(std::string folder) : folder_(std::move(folder)) {}
 
     ConfinementProfile profile(const std::string& folder) override {
         ConfinementProfile profile = EngineProgram::profile(folder);
-        // Without a folder they are plug-ins of others, which read what they like.
-        profile.readable = folders_.empty() ? std::vector<std::string>{"/"} : folders_;
+        if (folder_.empty())
+            profile.readable = {"/"};
+        else
+            profile.readable = {
+                folder_,      "/usr/share/poppler",   "/usr/share/fonts", "/usr/local/share/fonts",
+                "/etc/fonts", "/var/cache/fontconfig"};
         return profile;
     }
 
     Value answerTo(const Value& asked, EngineChannel& channel) override {
         const NSDictionary message = asked.dictionary();
         const NSString action = message.objectForKey(actionKey).string();
+        if (action == importAction)
+            return import(message, channel);
+        NSString reason;
         try {
             if (action == createAction)
                 return valueOfObject(host_.create(pathIn(message, libraryKey),
@@ -75,17 +85,20 @@ public:
                 return valueOfObject(host_.query(objectIn(message), identifierIn(message, interfaceKey)));
             if (action == releaseAction)
                 host_.release(objectIn(message));
-            if (action == importAction)
-                return import(message, channel);
             return {};
         } catch (const std::bad_alloc&) {
             throw;
-        } catch (const std::exception&) {
-            throw;
+        } catch (const NSException& exception) {
+            reason = exception.reason();
+        } catch (const std::exception& exception) {
+            reason = NSString::stringByRepairingUTF8String(exception.what());
         } catch (...) {
-            // So that the handler of all engines has something to tell.
-            throw NSException(NSGenericException, nameOfExceptionInFlight());
+            reason = nameOfExceptionInFlight();
         }
+        channel.note(
+            Outcome::missingEngine,
+            stringWithFormat(u"the %@ cannot be used: %@", message.objectForKey(titleKey).string(), reason));
+        return {};
     }
 
 private:
@@ -114,7 +127,7 @@ private:
             {{reason, reasonKey}, {name, exceptionNameKey}});
     }
 
-    std::vector<std::string> folders_;
+    std::string folder_;
     PlugInHost host_;
 };
 
@@ -122,11 +135,11 @@ private:
 } // namespace kelvo
 
 int main(int argumentCount, char** arguments) {
-    std::vector<std::string> folders;
+    std::string folder;
     for (int index = 2; index + 1 < argumentCount; ++index) {
         if (std::string_view(arguments[index]) == kelvo::importerengine::onlyArgument)
-            folders.emplace_back(arguments[index + 1]);
+            folder = arguments[index + 1];
     }
-    kelvo::ImporterProgram program(std::move(folders));
+    kelvo::ImporterProgram program(std::move(folder));
     return kelvo::runEngine(program, argumentCount, arguments);
 }

@@ -1,0 +1,143 @@
+#include "platform/plugins/CFPlugInInstance.h"
+
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSStringFormat.h"
+#include "platform/foundation/PlatformRoot.h"
+#include "platform/foundation/Value.h"
+#include "platform/ledger/RequestNotes.h"
+#include "platform/plugins/ImporterEngineMessages.h"
+#include "platform/plugins/PlugInEngine.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace kelvo {
+namespace {
+
+using namespace importerengine;
+
+// What an importer may set, as mdimporter.h tells its makers; text takes twice the room here. That the engine, which
+// counts as well, still does what it should is not relied on.
+constexpr std::size_t mostReports = 65'536;
+constexpr std::size_t mostBytes = 256ULL << 20;
+
+Value numberOf(std::uint64_t number) {
+    return NSNumber::numberWithLongLong(static_cast<long long>(number));
+}
+
+/// 0 when the answer is none.
+std::uint64_t objectIn(const Value& answer) {
+    const NSNumber* const number = answer.numberIfAny();
+    return number ? static_cast<std::uint64_t>(number->longLongValue()) : 0;
+}
+
+Value dataOf(const CFUUID& uuid) {
+    return NSData::dataWithBytes(uuid.bytes.data(), uuid.bytes.size());
+}
+
+std::size_t lengthOfValue(const Value& value) {
+    return sizeof value + 2 * value.string().length() + value.data().length();
+}
+
+/// Takes what is reported into a dictionary, within its bounds.
+class Filling {
+public:
+    explicit Filling(NSMutableDictionary& attributes) : attributes_(attributes) {}
+
+    void operator()(const Value& part) {
+        const NSArray attribute = part.array();
+        if (attribute.count() == 0 || attribute.count() > 2 || !attribute.objectAtIndex(0).isString())
+            return;
+        const Value value = attribute.count() == 2 ? attribute.objectAtIndex(1) : Value(NSNull());
+        bytes_ += lengthOfValue(attribute.objectAtIndex(0)) + lengthOfValue(value);
+        for (const Value& each : value.array())
+            bytes_ += lengthOfValue(each);
+        if (++reports_ > mostReports || bytes_ > mostBytes)
+            throw NSException(NSMallocException, u"The importer sets more than it may.");
+        attributes_.setObject_forKey(value, attribute.objectAtIndex(0));
+    }
+
+private:
+    NSMutableDictionary& attributes_;
+    std::size_t reports_ = 0;
+    std::size_t bytes_ = 0;
+};
+
+} // namespace
+
+std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, const CFUUID& type,
+                                                         const CFPlugIn& plugIn) {
+    const NSString function = nameOfFactoryFunction(factory, plugIn);
+    const auto library = placeOfPath(plugIn.bundle().executablePath());
+    if (function.isNil() || !library) {
+        noteOutcome(Outcome::missingEngine,
+                    stringWithFormat(u"the %@ has no library or no factory", titleOfPlugIn(plugIn)));
+        return nullptr;
+    }
+    PlugInEngine& engine = PlugInEngine::engineForPlugIn(plugIn);
+    const auto message = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{createAction, actionKey},
+         {NSFileManager::defaultManager().stringWithFileSystemRepresentation(*library), libraryKey},
+         {function, functionKey},
+         {dataOf(type), typeKey},
+         {titleOfPlugIn(plugIn), titleKey}});
+    try {
+        const std::uint64_t number = objectIn(engine.ask(message, plugIn, PlugInEngine::Message::first));
+        return number == 0 ? nullptr : std::make_unique<CFPlugInInstance>(engine, plugIn, number);
+    } catch (const NSException&) {
+        // What became of it is noted, and another factory may do better.
+        return nullptr;
+    }
+}
+
+std::unique_ptr<ImporterInterface> CFPlugInInstance::QueryInterface(const CFUUID& interface) const {
+    const auto message =
+        NSMutableDictionary::dictionaryWithObjectsAndKeys({{queryAction, actionKey},
+                                                           {numberOf(number_), objectKey},
+                                                           {dataOf(interface), interfaceKey},
+                                                           {titleOfPlugIn(plugIn_), titleKey}});
+    try {
+        const std::uint64_t number =
+            objectIn(engine_.ask(message, plugIn_, PlugInEngine::Message::continued));
+        return number == 0 ? nullptr : std::make_unique<ImporterInterface>(engine_, plugIn_, number);
+    } catch (const NSException&) {
+        return nullptr;
+    }
+}
+
+void CFPlugInInstance::Release() const {
+    const auto message = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{releaseAction, actionKey}, {numberOf(number_), objectKey}, {titleOfPlugIn(plugIn_), titleKey}});
+    try {
+        engine_.ask(message, plugIn_, PlugInEngine::Message::continued);
+    } catch (const NSException&) {
+        // It has given up everything.
+    }
+}
+
+bool ImporterInterface::ImporterImportData(NSMutableDictionary& attributes, const NSString& contentType,
+                                           const NSString& path) const {
+    auto message = NSMutableDictionary::dictionaryWithObjectsAndKeys({{importAction, actionKey},
+                                                                      {numberOf(number_), objectKey},
+                                                                      {contentType, contentTypeKey},
+                                                                      {path, pathKey}});
+    if (const NSData file = NSData::dataWithContentsOfFileWhenNeeded(path); !file.isNil())
+        message.setObject_forKey(file, fileKey);
+    const Value answer = engine_.ask(message, plugIn_, PlugInEngine::Message::continued, Filling(attributes));
+    const NSDictionary thrown = answer.dictionary();
+    if (thrown.isNil()) {
+        const NSNumber* const result = answer.numberIfAny();
+        return result && result->boolValue();
+    }
+    const NSString name = thrown.objectForKey(exceptionNameKey).string();
+    const NSString sentence = stringWithFormat(u"the %@ gave up: %@", titleOfPlugIn(plugIn_),
+                                               thrown.objectForKey(reasonKey).string());
+    noteOutcome(Outcome::broken, sentence);
+    if (name.isNil())
+        throw std::runtime_error(sentence.UTF8String());
+    throw NSException(name, thrown.objectForKey(reasonKey).string());
+}
+
+} // namespace kelvo

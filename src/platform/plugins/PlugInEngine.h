@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/engine/EngineProcess.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/plugins/CFPlugIn.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace kelvo {
+
+/// The process in which plug-ins are.
+class PlugInEngine {
+public:
+    /// The one for this plug-in: that of the system's own, when its folder really lies in the system's folder of
+    /// importers, or that of all others.
+    static PlugInEngine& engineForPlugIn(const CFPlugIn& plugIn);
+
+    PlugInEngine(const PlugInEngine&) = delete;
+    PlugInEngine& operator=(const PlugInEngine&) = delete;
+
+    enum class Message : std::uint8_t { first, continued };
+
+    /// What EngineProcess::ask does, in the time that the plug-in has left.
+    Value ask(const NSDictionary& message, const CFPlugIn& plugIn, Message place,
+              std::function<void(const Value& part)> reports = {});
+
+private:
+    explicit PlugInEngine(EngineDescription description);
+
+    EngineProcess process_;
+};
+
+/// "importer PDF": the plug-in in sentences.
+NSString titleOfPlugIn(const CFPlugIn& plugIn);
+
+} // namespace kelvo
