@@ -118,13 +118,13 @@ TEST(RequestOutcome, OfAFailure) {
     EXPECT_EQ(outcomeOfFailure(exception, notes).sentence, u"it took longer than 12 seconds");
 }
 
-TEST(RequestOutcome, AWebArchiveWithoutTextIsNoAnswer) {
+TEST(RequestOutcome, ResultsWithoutWhatWasAskedForAreNoAnswers) {
     const NSDictionary text = NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"t", ResultStringKey}});
     const NSDictionary source = NSMutableDictionary::dictionaryWithObjectsAndKeys({{u"s", ResultSourceKey}});
     EXPECT_TRUE(isAnswer(Operation::searchableTextOfWebArchive, text));
     EXPECT_FALSE(isAnswer(Operation::searchableTextOfWebArchive, source));
-    EXPECT_TRUE(isAnswer(Operation::metaDataForFile, NSDictionary::dictionary()));
-    EXPECT_FALSE(isAnswer(Operation::metaDataForFile, NSDictionary()));
+    EXPECT_TRUE(isAnswer(Operation::metaDataForFile, text));
+    EXPECT_FALSE(isAnswer(Operation::metaDataForFile, NSDictionary::dictionary()));
 }
 
 } // namespace

@@ -161,8 +161,8 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
         {"no rich text", [&] { write(words, NSString::stringWithUTF8String(folder.path("y.rtfd"))); },
          Outcome::broken, u"it is no RTFD, or a damaged one"},
         {"no folder", [&] { write(rtfd, missing); }, Outcome::nothing, u"there is no such folder"},
-        {"metadata", [&] { client.metaDataForFile(missing); }, Outcome::unsupported,
-         u"the service has no engine for this operation yet"},
+        {"missing metadata", [&] { client.metaDataForFile(missing); }, Outcome::nothing,
+         u"there is no such file"},
         {"PDF", [&] { client.attributed_stringWithPDF(true, words); }, Outcome::unsupported,
          u"the service has no engine for this operation yet"},
     };
