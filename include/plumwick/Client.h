@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/appkit/NSAttributedString.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSString.h"

@@ -36,6 +36,8 @@ std::string textOfScalar(const Value& value, const WrittenBytes& written) {
     }
     case Value::Kind::string:
         return printable(value.string(), LineEnds::kept);
+    case Value::Kind::attributedText:
+        return printable(value.attributedText()->plainString(), LineEnds::kept);
     case Value::Kind::url:
         return printable(value.url().absoluteString());
     case Value::Kind::size:

@@ -52,6 +52,71 @@ struct Url {
   base @1 :Url;
 }
 
+struct AttributedString {
+  # Text as pages have it: without pictures, lists and tables, which travel as RTFD.
+
+  string @0 :Data;
+  attributes @1 :List(TextAttributes);
+  runs @2 :List(Run);
+  # One after the other; together they are as long as the text.
+
+  struct Run {
+    length @0 :UInt32;
+    # In units; never 0.
+    attributes @1 :UInt32;
+    # Which of the attributes.
+  }
+}
+
+struct Color {
+  # sRGB and opacity, each 0 to 1.
+  red @0 :Float32;
+  green @1 :Float32;
+  blue @2 :Float32;
+  alpha @3 :Float32;
+}
+
+struct TextAttributes {
+  # Absent pointers: none.
+  fontFamily @0 :Data;
+  pointSize @1 :Float32;
+  isBold @2 :Bool;
+  isItalic @3 :Bool;
+  isFixedPitch @4 :Bool;
+  underlineStyle @5 :UInt8;
+  strikethroughStyle @6 :UInt8;
+  superscript @7 :Int32;
+  baselineOffset @8 :Float32;
+  kern @9 :Float32;
+  foregroundColor @10 :Color;
+  backgroundColor @11 :Color;
+  link @12 :Data;
+  paragraphStyle @13 :ParagraphStyle;
+}
+
+struct ParagraphStyle {
+  # Lengths in points; the numbers are the platform's.
+  alignment @0 :UInt8;
+  baseWritingDirection @1 :Int8;
+  firstLineHeadIndent @2 :Float32;
+  headIndent @3 :Float32;
+  tailIndent @4 :Float32;
+  paragraphSpacingBefore @5 :Float32;
+  paragraphSpacing @6 :Float32;
+  lineHeightMultiple @7 :Float32;
+  minimumLineHeight @8 :Float32;
+  maximumLineHeight @9 :Float32;
+  lineSpacing @10 :Float32;
+  headerLevel @11 :UInt8;
+  defaultTabInterval @12 :Float32;
+  tabStops @13 :List(Tab);
+
+  struct Tab {
+    location @0 :Float32;
+    type @1 :UInt8;
+  }
+}
+
 struct Value {
   # One node of a property-list tree.
 
@@ -81,5 +146,6 @@ struct Value {
       blue @17 :Float32;
       alpha @18 :Float32;
     }
+    attributedString @19 :AttributedString;
   }
 }

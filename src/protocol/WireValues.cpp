@@ -4,6 +4,7 @@
 #include "platform/foundation/SealedMemory.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/NSConnection.h"
+#include "protocol/WireAttributedText.h"
 
 #include <bit>
 #include <cstring>
@@ -93,6 +94,8 @@ void encodeValue(const Value& value, wire::Value::Builder builder, std::size_t d
         color.setAlpha(held.alpha);
         return;
     }
+    case Value::Kind::attributedText:
+        return encodeAttributedString(NSAttributedString::withValue(value), builder.initAttributedString());
     case Value::Kind::object:
         throw NSException(NSInvalidArgumentException, u"An object has no copy that could be sent.");
     }
@@ -151,6 +154,8 @@ Value decodeValue(wire::Value::Reader reader, std::size_t depth) {
         const auto color = reader.getColor();
         return NSColor{color.getRed(), color.getGreen(), color.getBlue(), color.getAlpha()};
     }
+    case wire::Value::ATTRIBUTED_STRING:
+        return decodeAttributedString(reader.getAttributedString());
     }
     throw NSException(NSInvalidArgumentException, u"A value of an unknown kind was received.");
 }

@@ -88,13 +88,24 @@ NSAttributedString NSAttributedString::attributedSubstringFromRange(NSRange rang
     return result;
 }
 
+NSAttributedString NSAttributedString::withValue(const Value& value) {
+    NSAttributedString result;
+    // Nothing else is ever attributed text.
+    result.rep_ = std::static_pointer_cast<const Rep>(value.attributedText());
+    return result;
+}
+
+bool NSAttributedString::Rep::isEqualToText(const AttributedText& other) const {
+    const Rep& right = static_cast<const Rep&>(other);
+    return string == right.string && std::ranges::equal(runs, right.runs, [](const Run& one, const Run& two) {
+               return one.range == two.range && areEqual(one.attributes, two.attributes);
+           });
+}
+
 bool operator==(const NSAttributedString& left, const NSAttributedString& right) {
     if (left.rep_ == right.rep_)
         return true;
-    return left.rep_ && right.rep_ && left.rep_->string == right.rep_->string &&
-           std::ranges::equal(left.rep_->runs, right.rep_->runs, [](const auto& one, const auto& other) {
-               return one.range == other.range && areEqual(one.attributes, other.attributes);
-           });
+    return left.rep_ && right.rep_ && left.rep_->isEqualToText(*right.rep_);
 }
 
 NSMutableAttributedString::NSMutableAttributedString(const NSAttributedString& text)

@@ -3,6 +3,8 @@
 #include "platform/appkit/NSTextAttributes.h"
 #include "platform/foundation/NSRange.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Value.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 #include <span>
@@ -10,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// Immutable text with attributes, shared by reference. Default-constructed it is nil; nil is not the empty
 /// text, but both have length 0.
@@ -48,12 +50,20 @@ public:
     NSAttributedString attributedSubstringFromRange(NSRange range) const;
     bool isIdenticalTo(const NSAttributedString& other) const noexcept { return rep_ == other.rep_; }
 
+    /// Nil for nil.
+    operator Value() const { return Value(std::shared_ptr<const AttributedText>(rep_)); }
+    /// Nil when the value is none.
+    static NSAttributedString withValue(const Value& value);
+
     /// Equal text in equal runs. Nil equals nil alone.
-    friend bool operator==(const NSAttributedString& left, const NSAttributedString& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSAttributedString& left, const NSAttributedString& right);
 
 private:
     friend class NSMutableAttributedString;
-    struct Rep {
+    struct Rep final : AttributedText {
+        NSString plainString() const override { return string; }
+        bool isEqualToText(const AttributedText& other) const override;
+
         NSString string;
         std::vector<Run> runs;
     };

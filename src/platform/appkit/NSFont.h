@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// A typeface in one size and style, described by what rich text needs to say about it. Nothing is looked up:
 /// the family may not be installed here.

@@ -2,11 +2,12 @@
 
 #include "platform/appkit/NSTextList.h"
 #include "platform/appkit/NSTextTable.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 #include <vector>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// The numbers are the platform's own.
 enum class NSTextAlignment : unsigned char { left = 0, right = 1, center = 2, justified = 3, natural = 4 };
@@ -54,7 +55,7 @@ struct NSParagraphStyle {
     static const NSParagraphStyle& defaultParagraphStyle();
 
     /// Lists and cells are compared by what they say, not by identity.
-    friend bool operator==(const NSParagraphStyle& left, const NSParagraphStyle& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSParagraphStyle& left, const NSParagraphStyle& right);
 };
 
 } // namespace kelvo

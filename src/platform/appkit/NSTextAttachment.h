@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/foundation/NSGeometry.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 class NSFileWrapper;
 
@@ -16,7 +17,7 @@ struct NSTextAttachment {
     NSSize displaySize;
 
     /// Equal names, contents and sizes.
-    friend bool operator==(const NSTextAttachment& left, const NSTextAttachment& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSTextAttachment& left, const NSTextAttachment& right);
 };
 
 /// OBJECT REPLACEMENT CHARACTER.

@@ -5,11 +5,12 @@
 #include "platform/appkit/NSTextAttachment.h"
 #include "platform/foundation/NSGeometry.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <memory>
 #include <optional>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// The platform's numbers for underlines and strikethroughs.
 enum NSUnderlineStyle : unsigned char {
@@ -46,7 +47,7 @@ struct NSTextAttributes {
     }
 
     /// What is pointed to is compared by what it says, not by identity; no style equals the default one.
-    friend bool operator==(const NSTextAttributes& left, const NSTextAttributes& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSTextAttributes& left, const NSTextAttributes& right);
 };
 
 } // namespace kelvo

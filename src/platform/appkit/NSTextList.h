@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// One list, or one level of a nested list, that paragraphs belong to. The markers themselves stand in the
 /// text (tab, marker, tab before each item); this says how they are made.

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/foundation/NSGeometry.h"
+#include "platform/foundation/Visibility.h"
 
 #include <array>
 #include <memory>
 #include <optional>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// A length of a table or cell: in points, or in percent of what surrounds it.
 struct NSTextBlockLength {
@@ -64,7 +65,7 @@ struct NSTextTableBlock {
     NSTextBlockVerticalAlignment verticalAlignment = NSTextBlockVerticalAlignment::top;
 
     /// Tables are compared by what they say, not by identity.
-    friend bool operator==(const NSTextTableBlock& left, const NSTextTableBlock& right);
+    KELVO_PUBLIC_FRIEND bool operator==(const NSTextTableBlock& left, const NSTextTableBlock& right);
 };
 
 } // namespace kelvo

@@ -63,6 +63,8 @@ NSString textOfScalar(const Value& value) {
         return NSStringFromSize(*value.sizeIfAny());
     case Value::Kind::color:
         return textOfColor(*value.colorIfAny());
+    case Value::Kind::attributedText:
+        return value.attributedText()->plainString();
     case Value::Kind::object:
         return value.object()->description();
     default:

@@ -13,6 +13,8 @@ std::size_t mix(std::size_t seed, std::size_t hash) {
 
 } // namespace
 
+AttributedText::~AttributedText() = default;
+
 bool Value::isIdenticalTo(const Value& other) const noexcept {
     if (kind() != other.kind())
         return false;
@@ -27,6 +29,8 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
         return std::get<NSArray>(held_).isIdenticalTo(std::get<NSArray>(other.held_));
     case Kind::dictionary:
         return std::get<NSDictionary>(held_).isIdenticalTo(std::get<NSDictionary>(other.held_));
+    case Kind::attributedText:
+        return attributedText() == other.attributedText();
     default:
         return *this == other;
     }
@@ -37,6 +41,8 @@ NSString Value::description() const {
 }
 
 bool operator==(const Value& left, const Value& right) {
+    if (left.isAttributedText() && right.isAttributedText())
+        return left.isIdenticalTo(right) || left.attributedText()->isEqualToText(*right.attributedText());
     return left.held_ == right.held_;
 }
 
@@ -66,6 +72,8 @@ std::size_t Value::hash() const {
                    std::hash<float>()(std::get<NSSize>(held_).height));
     case Kind::color:
         return std::hash<float>()(std::get<NSColor>(held_).red);
+    case Kind::attributedText:
+        return mix(seed, std::hash<NSString>()(attributedText()->plainString()));
     case Kind::object:
         return std::hash<std::shared_ptr<NSObject>>()(std::get<std::shared_ptr<NSObject>>(held_));
     }

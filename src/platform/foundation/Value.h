@@ -17,6 +17,20 @@
 
 namespace KELVO_PUBLIC kelvo {
 
+/// What a handle on attributed text refers to. The handle, and the attributes, are NSAttributedString's, on a floor above;
+/// all that a tree needs to know of the text stands here.
+class AttributedText {
+public:
+    AttributedText() = default;
+    AttributedText(const AttributedText&) = delete;
+    AttributedText& operator=(const AttributedText&) = delete;
+    virtual ~AttributedText();
+
+    virtual NSString plainString() const = 0;
+    /// Equal text with equal attributes.
+    virtual bool isEqualToText(const AttributedText& other) const = 0;
+};
+
 /// One node of a property-list tree: whatever can be an element of an array, a value of a dictionary, a
 /// format argument or a result. Default-constructed it is nil; made from a nil handle it is nil as well.
 ///
@@ -36,6 +50,7 @@ public:
         dictionary,
         size,
         color,
+        attributedText,
         object
     };
     /// The most levels of containers within containers that readers build and the wire carries.
@@ -71,6 +86,11 @@ public:
     Value(const NSMutableDictionary& dictionary) noexcept : Value(dictionary.copy()) {}
     Value(NSSize size) noexcept : held_(size) {}
     Value(NSColor color) noexcept : held_(color) {}
+    /// NSAttributedString converts itself.
+    Value(std::shared_ptr<const AttributedText> text) noexcept {
+        if (text)
+            held_ = static_cast<std::shared_ptr<const AttributedText>&&>(text);
+    }
     Value(std::shared_ptr<NSObject> object) noexcept {
         if (object)
             held_ = static_cast<std::shared_ptr<NSObject>&&>(object);
@@ -92,6 +112,7 @@ public:
     bool isDictionary() const noexcept { return kind() == Kind::dictionary; }
     bool isSize() const noexcept { return kind() == Kind::size; }
     bool isColor() const noexcept { return kind() == Kind::color; }
+    bool isAttributedText() const noexcept { return kind() == Kind::attributedText; }
     bool isObject() const noexcept { return kind() == Kind::object; }
 
     /// The held value when it is of that kind; else nil, or null for the kinds that have no nil.
@@ -104,6 +125,9 @@ public:
     NSURL url() const { return heldOr<NSURL>(); }
     NSArray array() const { return heldOr<NSArray>(); }
     NSDictionary dictionary() const { return heldOr<NSDictionary>(); }
+    std::shared_ptr<const AttributedText> attributedText() const {
+        return heldOr<std::shared_ptr<const AttributedText>>();
+    }
     std::shared_ptr<NSObject> object() const { return heldOr<std::shared_ptr<NSObject>>(); }
 
     /// The shared storage is the same, or, for kinds without shared storage, the values are equal.
@@ -126,7 +150,7 @@ private:
 
     // In the order of Kind.
     std::variant<std::monostate, NSNull, NSNumber, NSString, NSData, NSDate, NSURL, NSArray, NSDictionary,
-                 NSSize, NSColor, std::shared_ptr<NSObject>>
+                 NSSize, NSColor, std::shared_ptr<const AttributedText>, std::shared_ptr<NSObject>>
         held_;
 };
 

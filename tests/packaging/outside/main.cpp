@@ -22,6 +22,10 @@ int main() {
                           u"array");
     made.setObject_forKey(kelvo::NSURL::URLWithString(u"http://example.org/"), kelvo::ResultURLKey);
     made.setObject_forKey(kelvo::NSDate::date(), u"date");
+    made.setObject_forKey(kelvo::NSAttributedString(u"rich"), kelvo::ResultStringKey);
+    const auto rich = kelvo::NSAttributedString::withValue(made.objectForKey(kelvo::ResultStringKey));
+    if (rich != kelvo::NSAttributedString(u"rich") || rich.runs().front().attributes->font.isBold)
+        return 7;
     if (made == kelvo::NSMutableDictionary(kelvo::NSDictionary::dictionary()) ||
         kelvo::Value(made) == kelvo::Value(made.allKeys()) || kelvo::NSData::data() == kelvo::NSData() ||
         kelvo::NSURL() == made.objectForKey(kelvo::ResultURLKey).url() ||
