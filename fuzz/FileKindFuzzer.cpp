@@ -1,8 +1,8 @@
 // What a file is, and the text of a plain one.
 
 #include "Input.h"
-#include "platform/appkit/documents/PlainTextReading.h"
 #include "platform/filekinds/FileKind.h"
+#include "platform/foundation/encodings/PlainTextReading.h"
 
 #include <cstddef>
 #include <cstdint>

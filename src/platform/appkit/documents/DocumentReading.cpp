@@ -4,10 +4,10 @@
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentEngine.h"
 #include "platform/appkit/documents/PageReading.h"
-#include "platform/appkit/documents/PlainTextReading.h"
 #include "platform/appkit/rtfreader/RTFReading.h"
 #include "platform/filekinds/FileKind.h"
 #include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/encodings/PlainTextReading.h"
 #include "platform/ledger/RequestNotes.h"
 #include "platform/webkit/WebArchive.h"
 

@@ -1,7 +1,7 @@
 #include "platform/appkit/documents/PageReading.h"
 
-#include "platform/appkit/documents/PlainTextReading.h"
 #include "platform/appkit/html/HTMLReading.h"
+#include "platform/foundation/encodings/PlainTextReading.h"
 #include "platform/foundation/files/PrivateFolder.h"
 #include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/PageBase.h"

@@ -1,4 +1,4 @@
-#include "platform/appkit/documents/PlainTextReading.h"
+#include "platform/foundation/encodings/PlainTextReading.h"
 
 #include "platform/foundation/encodings/NSStringEncoding.h"
 
