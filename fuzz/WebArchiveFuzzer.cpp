@@ -5,7 +5,7 @@
 #include "markup/Html2Text.h"
 #include "markup/WebArchiveSearchableText.h"
 #include "markup/WebKitAdditions.h"
-#include "platform/webkit/MIMEHTML.h"
+#include "platform/webkit/MIMEParts.h"
 #include "platform/webkit/mime/MIMEMessage.h"
 
 using namespace kelvo;

@@ -1,13 +1,8 @@
 #pragma once
 
-#include "platform/foundation/NSDictionary.h"
 #include "platform/webkit/WebArchive.h"
 
 namespace kelvo {
-
-/// Whether the data begins with a block of header fields that has a Content-Type among them, as MIME HTML
-/// (.mht, .mhtml) does. Nothing after that block is looked at.
-bool beginsLikeMIMEMessage(const NSData& data);
 
 /// A page saved as MIME HTML: a multipart message that is multipart/related or has an HTML page among its
 /// parts, or such a page alone as a message that has a MIME-Version. Nil for anything else; also when the
@@ -23,7 +18,5 @@ bool beginsLikeMIMEMessage(const NSData& data);
 /// - Addresses are resolved against that of the message; one of more than 8,192 bytes counts as none. A part
 ///   without an address has the URL "cid:" and its Content-ID, or no URL.
 WebArchive archiveFromMIMEHTML(const NSData& data);
-/// The same out of what the engine has made of it (MIMEEngineMessages.h). Nil for what it cannot have made.
-WebArchive archiveFromMIMEParts(const NSDictionary& message);
 
 } // namespace kelvo

@@ -1,8 +1,5 @@
 #include "platform/webkit/WebArchive.h"
 
-#include "platform/webkit/MIMEHTML.h"
-#include "platform/webkit/PropertyListArchive.h"
-
 #include <utility>
 
 namespace kelvo {
@@ -17,10 +14,6 @@ WebArchive::WebArchive(WebResource mainResource, std::vector<WebResource> subres
                        std::vector<WebArchive> subframeArchives)
     : contents_(std::make_shared<const Contents>(
           Contents{std::move(mainResource), std::move(subresources), std::move(subframeArchives)})) {}
-
-WebArchive WebArchive::initWithData(const NSData& data) {
-    return beginsLikeMIMEMessage(data) ? archiveFromMIMEHTML(data) : archiveFromPropertyList(data);
-}
 
 const WebArchive::Contents& WebArchive::none() noexcept {
     static const Contents none;

@@ -1,7 +1,7 @@
-#include "platform/webkit/MIMEHTML.h"
 #include "platform/foundation/Value.h"
 #include "platform/webkit/FrameReferences.h"
 #include "platform/webkit/MIMEEngineMessages.h"
+#include "platform/webkit/MIMEParts.h"
 #include "platform/webkit/WebArchive.h"
 
 #include <gtest/gtest.h>
