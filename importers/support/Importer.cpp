@@ -1,11 +1,12 @@
 #include "importers/support/Importer.h"
 
 #include "platform/foundation/NSException.h"
-#include "platform/foundation/units/ASCII.h"
+#include "platform/foundation/units/UTF8.h"
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
+#include <array>
+#include <optional>
+#include <span>
 #include <string>
 
 namespace kelvo::importers {
@@ -70,6 +71,26 @@ bool isBlank(char16_t unit) {
     return unit <= u' ' || unit == 0x7F || unit == 0xA0;
 }
 
+/// How many bytes of UTF-8 there are before there would be more units of it than are kept; absent when they are not
+/// UTF-8.
+std::optional<std::size_t> lengthOfUTF8(std::string_view bytes) {
+    const std::span all(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    // What is decoded is only counted.
+    std::array<char16_t, 4096> units;
+    std::size_t length = 0;
+    for (std::size_t left = mostUnitsOfText; left > 0 && length < bytes.size();) {
+        const UTF8Decoding decoded =
+            decodeUTF8(all.subspan(length), units.data(), std::min(left, units.size()));
+        if (decoded.hadErrors)
+            return std::nullopt;
+        if (decoded.unitsWritten == 0)
+            break;
+        length += decoded.bytesRead;
+        left -= decoded.unitsWritten;
+    }
+    return length;
+}
+
 } // namespace
 
 std::string_view Attributes::file() const {
@@ -118,12 +139,23 @@ void Attributes::setDate(const char* name, NSDate date) {
 }
 
 void Attributes::setText(std::u16string_view text) {
-    if (text.size() > mostUnitsOfText) {
-        const bool cutsCharacter = (text[mostUnitsOfText] & 0xFC00) == 0xDC00;
-        text = text.substr(0, mostUnitsOfText - (cutsCharacter ? 1 : 0));
+    const bool isCut = text.size() > mostUnitsOfText;
+    if (isCut)
+        text = text.substr(0, mostUnitsOfText - (isTrailSurrogate(text[mostUnitsOfText]) ? 1 : 0));
+    setTextContent(UTF8StringOfCharacters(text), isCut);
+}
+
+bool Attributes::setTextOfUTF8(std::string_view bytes) {
+    const auto length = lengthOfUTF8(bytes);
+    if (!length)
+        return false;
+    setTextContent(bytes.substr(0, *length), *length < bytes.size());
+    return true;
+}
+
+void Attributes::setTextContent(std::string_view bytes, bool isCut) {
+    if (isCut)
         note(MDNoteIncomplete, "the text is longer than is kept");
-    }
-    const std::string bytes = NSString(text).UTF8String();
     attributes_->functions->setString(attributes_, "kMDItemTextContent", bytes.data(), bytes.size());
 }
 

@@ -38,11 +38,16 @@ public:
     /// "kMDItemTextContent", as it is, also when it is empty: the file has been read and has no text. What passes
     /// mostUnitsOfText is cut off before a character, and noted.
     void setText(std::u16string_view text);
+    /// The same for bytes that are UTF-8 already, which go as they are. False, and nothing is set, when what would be
+    /// kept of them is not UTF-8.
+    bool setTextOfUTF8(std::string_view bytes);
 
     /// See mdimporter.h.
     void note(int kind, const char* sentence);
 
 private:
+    void setTextContent(std::string_view bytes, bool isCut);
+
     MDAttributes* attributes_;
     std::string_view contentType_;
 };

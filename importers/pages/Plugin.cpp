@@ -1,0 +1,3 @@
+#include "importers/pages/PageImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importPage)

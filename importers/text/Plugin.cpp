@@ -1,0 +1,3 @@
+#include "importers/text/TextImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importText)
