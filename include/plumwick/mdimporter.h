@@ -4,7 +4,7 @@
  * A metadata importer is a bundle that the conversion service finds in one of the importer folders:
  *
  *     Name.mdimporter/Contents/Info.plist
- *     Name.mdimporter/Contents/Linux/Name.so        ("CFBundleExecutable" says its name)
+ *     Name.mdimporter/Contents/Linux/Name.so        (for the "CFBundleExecutable" Name)
  *
  * Info.plist says which types of files it is for ("CFBundleDocumentTypes": dictionaries with "CFBundleTypeRole"
  * "MDImporter" and an array "LSItemContentTypes" of uniform type identifiers), which factories serve importers

@@ -161,9 +161,10 @@ NSString NSBundle::executablePath() const {
     const NSString name = objectForInfoDictionaryKey(u"CFBundleExecutable").string();
     if (name.isEmpty() || name.characters().find(u'/') != std::u16string_view::npos)
         return nullptr;
-    const NSString library = NSString(u"lib").stringByAppendingString(name).stringByAppendingString(u".so");
+    const NSString module = name.stringByAppendingString(u".so");
+    const NSString library = NSString(u"lib").stringByAppendingString(module);
     for (const char16_t* folder : {u"/Contents/Linux/", u"/Contents/MacOS/", u"/"}) {
-        for (const NSString& file : {name, library}) {
+        for (const NSString& file : {name, module, library}) {
             NSString path = parts_->path.stringByAppendingString(folder).stringByAppendingString(file);
             if (openFile(path))
                 return path;

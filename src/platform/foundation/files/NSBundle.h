@@ -38,7 +38,7 @@ public:
     /// MiB, and when it does not hold a dictionary.
     NSDictionary infoDictionary() const;
     Value objectForInfoDictionaryKey(const NSString& key) const;
-    /// The file named by "CFBundleExecutable", or "lib<name>.so", in Contents/Linux, Contents/MacOS or the
+    /// The file named by "CFBundleExecutable", or "<name>.so", or "lib<name>.so", in Contents/Linux, Contents/MacOS or the
     /// bundle's folder, in this order: where a bundle has code for both, the first is what can be loaded
     /// here. Nil when there is no such regular file, and when the name is empty or has a slash in it. Whether
     /// it may be executed is not examined.

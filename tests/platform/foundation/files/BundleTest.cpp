@@ -57,8 +57,8 @@ TEST(Bundle, FindsItsExecutable) {
     EXPECT_TRUE(executable("tool").isNil() && executable("").isNil() && executable("..").isNil());
     EXPECT_TRUE(executable("sub").isNil() && executable("../outside").isNil());
     // Each is preferred to the one before it.
-    for (const char* place :
-         {"libtool.so", "tool", "Contents/MacOS/tool", "Contents/Linux/libtool.so", "Contents/Linux/tool"}) {
+    for (const char* place : {"libtool.so", "tool", "Contents/MacOS/tool", "Contents/Linux/libtool.so",
+                              "Contents/Linux/tool.so", "Contents/Linux/tool"}) {
         const std::string path = folder.write(place, "x");
         EXPECT_EQ(executable("tool"), string(path)) << place;
     }
