@@ -9,9 +9,10 @@
 
 namespace kelvo {
 
-/// What an importer sets of a file of these bytes, in this process.
-inline NSMutableDictionary attributesByImporter(importers::Import& import, NSData file,
-                                                std::string_view contentType) {
+/// What an importer sets of a file of these bytes, in this process. What else there is to say goes to `note`.
+inline NSMutableDictionary attributesByImporter(
+    importers::Import& import, NSData file, std::string_view contentType,
+    PlugInAttributes::Note note = [](Outcome, const NSString&) {}) {
     NSMutableDictionary result = NSMutableDictionary::dictionary();
     PlugInAttributes filled(
         std::move(file),
@@ -19,7 +20,7 @@ inline NSMutableDictionary attributesByImporter(importers::Import& import, NSDat
             result.setObject_forKey(attribute.count() > 1 ? attribute.objectAtIndex(1) : Value(NSNull()),
                                     attribute.objectAtIndex(0));
         },
-        [](Outcome, const NSString&) {});
+        std::move(note));
     importers::Attributes attributes(&filled, contentType);
     try {
         import(attributes);

@@ -1,0 +1,3 @@
+#include "importers/pdf/PDFImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importPDF)
