@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/foundation/NSDate.h"
+
+#include <optional>
+#include <string_view>
+
+namespace kelvo::importers {
+
+/// The moment that a text in the form of ISO 8601 says: "2011-03-24T12:34:56.5+01:00", without the seconds too, "Z" for
+/// UTC. Absent for everything else, a date without a time or a time without a zone among it: no moment is meant, or
+/// one that depends on the reader's place.
+std::optional<NSDate> momentOfText(std::u16string_view text);
+
+} // namespace kelvo::importers
