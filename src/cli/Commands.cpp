@@ -3,6 +3,7 @@
 #include "cli/Files.h"
 #include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
+#include "cli/MetadataCommand.h"
 #include "cli/Printable.h"
 #include "cli/ReadDocumentCommand.h"
 #include "cli/RecordView.h"
@@ -115,12 +116,6 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
     return status;
 }
 
-ExitStatus runMetaData(Session& session, const std::vector<std::string>& files) {
-    return runEachFile(session, files, [&session](const std::string& file) {
-        return runOperation(session, Operation::metaDataForFile, file);
-    });
-}
-
 ExitStatus runStatus(Session& session) {
     const ServiceStatus status = session.status();
     if (session.options().printsJSON) {
@@ -180,9 +175,11 @@ ExitStatus runSubject(Session& session) {
         return runShow(session, options.files);
     if (std::holds_alternative<HTMLToText>(options.subject))
         return runHTMLToText(session, options.files);
+    if (std::holds_alternative<Importers>(options.subject))
+        return runImporters(session);
     const Operation operation = std::get<Operation>(options.subject);
     if (operation == Operation::metaDataForFile)
-        return runMetaData(session, options.files);
+        return runMetadata(session, options.files);
     const ExitStatus status = runOnFile(session, operation);
     session.tellWhatIsMissing(subjectOf(options.files.front()));
     return status;

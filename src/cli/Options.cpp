@@ -139,8 +139,8 @@ private:
         subcommand.add_option("FILE", file_, description)->required()->type_name("");
     }
 
-    void addFiles(CLI::App& subcommand, const std::string& description) {
-        subcommand.add_option("FILE", options_.files, description)
+    CLI::Option* addFiles(CLI::App& subcommand, const std::string& description) {
+        return subcommand.add_option("FILE", options_.files, description)
             ->required()
             ->type_name("")
             ->expected(1, -1);
@@ -167,12 +167,22 @@ Examples:
     void addMetaData() {
         CLI::App& subcommand = add(
             Operation::metaDataForFile, "Print the metadata that the importers find in files",
-            R"(With --json each file gives one line, in their order: a dictionary, or null when there is none.
+            R"(With --json each file gives one line, in their order: a dictionary with "file" and the attributes by their own
+names, or null when there is none. --importers needs no service; with --json it prints a line an importer.
 
 Examples:
   plumwick metadata song.mp3
-  plumwick metadata --json *.pdf)");
-        addFiles(subcommand, "Files or folders of any kind");
+  plumwick metadata --json *.pdf
+  plumwick metadata --text report.pdf
+  plumwick metadata --importers)");
+        addFiles(subcommand, "Files or folders of any kind")->required(false);
+        subcommand
+            .add_flag("--text", options_.printsOnlyText, "Print the text of the files, and nothing else")
+            ->excludes("--json");
+        subcommand
+            .add_flag("--importers", listsImporters_,
+                      "List the importers that are installed, in their order, and what each is for")
+            ->excludes("FILE", "--text", "--outcome");
     }
 
     void addHTMLToRTFD() {
@@ -330,6 +340,10 @@ Examples:
         options_.mayUseImporters = !refusesImporters_;
         if (std::ranges::count(options_.files, "") > 0)
             refuse("FILE: a name is empty");
+        if (listsImporters_)
+            options_.subject = Importers();
+        else if (options_.files.empty() && !std::holds_alternative<Status>(options_.subject))
+            refuse("FILE is required");
         if (!baseURL_.empty()) {
             options_.baseURL = NSURL::URLWithString(NSString::stringByRepairingUTF8String(baseURL_));
             if (options_.baseURL.isNil() || options_.baseURL.scheme().isNil())
@@ -387,6 +401,7 @@ Examples:
     std::string charset_;
     std::optional<std::string> recent_;
     bool refusesImporters_ = false;
+    bool listsImporters_ = false;
 };
 
 } // namespace

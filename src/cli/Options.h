@@ -14,6 +14,7 @@ namespace kelvo::cli {
 
 class Output;
 
+struct Importers {};
 struct Show {};
 struct Status {};
 struct HTMLToText {};
@@ -21,8 +22,8 @@ struct HTMLToText {};
 /// What the command line asks for.
 struct Options {
     /// An operation of the service, or one of the command's own subcommands.
-    std::variant<Operation, Show, Status, HTMLToText> subject;
-    /// In file-system bytes, at least one except for Status. "-" stands for standard input where the
+    std::variant<Operation, Importers, Show, Status, HTMLToText> subject;
+    /// In file-system bytes, at least one except for Importers and Status. "-" stands for standard input where the
     /// operation takes bytes; where it takes a name, "-" was refused.
     std::vector<std::string> files;
     /// In file-system bytes; "-" stands for standard output.
@@ -41,6 +42,7 @@ struct Options {
     /// Nil when none was given; else one that names a known encoding.
     NSString charset;
     bool wantsSource = false;
+    bool printsOnlyText = false;
     bool printsJSON = false;
     /// Behind each answer in JSON, what became of the request.
     bool printsOutcome = false;

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <ctime>
 
 namespace kelvo::cli {
 namespace {
@@ -89,6 +91,20 @@ std::string printableMilliseconds(double milliseconds) {
     if (milliseconds >= 1000)
         return fmt::format("{:.2f} s", milliseconds / 1000);
     return fmt::format("{:.{}f} ms", milliseconds, milliseconds < 10 ? 2 : 1);
+}
+
+std::string printableLocalTime(NSDate date) {
+    // Ten thousand years to either side: what the calendar of the system has digits for.
+    constexpr double farthest = 3.2e11;
+    const double seconds = std::floor(date.timeIntervalSince1970());
+    std::tm parts{};
+    char text[32];
+    if (std::abs(seconds) < farthest) {
+        const auto time = static_cast<std::time_t>(seconds);
+        if (localtime_r(&time, &parts) && std::strftime(text, sizeof text, "%F %T", &parts) > 0)
+            return text;
+    }
+    return printable(date.description());
 }
 
 std::string printableUptime(double seconds) {

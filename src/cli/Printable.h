@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSString.h"
 
 #include <cstdint>
@@ -24,6 +25,9 @@ std::string printableByteCount(std::uint64_t bytes);
 
 /// "0.42 ms", "12.3 ms", "1.25 s", …
 std::string printableMilliseconds(double milliseconds);
+
+/// "2026-11-21 10:30:00" in the time zone of whoever reads it; far dates as they describe themselves.
+std::string printableLocalTime(NSDate date);
 
 /// "3 s", "2 min 5 s", "4 h 0 min", "12 d 3 h".
 std::string printableUptime(double seconds);

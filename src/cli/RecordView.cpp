@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <ctime>
 
 namespace kelvo::cli {
 namespace {
@@ -34,15 +33,6 @@ std::string fileOf(const RequestRecord& record) {
     return bytes ? printableFileName(*bytes) : printable(record.path);
 }
 
-std::string localTimeOf(NSDate date) {
-    const auto seconds = static_cast<std::time_t>(std::floor(date.timeIntervalSince1970()));
-    std::tm parts{};
-    char text[32];
-    if (!localtime_r(&seconds, &parts) || std::strftime(text, sizeof text, "%F %T", &parts) == 0)
-        return "";
-    return text;
-}
-
 Value number(std::uint64_t value) {
     return NSNumber::numberWithLongLong(static_cast<std::int64_t>(value));
 }
@@ -59,7 +49,7 @@ std::string outcomeOfRecord(const RequestRecord& record) {
 }
 
 std::string lineOfRecord(const RequestRecord& record) {
-    return fmt::format("{:<19}  {:<13}  {:<14}  {:>9}  {}{}\n", localTimeOf(record.begun),
+    return fmt::format("{:<19}  {:<13}  {:<14}  {:>9}  {}{}\n", printableLocalTime(record.begun),
                        operationOf(record), wordOf(record),
                        record.isCompleted ? printableMilliseconds(record.milliseconds) : "", fileOf(record),
                        record.sentence.isNil() ? "" : ": " + printable(record.sentence));

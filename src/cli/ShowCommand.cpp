@@ -3,6 +3,7 @@
 #include "cli/Files.h"
 #include "cli/JSONView.h"
 #include "cli/KindFacts.h"
+#include "cli/MetadataValues.h"
 #include "cli/Printable.h"
 #include "cli/RecordView.h"
 #include "cli/RichTextView.h"
@@ -25,6 +26,7 @@ namespace {
 
 constexpr std::size_t shownLines = 3;
 constexpr std::size_t shownWidth = 72;
+constexpr std::size_t shownAttributes = 8;
 
 /// One operation on one file: what came back, or why nothing did.
 struct Answer {
@@ -172,7 +174,9 @@ private:
         for (const Answer& answer : answers) {
             output.write(fmt::format("  {:<15}{}  {}\n", subcommandOfOperation(answer.operation),
                                      outcome(answer), output.styled(Style::faint, duration(answer))));
-            for (const std::string& line : details(answer.result))
+            for (const std::string& line : answer.operation == Operation::metaDataForFile
+                                               ? detailsOfMetadata(answer.result.dictionary())
+                                               : details(answer.result))
                 output.write("      " + line + "\n");
         }
         output.write("\n");
@@ -204,6 +208,19 @@ private:
         return output.styled(Style::warning, "not working yet");
     }
 
+    static std::vector<std::string> detailsOfMetadata(const NSDictionary& attributes) {
+        std::vector<std::string> lines;
+        for (const MetadataRow& row : rowsOfMetadata(attributes)) {
+            if (lines.size() == shownAttributes) {
+                lines.push_back("…");
+                break;
+            }
+            const auto first = firstLines(NSString::stringWithUTF8String(row.text), 1, shownWidth);
+            lines.push_back(fmt::format("{:<13} {}", row.label, first.empty() ? "" : first.front()));
+        }
+        return lines;
+    }
+
     /// What people look for first: the title, the facts of fixed size, the beginning of the text.
     static std::vector<std::string> details(const Value& result) {
         std::vector<std::string> lines;
@@ -213,10 +230,9 @@ private:
             if (!value.isNil())
                 lines.push_back(fmt::format("{:<14}{}", printable(key), summaryOfValue(value, shownWidth)));
         };
-        for (const char16_t* key :
-             {u"kMDItemTitle", u"Title", u"Author", ResultURLKey, ResultLockedKey, ResultPageCountKey,
-              ResultSizeKey, ResultPixelSizeKey, ResultAlphaKey, ResultDurationKey, ResultPropertiesKey,
-              ResultThumbnailKey, ResultRtfdKey})
+        for (const char16_t* key : {u"Title", u"Author", ResultURLKey, ResultLockedKey, ResultPageCountKey,
+                                    ResultSizeKey, ResultPixelSizeKey, ResultAlphaKey, ResultDurationKey,
+                                    ResultPropertiesKey, ResultThumbnailKey, ResultRtfdKey})
             addSummary(key);
         const NSDictionary facts = dictionary.objectForKey(ResultDocumentAttributesKey).dictionary();
         for (const auto& [label, key] :
@@ -226,8 +242,7 @@ private:
                 lines.push_back(fmt::format("{:<14}{}", label, summaryOfValue(value, shownWidth)));
         }
         for (const NSString& text :
-             {dictionary.objectForKey(u"kMDItemTextContent").string(),
-              dictionary.objectForKey(ResultStringKey).string(),
+             {dictionary.objectForKey(ResultStringKey).string(),
               textOfRichText(result.isData() ? result.data()
                                              : dictionary.objectForKey(ResultRtfdKey).data())}) {
             for (const std::string& line : firstLines(text, shownLines, shownWidth))

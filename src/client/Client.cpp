@@ -1,6 +1,7 @@
 #include <plumwick/Client.h>
 
 #include "client/ServiceLauncher.h"
+#include "client/ServiceProgram.h"
 #include "client/ServiceStatus.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"

@@ -6,10 +6,6 @@
 
 namespace kelvo {
 
-/// The service's program: `given` when that is not nil; else PlumwickHelper beside the calling program, in
-/// the folder for helper programs, or on PATH. Nil when it is in none of these places.
-NSString pathOfServiceProgram(const NSString& given);
-
 /// Starts the service and gives a conversation with it. A lock lets one client at a time do so; a service
 /// that another client has started meanwhile is taken as well. Throws NSException (NSPortException) when the
 /// program is missing, ends at once, or does not answer within the time.

@@ -3,6 +3,7 @@
 #include "platform/appkit/NSDocumentAttributes.h"
 #include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "support/OfficeDocuments.h"
+#include "support/ScopedVariable.h"
 #include "support/ServiceSession.h"
 
 #include <fcntl.h>
@@ -298,6 +299,38 @@ TEST_F(CommandTest, PrintsTheTextOfDocuments) {
     EXPECT_EQ(plumwick({"read-document", "."}).status, 1);
 }
 
+TEST_F(CommandTest, ListsTheImporters) {
+    const TemporaryFolder prefix;
+    const tests::ScopedVariable home("HOME", prefix.path("home").c_str());
+    const std::string program = prefix.path("bin/plumwick");
+    prefix.write("bin/x", "");
+    std::filesystem::copy_file(tests::builtProgram("plumwick"), program);
+    EXPECT_EQ(run(program, {"metadata", "--importers"}, files).errors,
+              "plumwick: no metadata importers are installed\n");
+
+    const std::string claim =
+        "{CFBundleDocumentTypes = ({CFBundleTypeRole = MDImporter; LSItemContentTypes = ";
+    prefix.write("home/Library/Spotlight/\x1B[1m.mdimporter/Contents/Info.plist",
+                 claim + "(B, \"\\033[2J\");});}");
+    prefix.write("System/Library/Spotlight/S.mdimporter/Contents/Info.plist", claim + "(a);});}");
+    prefix.write("System/Library/Spotlight/T.mdimporter/Contents/Info.plist", "");
+    std::filesystem::permissions(prefix.write("real", ""), std::filesystem::perms::owner_all);
+    std::filesystem::create_symlink("../real", prefix.path("bin/PlumwickHelper"));
+    const std::string own = prefix.path("home/Library/Spotlight/");
+    const Outcome listed = run(program, {"metadata", "--importers"}, files);
+    EXPECT_EQ(listed.status, 0) << listed.errors;
+    EXPECT_EQ(listed.output,
+              own + "\\x1B[1m.mdimporter\n    b\n    \\x1B[2j\n"
+                    "/System/Library/Spotlight/S.mdimporter  comes with plumwick\n    a\n"
+                    "/System/Library/Spotlight/T.mdimporter  comes with plumwick\n    no types\n");
+    EXPECT_EQ(run(program, {"metadata", "--importers", "--json"}, files).output,
+              "{\"path\":\"" + own +
+                  "\\u001b[1m.mdimporter\",\"own\":false,\"types\":[\"b\",\"\\u001b[2j\"]}\n"
+                  "{\"path\":\"/System/Library/Spotlight/S.mdimporter\",\"own\":true,\"types\":[\"a\"]}\n"
+                  "{\"path\":\"/System/Library/Spotlight/T.mdimporter\",\"own\":true,\"types\":[]}\n");
+    EXPECT_FALSE(std::filesystem::exists(session.socketPath())) << "no service was asked";
+}
+
 /// A service whose answers are known.
 class CommandAnswersTest : public CommandTest {
 protected:
@@ -328,6 +361,47 @@ TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
     const std::string odd = files.write("caf\xE9", "");
     EXPECT_EQ(plumwick({"image", odd, "--json"}).output.find("{\"file\":\"" + files.path() + "/caf\uFFFD\""),
               0u);
+}
+
+TEST_F(CommandAnswersTest, PrintMetadata) {
+    files.write(
+        "a.plist",
+        "{kMDItemTextContent = \"Text \\033[2J\"; kMDItemTitle = \"A\\nB\"; file = x; \"\\U00FC\" = y;}");
+    files.write("untitled.plist", "{kMDItemTextContent = (no, text);}");
+    files.write("empty.plist", "{}");
+    files.write("none.plist", "no list");
+    const std::tuple<std::vector<std::string>, int, std::string, std::string> rows[] = {
+        {{"a.plist"}, 0, "Title  A\n       B\nText   Text \\x1B[2J\nfile   x\n\u00FC      y\n", ""},
+        {{"a.plist", "--text"}, 0, "Text \x1B[2J\n", ""},
+        {{"untitled.plist"}, 0, "Text  no, text\n", ""},
+        {{"untitled.plist", "--text"}, 1, "", "untitled.plist: its importer found no text in it"},
+        {{"a.plist", "--json"},
+         0,
+         R"({"file":"a.plist","kMDItemTextContent":"Text \u001b[2J","kMDItemTitle":"A\nB","ü":"y"})"
+         "\n",
+         ""},
+        {{"empty.plist"}, 1, "", "empty.plist: its importer found nothing in it"},
+        {{"empty.plist", "none.plist", "--json"},
+         1,
+         "{\"file\":\"empty.plist\"}\nnull\n",
+         "empty.plist: its importer found nothing in it"},
+        {{"none.plist"}, 1, "", "none.plist: "},
+        {{"a.plist", "--text", "--json"}, 2, "", "--json excludes --text"},
+        {{"a.plist", "--importers"}, 2, "", "FILE excludes --importers"},
+        {{}, 2, "", "FILE is required"},
+    };
+    for (const auto& [own, status, output, said] : rows) {
+        std::vector<std::string> arguments = own;
+        arguments.insert(arguments.begin(), "metadata");
+        const Outcome outcome = plumwick(arguments);
+        EXPECT_EQ(outcome.status, status) << outcome.errors;
+        EXPECT_EQ(outcome.output, output);
+        EXPECT_EQ(outcome.errors.find(said.empty() ? "" : "plumwick: " + said), 0u) << outcome.errors;
+        EXPECT_EQ(outcome.errors.empty(), said.empty()) << outcome.errors;
+    }
+    EXPECT_NE(plumwick({"show", "a.plist"})
+                  .output.find("      Title         A\n      Text          Text \\x1B[2J\n"),
+              std::string::npos);
 }
 
 TEST_F(CommandAnswersTest, SayWhyThereIsNoAnswer) {

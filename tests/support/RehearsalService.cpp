@@ -6,6 +6,7 @@
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 #include "platform/foundation/processes/ServiceProcess.h"
+#include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 #include "platform/ledger/EngineRegistry.h"
 #include "platform/ledger/RequestLedger.h"
 #include "protocol/KelvoImExport.h"
@@ -79,8 +80,13 @@ bool obey(std::istream& lines) {
 class Rehearsal final : public NSObject, public KelvoImExport {
 public:
     /// "/sleep N", "/nest N", "/throw", "/die", "/die unless FILE" (which it makes), "/deep N";
-    /// anything else is given back at once.
+    /// of a property list what it holds; anything else is given back at once.
     NSDictionary metaDataForFile(const NSString& file) override {
+        if (file.UTF8String().ends_with(".plist"))
+            return NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+                       NSData::dataWithContentsOfFile(file), NSPropertyListMutabilityOptions::immutable,
+                       nullptr, nullptr)
+                .dictionary();
         std::istringstream words(file.UTF8String());
         std::string word;
         double seconds = 0;
