@@ -157,7 +157,7 @@ private:
 shown and does not count as a failure; --json prints one line a file.
 
 Examples:
-  plumwick show examples/*
+  plumwick show examples/*.*
   plumwick show --json picture.png | python3 -m json.tool)");
         addFiles(subcommand, "Files of any kind");
         addTimeout(subcommand);
