@@ -1,9 +1,9 @@
 // Whatever the bytes are, a page, a web archive or a message: what is set is of the type that it should be, and the text
 // of a page has no blanks around it and no empty lines but single ones.
 
-#include "Importing.h"
 #include "Input.h"
 #include "importers/pages/PageImport.h"
+#include "support/Importing.h"
 
 #include <algorithm>
 

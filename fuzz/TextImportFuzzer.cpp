@@ -1,11 +1,11 @@
 // Whatever the bytes are, they are text as the rich-text reader of plain text would read them, or none; a Markdown title
 // is part of it.
 
-#include "Importing.h"
 #include "Input.h"
 #include "importers/text/TextImport.h"
 #include "platform/filekinds/FileKind.h"
 #include "platform/foundation/encodings/PlainTextReading.h"
+#include "support/Importing.h"
 
 using namespace kelvo;
 

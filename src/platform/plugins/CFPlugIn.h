@@ -5,29 +5,46 @@
 #include "platform/plugins/CFUUID.h"
 
 #include <chrono>
+#include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace kelvo {
 
 /// A bundle as a plug-in: what its information says of its factories. None of its code is loaded for that. Shared by
-/// reference; default-constructed it is nil.
+/// reference; default-constructed it is nil. What has been found out about a bundle is kept as long as its information
+/// property list stays the same file.
 class CFPlugIn {
 public:
     CFPlugIn() noexcept = default;
     CFPlugIn(std::nullptr_t) noexcept {}
 
-    bool isNil() const noexcept { return bundle_.isNil(); }
-    /// Its executablePath is the library with the functions.
-    const NSBundle& bundle() const noexcept { return bundle_; }
+    bool isNil() const noexcept { return !facts_; }
+    /// Nil for nil.
+    NSBundle bundle() const { return facts_ ? facts_->bundle : NSBundle(); }
+    /// Where the library with the functions is, in file-system bytes; absent when there is none.
+    std::optional<std::string> library() const { return facts_ ? facts_->library : std::nullopt; }
+    /// Whether the bundle really lies in the system's own folder of importers.
+    bool isOfSystem() const { return facts_ && facts_->isOfSystem; }
     /// Of the time that its code has in all.
     double secondsLeft() const;
 
 private:
     friend CFPlugIn CFPlugInCreate(const NSURL& url);
-    NSBundle bundle_;
+    struct Facts {
+        NSBundle bundle;
+        std::optional<std::string> library;
+        bool isOfSystem = false;
+    };
+    static std::shared_ptr<const Facts> factsOfBundle(const NSString& path);
+
+    std::shared_ptr<const Facts> facts_;
     std::chrono::steady_clock::time_point creation_ = std::chrono::steady_clock::now();
 };
+
+/// The system's own folder of importers, with all links followed; empty when there is none.
+std::string systemFolderOfImporters();
 
 /// Nil when the URL names no folder. A bundle that has no factories is a plug-in too.
 CFPlugIn CFPlugInCreate(const NSURL& url);

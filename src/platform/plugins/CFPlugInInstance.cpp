@@ -4,7 +4,6 @@
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSStringFormat.h"
-#include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/Value.h"
 #include "platform/ledger/RequestNotes.h"
 #include "platform/plugins/ImporterEngineMessages.h"
@@ -70,7 +69,7 @@ private:
 std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, const CFUUID& type,
                                                          const CFPlugIn& plugIn) {
     const NSString function = nameOfFactoryFunction(factory, plugIn);
-    const auto library = placeOfPath(plugIn.bundle().executablePath());
+    const auto library = plugIn.library();
     if (function.isNil() || !library) {
         noteOutcome(Outcome::missingEngine,
                     stringWithFormat(u"the %@ has no library or no factory", titleOfPlugIn(plugIn)));

@@ -1,6 +1,6 @@
 #include "importers/pages/PageImport.h"
 
-#include "Importing.h"
+#include "support/Importing.h"
 
 #include <gtest/gtest.h>
 

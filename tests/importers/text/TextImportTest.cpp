@@ -1,9 +1,9 @@
 #include "importers/text/TextImport.h"
 
-#include "Importing.h"
 #include "platform/foundation/propertylists/NSPropertyListSerialization.h"
 #include "platform/launchservices/DynamicType.h"
 #include "platform/launchservices/UTType.h"
+#include "support/Importing.h"
 
 #include <gtest/gtest.h>
 
