@@ -64,7 +64,7 @@ std::size_t countOfCharacters(const NSString& text) {
 }
 
 std::string lengthOfText(const NSString& text) {
-    return fmt::format("… ({} characters)", countOfCharacters(text));
+    return fmt::format("({} characters)", countOfCharacters(text));
 }
 
 std::string textOfString(const NSString& string, LineEnds lineEnds) {
@@ -78,7 +78,7 @@ std::string textOfString(const NSString& string, LineEnds lineEnds) {
     text.erase(text.find_last_not_of('\n') + 1);
     if (text.empty())
         return "none";
-    return isCut ? text + lengthOfText(string) : text;
+    return isCut ? text + "… " + lengthOfText(string) : text;
 }
 
 std::string textOfAny(const Value& value, LineEnds lineEnds);
@@ -230,14 +230,17 @@ std::string beginningOfText(const Value& value) {
     const bool hasMoreLines = lines.size() > shownLinesOfText;
     if (hasMoreLines)
         lines.pop_back();
-    const auto isCut = [](const std::string& line) { return line.ends_with("…"); };
-    const bool isShortened = hasMoreLines || std::ranges::any_of(lines, isCut);
     std::string text;
-    for (const std::string& line : lines)
+    bool isCut = false;
+    for (const std::string& line : lines) {
         text += (text.empty() ? "" : "\n") + line;
-    if (isCut(text))
-        text.erase(text.size() - std::string_view("…").size());
-    return isShortened || text.empty() ? text + lengthOfText(value.string()) : text;
+        isCut = isCut || line.ends_with("…");
+    }
+    if (!isCut && !hasMoreLines && !text.empty())
+        return text;
+    if (!text.ends_with("…"))
+        text += text.empty() ? "…" : " …";
+    return text + " " + lengthOfText(value.string());
 }
 
 struct Attribute {

@@ -210,7 +210,9 @@ private:
 
     static std::vector<std::string> detailsOfMetadata(const NSDictionary& attributes) {
         std::vector<std::string> lines;
-        for (const MetadataRow& row : rowsOfMetadata(attributes)) {
+        NSMutableDictionary facts(attributes);
+        facts.removeObjectForKey(u"kMDItemTextContent");
+        for (const MetadataRow& row : rowsOfMetadata(facts)) {
             if (lines.size() == shownAttributes) {
                 lines.push_back("…");
                 break;
@@ -218,7 +220,13 @@ private:
             const auto first = firstLines(NSString::stringWithUTF8String(row.text), 1, shownWidth);
             lines.push_back(fmt::format("{:<13} {}", row.label, first.empty() ? "" : first.front()));
         }
+        addBeginning(lines, attributes.objectForKey(u"kMDItemTextContent").string());
         return lines;
+    }
+
+    static void addBeginning(std::vector<std::string>& lines, const NSString& text) {
+        for (const std::string& line : firstLines(text, shownLines, shownWidth))
+            lines.push_back("| " + line);
     }
 
     /// What people look for first: the title, the facts of fixed size, the beginning of the text.
@@ -241,13 +249,9 @@ private:
             if (!value.isNil())
                 lines.push_back(fmt::format("{:<14}{}", label, summaryOfValue(value, shownWidth)));
         }
-        for (const NSString& text :
-             {dictionary.objectForKey(ResultStringKey).string(),
-              textOfRichText(result.isData() ? result.data()
-                                             : dictionary.objectForKey(ResultRtfdKey).data())}) {
-            for (const std::string& line : firstLines(text, shownLines, shownWidth))
-                lines.push_back("| " + line);
-        }
+        addBeginning(lines, dictionary.objectForKey(ResultStringKey).string());
+        addBeginning(lines, textOfRichText(result.isData() ? result.data()
+                                                           : dictionary.objectForKey(ResultRtfdKey).data()));
         return lines;
     }
 

@@ -400,7 +400,8 @@ TEST_F(CommandAnswersTest, PrintMetadata) {
         EXPECT_EQ(outcome.errors.empty(), said.empty()) << outcome.errors;
     }
     EXPECT_NE(plumwick({"show", "a.plist"})
-                  .output.find("      Title         A\n      Text          Text \\x1B[2J\n"),
+                  .output.find("      Title         A\n      file          x\n      \u00FC             y\n   "
+                               "   | Text \\x1B[2J\n"),
               std::string::npos);
 }
 

@@ -113,7 +113,7 @@ TEST(MetadataValues, InTheUnitsOfPeople) {
         // The text comes behind what is known, and only its beginning.
         {{{u"com_example", u"x"}, {u"kMDItemTextContent", u"\n one\n\ntwo\r\n"}, {u"kMDItemPages", u"y"}},
          "Text: one/two; com_example: x; kMDItemPages: y"},
-        {{{u"kMDItemTextContent", u"1\n2\n3\n\U0001F600"}}, "Text: 1/2/3… (7 characters)"},
+        {{{u"kMDItemTextContent", u"1\n2\n3\n\U0001F600"}}, "Text: 1/2/3 … (7 characters)"},
         {{{u"kMDItemTextContent", u"\n\t\n"}}, "Text: … (3 characters)"},
         {{{u"kMDItemTextContent", u""}}, "Text: none"},
     };
