@@ -52,7 +52,7 @@ NSString pathOf(const std::string& bytes) {
 /// desktop, send what they fetch through other machines. An engine inherits none but where programs and
 /// temporary files are, the time zone, and what sanitizers are told. Its home is nowhere until it has made
 /// itself one.
-NSDictionary environmentOfEngines() {
+NSDictionary environmentOf(const EngineDescription& description) {
     auto environment = NSMutableDictionary::dictionaryWithObjectsAndKeys(
         {{u"C.UTF-8", u"LANG"}, {u"/nonexistent", u"HOME"}});
     for (const char* name :
@@ -60,6 +60,8 @@ NSDictionary environmentOfEngines() {
         if (const char* value = std::getenv(name))
             environment.setObject_forKey(pathOf(value), NSString::stringWithUTF8String(name));
     }
+    for (const auto& [name, value] : description.environment)
+        environment.setObject_forKey(pathOf(value), NSString::stringWithUTF8String(name));
     return environment;
 }
 
@@ -155,7 +157,7 @@ void EngineProcess::Internals::start() {
         child->setStandardInput(otherEnd);
         child->setLaunchPath(pathOf(folderOfThisProgram() + '/' + description.programName));
         child->setArguments(arguments);
-        child->setEnvironment(environmentOfEngines());
+        child->setEnvironment(environmentOf(description));
         child->setSession(NSTask::Session::own);
         child->launch();
     } catch (const NSException& exception) {

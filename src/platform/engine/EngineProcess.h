@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/types.h>
@@ -26,6 +27,8 @@ struct EngineDescription {
     std::uint64_t mostResidentBytes = 0;
     /// What the program is given on its command line after the path of its folder.
     std::vector<std::string> arguments;
+    /// Variables that it is given beside those of all engines, by name and value.
+    std::vector<std::pair<std::string, std::string>> environment;
 };
 
 /// What goes with a message to an engine.

@@ -13,6 +13,21 @@ struct NSSize {
     friend bool operator==(const NSSize&, const NSSize&) = default;
 };
 
+struct NSPoint {
+    float x = 0;
+    float y = 0;
+
+    friend bool operator==(const NSPoint&, const NSPoint&) = default;
+};
+
+/// The origin is the corner at the bottom left.
+struct NSRect {
+    NSPoint origin;
+    NSSize size;
+
+    friend bool operator==(const NSRect&, const NSRect&) = default;
+};
+
 /// sRGB components and opacity, each 0 to 1.
 struct NSColor {
     float red = 0;

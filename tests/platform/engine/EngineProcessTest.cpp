@@ -158,14 +158,17 @@ TEST(EngineProcess, TheEnvironmentIsMadeForTheChild) {
     for (const char* name : refused)
         ::setenv(name, "/elsewhere", 1);
     ::setenv("TZ", "Asia/Tokyo", 1);
-    EngineProcess engine(rehearsal());
+    EngineDescription description = rehearsal();
+    description.environment = {{"OF_ITS_OWN", "a=b"}};
+    EngineProcess engine(description);
     const std::string own = '\n' + engine.ask(message(u"environment"), ample).string().UTF8String();
     for (const char* name : refused) {
         EXPECT_EQ(own.find(std::string("\n") + name + '='), std::string::npos) << own;
         ::unsetenv(name);
     }
     ::unsetenv("TZ");
-    for (const char* entry : {"\nTZ=Asia/Tokyo\n", "\nHOME=/nonexistent\n", "\nLANG=C.UTF-8\n", "\nPATH="})
+    for (const char* entry :
+         {"\nTZ=Asia/Tokyo\n", "\nHOME=/nonexistent\n", "\nLANG=C.UTF-8\n", "\nPATH=", "\nOF_ITS_OWN=a=b\n"})
         EXPECT_NE(own.find(entry), std::string::npos) << own;
 }
 

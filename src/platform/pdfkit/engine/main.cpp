@@ -1,0 +1,86 @@
+#include "platform/engine/program/EngineProgram.h"
+#include "platform/foundation/FileIO.h"
+#include "platform/pdfkit/PDFEngineMessages.h"
+#include "platform/pdfkit/engine/OpenDocument.h"
+
+#include <memory>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <unistd.h>
+
+namespace kelvo {
+namespace {
+
+using namespace pdfengine;
+
+class PDFProgram final : public EngineProgram {
+public:
+    ConfinementProfile profile(const std::string& folder) override {
+        ConfinementProfile profile = EngineProgram::profile(folder);
+        profile.readable = {"/usr/share/poppler", "/usr/share/fonts",      "/usr/local/share/fonts",
+                            "/etc/fonts",         "/usr/share/fontconfig", "/var/cache/fontconfig"};
+        return profile;
+    }
+
+    void prepare(const std::string&) override {
+        keepPDFLibraryWarm();
+#ifndef KELVO_SANITIZED
+        // What the library prints about a file, it prints as often as the file likes.
+        const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        ::dup2(nowhere.get(), STDERR_FILENO);
+#endif
+    }
+
+    Value answerTo(const Value& message, EngineChannel&) override {
+        const NSDictionary fields = message.dictionary();
+        const std::int64_t number = numberIn(fields, numberKey);
+        if (const NSData data = fields.objectForKey(documentKey).data(); !data.isNil()) {
+            close();
+            document_ = OpenDocument::open(data, number);
+            return document_ ? Value(document_->facts()) : Value();
+        }
+        if (!document_ || document_->number() != number)
+            return NSNumber::numberWithBool(notOpen);
+        if (fields.objectForKey(pageKey).isNil()) {
+            close();
+            return {};
+        }
+        const std::int64_t page = numberIn(fields, pageKey);
+        switch (static_cast<Want>(numberIn(fields, wantKey))) {
+        case Want::text:
+            return document_->text(page);
+        case Want::styledText:
+            return document_->styledText(page);
+        case Want::mediaBox:
+            return document_->mediaBox(page);
+        case Want::cropBox:
+            return document_->cropBox(page);
+        }
+        return {};
+    }
+
+private:
+    static std::int64_t numberIn(const NSDictionary& fields, const char16_t* key) {
+        const NSNumber* const number = fields.objectForKey(key).numberIfAny();
+        return number ? number->longLongValue() : -1;
+    }
+
+    void close() {
+        if (!document_)
+            return;
+        document_ = nullptr;
+        // A large document leaves much that the next does not need.
+        ::malloc_trim(0);
+    }
+
+    std::unique_ptr<OpenDocument> document_;
+};
+
+} // namespace
+} // namespace kelvo
+
+int main(int argumentCount, char** arguments) {
+    kelvo::PDFProgram program;
+    return kelvo::runEngine(program, argumentCount, arguments);
+}
