@@ -27,7 +27,15 @@ struct PDFParts {
     std::string mediaBox = "[0 0 612 792]";
     /// Further entries of the pages.
     std::string pageEntries;
+    std::string trailerEntries;
 };
+
+/// Of a document that nobody has the key of.
+inline std::string pdfEncryption() {
+    const std::string noKey(32, 'k');
+    return "/ID[(0123456789abcdef)(0123456789abcdef)]/Encrypt<</Filter/Standard/V 1/R 2/P -4/O(" + noKey +
+           ")/U(" + noKey + ")>>";
+}
 
 /// A document with the fonts F (Helvetica), T (ABCDEF+TimesNewRomanPS-BoldItalicMT) and M (Courier). Where a page's
 /// contents say "/Deadly cs", whoever reads it calls itself until there is no stack.
@@ -67,7 +75,7 @@ inline std::string pdfDocument(const PDFParts& parts) {
     const std::string size = std::to_string(objects.size() + 1);
     const std::string place = std::to_string(file.size());
     return file + "xref\n0 " + size + "\n0000000000 65535 f \n" + table + "trailer <</Size " + size +
-           "/Root 1 0 R/Info 7 0 R>>\nstartxref\n" + place + "\n%%EOF\n";
+           "/Root 1 0 R/Info 7 0 R" + parts.trailerEntries + ">>\nstartxref\n" + place + "\n%%EOF\n";
 }
 
 inline std::string pdfDocument(std::vector<std::string> pages) {
