@@ -144,6 +144,18 @@ std::u16string unitsOfPage(const poppler::page& page) {
     return unitsOf(page.text({}, poppler::page::non_raw_non_physical_layout));
 }
 
+std::unique_ptr<poppler::document> documentOf(std::string_view file) {
+    return std::unique_ptr<poppler::document>(
+        poppler::document::load_from_raw_data(file.data(), static_cast<int>(file.size())));
+}
+
+/// Poppler makes its tables for the first document and gives them up with the last, in more time than a short document
+/// takes. With this one there is no last.
+void keepTablesOfPoppler() {
+    static const std::unique_ptr<poppler::document> document = documentOf(
+        "%PDF-1.0\n1 0 obj<</Type/Catalog/Pages<</Count 0>>>>endobj\ntrailer<</Size 2/Root 1 0 R>>\n");
+}
+
 /// Sets the text of the pages until then.
 void setTextOfPages(Attributes& attributes, const poppler::document& document, Clock::time_point start,
                     double seconds) {
@@ -189,8 +201,8 @@ void importPDFWithin(Attributes& attributes, double seconds) {
     }
     // Without one it writes to the standard error what it finds wrong in each document.
     poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
-    const std::unique_ptr<poppler::document> document(
-        poppler::document::load_from_raw_data(file.data(), static_cast<int>(file.size())));
+    keepTablesOfPoppler();
+    const std::unique_ptr<poppler::document> document = documentOf(file);
     if (!document) {
         attributes.note(MDNoteBroken, "the document is damaged, or no PDF");
         return;
