@@ -86,8 +86,8 @@ static int readDate(Span text, double* secondsSince1970) {
     const int minute = hour < 0 ? -1 : takeDigits(&text, 2, ':');
     const int second = minute < 0 ? -1 : takeDigits(&text, 2, 0);
     long years, days;
-    if (second < 0 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 ||
-        second > 60 || text.length == 0 || text.bytes[text.length - 1] != 'Z')
+    if (second < 0 || year < 1 || month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 ||
+        minute > 59 || second > 60 || text.length == 0 || text.bytes[text.length - 1] != 'Z')
         return 0;
     /* Years that begin in March have their leap day at the end. */
     years = year - (month <= 2 ? 1 : 0);
@@ -209,7 +209,7 @@ static unsigned char importPlaylist(void* self, MDAttributes* attributes, const 
     if (list.hasDate)
         functions->setDate(attributes, "kMDItemRecordingDate", list.date);
     /* What has no name yet gets one that begins like a domain of one's own. */
-    functions->setInteger(attributes, "org_example_playlist_entries", list.entryCount);
+    functions->setInteger(attributes, "org_example_entries", list.entryCount);
     functions->setString(attributes, "kMDItemTextContent", list.text, list.textLength);
     if (list.hasMorePerformers)
         note(attributes, MDNoteIncomplete, "only the first 100 performers are listed");

@@ -6,6 +6,7 @@
 #include "markup/MarkupDecoding.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/encodings/PlainTextReading.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "platform/webkit/MIMEParts.h"
 #include "platform/webkit/PropertyListArchive.h"
 #include "platform/webkit/mime/MIMEMessage.h"
@@ -42,7 +43,9 @@ NSString sourceOfMarkup(const WebResource& page) {
             page.data(), page.textEncodingName(), encoding, page.URL());
     };
     const NSString source = decoded(NSUTF8StringEncoding);
-    const bool isOther = source.characters().find(u'\uFFFD') != std::u16string_view::npos &&
+    constexpr UnitsToFind replacement{{u'\uFFFD', u'\uFFFD', u'\uFFFD', u'\uFFFD'}, 1};
+    const std::u16string_view units = source;
+    const bool isOther = firstUnitEqualTo(units.data(), units.size(), replacement) < units.size() &&
                          page.textEncodingName().isEmpty() && markupCharset(source).isEmpty();
     return isOther ? decoded(NSWindowsCP1252StringEncoding) : source;
 }
@@ -79,13 +82,15 @@ private:
     /// Empty for pictures and the like.
     std::u16string textOfDocument(const WebResource& document, PageFacts* facts) {
         const NSString type = document.MIMEType();
-        if (type == u"text/plain" && document.textEncodingName().isEmpty()) {
-            NSStringEncoding encoding = 0;
-            return std::u16string(stringWithPlainText(document.data(), &encoding).characters());
-        }
         if (!isMarkupMIMEType(type))
             return {};
-        const NSString source = sourceOfMarkup(document);
+        const bool isPlain = type == u"text/plain";
+        NSStringEncoding encoding = 0;
+        const NSString source = isPlain && document.textEncodingName().isEmpty()
+                                    ? stringWithPlainText(document.data(), &encoding)
+                                    : sourceOfMarkup(document);
+        if (isPlain)
+            return std::u16string(source.characters());
         isWhole_ = isWhole_ && source.length() <= mostUnitsOfPage;
         return textOfPage(source, facts);
     }

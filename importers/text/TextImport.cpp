@@ -44,7 +44,7 @@ void importText(Attributes& attributes) {
     }
     const NSString text = textOf(file);
     if (text.isNil()) {
-        attributes.note(MDNoteBroken, "the file is not text");
+        attributes.note(MDNoteUnsupported, "the file is not text");
         return;
     }
     attributes.setText(text);

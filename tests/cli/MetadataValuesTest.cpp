@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 
@@ -124,6 +125,8 @@ TEST(MetadataValues, InTheUnitsOfPeople) {
               "Text: " + std::string(72, 'x') + "… (100 characters)");
     EXPECT_EQ(seen({{u"kMDItemComment", many(u'x', 2001)}}),
               "Comment: " + std::string(2000, 'x') + "… (2001 characters)");
+    EXPECT_EQ(seen({{u"kMDItemComment", many(u'x', 1999).stringByAppendingString(u"\U0001F600")}}),
+              "Comment: " + std::string(1999, 'x') + "… (2000 characters)");
     std::string ones;
     NSMutableArray numbers = NSMutableArray::array();
     for (int number = 0; number < 101; ++number) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace kelvo {
 namespace {
 
@@ -67,7 +69,8 @@ TEST(PageImport, WhatPagesSayOfThemselves) {
         {"better statements count, wherever they stand",
          "<meta property=og:description content=worse><meta name=description content=good>"
          "<meta property=og:title content=worse><title>good</title><meta name=twitter:title content=worst>"
-         "<meta name=dc.creator content=worse><meta name=author content=A><meta name=author content=B>",
+         "<meta name=dc.creator content=worse><meta name=author content=A><meta name=author content=B>"
+         "<meta name=citation_author content=worst>",
          "Title=good; Authors=A|B; Description=good; TextContent="},
         {"others count where nothing better is said",
          "<title> </title><meta property=og:title content=T><meta property=og:description content=D>"
@@ -108,6 +111,7 @@ TEST(PageImport, TextIsWhatReadersSee) {
         {"<p> a\n b<p><br><br>c</div>d", "a b\n\nc\n\nd"},
         {"<a>x</a>, (<a>y</a>). <a>z</a><a>!?</a> <b>v</b>w", "x, (y). z!? vw"},
         {"<a>x</a> .", "x ."},
+        {"<a>x</a>y <b>.</b>", "x y ."},
         {"<pre>a\n  b\n\n\nc</pre>d", "a\nb\n\nc\n\nd"},
         {"a<script>b</script><style>c</style><!-- d --><template>e<template>f</template>g</template>h", "ah"},
         {"a<noscript><p>b</noscript>c<iframe>d<iframe></iframe>e<video>f</video><select><option>g</select>",
@@ -120,6 +124,7 @@ TEST(PageImport, TextIsWhatReadersSee) {
          "b"},
         {"<span class=hidden>a</span><span class='x hidden'>b</span><b data-hidden title=hidden>c</b>", "bc"},
         {"<input hidden>a<br hidden>b", "a\nb"},
+        {"<p draggable hidden>a<p>b", "b"},
         {"<div hidden/>a<div hidden></div>b", "a\n\nb"},
         {"<ul><li hidden>a<ul><li>b</ul>c<li>d</ul>e", "d\ne"},
         {"<ul><li>a<li hidden>b</ul>c", "a\nc"},
@@ -131,7 +136,7 @@ TEST(PageImport, TextIsWhatReadersSee) {
         {"<html hidden><body style='visibility:hidden'>a", "a"},
         {"a<div hidden>b", "a"},
         {"a<math><annotation>b</annotation></math><svg><desc>c</desc><text>d</text></svg>", "ad"},
-        {"<script type='a>b'><div hidden></script>c", "c"},
+        {"<style>i { overflow: hidden }</style>a<script>if (a <b hidden) c</script>b", "ab"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(text(row.page), row.text) << row.page;
@@ -163,13 +168,14 @@ TEST(PageImport, SavedPages) {
         const char* expected;
     } rows[] = {
         {"web archive with frames in frames", "com.apple.webarchive",
-         archiveFile(resource("https://a/b", "text/html", page),
-                     archive(resource("http://f/", "text/html", "<title>F</title>one"),
-                             archive(resource("http://g/", "text/html", "inner"), "")) +
-                         archive(resource("http://p/", "text/plain", "2 < 3"), "") +
-                         archive(resource("http://i/", "image/png", "png"), "")),
+         archiveFile(
+             resource("https://a/b", "text/html", page),
+             archive(resource("http://f/", "text/html", "<title>F</title><meta name=author content=F>one"),
+                     archive(resource("http://g/", "text/html", "inner"), "")) +
+                 archive(resource("http://p/", "text/plain", "2 <3> 4"), "") +
+                 archive(resource("http://i/", "image/png", "png"), "")),
          "Title=T; Languages=en; URL=https://a/b; WhereFroms=https://a/b; "
-         "TextContent=main\n\none\n\ninner\n\n2 < 3"},
+         "TextContent=main\n\none\n\ninner\n\n2 <3> 4"},
         {"from the disk", "com.apple.webarchive", archiveFile(resource("file:///b", "text/html", "x"), ""),
          "TextContent=x"},
         {"MIME HTML", "com.microsoft.word.mhtml",
