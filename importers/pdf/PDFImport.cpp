@@ -72,7 +72,7 @@ NSArray arrayOf(const std::vector<std::u16string_view>& pieces) {
 NSArray authorsIn(const std::u16string& text) {
     if (text.find(u';') != std::u16string::npos)
         return arrayOf(pieces(text, u";"));
-    const NSArray people = arrayOf(pieces(text, u","));
+    NSArray people = arrayOf(pieces(text, u","));
     for (const Value& person : people) {
         if (person.string().characters().find(u' ') == std::u16string_view::npos)
             return arrayOf({text});
