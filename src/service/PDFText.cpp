@@ -14,18 +14,13 @@ namespace {
 constexpr double secondsForPages = 60;
 
 NSString plainText(const PDFDocument& document, const NSDictionary& attributes, const NSString& file,
-                   const PDFTextSources& sources) {
+                   const TextContentOfFileAtPath& textContentOfFileAtPath) {
     if (!file.isNil() && !isProducedByGhostscript(attributes)) {
-        const NSString text = sources.textContentOfFileAtPath(file);
+        const NSString text = textContentOfFileAtPath(file);
         if (!text.isNil())
             return fixedAndNormalizedString(text);
     }
     return fixedAndNormalizedStringUsingTimeout(document, secondsForPages);
-}
-
-Value richText(const PDFDocument& document, const PDFTextSources& sources) {
-    const NSAttributedString text = document.selectionForEntireDocument().attributedString();
-    return text.isNil() ? Value() : sources.valueOfAttributedString(text);
 }
 
 void addSize(NSMutableDictionary& result, const PDFDocument& document) {
@@ -51,7 +46,8 @@ bool isProducedByGhostscript(const NSDictionary& documentAttributes) {
 }
 
 NSDictionary _attributed_stringWithPDF_file_size(bool attributed, const NSData& pdf, const NSString& file,
-                                                 bool wantsSize, const PDFTextSources& sources) {
+                                                 bool wantsSize,
+                                                 const TextContentOfFileAtPath& textContentOfFileAtPath) {
     const PDFDocument document = PDFDocument::initWithData(pdf);
     if (document.isNil())
         return nullptr;
@@ -61,8 +57,8 @@ NSDictionary _attributed_stringWithPDF_file_size(bool attributed, const NSData& 
         noteOutcome(Outcome::answered, u"the document is encrypted, and its text is missing");
         result.setObject_forKey(NSNumber::numberWithBool(true), ResultLockedKey);
     } else {
-        const Value text =
-            attributed ? richText(document, sources) : Value(plainText(document, attributes, file, sources));
+        const Value text = attributed ? Value(document.selectionForEntireDocument().attributedString())
+                                      : Value(plainText(document, attributes, file, textContentOfFileAtPath));
         if (text.isNil())
             noteOutcome(Outcome::nothing, u"there is no text in the document");
         // Nil throws.

@@ -1,22 +1,15 @@
 #pragma once
 
-#include "platform/appkit/NSAttributedString.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/Value.h"
 
 #include <functional>
 
 namespace kelvo {
 
-/// What the text of PDFs is taken from, and put into, beside the document itself.
-struct PDFTextSources {
-    /// What a metadata importer says is the text of the file; nil when none does.
-    std::function<NSString(const NSString& file)> textContentOfFileAtPath;
-    /// What a result holds rich text as.
-    std::function<Value(const NSAttributedString& text)> valueOfAttributedString;
-};
+/// What a metadata importer says is the text of the file; nil when none does.
+using TextContentOfFileAtPath = std::function<NSString(const NSString& file)>;
 
 /// The service result dictionary of a PDF (ResultKeys.h): its text, "PageCount", its own document attributes unchanged
 /// and, where `wantsSize`, the size of its first page. Nil when the data are nil or no PDF.
@@ -31,7 +24,8 @@ struct PDFTextSources {
 /// Throws NSException (NSInvalidArgumentException) when there is no text to store: of a document without pages, and of
 /// rich text without any. Size facts that are not known are left out.
 NSDictionary _attributed_stringWithPDF_file_size(bool attributed, const NSData& pdf, const NSString& file,
-                                                 bool wantsSize, const PDFTextSources& sources);
+                                                 bool wantsSize,
+                                                 const TextContentOfFileAtPath& textContentOfFileAtPath);
 
 /// Whether the document's attributes (may be nil) name Ghostscript as what produced it, in whatever case.
 bool isProducedByGhostscript(const NSDictionary& documentAttributes);

@@ -11,6 +11,7 @@
 #include "platform/ledger/RequestNotes.h"
 #include "protocol/RequestOutcome.h"
 #include "protocol/ResultKeys.h"
+#include "service/PDFText.h"
 #include "text/CharacterSetReps.h"
 #include "url/NSURLKelvoExtensions.h"
 
@@ -149,8 +150,10 @@ NSDictionary PlumwickHelper::posterImageForMovieWithFile(const NSString&) {
     return nullptr;
 }
 
-NSDictionary PlumwickHelper::attributed_stringWithPDF(bool, const NSData&) {
-    return nullptr;
+NSDictionary PlumwickHelper::attributed_stringWithPDF(bool attributed, const NSData& pdf) {
+    return _attributed_stringWithPDF_file_size(attributed, pdf, nullptr, false, [this](const NSString& file) {
+        return _mdimporter->textContentOfFileAtPath(file);
+    });
 }
 
 NSDictionary PlumwickHelper::imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString&, bool,

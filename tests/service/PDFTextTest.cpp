@@ -20,21 +20,18 @@ using tests::pdfText;
 std::string resultOf(const std::string& document, bool attributed, const NSString& file, bool wantsSize,
                      const NSString& importerText = nullptr) {
     std::string asked;
-    const PDFTextSources sources{[&](const NSString& path) {
-                                     asked += " asked " + path.UTF8String();
-                                     return importerText;
-                                 },
-                                 [](const NSAttributedString& text) {
-                                     return Value(NSString(u"rich ").stringByAppendingString(text.string()));
-                                 }};
+    const auto textContent = [&](const NSString& path) {
+        asked += " asked " + path.UTF8String();
+        return importerText;
+    };
     std::string facts;
     try {
         const NSDictionary result = _attributed_stringWithPDF_file_size(
-            attributed, NSData::dataWithBytes(document), file, wantsSize, sources);
+            attributed, NSData::dataWithBytes(document), file, wantsSize, textContent);
         facts = result.isNil() ? "(nil)" : "";
         for (const auto& [key, object] : result)
             facts += (facts.empty() ? "" : " ") + key.string().UTF8String() + "=" +
-                     object.description().UTF8String();
+                     (object.isAttributedText() ? "rich " : "") + object.description().UTF8String();
     } catch (const NSException& exception) {
         facts = exception.name().UTF8String();
     }

@@ -132,6 +132,8 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
     };
     const NSString missing = u"/nonexistent/x";
     const NSData words = NSData::dataWithBytes("words");
+    const NSString text = NSString::stringWithUTF8String(folder.write("words.txt", "words"));
+    const NSString other = NSString::stringWithUTF8String(folder.write("words", std::string(16, '\1')));
     const auto read = [&](const NSString& path) { client.attributedStringWithContentsOfFile(path); };
     const auto archive = [&](const NSString& path) { client.searchableTextOfWebArchive(path); };
     const auto write = [&](const NSData& data, const NSString& path) {
@@ -161,10 +163,15 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
         {"no rich text", [&] { write(words, NSString::stringWithUTF8String(folder.path("y.rtfd"))); },
          Outcome::broken, u"it is no RTFD, or a damaged one"},
         {"no folder", [&] { write(rtfd, missing); }, Outcome::nothing, u"there is no such folder"},
+        {"metadata", [&] { client.metaDataForFile(text); }, Outcome::answered, nullptr},
+        {"metadata of none", [&] { client.metaDataForFile(other); }, Outcome::unsupported,
+         u"no importer is for files of its type (public.data)"},
+        {"movie", [&] { client.posterImageForMovieWithFile(missing); }, Outcome::unsupported,
+         u"the service has no engine for this operation yet"},
         {"missing metadata", [&] { client.metaDataForFile(missing); }, Outcome::nothing,
          u"there is no such file"},
-        {"PDF", [&] { client.attributed_stringWithPDF(true, words); }, Outcome::unsupported,
-         u"the service has no engine for this operation yet"},
+        {"no PDF", [&] { client.attributed_stringWithPDF(true, words); }, Outcome::broken,
+         u"it is no PDF, or too damaged to be opened"},
     };
     for (const auto& row : rows) {
         row.ask();
