@@ -5,9 +5,9 @@
 #include "platform/pdfkit/engine/LockedDocument.h"
 #include "platform/pdfkit/engine/StyledPage.h"
 
-#include <poppler-document.h>
-#include <poppler-global.h>
-#include <poppler-page.h>
+#include <poppler/cpp/poppler-document.h>
+#include <poppler/cpp/poppler-global.h>
+#include <poppler/cpp/poppler-page.h>
 
 #include <algorithm>
 #include <ctime>

@@ -27,25 +27,17 @@ bool isLetter(char32_t character) {
     return !isBlank(character) && !isDirectionMark(character);
 }
 
-char32_t characterAt(std::u16string_view text, std::size_t place) {
-    const char32_t unit = text[place];
-    if ((unit & 0xFC00) != 0xD800 || place + 1 == text.size() || (text[place + 1] & 0xFC00) != 0xDC00)
-        return unit;
-    return 0x10000 + ((unit & 0x3FF) << 10 | (static_cast<char32_t>(text[place + 1]) & 0x3FF));
-}
-
 /// The letters of a text, and where each begins.
 struct PlacedLetters {
     explicit PlacedLetters(std::u16string_view text) {
         letters.reserve(text.size());
         places.reserve(text.size());
         for (std::size_t place = 0; place < text.size();) {
-            const char32_t character = characterAt(text, place);
-            if (isLetter(character)) {
+            const auto start = static_cast<std::uint32_t>(place);
+            if (const char32_t character = characterAt(text, &place); isLetter(character)) {
                 letters.push_back(character);
-                places.push_back(static_cast<std::uint32_t>(place));
+                places.push_back(start);
             }
-            place += character > 0xFFFF ? 2 : 1;
         }
     }
 
@@ -100,6 +92,13 @@ private:
 };
 
 } // namespace
+
+char32_t characterAt(std::u16string_view text, std::size_t* place) {
+    const char32_t unit = text[(*place)++];
+    if ((unit & 0xFC00) != 0xD800 || *place == text.size() || (text[*place] & 0xFC00) != 0xDC00)
+        return unit;
+    return 0x10000 + ((unit & 0x3FF) << 10 | (static_cast<char32_t>(text[(*place)++]) & 0x3FF));
+}
 
 void StyledLetters::add(char32_t character, std::uint32_t style) {
     if (!isLetter(character))

@@ -26,6 +26,9 @@ struct StyledLetters {
     void add(char32_t character, std::uint32_t style);
 };
 
+/// The character there; an unpaired surrogate is one. `place` moves behind it.
+char32_t characterAt(std::u16string_view text, std::size_t* place);
+
 /// How many letters there are in the text.
 std::size_t letterCount(std::u16string_view text);
 

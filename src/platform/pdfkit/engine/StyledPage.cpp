@@ -1,10 +1,11 @@
 #include "platform/pdfkit/engine/StyledPage.h"
 
 #include "platform/pdfkit/PDFEngineMessages.h"
+#include "platform/pdfkit/engine/LateLibrary.h"
 #include "platform/pdfkit/engine/StyleAlignment.h"
 
-#include <poppler-page.h>
-#include <poppler.h>
+#include <poppler/cpp/poppler-page.h>
+#include <poppler/glib/poppler.h>
 
 #include <cstdint>
 #include <map>
@@ -18,16 +19,49 @@ namespace {
 
 using namespace pdfengine;
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
+/// The front's functions.
+struct Front {
+    Front() {
+        LateLibrary library("libpoppler-glib.so.8");
+        library.find(bytesNew, "g_bytes_new_static");
+        library.find(bytesUnref, "g_bytes_unref");
+        library.find(objectUnref, "g_object_unref");
+        library.find(free, "g_free");
+        library.find(documentNew, "poppler_document_new_from_bytes");
+        library.find(pageCount, "poppler_document_get_n_pages");
+        library.find(page, "poppler_document_get_page");
+        library.find(text, "poppler_page_get_text");
+        library.find(attributes, "poppler_page_get_text_attributes");
+        library.find(freeAttributes, "poppler_page_free_text_attributes");
+        isComplete = library.isComplete();
+    }
+
+    bool isComplete;
+    decltype(g_bytes_new_static)* bytesNew;
+    decltype(g_bytes_unref)* bytesUnref;
+    void (*objectUnref)(void*);
+    void (*free)(void*);
+    decltype(poppler_document_new_from_bytes)* documentNew;
+    decltype(poppler_document_get_n_pages)* pageCount;
+    decltype(poppler_document_get_page)* page;
+    decltype(poppler_page_get_text)* text;
+    decltype(poppler_page_get_text_attributes)* attributes;
+    decltype(poppler_page_free_text_attributes)* freeAttributes;
 };
-template <typename T>
-using Reference = std::unique_ptr<T, Unref>;
+
+const Front& front() {
+    static const Front functions;
+    return functions;
+}
 
 struct Free {
-    void operator()(char* text) const { g_free(text); }
-    void operator()(GList* attributes) const { poppler_page_free_text_attributes(attributes); }
+    void operator()(PopplerDocument* document) const { front().objectUnref(document); }
+    void operator()(PopplerPage* page) const { front().objectUnref(page); }
+    void operator()(char* text) const { front().free(text); }
+    void operator()(GList* attributes) const { front().freeAttributes(attributes); }
 };
+template <typename T>
+using Owned = std::unique_ptr<T, Free>;
 
 struct Style {
     std::string fontName;
@@ -74,16 +108,16 @@ std::uint32_t colorOf(const PopplerColor& color) {
 }
 
 /// The direction marks that the front puts into the text and leaves out where it counts.
-bool isUncounted(gunichar character) {
+bool isUncounted(char32_t character) {
     return character >= 0x202A && character <= 0x202E;
 }
 
 StyledLetters lettersOfAttributes(PopplerPage* page, StyleTable& table) {
     StyledLetters letters;
-    const std::unique_ptr<char, Free> text(poppler_page_get_text(page));
-    const std::unique_ptr<GList, Free> attributes(poppler_page_get_text_attributes(page));
+    const Owned<char> bytes(front().text(page));
+    const Owned<GList> attributes(front().attributes(page));
     const GList* node = attributes.get();
-    if (!text || !node)
+    if (!bytes || !node)
         return letters;
     const auto at = [](const GList* item) { return static_cast<const PopplerTextAttributes*>(item->data); };
     const auto numberOf = [&](const GList* item) {
@@ -93,8 +127,9 @@ StyledLetters lettersOfAttributes(PopplerPage* page, StyleTable& table) {
     };
     std::uint32_t style = numberOf(node);
     int index = 0;
-    for (const char* place = text.get(); *place; place = g_utf8_next_char(place)) {
-        const gunichar character = g_utf8_get_char(place);
+    const NSString text = NSString::stringByRepairingUTF8String(bytes.get());
+    for (std::size_t place = 0; place < text.length();) {
+        const char32_t character = characterAt(text, &place);
         if (isUncounted(character))
             continue;
         while (index > at(node)->end_index && node->next) {
@@ -113,13 +148,10 @@ StyledLetters lettersOfWords(const poppler::page& page, StyleTable& table) {
     for (const poppler::text_box& word : page.text_list(poppler::page::text_list_include_font)) {
         const std::uint32_t style =
             table.numberOf({word.has_font_info() ? word.get_font_name() : "", word.get_font_size()});
-        const poppler::ustring text = word.text();
-        for (std::size_t place = 0; place < text.size(); ++place) {
-            char32_t character = text[place];
-            if ((character & 0xFC00) == 0xD800 && place + 1 < text.size())
-                character = 0x10000 + ((character & 0x3FF) << 10 | (text[++place] & 0x3FFU));
-            letters.add(character, style);
-        }
+        const poppler::ustring units = word.text();
+        const std::u16string text(units.begin(), units.end());
+        for (std::size_t place = 0; place < text.size();)
+            letters.add(characterAt(text, &place), style);
     }
     return letters;
 }
@@ -138,15 +170,17 @@ NSData bytesOf(const std::vector<StyleRun>& runs) {
 
 } // namespace
 
-struct PageStyles::Front {
-    Reference<PopplerDocument> document;
+struct PageStyles::Document {
+    /// Null where the front cannot open what the other has opened, which leaves its pages without colours.
+    Owned<PopplerDocument> handle;
 };
 
-PageStyles::PageStyles(std::string_view file) : front_(std::make_unique<Front>()) {
-    GBytes* const bytes = g_bytes_new_static(file.data(), file.size());
-    // Null where the other front has opened it all the same, which leaves its pages without styles.
-    front_->document.reset(poppler_document_new_from_bytes(bytes, nullptr, nullptr));
-    g_bytes_unref(bytes);
+PageStyles::PageStyles(std::string_view file) : document_(std::make_unique<Document>()) {
+    if (!front().isComplete)
+        return;
+    GBytes* const bytes = front().bytesNew(file.data(), file.size());
+    document_->handle.reset(front().documentNew(bytes, nullptr, nullptr));
+    front().bytesUnref(bytes);
 }
 
 PageStyles::~PageStyles() = default;
@@ -154,9 +188,9 @@ PageStyles::~PageStyles() = default;
 Value PageStyles::styledText(std::u16string_view text, int index, const poppler::page& page) const {
     StyleTable table;
     StyledLetters letters;
-    if (front_->document && index < poppler_document_get_n_pages(front_->document.get())) {
-        const Reference<PopplerPage> own(poppler_document_get_page(front_->document.get(), index));
-        if (own && !text.empty())
+    if (PopplerDocument* const document = document_->handle.get();
+        document && !text.empty() && index < front().pageCount(document)) {
+        if (const Owned<PopplerPage> own{front().page(document, index)})
             letters = lettersOfAttributes(own.get(), table);
     }
     // It finds nothing, or little, on a page that is turned.

@@ -26,8 +26,8 @@ public:
     Value styledText(std::u16string_view text, int index, const poppler::page& page) const;
 
 private:
-    struct Front;
-    std::unique_ptr<Front> front_;
+    struct Document;
+    std::unique_ptr<Document> document_;
 };
 
 } // namespace kelvo
