@@ -9,11 +9,8 @@
 #include "support/AttributedText.h"
 #include "support/PDFDocuments.h"
 
-#define POINTERHOLDER_TRANSITION 4
 #include <gtest/gtest.h>
-#include <qpdf/Buffer.hh>
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFWriter.hh>
+#include <qpdf/qpdf-c.h>
 
 #include <csignal>
 #include <fstream>
@@ -56,16 +53,17 @@ std::string textOfPages(const PDFDocument& document) {
 }
 
 std::string encrypted(const std::string& bytes, const char* userPassword, qpdf_object_stream_e objects) {
-    QPDF document;
-    document.processMemoryFile("test", bytes.data(), bytes.size());
-    QPDFWriter writer(document);
-    writer.setOutputMemory();
-    writer.setObjectStreamMode(objects);
-    writer.setR6EncryptionParameters(userPassword, "owner", false, false, false, false, false, false,
-                                     qpdf_r3p_none, true);
-    writer.write();
-    const auto buffer = writer.getBufferSharedPointer();
-    return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
+    qpdf_data document = qpdf_init();
+    EXPECT_EQ(qpdf_read_memory(document, "test", bytes.data(), bytes.size(), nullptr), QPDF_SUCCESS);
+    EXPECT_EQ(qpdf_init_write_memory(document), QPDF_SUCCESS);
+    qpdf_set_object_stream_mode(document, objects);
+    qpdf_set_r6_encryption_parameters2(document, userPassword, "owner", QPDF_FALSE, QPDF_FALSE, QPDF_FALSE,
+                                       QPDF_FALSE, QPDF_FALSE, QPDF_FALSE, qpdf_r3p_none, QPDF_TRUE);
+    EXPECT_EQ(qpdf_write(document), QPDF_SUCCESS);
+    const std::string result(reinterpret_cast<const char*>(qpdf_get_buffer(document)),
+                             qpdf_get_buffer_length(document));
+    qpdf_cleanup(&document);
+    return result;
 }
 
 std::string describe(const NSRect& rect) {
