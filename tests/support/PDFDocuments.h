@@ -37,8 +37,9 @@ inline std::string pdfEncryption() {
            ")/U(" + noKey + ")>>";
 }
 
-/// A document with the fonts F (Helvetica), T (ABCDEF+TimesNewRomanPS-BoldItalicMT) and M (Courier). Where a page's
-/// contents say "/Deadly cs", whoever reads it calls itself until there is no stack.
+/// A document with the fonts F (Helvetica), T (ABCDEF+TimesNewRomanPS-BoldItalicMT), M (Courier) and H (Arial, in which
+/// A to Z are Hebrew letters). Where a page's contents say "/Deadly cs", whoever reads it calls itself until there is no
+/// stack.
 inline std::string pdfDocument(const PDFParts& parts) {
     bool isDeadly = false;
     for (const std::string& contents : parts.pages)
@@ -52,13 +53,16 @@ inline std::string pdfDocument(const PDFParts& parts) {
         pdfStream(std::string(isDeadly ? 1'000'000 : 0, '{'),
                   "/FunctionType 4/Domain[0 1]/Range[0 1 0 1 0 1]"),
         "<<" + parts.information + ">>",
+        "<</Type/Font/Subtype/Type1/BaseFont/Arial/ToUnicode 9 0 R>>",
+        pdfStream("begincmap 1 begincodespacerange <00> <FF> endcodespacerange "
+                  "1 beginbfrange <41> <5A> <05D0> endbfrange endcmap"),
     };
     std::string kids;
     for (const std::string& contents : parts.pages) {
         objects.push_back(pdfStream(contents));
         objects.push_back("<</Type/Page/Parent 2 0 R/MediaBox" + parts.mediaBox + parts.pageEntries +
                           "/Contents " + std::to_string(objects.size()) +
-                          " 0 R/Resources<</Font<</F 3 0 R/T 4 0 R/M 5 0 R>>"
+                          " 0 R/Resources<</Font<</F 3 0 R/T 4 0 R/M 5 0 R/H 8 0 R>>"
                           "/ColorSpace<</Deadly[/Separation/Ink/DeviceRGB 6 0 R]>>>>>>");
         kids += std::to_string(objects.size()) + " 0 R ";
     }

@@ -231,21 +231,31 @@ TEST(PDFSelectionTest, TextKeepsItsFontsAndColours) {
     EXPECT_EQ(notes.sentenceOfResult().UTF8String(), "there was no time for the text from page 1 on");
 }
 
-// One front of the library tells no styles of such pages, or only some.
-TEST(PDFSelectionTest, NoTextIsLostForWantOfStyles) {
+// One front of the library has no text of such pages, or only some.
+TEST(PDFSelectionTest, TextFromTheRightKeepsItsFonts) {
     struct Row {
         const char* name;
-        std::string entries;
+        std::string contents;
+        const char* pageEntries;
         const char* text;
     };
+    const std::string both = pdfText("ABC DEF", "H 12") + pdfText("latin", "M 12", 660);
+    const char* const bothRead = "{Arial:\u202B\u05D5\u05D4\u05D3 \u05D2\u05D1\u05D0\u202C}\n"
+                                 "{Arial:\u202B\u202A}{Courier:latin\u202C\u202C}";
     const Row rows[] = {
-        {"turned", "/Rotate 180", "{Helvetica:first}\n\n{Courier:second}"},
-        {"on its side", "/Rotate 90", "{Helvetica:first}\n\n{Courier:second}"},
+        {"most of it", both, "", bothRead},
+        {"turned", both, "/Rotate 180", bothRead},
+        {"a line of it",
+         pdfText("A line of Latin letters, and then", "F 12") + pdfText("ABC", "H 12", 686) +
+             pdfText("more letters of another font", "M 12", 672),
+         "",
+         "{Helvetica:A line of Latin letters, and then}\n{Helvetica:\u202B}{Arial:\u05D2\u05D1\u05D0\u202C}\n"
+         "{Courier:more letters of another font}"},
     };
     for (const Row& row : rows) {
         PDFParts parts;
-        parts.pages = {pdfText("first", "F 12", 700) + pdfText("second", "M 12", 600)};
-        parts.pageEntries = row.entries;
+        parts.pages = {row.contents};
+        parts.pageEntries = row.pageEntries;
         EXPECT_EQ(tests::describe(open(pdfDocument(parts)).selectionForEntireDocument().attributedString()),
                   row.text)
             << row.name;

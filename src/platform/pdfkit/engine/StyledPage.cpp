@@ -193,8 +193,8 @@ Value PageStyles::styledText(std::u16string_view text, int index, const poppler:
         if (const Owned<PopplerPage> own{front().page(document, index)})
             letters = lettersOfAttributes(own.get(), table);
     }
-    // It finds nothing, or little, on a page that is turned.
-    if (!text.empty() && letters.letters.size() < letterCount(text) / 2)
+    // It finds nothing, or little, where most of the text runs from the right.
+    if (!text.empty() && letters.letters.size() < letterCount(text) * 3 / 4)
         letters = lettersOfWords(page, table);
     const std::vector<StyleRun> runs = alignedStyles(text, letters);
     if (!text.empty() && letters.letters.empty())

@@ -12,8 +12,8 @@ class page;
 namespace kelvo {
 
 /// What the letters of a document's pages look like. The library's front that tells colours and underlines leaves
-/// some text out (the values of forms, part of what is turned or runs from the right), so that its styles are put on
-/// the text of the other front.
+/// some text out (the values of forms, much of what runs from the right), so that its styles are put on the text of the
+/// other front.
 class PageStyles {
 public:
     /// The bytes must outlive it.
