@@ -245,11 +245,12 @@ TEST(PDFSelectionTest, TextFromTheRightKeepsItsFonts) {
     const Row rows[] = {
         {"most of it", both, "", bothRead},
         {"turned", both, "/Rotate 180", bothRead},
-        {"a line of it",
+        {"two lines of it",
          pdfText("A line of Latin letters, and then", "F 12") + pdfText("ABC", "H 12", 686) +
-             pdfText("more letters of another font", "M 12", 672),
+             pdfText("DEF", "H 12", 672) + pdfText("more letters of another font", "M 12", 658),
          "",
-         "{Helvetica:A line of Latin letters, and then}\n{Helvetica:\u202B}{Arial:\u05D2\u05D1\u05D0\u202C}\n"
+         "{Helvetica:A line of Latin letters, and "
+         "then}\n{Helvetica:\u202B}{Arial:\u05D2\u05D1\u05D0\u202C}\n{Arial:\u202B\u05D5\u05D4\u05D3\u202C}\n"
          "{Courier:more letters of another font}"},
     };
     for (const Row& row : rows) {
