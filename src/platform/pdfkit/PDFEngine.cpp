@@ -56,7 +56,7 @@ NSDictionary PDFEngine::open(const OpenPDF& document, double timeoutSeconds) {
     openNumber_ = 0;
     NSMutableDictionary message = messageAbout(document);
     message.setObject_forKey(document.data, documentKey);
-    const NSDictionary facts = process_.ask(message, timeoutSeconds).dictionary();
+    NSDictionary facts = process_.ask(message, timeoutSeconds).dictionary();
     if (!facts.isNil()) {
         openNumber_ = document.number;
         openIn_ = process_.processIdentifier();

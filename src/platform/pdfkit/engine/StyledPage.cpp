@@ -122,7 +122,9 @@ StyledLetters lettersOfAttributes(PopplerPage* page, StyleTable& table) {
     const auto at = [](const GList* item) { return static_cast<const PopplerTextAttributes*>(item->data); };
     const auto numberOf = [&](const GList* item) {
         const PopplerTextAttributes& style = *at(item);
-        return table.numberOf({style.font_name ? style.font_name : "", style.font_size, colorOf(style.color),
+        // So it calls those that have no name.
+        const bool hasName = style.font_name && std::string_view(style.font_name) != "Default";
+        return table.numberOf({hasName ? style.font_name : "", style.font_size, colorOf(style.color),
                                style.is_underlined != FALSE});
     };
     std::uint32_t style = numberOf(node);
