@@ -1,17 +1,15 @@
 #include "service/PDFText.h"
 
+#include "pdf/PDFDocumentConversion.h"
 #include "platform/foundation/NSException.h"
 #include "platform/ledger/RequestNotes.h"
 #include "platform/pdfkit/PDFDocument.h"
 #include "protocol/ResultKeys.h"
-#include "service/PDFDocumentConversion.h"
 #include "text/StringNormalization.h"
 #include "text/SubstringSearch.h"
 
 namespace kelvo {
 namespace {
-
-constexpr double secondsForPages = 60;
 
 NSString plainText(const PDFDocument& document, const NSDictionary& attributes, const NSString& file,
                    const TextContentOfFileAtPath& textContentOfFileAtPath) {

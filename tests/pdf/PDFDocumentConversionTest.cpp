@@ -1,4 +1,4 @@
-#include "service/PDFDocumentConversion.h"
+#include "pdf/PDFDocumentConversion.h"
 
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/Value.h"
@@ -79,6 +79,25 @@ TEST(PageWalkTest, PagesAreRepairedAndFailEachForItself) {
     };
     EXPECT_EQ(walk.text().UTF8String(), "\u00E9  \nlast\n");
     EXPECT_EQ(left, (std::vector<double>{60, 58, 56, 54, 52}));
+}
+
+TEST(PageWalkTest, GivesEveryPageThatItWalks) {
+    double now = 0;
+    PageWalk walk;
+    walk.pageCount = 5;
+    walk.budget = 10;
+    walk.clock = [&now] { return now; };
+    walk.textOfPage = [&now](std::size_t page, double) -> NSString {
+        now += 2.5;
+        if (page == 1)
+            throw NSException(NSGenericException, u"A page that fails.");
+        return page == 2 ? NSString() : u"e\u0301";
+    };
+    std::string pages;
+    walk.walk([&pages](std::size_t page, const NSString& text) {
+        pages += std::to_string(page) + (text.isNil() ? "(nil)" : text.UTF8String()) + ";";
+    });
+    EXPECT_EQ(pages, "0\u00E9;1(nil);2;");
 }
 
 TEST(PDFDocumentConversionTest, TextOfDocuments) {

@@ -24,9 +24,15 @@ NSString fixedAndNormalizedStringUsingTimeout(const PDFDocument& document, doubl
 NSString fixedAndNormalizedString(const PDFDocument& document);
 
 inline constexpr double secondsOfUnlimitedWalk = 12;
+/// The budget of those who want the text of a whole document.
+inline constexpr double secondsForPages = 60;
 
 /// The walk itself, for any pages and any clock.
 struct PageWalk {
+    /// Gets a page that was walked, repaired and normalised: empty when it has no text, nil when it failed. What it
+    /// throws of a text fails the page; of nil it must not throw.
+    using TakePage = std::function<void(std::size_t page, const NSString& text)>;
+
     std::size_t pageCount = 0;
     /// In seconds.
     double budget = 0;
@@ -35,7 +41,13 @@ struct PageWalk {
     /// Seconds from any beginning; not asked without a budget.
     std::function<double()> clock;
 
+    /// Takes the pages one by one, in their order.
+    void walk(const TakePage& takePage) const;
+    /// What fixedAndNormalizedStringUsingTimeout makes of them.
     NSString text() const;
 };
+
+/// That of the document, whose time begins now.
+PageWalk walkOfPages(const PDFDocument& document, double seconds);
 
 } // namespace kelvo

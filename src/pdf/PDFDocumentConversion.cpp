@@ -1,4 +1,4 @@
-#include "service/PDFDocumentConversion.h"
+#include "pdf/PDFDocumentConversion.h"
 
 #include "platform/foundation/NSAutoreleasePool.h"
 #include "platform/foundation/NSMutableString.h"
@@ -30,28 +30,25 @@ NSString nameOfPage(std::size_t index, std::size_t pageCount) {
 
 } // namespace
 
-NSString PageWalk::text() const {
-    if (pageCount == 0)
-        return nullptr;
+void PageWalk::walk(const TakePage& takePage) const {
     const bool hasClock = budget > 0;
     const double start = hasClock ? clock() : 0;
-    auto text =
-        NSMutableString::stringWithCapacity(std::min(pageCount, mostPagesReserved) << logOfUnitsPerPage);
     for (std::size_t index = 0; index < pageCount; ++index) {
         const double pageStart = hasClock ? clock() : 0;
         try {
             const NSAutoreleasePool pool;
             const double left =
                 hasClock ? budget - (pageStart - start) : std::numeric_limits<double>::infinity();
+            NSMutableString fixed = NSMutableString::string();
             if (const NSString page = textOfPage(index, left); !page.isEmpty()) {
-                NSMutableString fixed(page);
+                fixed = NSMutableString(page);
                 fixAndNormalizeString(fixed);
-                text.appendString(fixed);
-                text.appendString(u"\n");
             }
+            takePage(index, fixed.takeString());
         } catch (const std::exception&) {
             noteOutcome(Outcome::answered,
                         stringWithFormat(u"the text of %@ is missing", nameOfPage(index, pageCount)));
+            takePage(index, nullptr);
         }
         if (!hasClock)
             continue;
@@ -63,27 +60,43 @@ NSString PageWalk::text() const {
             break;
         }
     }
+}
+
+NSString PageWalk::text() const {
+    if (pageCount == 0)
+        return nullptr;
+    auto text =
+        NSMutableString::stringWithCapacity(std::min(pageCount, mostPagesReserved) << logOfUnitsPerPage);
+    walk([&text](std::size_t, const NSString& page) {
+        if (page.isEmpty())
+            return;
+        text.appendString(page);
+        text.appendString(u"\n");
+    });
     return text.takeString();
 }
 
-NSString fixedAndNormalizedStringUsingTimeout(const PDFDocument& document, double seconds) {
-    const double start = monotonicSeconds();
+PageWalk walkOfPages(const PDFDocument& document, double seconds) {
     PageWalk walk;
     walk.pageCount = document.pageCount();
     walk.budget = seconds;
     walk.clock = monotonicSeconds;
-    bool isOver = false;
-    walk.textOfPage = [&](std::size_t page, double secondsLeft) -> NSString {
+    walk.textOfPage = [document, seconds, start = monotonicSeconds(),
+                       isOver = false](std::size_t page, double secondsLeft) mutable -> NSString {
         if (seconds <= 0)
             secondsLeft = secondsOfUnlimitedWalk - (monotonicSeconds() - start);
         if (secondsLeft > 0)
             return document.pageAtIndex(page).stringUsingTimeout(secondsLeft);
         if (!std::exchange(isOver, true))
             noteOutcome(Outcome::answered, stringWithFormat(u"there was no time for the text from %@ on",
-                                                            nameOfPage(page, walk.pageCount)));
+                                                            nameOfPage(page, document.pageCount())));
         return nullptr;
     };
-    return walk.text();
+    return walk;
+}
+
+NSString fixedAndNormalizedStringUsingTimeout(const PDFDocument& document, double seconds) {
+    return walkOfPages(document, seconds).text();
 }
 
 NSString fixedAndNormalizedString(const PDFDocument& document) {
