@@ -1,6 +1,7 @@
 #include "service/PDFText.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/Value.h"
 #include "protocol/ResultKeys.h"
 #include "support/PDFDocuments.h"
 
