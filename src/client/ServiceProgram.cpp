@@ -71,16 +71,20 @@ NSString pathOfServiceProgram(const NSString& given) {
                              : NSFileManager::defaultManager().stringWithFileSystemRepresentation(candidate);
 }
 
-bool setPlatformRootOfService() {
+std::string folderOfServiceProgram() {
     const NSString program = pathOfServiceProgram(nullptr);
     const auto path = program.isNil()
                           ? std::nullopt
                           : NSFileManager::defaultManager().fileSystemRepresentationWithPath(program);
     // The service goes by where its program really lies.
     std::error_code failure;
-    const std::string real = path ? std::filesystem::canonical(*path, failure).string() : "";
-    setPlatformRoot(folderOf(real));
-    return !real.empty();
+    return folderOf(path ? std::filesystem::canonical(*path, failure).string() : "");
+}
+
+bool setPlatformRootOfService() {
+    const std::string folder = folderOfServiceProgram();
+    setPlatformRoot(folder);
+    return !folder.empty();
 }
 
 } // namespace kelvo

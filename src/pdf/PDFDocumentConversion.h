@@ -27,6 +27,9 @@ inline constexpr double secondsOfUnlimitedWalk = 12;
 /// The budget of those who want the text of a whole document.
 inline constexpr double secondsForPages = 60;
 
+/// What is noted with a request for the text of a document that is locked.
+inline constexpr const char16_t* sentenceOfLockedPDF = u"the document is encrypted, and its text is missing";
+
 /// The walk itself, for any pages and any clock.
 struct PageWalk {
     /// Gets a page that was walked, repaired and normalised: empty when it has no text, nil when it failed. What it

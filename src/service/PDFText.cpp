@@ -52,7 +52,7 @@ NSDictionary _attributed_stringWithPDF_file_size(bool attributed, const NSData& 
     const NSDictionary attributes = document.documentAttributes();
     NSMutableDictionary result = NSMutableDictionary::dictionary();
     if (document.isLocked()) {
-        noteOutcome(Outcome::answered, u"the document is encrypted, and its text is missing");
+        noteOutcome(Outcome::answered, sentenceOfLockedPDF);
         result.setObject_forKey(NSNumber::numberWithBool(true), ResultLockedKey);
     } else {
         const Value text = attributed ? Value(document.selectionForEntireDocument().attributedString())

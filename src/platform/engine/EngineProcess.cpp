@@ -44,6 +44,17 @@ double monotonicSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+/// Empty until it is set.
+std::string& givenFolderOfEngines() {
+    static std::string folder;
+    return folder;
+}
+
+std::string folderOfEngines() {
+    const std::string& given = givenFolderOfEngines();
+    return given.empty() ? folderOfThisProgram() : given;
+}
+
 NSString pathOf(const std::string& bytes) {
     return NSFileManager::defaultManager().stringWithFileSystemRepresentation(bytes);
 }
@@ -82,6 +93,10 @@ NSString nameOfSignal(int signal) {
 }
 
 } // namespace
+
+void setFolderOfEngines(std::string folder) {
+    givenFolderOfEngines() = std::move(folder);
+}
 
 /// Reads and writes without waiting, as events of the run loop; whole frames are handled at its top.
 struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
@@ -155,7 +170,7 @@ void EngineProcess::Internals::start() {
     auto child = std::make_unique<NSTask>();
     try {
         child->setStandardInput(otherEnd);
-        child->setLaunchPath(pathOf(folderOfThisProgram() + '/' + description.programName));
+        child->setLaunchPath(pathOf(folderOfEngines() + '/' + description.programName));
         child->setArguments(arguments);
         child->setEnvironment(environmentOf(description));
         child->setSession(NSTask::Session::own);

@@ -12,9 +12,13 @@
 
 namespace kelvo {
 
+/// Where the engines' programs stand, in file-system bytes. Empty, as it is until it is set, that is beside this
+/// executable. To be set before the first message to any engine.
+void setFolderOfEngines(std::string folder);
+
 /// What an engine is to the one who asks it.
 struct EngineDescription {
-    /// Of the program, which stands beside this executable.
+    /// Of the program, which stands in the folder of the engines.
     std::string programName;
     /// What it is called in sentences: "document engine".
     const char16_t* title = u"engine";

@@ -38,6 +38,10 @@ public:
     /// Has the engine let go of the document, if it has it.
     void close(const OpenPDF& document) noexcept;
 
+    /// Ends it; the next question starts another. An engine ends with its process anyhow, but leaves its empty folder
+    /// behind then.
+    void stop() { process_.stop(); }
+
     /// 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
