@@ -1,9 +1,11 @@
 #include "cli/Commands.h"
 
+#include "cli/AnswerOutput.h"
 #include "cli/Files.h"
 #include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
 #include "cli/MetadataCommand.h"
+#include "cli/PDFTextCommand.h"
 #include "cli/Printable.h"
 #include "cli/ReadDocumentCommand.h"
 #include "cli/RecordView.h"
@@ -23,15 +25,10 @@
 namespace kelvo::cli {
 namespace {
 
-std::string subjectOf(const std::string& file) {
-    return file == standardStream ? "standard input" : printableFileName(file);
-}
-
 Request requestForFile(const Options& options, Operation operation, const std::string& file) {
     Request request;
     request.operation = operation;
     request.allowsRemoteRequest = options.allowsRemoteRequest;
-    request.wantsRichText = options.wantsRichText;
     request.wantsPDFText = options.wantsPDFText;
     request.mayUseImporters = options.mayUseImporters;
     switch (operation) {
@@ -41,7 +38,6 @@ Request requestForFile(const Options& options, Operation operation, const std::s
             request.baseURL = NSURL::fileURLWithPath(pathOfFile(file));
         [[fallthrough]];
     case Operation::writeRTFDData:
-    case Operation::stringWithPDF:
         request.data = readInput(file);
         break;
     default:
@@ -75,15 +71,10 @@ ExitStatus runWriteRTFD(Session& session, const std::string& dataFile, const std
 ExitStatus runOperation(Session& session, Operation operation, const std::string& file) {
     const Options& options = session.options();
     const std::string subject = subjectOf(file);
-    const bool writesRichText = givesRichText(operation);
-    if (options.output == standardStream && session.output().isTerminal())
-        throw CommandError(ExitStatus::usage,
-                           "bytes are not written to a terminal; send them to a file or a pipe");
-    const Request request = requestForFile(options, operation, file);
+    const AnswerBytes form = givesRichText(operation) ? AnswerBytes::richText : AnswerBytes::asTheyAre;
     // Whatever can be known to fail fails before the work.
-    if (options.output)
-        writesRichText ? requireRichTextWritable(*options.output) : requireWritable(*options.output);
-
+    requireAnswerWritable(session, form);
+    const Request request = requestForFile(options, operation, file);
     const Value result = session.ask(request, kindOfFile(request.file), subject);
     if (options.listsRefused)
         session.listRefused(subject);
@@ -93,24 +84,7 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
         return session.complainOfNoAnswer(subject);
     }
     WrittenBytes written;
-    ExitStatus status = ExitStatus::answered;
-    if (options.output) {
-        NSData bytes = bytesOfResult(operation, result);
-        if (bytes.isNil()) {
-            session.complain(fmt::format("{}: the answer has nothing to write, {} is left as it was", subject,
-                                         printableFileName(*options.output)));
-            status = ExitStatus::noAnswer;
-        } else {
-            if (writesRichText)
-                bytes = writeRichText(session, bytes, *options.output);
-            else
-                writeOutput(*options.output, bytes, session.output());
-            if (bytes.isNil())
-                status = session.complainOfNoAnswer(printableFileName(*options.output));
-            else
-                written = {bytes, *options.output};
-        }
-    }
+    const ExitStatus status = writeAnswer(session, bytesOfResult(operation, result), form, subject, written);
     if (options.output != standardStream)
         print(session, result, written);
     return status;
@@ -180,6 +154,8 @@ ExitStatus runSubject(Session& session) {
     const Operation operation = std::get<Operation>(options.subject);
     if (operation == Operation::metaDataForFile)
         return runMetadata(session, options.files);
+    if (operation == Operation::stringWithPDF)
+        return runPDFText(session, options.files);
     const ExitStatus status = runOnFile(session, operation);
     session.tellWhatIsMissing(subjectOf(options.files.front()));
     return status;

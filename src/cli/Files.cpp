@@ -25,9 +25,7 @@ namespace kelvo::cli {
 namespace {
 
 [[noreturn]] void fail(const std::string& name, std::string_view what) {
-    throw CommandError(
-        ExitStatus::file,
-        fmt::format("{}: {}", name == standardStream ? "standard input" : printableFileName(name), what));
+    throw CommandError(ExitStatus::file, fmt::format("{}: {}", subjectOf(name), what));
 }
 
 [[noreturn]] void failWithError(const std::string& name, std::string_view what, int error) {
@@ -67,6 +65,10 @@ void requireWritableFolder(const std::string& name) {
 }
 
 } // namespace
+
+std::string subjectOf(const std::string& name) {
+    return name == standardStream ? "standard input" : printableFileName(name);
+}
 
 NSString pathOfFile(const std::string& name) {
     return NSFileManager::defaultManager().stringWithFileSystemRepresentation(name);

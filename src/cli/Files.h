@@ -16,6 +16,9 @@ inline constexpr std::string_view standardStream = "-";
 // Names are in file-system bytes, as the command line gives them. Each function throws CommandError (file)
 // with a sentence that names the file.
 
+/// The file in sentences: its name, printable, or "standard input".
+std::string subjectOf(const std::string& name);
+
 /// The name as the client library takes it.
 NSString pathOfFile(const std::string& name);
 

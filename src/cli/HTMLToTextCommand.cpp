@@ -4,6 +4,7 @@
 #include "cli/JSONView.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
+#include "cli/TextView.h"
 #include "markup/CharsetLabels.h"
 #include "markup/Html2Text.h"
 #include "markup/MarkupDecoding.h"
@@ -39,10 +40,10 @@ ExitStatus runPage(Session& session, const std::string& file) {
             text.isNil() ? Value()
                          : NSMutableDictionary::dictionaryWithObjectsAndKeys({{text, ResultStringKey}})));
     else if (!text.isNil())
-        output.write((output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String()) + "\n");
+        output.write(wholeText(text, output) + "\n");
     if (!text.isNil())
         return ExitStatus::answered;
-    session.complain((file == standardStream ? "standard input" : printableFileName(file)) + ": has no text");
+    session.complain(subjectOf(file) + ": has no text");
     return ExitStatus::noAnswer;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/JSONView.h"
 
 #include "cli/ExitStatus.h"
+#include "cli/Files.h"
 #include "cli/Printable.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
@@ -82,6 +83,17 @@ std::string lineOfJSON(const Value& value, const WrittenBytes& written) {
         throw CommandError(ExitStatus::file,
                            "the answer cannot be written as JSON: " + printable(exception.reason()));
     }
+}
+
+NSDictionary withFile(const std::string& file, const NSDictionary& entries) {
+    constexpr const char16_t* keyOfFile = u"file";
+    NSMutableDictionary result = NSMutableDictionary::dictionary();
+    result.setObject_forKey(pathOfFile(file), keyOfFile);
+    for (const auto& [name, value] : entries) {
+        if (name.string() != keyOfFile)
+            result.setObject_forKey(value, name);
+    }
+    return result;
 }
 
 } // namespace kelvo::cli

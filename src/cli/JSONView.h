@@ -21,4 +21,8 @@ Value valueForJSON(const Value& value, const WrittenBytes& written = {});
 /// it.
 std::string lineOfJSON(const Value& value, const WrittenBytes& written = {});
 
+/// The entries behind "file", the name as it was given, for subcommands that take several files. An entry of that name
+/// would hide which line is whose, and is left out.
+NSDictionary withFile(const std::string& file, const NSDictionary& entries);
+
 } // namespace kelvo::cli

@@ -1,61 +1,18 @@
 #include "cli/MetadataCommand.h"
 
 #include "cli/Files.h"
-#include "cli/MetadataValues.h"
+#include "cli/JSONView.h"
+#include "cli/MetadataTable.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
+#include "cli/TextView.h"
 #include "client/ServiceProgram.h"
 #include "mdimport/MetaDataImporter.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/PlatformRoot.h"
 
-#include <algorithm>
-#include <string_view>
-
 namespace kelvo::cli {
 namespace {
-
-constexpr std::size_t widestLabel = 24;
-constexpr const char16_t* keyOfFile = u"file";
-
-std::size_t widthOf(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char byte) { return (byte & '\xC0') != '\x80'; }));
-}
-
-std::string tableOf(const NSDictionary& attributes, const Output& output) {
-    const std::vector<MetadataRow> rows = rowsOfMetadata(attributes);
-    std::size_t width = 0;
-    for (const MetadataRow& row : rows)
-        width = std::max(width, std::min(widthOf(row.label), widestLabel));
-    std::string table;
-    for (const MetadataRow& row : rows) {
-        const std::size_t own = widthOf(row.label);
-        table += output.styled(Style::strong, row.label) + std::string(own < width ? width - own : 0, ' ');
-        std::string lead = "  ";
-        std::string_view rest = row.text;
-        for (bool isFirst = true; isFirst || !rest.empty(); isFirst = false) {
-            const std::size_t end = std::min(rest.find('\n'), rest.size());
-            if (end > 0)
-                table.append(lead).append(rest.substr(0, end));
-            table += '\n';
-            rest.remove_prefix(std::min(end + 1, rest.size()));
-            lead = std::string(width + 2, ' ');
-        }
-    }
-    return table;
-}
-
-NSDictionary withFile(const std::string& file, const NSDictionary& attributes) {
-    NSMutableDictionary result = NSMutableDictionary::dictionary();
-    result.setObject_forKey(pathOfFile(file), keyOfFile);
-    for (const auto& [name, value] : attributes) {
-        // An attribute of that name would hide which line is whose.
-        if (name.string() != keyOfFile)
-            result.setObject_forKey(value, name);
-    }
-    return result;
-}
 
 ExitStatus runFile(Session& session, const std::string& file) {
     const Options& options = session.options();
@@ -78,9 +35,9 @@ ExitStatus runFile(Session& session, const std::string& file) {
         return ExitStatus::noAnswer;
     }
     if (options.printsOnlyText)
-        output.write((output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String()) + "\n");
+        output.write(wholeText(text, output) + "\n");
     else if (!options.printsJSON)
-        output.write(tableOf(attributes, output));
+        output.write(tableOfRows(rowsOfMetadata(attributes), output));
     return ExitStatus::answered;
 }
 

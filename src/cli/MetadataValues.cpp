@@ -2,6 +2,8 @@
 
 #include "cli/Printable.h"
 #include "cli/TextView.h"
+#include "platform/pdfkit/PDFDocument.h"
+#include "protocol/ResultKeys.h"
 
 #include <fmt/format.h>
 
@@ -10,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace kelvo::cli {
@@ -413,6 +416,19 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemTextContent", "Text", beginningOfText},
 };
 
+constexpr Attribute attributesOfPDFs[] = {
+    {PDFDocumentTitleAttribute, "Title"},
+    {PDFDocumentAuthorAttribute, "Author"},
+    {PDFDocumentSubjectAttribute, "Subject"},
+    {PDFDocumentKeywordsAttribute, "Keywords"},
+    {PDFDocumentCreatorAttribute, "Creator"},
+    {PDFDocumentProducerAttribute, "Producer"},
+    {PDFDocumentCreationDateAttribute, "Created"},
+    {PDFDocumentModificationDateAttribute, "Modified"},
+    {ResultPageCountKey, "Pages"},
+    {ResultLockedKey, "Locked"},
+};
+
 std::string paperOfPage(double width, double height) {
     struct Paper {
         const char* name;
@@ -466,10 +482,11 @@ constexpr Pair pairs[] = {
 
 class Rows {
 public:
-    explicit Rows(const NSDictionary& attributes) : attributes_(attributes) {}
+    Rows(const NSDictionary& attributes, std::span<const Attribute> known)
+        : attributes_(attributes), known_(known) {}
 
     std::vector<MetadataRow> take() {
-        for (const Attribute& attribute : knownAttributes) {
+        for (const Attribute& attribute : known_) {
             const Value& value = attributes_.objectForKey(attribute.name);
             if (value.isNil() || attribute.name == doneWithPair_ || addPair(attribute.name, value))
                 continue;
@@ -478,8 +495,7 @@ public:
         }
         for (const auto& [key, value] : attributes_) {
             const NSString name = key.description();
-            if (std::ranges::none_of(knownAttributes,
-                                     [&](const Attribute& known) { return name == known.name; }))
+            if (std::ranges::none_of(known_, [&](const Attribute& known) { return name == known.name; }))
                 rows_.push_back({printable(name), textOfAny(value, LineEnds::kept)});
         }
         return std::move(rows_);
@@ -501,6 +517,7 @@ private:
     }
 
     const NSDictionary& attributes_;
+    std::span<const Attribute> known_;
     std::vector<MetadataRow> rows_;
     /// The second of a pair comes next but for the first, so that one name is enough.
     std::u16string_view doneWithPair_;
@@ -509,7 +526,17 @@ private:
 } // namespace
 
 std::vector<MetadataRow> rowsOfMetadata(const NSDictionary& attributes) {
-    return Rows(attributes).take();
+    return Rows(attributes, knownAttributes).take();
+}
+
+std::vector<MetadataRow> rowsOfPDF(const NSDictionary& answer) {
+    NSMutableDictionary facts(answer);
+    for (const char16_t* key : {ResultStringKey, ResultRtfdKey})
+        facts.removeObjectForKey(key);
+    const NSNumber* const pageCount = answer.objectForKey(ResultPageCountKey).numberIfAny();
+    if (!answer.objectForKey(ResultLockedKey).isNil() && pageCount && pageCount->intValue() == 0)
+        facts.setObject_forKey(u"not known", ResultPageCountKey);
+    return Rows(facts, attributesOfPDFs).take();
 }
 
 } // namespace kelvo::cli

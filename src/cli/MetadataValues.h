@@ -19,4 +19,7 @@ struct MetadataRow {
 /// are cut, and say how long they are.
 std::vector<MetadataRow> rowsOfMetadata(const NSDictionary& attributes);
 
+/// The same of what a PDF says of itself, in an answer of stringWithPDF. Its text has no row.
+std::vector<MetadataRow> rowsOfPDF(const NSDictionary& answer);
+
 } // namespace kelvo::cli

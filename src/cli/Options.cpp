@@ -265,12 +265,24 @@ Examples:
     }
 
     void addPDFText() {
-        CLI::App& subcommand =
-            add(Operation::stringWithPDF, "Print the text of a PDF and what it says of itself", R"(Examples:
+        CLI::App& subcommand = add(
+            Operation::stringWithPDF, "Print the text of PDFs and what they say of themselves",
+            R"(With --json each file gives one line, in their order: a dictionary with "file", "String", "PageCount" and what
+the document says of itself, with --rich "Rtfd" as well, or null when it is no PDF. --pages needs no service; with
+--json there is "Pages" in place of "String", a string a page, and null for one that could not be read.
+An OUT that ends in ".rtfd" becomes a package (a folder), one that ends in ".rtf" plain RTF; any other is written as
+RTFD in one stream of bytes.
+
+Examples:
   plumwick pdf-text report.pdf
+  plumwick pdf-text --pages report.pdf
+  plumwick pdf-text --rich report.pdf -o report.rtf
   curl -s https://example.org/report.pdf | plumwick pdf-text - --json)");
-        addFile(subcommand, "A PDF; - reads standard input");
-        subcommand.add_flag("--rich", options_.wantsRichText, "Ask for text with its fonts and styles");
+        addFiles(subcommand, "PDFs; - reads standard input");
+        subcommand.add_flag("--rich", options_.wantsRichText, "Ask for text with its fonts and colours");
+        addOutput(subcommand, "Where the rich text goes; - writes standard output")->needs("--rich");
+        subcommand.add_flag("--pages", options_.wantsPages, "Print the text page by page")
+            ->excludes("--rich", "--outcome");
     }
 
     void addImage() {
@@ -371,6 +383,8 @@ Examples:
             *operation == Operation::RTFDWithHTML || *operation == Operation::PDFImageRepOfFile;
         if (givesOnlyBytes && !options_.output && !options_.printsJSON)
             refuse("-o OUT is required (or --json)");
+        if (options_.output && options_.files.size() > 1)
+            refuse("-o: takes the answer for one FILE");
         if (options_.output && options_.output->empty())
             refuse("-o: the name is empty");
         if (options_.output == standardStream && options_.printsJSON)

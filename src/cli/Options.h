@@ -32,6 +32,8 @@ struct Options {
     NSURL baseURL;
     bool allowsRemoteRequest = false;
     bool wantsRichText = false;
+    /// A PDF by its pages.
+    bool wantsPages = false;
     bool wantsPDFText = false;
     bool mayUseImporters = true;
     bool reformats = false;

@@ -41,6 +41,8 @@ public:
             } else if (lineEnds_ == LineEnds::kept && unit == u'\r') {
                 if (index + 1 == text.size() || text[index + 1] != u'\n')
                     plain_ += u'\n';
+            } else if (lineEnds_ == LineEnds::kept && unit == u'\f') {
+                plain_ += u'\n';
             } else if (isControl(unit) && !isKept) {
                 put(fmt::format("\\x{:02X}", static_cast<unsigned>(unit)));
             } else if (turnsOrBreaksLines(unit)) {

@@ -4,6 +4,7 @@
 #include "cli/Printable.h"
 #include "cli/RichTextView.h"
 #include "cli/Session.h"
+#include "cli/TextView.h"
 #include "protocol/ResultKeys.h"
 
 namespace kelvo::cli {
@@ -22,10 +23,7 @@ ExitStatus runReadDocument(Session& session, const std::string& file) {
         session.complain(subject + ": is a document without text");
         return ExitStatus::noAnswer;
     }
-    Output& output = session.output();
-    output.write(output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String());
-    if (text.characters().back() != u'\n')
-        output.write("\n");
+    session.output().write(linesOfText(text, session.output()));
     return ExitStatus::answered;
 }
 

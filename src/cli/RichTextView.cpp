@@ -4,18 +4,17 @@
 #include "platform/appkit/NSTextAttachment.h"
 #include "platform/appkit/rtfreader/NSTextStorage.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace kelvo::cli {
 
-NSString textOfRichText(const NSData& rtfd) {
-    const auto text = NSTextStorage::initWithRTFD_documentAttributes(rtfd, nullptr);
-    if (!text)
-        return nullptr;
-    const std::u16string_view units = text->characters();
+namespace {
+
+NSString textOfRuns(std::u16string_view units, std::span<const NSAttributedString::Run> runs) {
     std::u16string shown;
-    for (const auto& run : text->runs()) {
+    for (const auto& run : runs) {
         const auto& attachment = run.attributes->attachment;
         for (const char16_t unit : units.substr(run.range.location, run.range.length)) {
             // Equal pictures in a row are one run.
@@ -28,6 +27,17 @@ NSString textOfRichText(const NSData& rtfd) {
         }
     }
     return NSString(std::u16string_view(shown));
+}
+
+} // namespace
+
+NSString textOfRichText(const NSData& rtfd) {
+    const auto text = NSTextStorage::initWithRTFD_documentAttributes(rtfd, nullptr);
+    return text ? textOfRuns(text->characters(), text->runs()) : NSString();
+}
+
+NSString textOfRichText(const NSAttributedString& text) {
+    return text.isNil() ? NSString() : textOfRuns(text.string().characters(), text.runs());
 }
 
 } // namespace kelvo::cli

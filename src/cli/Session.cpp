@@ -1,5 +1,6 @@
 #include "cli/Session.h"
 
+#include "cli/Files.h"
 #include "cli/Printable.h"
 #include "cli/RecordView.h"
 #include "platform/ledger/RequestNotes.h"
@@ -35,6 +36,14 @@ void Session::learnOutcome() {
     const auto latest = client_.outcomeOfLastRequest();
     if (latest && (!outcome_ || latest->outcome != Outcome::answered))
         outcome_ = latest;
+}
+
+void Session::learnOutcome(const RequestOutcome& outcome) {
+    RequestRecord record;
+    record.isCompleted = true;
+    record.outcome = outcome.outcome;
+    record.sentence = outcome.sentence;
+    outcome_ = record;
 }
 
 ServiceStatus Session::status() {
@@ -97,11 +106,11 @@ ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
     for (const std::string& file : files) {
         const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
         if (isHeaded)
-            session.output().write(session.output().styled(Style::strong, printableFileName(file)) + "\n");
+            session.output().write(session.output().styled(Style::strong, subjectOf(file)) + "\n");
         session.forgetOutcome();
         try {
             status = worse(status, run(file));
-            session.tellWhatIsMissing(printableFileName(file));
+            session.tellWhatIsMissing(subjectOf(file));
         } catch (const CommandError& error) {
             if (session.options().printsJSON)
                 session.printJSON(nullptr);

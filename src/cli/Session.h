@@ -6,6 +6,8 @@
 #include "cli/Output.h"
 #include "cli/Request.h"
 
+#include "protocol/RequestOutcome.h"
+
 #include <plumwick/Client.h>
 
 #include <functional>
@@ -35,6 +37,8 @@ public:
 
     /// What became of the requests since it was forgotten last: of the first, or of a later one that had no answer.
     const std::optional<RequestRecord>& outcome() const noexcept { return outcome_; }
+    /// What became of work that the command did by itself.
+    void learnOutcome(const RequestOutcome& outcome);
     /// Before the work on the next file.
     void forgetOutcome() { outcome_.reset(); }
 

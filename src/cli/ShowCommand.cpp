@@ -174,9 +174,7 @@ private:
         for (const Answer& answer : answers) {
             output.write(fmt::format("  {:<15}{}  {}\n", subcommandOfOperation(answer.operation),
                                      outcome(answer), output.styled(Style::faint, duration(answer))));
-            for (const std::string& line : answer.operation == Operation::metaDataForFile
-                                               ? detailsOfMetadata(answer.result.dictionary())
-                                               : details(answer.result))
+            for (const std::string& line : details(answer))
                 output.write("      " + line + "\n");
         }
         output.write("\n");
@@ -208,11 +206,21 @@ private:
         return output.styled(Style::warning, "not working yet");
     }
 
-    static std::vector<std::string> detailsOfMetadata(const NSDictionary& attributes) {
-        std::vector<std::string> lines;
-        NSMutableDictionary facts(attributes);
+    static std::vector<std::string> details(const Answer& answer) {
+        const NSDictionary answered = answer.result.dictionary();
+        if (answer.operation == Operation::stringWithPDF)
+            return detailsOfRows(rowsOfPDF(answered), answered.objectForKey(ResultStringKey).string());
+        if (answer.operation != Operation::metaDataForFile)
+            return details(answer.result);
+        NSMutableDictionary facts(answered);
         facts.removeObjectForKey(u"kMDItemTextContent");
-        for (const MetadataRow& row : rowsOfMetadata(facts)) {
+        return detailsOfRows(rowsOfMetadata(facts), answered.objectForKey(u"kMDItemTextContent").string());
+    }
+
+    static std::vector<std::string> detailsOfRows(const std::vector<MetadataRow>& rows,
+                                                  const NSString& text) {
+        std::vector<std::string> lines;
+        for (const MetadataRow& row : rows) {
             if (lines.size() == shownAttributes) {
                 lines.push_back("…");
                 break;
@@ -220,7 +228,7 @@ private:
             const auto first = firstLines(NSString::stringWithUTF8String(row.text), 1, shownWidth);
             lines.push_back(fmt::format("{:<13} {}", row.label, first.empty() ? "" : first.front()));
         }
-        addBeginning(lines, attributes.objectForKey(u"kMDItemTextContent").string());
+        addBeginning(lines, text);
         return lines;
     }
 

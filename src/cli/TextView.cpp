@@ -22,12 +22,8 @@ bool isNested(const Value& value) {
 /// What fits in a line of its own: everything but text with several lines, and containers.
 std::string textOfScalar(const Value& value, const WrittenBytes& written) {
     switch (value.kind()) {
-    case Value::Kind::data: {
-        std::string text = printableByteCount(value.data().length());
-        if (!written.fileName.empty() && value.data().isIdenticalTo(written.data))
-            text += ", written to " + printableFileName(written.fileName);
-        return text;
-    }
+    case Value::Kind::data:
+        return textOfData(value.data(), written);
     case Value::Kind::number: {
         const NSNumber& number = *value.numberIfAny();
         if (number.isBoolean())
@@ -127,6 +123,24 @@ std::string textOfResult(const Value& result, const WrittenBytes& written, const
     View view(written, output);
     view.add(result, 0);
     return view.take();
+}
+
+std::string wholeText(const NSString& text, const Output& output) {
+    return output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String();
+}
+
+std::string linesOfText(const NSString& text, const Output& output) {
+    std::string lines = wholeText(text, output);
+    if (!lines.empty() && !lines.ends_with('\n'))
+        lines += '\n';
+    return lines;
+}
+
+std::string textOfData(const NSData& data, const WrittenBytes& written) {
+    std::string text = printableByteCount(data.length());
+    if (!written.fileName.empty() && data.isIdenticalTo(written.data))
+        text += ", written to " + printableFileName(written.fileName);
+    return text;
 }
 
 std::string summaryOfValue(const Value& value, std::size_t width) {

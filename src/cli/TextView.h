@@ -12,6 +12,14 @@ namespace kelvo::cli {
 /// below its key, data as its size and where it was written. Whatever comes from files is made printable.
 std::string textOfResult(const Value& result, const WrittenBytes& written, const Output& output);
 
+/// A whole text: on a terminal made printable, elsewhere as it is.
+std::string wholeText(const NSString& text, const Output& output);
+/// The same with a line end behind it where it has none. Nothing for an empty text.
+std::string linesOfText(const NSString& text, const Output& output);
+
+/// "12.3 KB, written to report.rtf"; for data that went into no file its size.
+std::string textOfData(const NSData& data, const WrittenBytes& written);
+
 /// One value in one line, cut with "…" after about `width` characters.
 std::string summaryOfValue(const Value& value, std::size_t width);
 

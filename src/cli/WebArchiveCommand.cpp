@@ -3,6 +3,7 @@
 #include "cli/Files.h"
 #include "cli/Printable.h"
 #include "cli/Session.h"
+#include "cli/TextView.h"
 #include "protocol/ResultKeys.h"
 
 namespace kelvo::cli {
@@ -30,7 +31,7 @@ ExitStatus runWebArchive(Session& session, const std::string& file) {
                                                         : ": is a web archive without text"));
         return ExitStatus::noAnswer;
     }
-    output.write((output.isTerminal() ? printable(text, LineEnds::kept) : text.UTF8String()) + "\n");
+    output.write(wholeText(text, output) + "\n");
     return ExitStatus::answered;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/appkit/NSDocumentAttributes.h"
 #include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "support/OfficeDocuments.h"
+#include "support/PDFDocuments.h"
 #include "support/ScopedVariable.h"
 #include "support/ServiceSession.h"
 
@@ -299,6 +300,139 @@ TEST_F(CommandTest, PrintsTheTextOfDocuments) {
     EXPECT_EQ(plumwick({"read-document", "."}).status, 1);
 }
 
+/// With files of which each says what it is.
+class CommandPDFTest : public CommandTest {
+protected:
+    CommandPDFTest() {
+        tests::PDFParts parts;
+        parts.pages = {tests::pdfText("first"), ""};
+        parts.information = "/Title(A \\033[2J)/Keywords(tide, moon)/CreationDate(D:20240229183005Z)";
+        files.write("a.pdf", tests::pdfDocument(parts));
+        parts.trailerEntries = tests::pdfEncryption();
+        files.write("locked.pdf", tests::pdfDocument(parts));
+        files.write("blank.pdf", tests::pdfDocument({""}));
+        files.write("deadly.pdf", tests::pdfDocumentWithDeadlyPage());
+    }
+
+    struct Row {
+        std::vector<std::string> arguments;
+        int status;
+        std::string output;
+        std::string said;
+    };
+    void expect(const std::vector<Row>& rows) {
+        for (Row row : rows) {
+            row.arguments.insert(row.arguments.begin(), "pdf-text");
+            const Outcome outcome = plumwick(row.arguments, files.read("a.pdf"));
+            std::string all;
+            for (const std::string& argument : row.arguments)
+                all += argument + " ";
+            EXPECT_EQ(outcome.status, row.status) << all << outcome.errors;
+            EXPECT_EQ(outcome.output, row.output) << all;
+            EXPECT_EQ(outcome.errors.find(row.said.empty() ? "" : "plumwick: " + row.said), 0u)
+                << all << outcome.errors;
+            EXPECT_EQ(outcome.errors.empty(), row.said.empty()) << all << outcome.errors;
+        }
+    }
+
+    const tests::ScopedVariable zone{"TZ", "XYZ-1"};
+    const std::string facts =
+        "Title     A \\x1B[2J\nKeywords  tide, moon\nCreated   2024-02-29 19:30:05\nPages     2\n";
+    const std::string factsInJSON =
+        R"("Title":"A \u001b[2J","CreationDate":"2024-02-29T18:30:05Z","Keywords":["tide","moon"])";
+    const std::string lockedFacts = "Pages   2\nLocked  yes\n";
+    const std::string lockedSentence =
+        "locked.pdf: answered: the document is encrypted, and its text is missing\n";
+};
+
+TEST_F(CommandPDFTest, PrintsFactsAndText) {
+    expect({
+        {{"a.pdf"}, 0, facts + "\nfirst\n", ""},
+        {{"a.pdf", "--rich"}, 0, facts + "\nfirst\n", ""},
+        {{"blank.pdf", "-"},
+         0,
+         "blank.pdf\nPages  1\nText   none\n\nstandard input\n" + facts + "\nfirst\n\n",
+         ""},
+        {{"a.pdf", "text.zzz", "missing", "--json"},
+         4,
+         R"({"file":"a.pdf","String":"first\n","PageCount":2,)" + factsInJSON + "}\nnull\nnull\n",
+         "text.zzz: broken: it is no PDF"},
+        {{"locked.pdf"}, 0, lockedFacts, lockedSentence},
+        {{"locked.pdf", "--json"},
+         0,
+         "{\"file\":\"locked.pdf\",\"Locked\":true,\"PageCount\":2}\n",
+         lockedSentence},
+        {{"a.pdf", "-o", "x"}, 2, "", "--output requires --rich"},
+        {{"a.pdf", "a.pdf", "--rich", "-o", "x"}, 2, "", "-o: takes the answer for one FILE"},
+    });
+    const std::string shown = plumwick({"show", "a.pdf"}).output;
+    EXPECT_NE(shown.find("      Keywords      tide, moon\n      Created       2024-02-29 19:30:05\n"
+                         "      Pages         2\n      | first\n"),
+              std::string::npos)
+        << shown;
+}
+
+TEST_F(CommandPDFTest, WritesRichText) {
+    expect({
+        {{"a.pdf", "--rich", "-o", "none/x.rtf"}, 4, "", "none/x.rtf: cannot be written"},
+        {{"locked.pdf", "--rich", "-o", "x.rtf"},
+         1,
+         lockedFacts,
+         "locked.pdf: the answer has nothing to write"},
+    });
+    EXPECT_EQ(plumwick({"pdf-text", "a.pdf", "--rich", "-o", "a.rtfd"}).output.find(facts + "Text      "),
+              0u);
+    EXPECT_EQ(entriesOf(files.path("a.rtfd")), std::vector<std::string>{"TXT.rtf"});
+    EXPECT_EQ(plumwick({"pdf-text", "a.pdf", "--rich", "-o", "a.rtf"}).status, 0);
+    EXPECT_EQ(files.read("a.rtf"), files.read("a.rtfd/TXT.rtf"));
+    for (const char* part : {"\\fswiss", "{\\title A ", "{\\keywords tide, moon}", "\\yr2024", "first"})
+        EXPECT_NE(files.read("a.rtf").find(part), std::string::npos) << files.read("a.rtf");
+    const std::string bytes = plumwick({"pdf-text", "a.pdf", "--rich", "-o", "-"}).output;
+    EXPECT_EQ(bytes.find("rtfd"), 0u);
+    const std::string json = plumwick({"pdf-text", "a.pdf", "--rich", "--json"}).output;
+    EXPECT_EQ(json.find(R"({"file":"a.pdf","String":"first","PageCount":2,)" + factsInJSON +
+                        ",\"Rtfd\":{\"bytes\":" + std::to_string(bytes.size()) + ",\"base64\":\"cnRmZ"),
+              0u)
+        << json;
+    EXPECT_FALSE(std::filesystem::exists(files.path("x.rtf")));
+}
+
+TEST_F(CommandPDFTest, WalksThePagesByItself) {
+    const TemporaryFolder temporary;
+    const tests::ScopedVariable place("TMPDIR", temporary.path().c_str());
+    expect({
+        {{"a.pdf", "--pages"}, 0, facts + "\nPage 1\nfirst\n\nPage 2  no text\n", ""},
+        {{"-", "blank.pdf", "--pages", "--json"},
+         0,
+         R"({"file":"-","PageCount":2,)" + factsInJSON +
+             R"(,"Pages":["first",""]})"
+             "\n"
+             R"({"file":"blank.pdf","PageCount":1,"Pages":[""]})"
+             "\n",
+         ""},
+        {{"deadly.pdf", "text.zzz", "--pages", "--json"},
+         1,
+         R"({"file":"deadly.pdf","PageCount":5,"Pages":["one","two",null,"four","five"]})"
+         "\nnull\n",
+         "deadly.pdf: answered: the text of page 3 of 5 is missing"},
+        {{"locked.pdf", "--pages"}, 0, lockedFacts, lockedSentence},
+        {{"missing", "--pages"}, 4, "", "missing: cannot be read"},
+        {{"a.pdf", "--pages", "--rich"}, 2, "", "--rich excludes --pages"},
+    });
+    EXPECT_NE(plumwick({"pdf-text", "--pages", "deadly.pdf"}).output.find("\n\nPage 3  could not be read\n"),
+              std::string::npos);
+    EXPECT_EQ(plumwick({"pdf-text", "--pages", "deadly.pdf", "--timeout", "0.001"}).output.find("four"),
+              std::string::npos)
+        << "the third page took the time of the others";
+    EXPECT_EQ(entriesOf(temporary.path()), std::vector<std::string>{}) << "the engine's folder goes";
+    EXPECT_FALSE(std::filesystem::exists(session.socketPath())) << "no service was asked";
+    const TemporaryFolder alone;
+    std::filesystem::copy_file(tests::builtProgram("plumwick"), alone.path("plumwick"));
+    const Outcome missing = run(alone.path("plumwick"), {"pdf-text", "--pages", "a.pdf"}, files);
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.errors, "plumwick: a.pdf: missing engine: the PDF engine cannot be started\n");
+}
+
 TEST_F(CommandTest, ListsTheImporters) {
     const TemporaryFolder prefix;
     const tests::ScopedVariable home("HOME", prefix.path("home").c_str());
@@ -343,7 +477,7 @@ TEST_F(CommandAnswersTest, PassArgumentsAndPrintTheResult) {
     const std::string own = "file://" + files.path() + "/page.html";
     const std::tuple<std::vector<std::string>, std::string> rows[] = {
         {{"pdf-text", "page.html"}, "attributed  no\nlength      8\n"},
-        {{"pdf-text", "-", "--rich", "--json"}, "{\"attributed\":true,\"length\":5}\n"},
+        {{"pdf-text", "-", "--rich", "--json"}, "{\"file\":\"-\",\"attributed\":true,\"length\":5}\n"},
         {{"image", "text.zzz", "--json"},
          "{\"file\":\"" + files.path() + "/text.zzz\",\"text\":false,\"importers\":true}\n"},
         {{"image", "text.zzz", "--pdf-text", "--no-importers", "--json"},

@@ -13,12 +13,13 @@ namespace {
 using Entries = std::vector<std::pair<const char16_t*, Value>>;
 
 /// "Label: text", a row a line, with "/" for line ends within.
-std::string seen(const Entries& entries) {
+std::string seen(const Entries& entries,
+                 std::vector<MetadataRow> rowsOf(const NSDictionary&) = rowsOfMetadata) {
     NSMutableDictionary attributes = NSMutableDictionary::dictionary();
     for (const auto& [name, value] : entries)
         attributes.setObject_forKey(value, name);
     std::string rows;
-    for (MetadataRow& row : rowsOfMetadata(attributes)) {
+    for (MetadataRow& row : rowsOf(attributes)) {
         std::ranges::replace(row.text, '\n', '/');
         rows += (rows.empty() ? "" : "; ") + row.label + ": " + row.text;
     }
@@ -33,6 +34,13 @@ Value whole(std::int64_t number) {
 }
 NSString many(char16_t unit, std::size_t count) {
     return NSString(std::u16string_view(std::u16string(count, unit)));
+}
+
+TEST(MetadataValues, OfPDFs) {
+    const Value yes = NSNumber::numberWithBool(true);
+    EXPECT_EQ(seen({{u"PageCount", whole(0)}, {u"Locked", yes}, {u"x", u"y"}}, rowsOfPDF),
+              "Pages: not known; Locked: yes; x: y");
+    EXPECT_EQ(seen({{u"PageCount", whole(0)}, {u"String", u""}, {u"Rtfd", u"x"}}, rowsOfPDF), "Pages: 0");
 }
 
 TEST(MetadataValues, InTheUnitsOfPeople) {

@@ -4,7 +4,12 @@
 #include "cli/TextView.h"
 #include "platform/appkit/NSFileWrapper.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 
 namespace kelvo::cli {
 namespace {
@@ -39,6 +44,15 @@ TEST(Printable, Figures) {
         {-1, "0 s"}, {59.9, "59 s"}, {60, "1 min 0 s"}, {7199, "1 h 59 min"}, {90000, "1 d 1 h"}};
     for (const auto& [seconds, text] : uptimes)
         EXPECT_EQ(printableUptime(seconds), text);
+}
+
+TEST(TextView, WholeTextsArePrintableOnTerminals) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    EXPECT_EQ(linesOfText(u"a\x1B[2J\fb\n", Output(terminal)), "a\\x1B[2J\nb\n");
+    close(terminal);
+    EXPECT_EQ(linesOfText(u"\x1B\f", Output(-1)), "\x1B\f\n");
+    EXPECT_EQ(linesOfText(u"", Output(-1)), "");
 }
 
 TEST(JSONView, EveryKindOfValue) {
