@@ -3,9 +3,9 @@
 // beside those made here.
 
 #include "Comparison.h"
+#include "pdf/PDFDocumentConversion.h"
 #include "platform/foundation/Value.h"
 #include "platform/pdfkit/PDFEngine.h"
-#include "service/PDFDocumentConversion.h"
 #include "support/PDFDocuments.h"
 #include "support/TemporaryFolder.h"
 

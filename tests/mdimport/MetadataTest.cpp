@@ -62,7 +62,8 @@ protected:
         return host.metaDataOfFileAtPath(string(root.write("file.txt", contents)));
     }
     long long errorOf(const std::string& contents) {
-        const NSNumber* const error = of(contents).objectForKey(u"error").numberIfAny();
+        const NSDictionary result = of(contents);
+        const NSNumber* const error = result.objectForKey(u"error").numberIfAny();
         return error ? error->longLongValue() : -1;
     }
     NSString sentence() const {
