@@ -114,8 +114,13 @@ RequestOutcome outcomeOfResult(Operation operation, bool isAnswered, const Reque
 }
 
 RequestOutcome outcomeOfFailure(const std::exception& failure, const RequestNotes& notes) {
-    const auto noted = notedTrouble(notes);
-    return noted ? *noted : outcomeOfFailure(failure);
+    if (const auto noted = notedTrouble(notes))
+        return *noted;
+    // Nothing that was found cannot be stored either; that blames an argument, and says nothing of the file.
+    const auto* const exception = dynamic_cast<const NSException*>(&failure);
+    if (exception && exception->name() == NSInvalidArgumentException && notes.outcome())
+        return {*notes.outcome(), notes.sentence()};
+    return outcomeOfFailure(failure);
 }
 
 } // namespace kelvo

@@ -33,7 +33,7 @@ RequestOutcome outcomeOfFailure(const std::exception& failure);
 /// file, for the operation that writes one.
 RequestOutcome outcomeOfResult(Operation operation, bool isAnswered, const RequestNotes& notes,
                                const NSString& file);
-/// What was noted goes before what was thrown.
+/// What was noted goes before what was thrown; that nothing was found goes before NSInvalidArgumentException only.
 RequestOutcome outcomeOfFailure(const std::exception& failure, const RequestNotes& notes);
 
 } // namespace kelvo

@@ -362,6 +362,7 @@ TEST_F(CommandPDFTest, PrintsFactsAndText) {
          0,
          "{\"file\":\"locked.pdf\",\"Locked\":true,\"PageCount\":2}\n",
          lockedSentence},
+        {{"blank.pdf", "--rich"}, 3, "", "blank.pdf: nothing: there is no text in the document\n"},
         {{"a.pdf", "-o", "x"}, 2, "", "--output requires --rich"},
         {{"a.pdf", "a.pdf", "--rich", "-o", "x"}, 2, "", "-o: takes the answer for one FILE"},
     });

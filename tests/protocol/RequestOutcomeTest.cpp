@@ -109,6 +109,10 @@ TEST(RequestOutcome, OfAFailure) {
     const NSException exception(NSGenericException, u"The table is cut off.");
     EXPECT_EQ(outcomeOfFailure(exception, notes).outcome, Outcome::broken);
     EXPECT_EQ(outcomeOfFailure(exception, notes).sentence, u"the table is cut off");
+    EXPECT_EQ(outcomeOfFailure(NSException(NSInvalidArgumentException, u"Nil."), notes).sentence,
+              u"an empty page");
+    EXPECT_EQ(outcomeOfFailure(NSException(NSInvalidArgumentException, u"Nil."), RequestNotes()).sentence,
+              u"nil");
     EXPECT_EQ(sentenceOfReason(u"XML is cut off."), u"XML is cut off");
     EXPECT_EQ(outcomeOfFailure(std::bad_alloc(), notes).outcome, Outcome::outOfMemory);
     EXPECT_EQ(outcomeOfFailure(NSException(NSMallocException, u"too large"), notes).outcome,
