@@ -2,6 +2,7 @@
 // pdftotext, which is started for each, and Poppler in this process, which is given the bytes and asked for the text
 // alone. Of a text file the importer's own work is shown beside all of it.
 
+#include "BuiltService.h"
 #include "Comparison.h"
 #include "importers/text/TextImport.h"
 #include "support/Importing.h"
@@ -31,21 +32,8 @@ extern char** environ;
 namespace {
 
 using namespace kelvo;
-
-ClientOptions optionsOfBuiltService() {
-    ClientOptions options;
-    options.servicePath = NSString::stringWithUTF8String(
-        (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "PlumwickHelper").string());
-    return options;
-}
-
-/// Kills the service that the client has started, and waits until it is gone.
-void endService(Client& client) {
-    const pid_t process = client.status().processIdentifier;
-    kill(process, SIGKILL);
-    while (waitpid(process, nullptr, 0) != process && kill(process, 0) == 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
+using bench::endService;
+using bench::optionsOfBuiltService;
 
 NSString pathOf(const std::string& file) {
     return NSFileManager::defaultManager().stringWithFileSystemRepresentation(file);

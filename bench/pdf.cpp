@@ -1,7 +1,8 @@
-// The text of PDFs, plain (with the repairs and the normal form that make it the service's) and rich, with an engine that
-// runs already. The peer is pdftotext, which is started for each file. Files named on the command line are measured
+// The text of PDFs, plain (with the repairs and the normal form that make it the service's) and rich, through a service that
+// runs already, and by its engine alone. The peer is pdftotext, which is started for each file. Files named on the command line are measured
 // beside those made here.
 
+#include "BuiltService.h"
 #include "Comparison.h"
 #include "pdf/PDFDocumentConversion.h"
 #include "platform/foundation/Value.h"
@@ -29,6 +30,25 @@ using namespace kelvo;
 PDFDocument documentOfFile(const std::string& path) {
     return PDFDocument::initWithData(
         NSData::dataWithContentsOfFileWhenNeeded(NSString::stringWithUTF8String(path)));
+}
+
+Client& client() {
+    // Never destroyed, because the run loop that it stands on goes first.
+    static Client* const client = new Client([] {
+        ClientOptions options = bench::optionsOfBuiltService();
+        options.timeoutSeconds = 75;
+        return options;
+    }());
+    return *client;
+}
+
+/// The bytes of the file are sent as well.
+void askService(benchmark::State& state, const std::string& path) {
+    for (auto _ : state) {
+        const NSData data = NSData::dataWithContentsOfFile(NSString::stringWithUTF8String(path));
+        if (client().attributed_stringWithPDF(false, data).isNil())
+            state.SkipWithError("not read");
+    }
 }
 
 void readPlain(benchmark::State& state, const std::string& path) {
@@ -95,8 +115,7 @@ void readPeer(benchmark::State& state, const std::string& path) {
 /// Of an engine that has read this file alone.
 long residentOfEngine(const std::string& path) {
     PDFEngine& engine = PDFEngine::sharedEngine();
-    ::kill(engine.processIdentifier(), SIGKILL);
-    ::usleep(100'000);
+    engine.stop();
     fixedAndNormalizedStringUsingTimeout(documentOfFile(path), 60);
     // The kernel keeps the first 15 letters of a name.
     return residentKibibytes(engine.processIdentifier(), "plumwick-pdf-en");
@@ -116,6 +135,7 @@ std::string page(int number) {
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     const tests::TemporaryFolder folder;
+    ::setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
     std::vector<std::string> files;
     for (const int count : {1, 1000}) {
         std::vector<std::string> pages;
@@ -133,21 +153,24 @@ int main(int argc, char** argv) {
             ->Unit(benchmark::kMillisecond);
     };
     for (const std::string& file : files) {
+        add("service", askService, file);
         add("plain", readPlain, file);
         add("rich", readRich, file);
         add("pdftotext", readPeer, file);
     }
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
-    std::printf("\ntimes as long as pdftotext: plain text, rich text\n");
+    std::printf("\ntimes as long as pdftotext: plain text through the service, by the engine, rich text\n");
     for (const std::string& file : files) {
         const double peer = comparison.seconds("pdftotext" + file);
         if (peer > 0)
-            std::printf("%-60s %8.2f %8.2f\n", file.substr(file.rfind('/') + 1).c_str(),
+            std::printf("%-60s %8.2f %8.2f %8.2f\n", file.substr(file.rfind('/') + 1).c_str(),
+                        comparison.seconds("service" + file) / peer,
                         comparison.seconds("plain" + file) / peer, comparison.seconds("rich" + file) / peer);
     }
     if (const long peer = residentOfPeer(files[1]); peer > 0)
         std::printf("times as much resident, the engine after 1000 pages of plain text: %.2f\n",
                     static_cast<double>(residentOfEngine(files[1])) / static_cast<double>(peer));
+    bench::endService(client());
     return 0;
 }

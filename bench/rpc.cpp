@@ -1,6 +1,7 @@
 // What the way to the service costs: its start, an empty call, and large arguments against the same bytes
 // through a bare socket.
 
+#include "BuiltService.h"
 #include "Comparison.h"
 
 #include <plumwick/Client.h>
@@ -22,23 +23,10 @@
 namespace {
 
 using namespace kelvo;
+using bench::endService;
+using bench::optionsOfBuiltService;
 
 constexpr std::size_t largeSize = std::size_t{64} << 20;
-
-ClientOptions optionsOfBuiltService() {
-    ClientOptions options;
-    options.servicePath = NSString::stringWithUTF8String(
-        (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "PlumwickHelper").string());
-    return options;
-}
-
-/// Kills the service that the client has started, and waits until it is gone.
-void endService(Client& client) {
-    const pid_t process = client.status().processIdentifier;
-    kill(process, SIGKILL);
-    while (waitpid(process, nullptr, 0) != process && kill(process, 0) == 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
 
 void execToFirstAnswer(benchmark::State& state) {
     for (auto _ : state) {
