@@ -47,7 +47,7 @@ NSString nameOfExceptionInFlight() {
     const std::type_info* const type = abi::__cxa_current_exception_type();
     int status = -1;
     char* const name = type ? abi::__cxa_demangle(type->name(), nullptr, nullptr, &status) : nullptr;
-    const NSString result =
+    NSString result =
         NSString::stringByRepairingUTF8String(std::string("it threw ") + (name ? name : "what has no name"));
     std::free(name);
     return result;
