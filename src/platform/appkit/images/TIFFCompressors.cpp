@@ -108,8 +108,7 @@ void compressWithLZW(std::span<const std::uint8_t> bytes, std::vector<std::uint8
         }
         writer.write(prefix);
         // The reader adds a string for it, whether we do or not.
-        if (writer.nextString() == lastStringCode)
-            writer.startAnew();
+        writer.nextString();
     }
     writer.finish();
 }

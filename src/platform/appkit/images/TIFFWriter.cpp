@@ -153,15 +153,14 @@ void TIFFWriter::addPage(const CGImage& image, NSSize dotsPerInch) {
         for (const std::uint32_t value : field.values)
             field.type == typeShort ? appendShort(value) : appendLong(value);
     };
-    // What does not fit into a field stands before all of them.
+    // What does not fit into a field stands before all of them; it is of even length.
     std::vector<std::uint32_t> places;
+    alignToWord();
     for (const Field& field : fields) {
-        alignToWord();
         places.push_back(offset());
         if (field.sizeInBytes() > sizeOfLong)
             appendValues(field);
     }
-    alignToWord();
     putLong(placeOfNextPage_, offset());
     appendShort(static_cast<std::uint32_t>(fields.size()));
     for (std::size_t index = 0; index < fields.size(); ++index) {

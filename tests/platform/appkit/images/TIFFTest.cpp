@@ -1,5 +1,6 @@
 #include "platform/appkit/images/NSBitmapImageRep.h"
 #include "platform/appkit/images/NSImage.h"
+#include "platform/appkit/images/TIFFCompressors.h"
 
 #include <gtest/gtest.h>
 #include <tiffio.h>
@@ -141,22 +142,60 @@ TEST(TIFFTest, IsReadByAnother) {
             TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds);
             EXPECT_EQ(std::vector<std::uint16_t>(kinds, kinds + count), row.extraSamples);
             EXPECT_TRUE(pixelsOf(tiff.get()) == expectedPixels(*row.source));
+            std::size_t stripsInBytes = 0;
+            for (std::uint32_t strip = 0; strip < TIFFNumberOfStrips(tiff.get()); ++strip)
+                stripsInBytes += TIFFRawStripSize64(tiff.get(), strip);
+            if (compression == NSTIFFCompressionNone) {
+                EXPECT_EQ(stripsInBytes, expectedPixels(*row.source).size());
+            }
+            EXPECT_EQ(TIFFCurrentDirOffset(tiff.get()) % 2, 0U);
             EXPECT_EQ(TIFFLastDirectory(tiff.get()), 1);
         }
     }
 }
 
+/// What a reader makes of it that takes each code at its word and nothing after the last; "broken" of what it cannot read.
+std::string readLZW(std::span<const std::uint8_t> bytes) {
+    std::string text, before;
+    std::vector<std::string> strings;
+    std::size_t bit = 0, width = 9;
+    const auto nextCode = [&] {
+        std::size_t code = 0;
+        for (const std::size_t end = bit + width; bit < end; ++bit)
+            code = code << 1 | (bit / 8 < bytes.size() ? bytes[bit / 8] >> (7 - bit % 8) & 1 : 0);
+        return code;
+    };
+    for (std::size_t code = nextCode(); code != 257 && bit <= bytes.size() * 8; code = nextCode()) {
+        if (code == 256) {
+            strings.clear();
+            before.clear();
+            width = 9;
+            continue;
+        }
+        if (code >= 258 + strings.size() + (before.empty() ? 0 : 1))
+            return "broken";
+        std::string string = code < 256                    ? std::string(1, static_cast<char>(code))
+                             : code < 258 + strings.size() ? strings[code - 258]
+                                                           : before + before.front();
+        if (!before.empty())
+            strings.push_back(before + string.front());
+        text += string;
+        before = std::move(string);
+        // One string early: the next one to come is 511, 1023 or 2047.
+        const std::size_t next = 258 + strings.size();
+        width = next < 511 ? 9 : next < 1023 ? 10 : next < 2047 ? 11 : 12;
+    }
+    return (bit + 7) / 8 == bytes.size() ? text : "broken";
+}
+
 // Noise takes a code for nearly each byte, so that some of these lengths end where codes become wider and where the
 // strings begin anew.
 TEST(TIFFTest, LZWEndsAnywhere) {
-    for (std::uint32_t width = 1; width < 4200; ++width) {
-        const auto source = image(width, 1, CGColorSpaceModel::monochrome, CGImageAlphaInfo::none);
-        const NSData data =
-            NSBitmapImageRep::initWithCGImage(source)->TIFFRepresentationUsingCompression_factor(
-                NSTIFFCompressionLZW, 1);
-        Bytes file{data.bytes()};
-        const auto tiff = opened(file);
-        ASSERT_TRUE(tiff && pixelsOf(tiff.get()) == source->data.characters()) << width;
+    for (std::uint32_t length = 0; length < 4200; ++length) {
+        const auto noise = image(length + 1, 1, CGColorSpaceModel::monochrome, CGImageAlphaInfo::none)->data;
+        std::vector<std::uint8_t> compressed;
+        compressWithLZW(noise.bytes().first(length), compressed);
+        ASSERT_TRUE(readLZW(compressed) == noise.characters().substr(0, length)) << length;
     }
 }
 
@@ -195,6 +234,7 @@ TEST(NSBitmapImageRepTest, TakesWhatIsWhole) {
     EXPECT_FALSE(with([](CGImage& image) { image.width = 0xFFFFFFFF; }));
     EXPECT_FALSE(with([](CGImage& image) { image.width = 12; }));
     EXPECT_FALSE(with([](CGImage& image) { image.bitsPerComponent = 32; }));
+    EXPECT_FALSE(with([](CGImage& image) { image.bytesPerRow = 79; }));
     EXPECT_FALSE(with([](CGImage& image) { image.bytesPerRow = ~std::size_t{0}; }));
     EXPECT_FALSE(with([&](CGImage& image) { image.data = image.data.subdataWithRange({0, 871}); }));
     EXPECT_FALSE(with([](CGImage& image) { image.data = nullptr; }));
