@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/appkit/images/CGImage.h"
+#include "platform/appkit/images/NSBitmapImageRep.h"
+#include "platform/appkit/images/NSImage.h"
+#include "platform/foundation/NSData.h"
+
+#include <memory>
+
+namespace kelvo {
+
+/// Whether something could be seen through the image: a representation has alpha, or is drawn from a description, which
+/// need not cover all of it.
+bool hasAlpha(const NSImage& image);
+/// Whether it can be drawn: it has an extent, and a representation.
+bool isReallyValid(const NSImage& image);
+
+/// The pixels as they are, row by row, with what stands between the rows; shared, not copied.
+NSData data(const NSBitmapImageRep& rep);
+
+namespace NSImageKelvoExtensions {
+
+/// An image of a point for each pixel, with the decoded image as its only representation; with none, which
+/// isReallyValid tells, when the decoded image is not whole. Null for none and for one without extent.
+std::shared_ptr<NSImage> imageWithCGImageRef(const CGImageRef& decoded);
+
+} // namespace NSImageKelvoExtensions
+
+} // namespace kelvo
