@@ -34,6 +34,8 @@ TEST(ImageSizesTest, Thumbs) {
         {"fits", box, {100, 50}, {100, 50}},
         {"fits in fractions", box, {100.5F, 255.9F}, {100.5F, 255.9F}},
         {"fits exactly", box, {256, 256}, {256, 256}},
+        {"as high, in fractions", {100, 50.5F}, {10.5F, 50.5F}, {10.5F, 50.5F}},
+        {"as wide, in fractions", {50.5F, 100}, {50.5F, 10.5F}, {50.5F, 10.5F}},
         {"nothing fits", box, {0, 0}, {0, 0}},
         {"wide", box, {1000, 500}, {256, 128}},
         {"high", box, {500, 1000}, {128, 256}},
