@@ -18,8 +18,8 @@ constexpr std::uint32_t side = 256;
 constexpr std::uint32_t samples = 4;
 
 /// Soft shapes with the noise of a photograph.
-const CGImageRef& picture() {
-    static const CGImageRef made = [] {
+const BitmapRef& picture() {
+    static const BitmapRef made = [] {
         std::vector<std::uint8_t> bytes(std::size_t{side} * side * samples);
         std::uint32_t noise = 1;
         for (std::size_t at = 0; at < bytes.size(); ++at) {
@@ -30,15 +30,15 @@ const CGImageRef& picture() {
                 120 + 90 * std::sin(x / 37 + static_cast<double>(at % samples)) * std::cos(y / 23);
             bytes[at] = at % samples == samples - 1 ? 255 : static_cast<std::uint8_t>(tone + (noise >> 29));
         }
-        return std::make_shared<const CGImage>(CGImage{side, side, 8, std::size_t{side} * samples,
-                                                       CGColorSpaceModel::RGB, CGImageAlphaInfo::last,
-                                                       NSData::dataWithBytesNoCopy(std::move(bytes))});
+        return std::make_shared<const Bitmap>(Bitmap{side, side, 8, std::size_t{side} * samples,
+                                                     BitmapColors::RGB, BitmapAlpha::last,
+                                                     NSData::dataWithBytesNoCopy(std::move(bytes))});
     }();
     return made;
 }
 
 void ours(benchmark::State& state, NSTIFFCompression compression) {
-    const auto rep = NSBitmapImageRep::initWithCGImage(picture());
+    const auto rep = NSBitmapImageRep::initWithBitmap(picture());
     std::size_t size = 0;
     for (auto _ : state)
         size = rep->TIFFRepresentationUsingCompression_factor(compression, 1).length();

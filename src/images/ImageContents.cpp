@@ -15,15 +15,15 @@ bool isReallyValid(const NSImage& image) {
 }
 
 NSData data(const NSBitmapImageRep& rep) {
-    return rep.CGImage()->data;
+    return rep.bitmap()->data;
 }
 
-std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithCGImageRef(const CGImageRef& decoded) {
+std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithCGImageRef(const BitmapRef& decoded) {
     if (!decoded || decoded->width == 0 || decoded->height == 0)
         return nullptr;
     auto image = std::make_shared<NSImage>(
         NSSize{static_cast<float>(decoded->width), static_cast<float>(decoded->height)});
-    image->addRepresentation(NSBitmapImageRep::initWithCGImage(decoded));
+    image->addRepresentation(NSBitmapImageRep::initWithBitmap(decoded));
     return image;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/appkit/images/CGImage.h"
+#include "platform/appkit/images/Bitmap.h"
 #include "platform/appkit/images/NSBitmapImageRep.h"
 #include "platform/appkit/images/NSImage.h"
 #include "platform/foundation/NSData.h"
@@ -22,7 +22,7 @@ namespace NSImageKelvoExtensions {
 
 /// An image of a point for each pixel, with the decoded image as its only representation; with none, which
 /// isReallyValid tells, when the decoded image is not whole. Null for none and for one without extent.
-std::shared_ptr<NSImage> imageWithCGImageRef(const CGImageRef& decoded);
+std::shared_ptr<NSImage> imageWithCGImageRef(const BitmapRef& decoded);
 
 } // namespace NSImageKelvoExtensions
 

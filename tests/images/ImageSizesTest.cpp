@@ -9,12 +9,11 @@ namespace {
 
 using namespace NSImageKelvoExtensions;
 
-CGImageRef pixels(std::uint32_t width, std::uint32_t height,
-                  CGImageAlphaInfo alpha = CGImageAlphaInfo::none) {
-    CGImage made{width, height, 8, 0, CGColorSpaceModel::RGB, alpha, nullptr};
+BitmapRef pixels(std::uint32_t width, std::uint32_t height, BitmapAlpha alpha = BitmapAlpha::none) {
+    Bitmap made{width, height, 8, 0, BitmapColors::RGB, alpha, nullptr};
     made.bytesPerRow = std::size_t{width} * samplesPerPixel(made);
     made.data = NSData::dataWithBytes(std::string(made.bytesPerRow * height, 'x'));
-    return std::make_shared<const CGImage>(made);
+    return std::make_shared<const Bitmap>(made);
 }
 
 /// As PDF is one.
@@ -68,10 +67,10 @@ TEST(ImageSizesTest, OfImages) {
     EXPECT_EQ(aspectRatio(picture), 0);
     picture.addRepresentation(std::make_shared<Drawing>());
     EXPECT_EQ(pixelSize(picture), (NSSize{612, 792}));
-    picture.addRepresentation(NSBitmapImageRep::initWithCGImage(pixels(100, 9)));
-    picture.addRepresentation(NSBitmapImageRep::initWithCGImage(pixels(512, 50)));
-    picture.addRepresentation(NSBitmapImageRep::initWithCGImage(pixels(512, 60)));
-    picture.addRepresentation(NSBitmapImageRep::initWithCGImage(pixels(100, 300)));
+    picture.addRepresentation(NSBitmapImageRep::initWithBitmap(pixels(100, 9)));
+    picture.addRepresentation(NSBitmapImageRep::initWithBitmap(pixels(512, 50)));
+    picture.addRepresentation(NSBitmapImageRep::initWithBitmap(pixels(512, 60)));
+    picture.addRepresentation(NSBitmapImageRep::initWithBitmap(pixels(100, 300)));
     EXPECT_EQ(pixelSize(picture), (NSSize{512, 50}));
     EXPECT_EQ(scaledSize(picture, 0.5F), (NSSize{256, 25}));
     EXPECT_FLOAT_EQ(aspectRatio(picture), 612.0F / 792);
@@ -83,9 +82,9 @@ TEST(ImageSizesTest, OfImages) {
 }
 
 TEST(ImageContentsTest, AlphaAndValidity) {
-    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, CGImageAlphaInfo::last))));
-    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, CGImageAlphaInfo::premultipliedLast))));
-    EXPECT_FALSE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, CGImageAlphaInfo::noneSkipLast))));
+    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::last))));
+    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::premultipliedLast))));
+    EXPECT_FALSE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::skipLast))));
     const auto opaque = imageWithCGImageRef(pixels(2, 2));
     EXPECT_FALSE(hasAlpha(*opaque) || hasAlpha(NSImage()));
     EXPECT_TRUE(isReallyValid(*opaque));
@@ -96,7 +95,7 @@ TEST(ImageContentsTest, AlphaAndValidity) {
 }
 
 TEST(ImageContentsTest, OfADecodedImage) {
-    const CGImageRef decoded = pixels(30, 20);
+    const BitmapRef decoded = pixels(30, 20);
     const auto image = imageWithCGImageRef(decoded);
     EXPECT_EQ(image->size(), (NSSize{30, 20}));
     ASSERT_EQ(image->representations().size(), 1U);
@@ -105,7 +104,7 @@ TEST(ImageContentsTest, OfADecodedImage) {
 
     EXPECT_FALSE(imageWithCGImageRef(nullptr) || imageWithCGImageRef(pixels(0, 5)) ||
                  imageWithCGImageRef(pixels(5, 0)));
-    const auto broken = std::make_shared<CGImage>(*decoded);
+    const auto broken = std::make_shared<Bitmap>(*decoded);
     broken->height = 21;
     EXPECT_EQ(imageWithCGImageRef(broken)->size(), (NSSize{30, 21}));
     EXPECT_FALSE(isReallyValid(*imageWithCGImageRef(broken)));

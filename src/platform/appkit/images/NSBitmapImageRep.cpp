@@ -20,12 +20,11 @@ float dotsPerInchOf(std::uint32_t pixels, float points) {
 }
 
 /// No product of these numbers passes 64 bits but the last, which is compared by division.
-bool isWhole(const CGImage& image) {
-    if (image.width == 0 || image.height == 0 ||
-        (image.bitsPerComponent != 8 && image.bitsPerComponent != 16))
+bool isWhole(const Bitmap& image) {
+    if (image.width == 0 || image.height == 0 || (image.bitsPerSample != 8 && image.bitsPerSample != 16))
         return false;
     const std::uint64_t used =
-        std::uint64_t{image.width} * samplesPerPixel(image) * (image.bitsPerComponent / 8);
+        std::uint64_t{image.width} * samplesPerPixel(image) * (image.bitsPerSample / 8);
     const std::size_t length = image.data.length();
     return image.bytesPerRow >= used && length >= used &&
            (image.height - 1 == 0 || (length - used) / (image.height - 1) >= image.bytesPerRow);
@@ -37,12 +36,12 @@ NSSize sizeInPoints(std::uint32_t pixelsWide, std::uint32_t pixelsHigh, NSSize d
     return {pointsOf(pixelsWide, dotsPerInch.width), pointsOf(pixelsHigh, dotsPerInch.height)};
 }
 
-NSBitmapImageRep::NSBitmapImageRep(const CGImageRef& image)
+NSBitmapImageRep::NSBitmapImageRep(const BitmapRef& image)
     : NSImageRep({static_cast<float>(image->width), static_cast<float>(image->height)}, image->width,
                  image->height),
       image_(image) {}
 
-std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::initWithCGImage(const CGImageRef& image) {
+std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::initWithBitmap(const BitmapRef& image) {
     return image && isWhole(*image) ? std::shared_ptr<NSBitmapImageRep>(new NSBitmapImageRep(image))
                                     : nullptr;
 }

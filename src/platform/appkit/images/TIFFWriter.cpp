@@ -76,8 +76,8 @@ void takeDifferences(std::vector<std::uint8_t>& row, std::size_t samplesPerPixel
 
 /// How an image stands in the file.
 struct Layout {
-    explicit Layout(const CGImage& image)
-        : bytesPerSample(image.bitsPerComponent / 8),
+    explicit Layout(const Bitmap& image)
+        : bytesPerSample(image.bitsPerSample / 8),
           samples(colorsPerPixel(image) + (hasAlpha(image) ? 1 : 0)),
           bytesPerRow(std::size_t{image.width} * samples * bytesPerSample) {}
 
@@ -87,7 +87,7 @@ struct Layout {
 };
 
 /// The row without what stands behind it, and without samples that mean nothing.
-void copyRow(const CGImage& image, const Layout& layout, std::uint32_t line, std::vector<std::uint8_t>& row) {
+void copyRow(const Bitmap& image, const Layout& layout, std::uint32_t line, std::vector<std::uint8_t>& row) {
     const auto source = image.data.bytes().subspan(line * image.bytesPerRow);
     const std::size_t from = samplesPerPixel(image) * layout.bytesPerSample;
     const std::size_t to = layout.samples * layout.bytesPerSample;
@@ -119,18 +119,18 @@ TIFFWriter::TIFFWriter(NSTIFFCompression compression)
     appendLong(0);
 }
 
-void TIFFWriter::addPage(const CGImage& image, NSSize dotsPerInch) {
+void TIFFWriter::addPage(const Bitmap& image, NSSize dotsPerInch) {
     const Layout layout(image);
     Strips strips = writeStrips(image);
     const bool isLZW = compression_ == NSTIFFCompressionLZW;
     std::vector<Field> fields{
         {ImageWidth, typeLong, {image.width}},
         {ImageLength, typeLong, {image.height}},
-        {BitsPerSample, typeShort, std::vector<std::uint32_t>(layout.samples, image.bitsPerComponent)},
+        {BitsPerSample, typeShort, std::vector<std::uint32_t>(layout.samples, image.bitsPerSample)},
         {Compression, typeShort, {static_cast<std::uint32_t>(compression_)}},
         {PhotometricInterpretation,
          typeShort,
-         {image.colorSpaceModel == CGColorSpaceModel::RGB ? photometricRGB : blackIsZero}},
+         {image.colors == BitmapColors::RGB ? photometricRGB : blackIsZero}},
         {StripOffsets, typeLong, std::move(strips.offsets)},
         {Orientation, typeShort, {topLeft}},
         {SamplesPerPixel, typeShort, {layout.samples}},
@@ -147,7 +147,7 @@ void TIFFWriter::addPage(const CGImage& image, NSSize dotsPerInch) {
         fields.push_back(
             {ExtraSamples,
              typeShort,
-             {image.alphaInfo == CGImageAlphaInfo::premultipliedLast ? associatedAlpha : unassociatedAlpha}});
+             {image.alpha == BitmapAlpha::premultipliedLast ? associatedAlpha : unassociatedAlpha}});
 
     const auto appendValues = [this](const Field& field) {
         for (const std::uint32_t value : field.values)
@@ -179,7 +179,7 @@ void TIFFWriter::addPage(const CGImage& image, NSSize dotsPerInch) {
     appendLong(0);
 }
 
-TIFFWriter::Strips TIFFWriter::writeStrips(const CGImage& image) {
+TIFFWriter::Strips TIFFWriter::writeStrips(const Bitmap& image) {
     const Layout layout(image);
     Strips strips;
     strips.rowsOfEach = static_cast<std::uint32_t>(

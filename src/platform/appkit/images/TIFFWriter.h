@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/appkit/images/CGImage.h"
+#include "platform/appkit/images/Bitmap.h"
 #include "platform/appkit/images/NSTIFFCompression.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSGeometry.h"
@@ -17,15 +17,15 @@ public:
     /// LZW comes with the differences of neighbouring samples, which halves most photographs again.
     explicit TIFFWriter(NSTIFFCompression compression);
 
-    /// The image must be whole (see NSBitmapImageRep::initWithCGImage). Throws NSException (NSMallocException) when the
+    /// The image must be whole (see NSBitmapImageRep::initWithBitmap). Throws NSException (NSMallocException) when the
     /// file would pass maximumSizeInBytes.
-    void addPage(const CGImage& image, NSSize dotsPerInch);
+    void addPage(const Bitmap& image, NSSize dotsPerInch);
     /// The file; the writer is of no more use after that.
     NSData takeData();
 
 private:
     struct Strips;
-    Strips writeStrips(const CGImage& image);
+    Strips writeStrips(const Bitmap& image);
     void appendShort(std::uint32_t number);
     void appendLong(std::uint32_t number);
     void putLong(std::size_t at, std::uint32_t number);

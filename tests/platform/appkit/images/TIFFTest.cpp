@@ -69,23 +69,23 @@ std::string pixelsOf(TIFF* tiff) {
 }
 
 /// A whole image whose pixels are noise, or with `steps` flat areas.
-CGImageRef image(std::uint32_t width, std::uint32_t height, CGColorSpaceModel model, CGImageAlphaInfo alpha,
-                 std::uint32_t bits = 8, std::size_t gap = 0, unsigned steps = 1) {
-    CGImage made{width, height, bits, 0, model, alpha, nullptr};
+BitmapRef image(std::uint32_t width, std::uint32_t height, BitmapColors model, BitmapAlpha alpha,
+                std::uint32_t bits = 8, std::size_t gap = 0, unsigned steps = 1) {
+    Bitmap made{width, height, bits, 0, model, alpha, nullptr};
     made.bytesPerRow = std::size_t{width} * samplesPerPixel(made) * bits / 8 + gap;
     std::minstd_rand random(width * 31 + height);
     std::vector<std::uint8_t> bytes(made.bytesPerRow * height - gap);
     for (std::size_t at = 0; at < bytes.size(); ++at)
         bytes[at] = at % steps == 0 ? static_cast<std::uint8_t>(random() >> 8) : bytes[at - 1];
     made.data = NSData::dataWithBytesNoCopy(std::move(bytes));
-    return std::make_shared<const CGImage>(made);
+    return std::make_shared<const Bitmap>(made);
 }
 
 /// What is to be read of it: without gaps and samples that mean nothing.
-std::string expectedPixels(const CGImage& source) {
-    const std::size_t size = source.bitsPerComponent / 8;
+std::string expectedPixels(const Bitmap& source) {
+    const std::size_t size = source.bitsPerSample / 8;
     const std::size_t from = samplesPerPixel(source) * size;
-    const std::size_t to = from - (source.alphaInfo == CGImageAlphaInfo::noneSkipLast ? size : 0);
+    const std::size_t to = from - (source.alpha == BitmapAlpha::skipLast ? size : 0);
     std::string pixels;
     for (std::size_t line = 0; line < source.height; ++line) {
         for (std::size_t pixel = 0; pixel < source.width; ++pixel)
@@ -95,35 +95,32 @@ std::string expectedPixels(const CGImage& source) {
 }
 
 TEST(TIFFTest, IsReadByAnother) {
-    using enum CGColorSpaceModel;
-    using enum CGImageAlphaInfo;
+    using enum BitmapColors;
+    using enum BitmapAlpha;
     const struct {
         const char* name;
-        CGImageRef source;
+        BitmapRef source;
         std::uint16_t photometric;
         std::vector<std::uint16_t> extraSamples;
     } rows[] = {
-        {"one pixel", image(1, 1, monochrome, none), PHOTOMETRIC_MINISBLACK, {}},
-        {"gray", image(37, 21, monochrome, none), PHOTOMETRIC_MINISBLACK, {}},
-        {"gray with alpha",
-         image(37, 21, monochrome, last),
-         PHOTOMETRIC_MINISBLACK,
-         {EXTRASAMPLE_UNASSALPHA}},
+        {"one pixel", image(1, 1, gray, none), PHOTOMETRIC_MINISBLACK, {}},
+        {"gray", image(37, 21, gray, none), PHOTOMETRIC_MINISBLACK, {}},
+        {"gray with alpha", image(37, 21, gray, last), PHOTOMETRIC_MINISBLACK, {EXTRASAMPLE_UNASSALPHA}},
         {"RGB", image(37, 21, RGB, none), PHOTOMETRIC_RGB, {}},
-        {"RGB and samples to skip", image(37, 21, RGB, noneSkipLast), PHOTOMETRIC_RGB, {}},
+        {"RGB and samples to skip", image(37, 21, RGB, skipLast), PHOTOMETRIC_RGB, {}},
         {"RGB with alpha", image(37, 21, RGB, last), PHOTOMETRIC_RGB, {EXTRASAMPLE_UNASSALPHA}},
         {"multiplied", image(37, 21, RGB, premultipliedLast), PHOTOMETRIC_RGB, {EXTRASAMPLE_ASSOCALPHA}},
         {"16 bits", image(37, 21, RGB, last, 16), PHOTOMETRIC_RGB, {EXTRASAMPLE_UNASSALPHA}},
         {"rows with gaps", image(37, 21, RGB, none, 8, 5), PHOTOMETRIC_RGB, {}},
         {"many strips", image(300, 311, RGB, last, 8, 0, 7), PHOTOMETRIC_RGB, {EXTRASAMPLE_UNASSALPHA}},
-        {"flat", image(500, 700, monochrome, none, 8, 0, 1'000'000), PHOTOMETRIC_MINISBLACK, {}},
-        {"a row of more than a strip", image(40'000, 3, RGB, noneSkipLast, 8, 0, 300), PHOTOMETRIC_RGB, {}},
+        {"flat", image(500, 700, gray, none, 8, 0, 1'000'000), PHOTOMETRIC_MINISBLACK, {}},
+        {"a row of more than a strip", image(40'000, 3, RGB, skipLast, 8, 0, 300), PHOTOMETRIC_RGB, {}},
     };
     for (const auto& row : rows) {
         for (const auto compression :
              {NSTIFFCompressionNone, NSTIFFCompressionLZW, NSTIFFCompressionPackBits}) {
             SCOPED_TRACE(row.name + (" " + std::to_string(compression)));
-            const auto rep = NSBitmapImageRep::initWithCGImage(row.source);
+            const auto rep = NSBitmapImageRep::initWithBitmap(row.source);
             ASSERT_TRUE(rep);
             rep->setSize(sizeInPoints(row.source->width, row.source->height, {300, 72.5F}));
             const NSData data = rep->TIFFRepresentationUsingCompression_factor(compression, 1);
@@ -133,7 +130,7 @@ TEST(TIFFTest, IsReadByAnother) {
             EXPECT_EQ(field<std::uint32_t>(tiff.get(), TIFFTAG_IMAGEWIDTH), row.source->width);
             EXPECT_EQ(field<std::uint16_t>(tiff.get(), TIFFTAG_COMPRESSION), compression);
             EXPECT_EQ(field<std::uint16_t>(tiff.get(), TIFFTAG_PHOTOMETRIC), row.photometric);
-            EXPECT_EQ(field<std::uint16_t>(tiff.get(), TIFFTAG_BITSPERSAMPLE), row.source->bitsPerComponent);
+            EXPECT_EQ(field<std::uint16_t>(tiff.get(), TIFFTAG_BITSPERSAMPLE), row.source->bitsPerSample);
             EXPECT_EQ(field<std::uint16_t>(tiff.get(), TIFFTAG_RESOLUTIONUNIT), RESUNIT_INCH);
             EXPECT_NEAR(field<float>(tiff.get(), TIFFTAG_XRESOLUTION), 300, 0.001);
             EXPECT_NEAR(field<float>(tiff.get(), TIFFTAG_YRESOLUTION), 72.5, 0.001);
@@ -192,7 +189,7 @@ std::string readLZW(std::span<const std::uint8_t> bytes) {
 // strings begin anew.
 TEST(TIFFTest, LZWEndsAnywhere) {
     for (std::uint32_t length = 0; length < 4200; ++length) {
-        const auto noise = image(length + 1, 1, CGColorSpaceModel::monochrome, CGImageAlphaInfo::none)->data;
+        const auto noise = image(length + 1, 1, BitmapColors::gray, BitmapAlpha::none)->data;
         std::vector<std::uint8_t> compressed;
         compressWithLZW(noise.bytes().first(length), compressed);
         ASSERT_TRUE(readLZW(compressed) == noise.characters().substr(0, length)) << length;
@@ -200,12 +197,11 @@ TEST(TIFFTest, LZWEndsAnywhere) {
 }
 
 TEST(TIFFTest, OnePageForEachBitmap) {
-    using enum CGColorSpaceModel;
+    using enum BitmapColors;
     NSImage picture;
     EXPECT_TRUE(picture.TIFFRepresentation().isNil());
     for (const std::uint32_t width : {3U, 5U, 4U})
-        picture.addRepresentation(
-            NSBitmapImageRep::initWithCGImage(image(width, 3, monochrome, CGImageAlphaInfo::none)));
+        picture.addRepresentation(NSBitmapImageRep::initWithBitmap(image(width, 3, gray, BitmapAlpha::none)));
     picture.removeRepresentation(picture.representations()[1]);
     // No bitmap is compressed in this way.
     const NSData data = picture.TIFFRepresentationUsingCompression_factor(NSTIFFCompressionJPEG, 0.5F);
@@ -220,25 +216,25 @@ TEST(TIFFTest, OnePageForEachBitmap) {
 }
 
 TEST(NSBitmapImageRepTest, TakesWhatIsWhole) {
-    const CGImage whole = *image(10, 10, CGColorSpaceModel::RGB, CGImageAlphaInfo::last, 16, 8);
+    const Bitmap whole = *image(10, 10, BitmapColors::RGB, BitmapAlpha::last, 16, 8);
     const auto with = [&](auto change) {
-        auto changed = std::make_shared<CGImage>(whole);
+        auto changed = std::make_shared<Bitmap>(whole);
         change(*changed);
-        return NSBitmapImageRep::initWithCGImage(changed) != nullptr;
+        return NSBitmapImageRep::initWithBitmap(changed) != nullptr;
     };
-    EXPECT_TRUE(with([](CGImage&) {}));
-    EXPECT_FALSE(with([](CGImage& image) { image.width = 0; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.height = 0; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.height = 11; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.height = 0xFFFFFFFF; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.width = 0xFFFFFFFF; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.width = 12; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.bitsPerComponent = 32; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.bytesPerRow = 79; }));
-    EXPECT_FALSE(with([](CGImage& image) { image.bytesPerRow = ~std::size_t{0}; }));
-    EXPECT_FALSE(with([&](CGImage& image) { image.data = image.data.subdataWithRange({0, 871}); }));
-    EXPECT_FALSE(with([](CGImage& image) { image.data = nullptr; }));
-    EXPECT_FALSE(NSBitmapImageRep::initWithCGImage(nullptr));
+    EXPECT_TRUE(with([](Bitmap&) {}));
+    EXPECT_FALSE(with([](Bitmap& image) { image.width = 0; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.height = 0; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.height = 11; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.height = 0xFFFFFFFF; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.width = 0xFFFFFFFF; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.width = 12; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.bitsPerSample = 32; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.bytesPerRow = 79; }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.bytesPerRow = ~std::size_t{0}; }));
+    EXPECT_FALSE(with([&](Bitmap& image) { image.data = image.data.subdataWithRange({0, 871}); }));
+    EXPECT_FALSE(with([](Bitmap& image) { image.data = nullptr; }));
+    EXPECT_FALSE(NSBitmapImageRep::initWithBitmap(nullptr));
 }
 
 TEST(NSImageTest, SizeInPoints) {
@@ -248,7 +244,7 @@ TEST(NSImageTest, SizeInPoints) {
     EXPECT_EQ(picture.size(), NSSize{});
     picture.addRepresentation(nullptr);
     picture.addRepresentation(
-        NSBitmapImageRep::initWithCGImage(image(8, 6, CGColorSpaceModel::RGB, CGImageAlphaInfo::none)));
+        NSBitmapImageRep::initWithBitmap(image(8, 6, BitmapColors::RGB, BitmapAlpha::none)));
     EXPECT_EQ(picture.size(), (NSSize{8, 6}));
     picture.setSize({0, 10});
     EXPECT_EQ(picture.size(), (NSSize{0, 10}));
