@@ -1,8 +1,11 @@
 #include "images/ImageFileTypes.h"
 
+#include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSPathUtilities.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/encodings/CFString.h"
 #include "platform/foundation/files/NSHFSFileTypes.h"
+#include "platform/launchservices/UTType.h"
 #include "text/NSStringExtensions.h"
 #include "text/StringComparison.h"
 
@@ -20,16 +23,40 @@ bool isOneOf(const NSString& extension, std::initializer_list<const char16_t*> e
                                [&](const char16_t* name) { return isEqualToStringNoCase(extension, name); });
 }
 
+NSString inCase(NSMutableString extension, void (*changeCase)(NSMutableString&)) {
+    changeCase(extension);
+    return extension.takeString();
+}
+
+/// What the image class calls imageFileTypes.
+NSMutableArray fileTypesOf(const NSArray& identifiers) {
+    NSMutableArray types = NSMutableArray::array();
+    for (const Value& identifier : identifiers) {
+        for (const Value& extension :
+             UTTypeCopyAllTagsWithClass(identifier.string(), UTTagClass::filenameExtension)) {
+            types.addObject(inCase(NSMutableString(extension.string()), CFStringLowercase));
+            types.addObject(inCase(NSMutableString(extension.string()), CFStringUppercase));
+        }
+        for (const Value& code : UTTypeCopyAllTagsWithClass(identifier.string(), UTTagClass::typeCode))
+            types.addObject(
+                NSString(u"'").stringByAppendingString(code.string()).stringByAppendingString(u"'"));
+    }
+    return types;
+}
+
 } // namespace
 
-const NSArray& ImageFileTypes() {
-    static const NSArray types = [] {
-        NSMutableArray all = NSMutableArray::array();
-        all.addObjectsFromArray(imageFileTypes());
-        all.addObjectsFromArray(
-            NSArray::arrayWithObjects({u"jpe", u"JPE", u"ps", u"PS", u"eps", u"EPS", u"ai", u"AI"}));
-        return all.copy();
-    }();
+NSArray ImageFileTypes() {
+    static NSArray kept;
+    if (!kept.isNil())
+        return kept;
+    const NSArray identifiers = CGImageSourceCopyTypeIdentifiers();
+    NSMutableArray types = fileTypesOf(identifiers);
+    types.addObjectsFromArray(
+        NSArray::arrayWithObjects({u"jpe", u"JPE", u"ps", u"PS", u"eps", u"EPS", u"ai", u"AI"}));
+    // A decoder that was out of order for once must not keep images from being images for good.
+    if (identifiers.count() > 0)
+        kept = types;
     return types;
 }
 
@@ -46,7 +73,7 @@ bool isImageFile(const NSString& path) {
 }
 
 bool isImageExtension_type(const NSString& extension, const NSString& type) {
-    const NSArray& types = ImageFileTypes();
+    const NSArray types = ImageFileTypes();
     return containsStringNoCase(types, extension) || (!type.isEmpty() && containsString(types, type));
 }
 

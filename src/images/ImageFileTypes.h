@@ -9,15 +9,16 @@ namespace kelvo {
 // same in letters of either case, type codes ("'PDF '", see NSHFSTypeOfFile) as they are written. A path's
 // extension is what pathExtension gives. Nil is an extension, a type code or a path that nothing goes by.
 
-/// What the decoder of images can read: extensions, in small letters and in capitals, and quoted type codes. It is
-/// the decoder's to say, and whoever links this floor brings it along.
-NSArray imageFileTypes();
+/// The types that the decoder of images can read, as uniform type identifiers; empty when it cannot say so now. It is
+/// the decoder's, and whoever links this floor brings it along.
+NSArray CGImageSourceCopyTypeIdentifiers();
 
 namespace NSImageKelvoExtensions {
 
-/// What the decoder reads and then what is read by way of PDF: the extensions of PostScript and Illustrator.
-/// The decoder is asked once, by the first call.
-const NSArray& ImageFileTypes();
+/// What the files are called that the decoder reads: the extensions, each in small letters and in capitals, and the quoted
+/// type codes. After them a third extension of JPEG and what is read by way of PDF: PostScript and Illustrator.
+/// The decoder is asked until it says something, and then no more.
+NSArray ImageFileTypes();
 /// The extensions and the type code of PDF and of what becomes PDF.
 NSArray PDFFileTypes();
 /// The extensions of folders that hold a PDF.

@@ -3,7 +3,6 @@
 #include "platform/foundation/Value.h"
 #include "platform/foundation/units/ASCII.h"
 #include "platform/launchservices/DeclaredTypes.h"
-#include "platform/launchservices/DynamicType.h"
 
 #include <algorithm>
 #include <array>
@@ -20,13 +19,20 @@ std::string asKey(std::u16string_view text) {
     return asciiLowerCased(UTF8StringOfCharacters(text));
 }
 
-std::vector<std::string> partsOf(std::string_view list) {
+std::vector<std::string> partsAsWritten(std::string_view list) {
     std::vector<std::string> parts;
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(' '), list.size());
-        parts.push_back(asciiLowerCased(std::string(list.substr(0, end))));
+        parts.emplace_back(list.substr(0, end));
         list.remove_prefix(std::min(end + 1, list.size()));
     }
+    return parts;
+}
+
+std::vector<std::string> partsOf(std::string_view list) {
+    std::vector<std::string> parts = partsAsWritten(list);
+    for (std::string& part : parts)
+        part = asciiLowerCased(std::move(part));
     return parts;
 }
 
@@ -55,9 +61,15 @@ public:
         return types;
     }
 
-    NSString identifierOf(const std::string& type) const {
+    /// Null for a type that nobody has declared.
+    const DeclaredType* rowOf(const std::string& type) const {
         const auto row = byIdentifier_.find(type);
-        return NSString::stringWithUTF8String(row == byIdentifier_.end() ? type : row->second->identifier);
+        return row == byIdentifier_.end() ? nullptr : row->second;
+    }
+
+    NSString identifierOf(const std::string& type) const {
+        const DeclaredType* const row = rowOf(type);
+        return NSString::stringWithUTF8String(row ? row->identifier : type);
     }
 
 private:
@@ -77,8 +89,8 @@ private:
     }
 
     std::vector<std::string> parentsOf(const std::string& type) const {
-        if (const auto row = byIdentifier_.find(type); row != byIdentifier_.end())
-            return partsOf(row->second->conformsTo);
+        if (const DeclaredType* const row = rowOf(type))
+            return partsOf(row->conformsTo);
         const auto dynamic = dynamicTypeWithIdentifier(NSString::stringByRepairingUTF8String(type));
         if (!dynamic || dynamic->conformsTo.isNil())
             return {};
@@ -112,6 +124,24 @@ NSString typeWithOSType(std::u16string_view quotedCode) {
         return nullptr;
     return identifierIn(TypeIndex::shared().byTypeCode,
                         UTF8StringOfCharacters(quotedCode.substr(1, codeLength)));
+}
+
+NSArray UTTypeCopyAllTagsWithClass(const NSString& identifier, UTTagClass tagClass) {
+    auto tags = NSMutableArray::array();
+    const DeclaredType* const row = TypeIndex::shared().rowOf(asKey(identifier));
+    if (!row)
+        return tags;
+    std::vector<std::string> names;
+    if (tagClass == UTTagClass::filenameExtension)
+        names = partsAsWritten(row->extensions);
+    else if (tagClass == UTTagClass::MIMEType)
+        names = partsAsWritten(row->MIMETypes);
+    else if (tagClass == UTTagClass::typeCode)
+        for (std::size_t place = 0; place < row->typeCodes.size(); place += codeLength)
+            names.emplace_back(row->typeCodes.substr(place, codeLength));
+    for (const std::string& name : names)
+        tags.addObject(NSString::stringWithUTF8String(name));
+    return tags;
 }
 
 bool UTTypeConformsTo(std::u16string_view identifier, std::u16string_view other) {

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSString.h"
+#include "platform/launchservices/DynamicType.h"
 
 #include <cstdint>
 #include <string_view>
@@ -20,6 +21,10 @@ NSString typeWithFilenameExtension(std::u16string_view extension, ItemKind item)
 NSString typeWithMIMEType(std::u16string_view MIMEType);
 /// As NSHFSTypeOfFile gives it ("'PDF '"); the case of letters does count.
 NSString typeWithOSType(std::u16string_view quotedCode);
+
+/// All names of that class by which a type goes, the usual one first, in the letters in which they were declared; empty
+/// for a type that nobody has declared, and for pasteboards and schemes, for which nothing is.
+NSArray UTTypeCopyAllTagsWithClass(const NSString& identifier, UTTagClass tagClass);
 
 /// Whether each item of the first type is of the other as well: they are the same, or the other is among what the
 /// first conforms to, at any distance. A type that nobody knows conforms to itself, a dynamic one to what it says.
