@@ -17,9 +17,9 @@ bool isOutOfOrder = false;
 // In the place of a decoder, of which these tests need no more than what it says it can read.
 NSArray CGImageSourceCopyTypeIdentifiers() {
     ++timesAsked;
-    return isOutOfOrder
-               ? NSArray::array()
-               : NSArray::arrayWithObjects({u"public.tiff", u"public.png", u"public.jpeg", u"no.such"});
+    return isOutOfOrder ? NSArray::array()
+                        : NSArray::arrayWithObjects({u"com.microsoft.bmp", u"public.tiff", u"public.png",
+                                                     u"public.jpeg", u"no.such"});
 }
 
 namespace {
@@ -99,7 +99,8 @@ TEST(ImageFileTypesTest, ListsInOrder) {
     EXPECT_TRUE(types.isIdenticalTo(ImageFileTypes()));
     EXPECT_EQ(timesAsked, asked);
     EXPECT_EQ(Value(types).description(),
-              Value(NSArray::arrayWithObjects({u"tiff", u"TIFF",   u"tif",    u"TIF",  u"'TIFF'", u"png",
+              Value(NSArray::arrayWithObjects({u"bmp",  u"BMP",    u"dib",    u"DIB",  u"'BMPf'", u"'BMP '",
+                                               u"tiff", u"TIFF",   u"tif",    u"TIF",  u"'TIFF'", u"png",
                                                u"PNG",  u"'PNGf'", u"jpeg",   u"JPEG", u"jpg",    u"JPG",
                                                u"jpe",  u"JPE",    u"'JPEG'", u"jpe",  u"JPE",    u"ps",
                                                u"PS",   u"eps",    u"EPS",    u"ai",   u"AI"}))
