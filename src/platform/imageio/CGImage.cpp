@@ -1,0 +1,27 @@
+#include "platform/imageio/CGImage.h"
+
+#include "platform/imageio/ImageEngineMessages.h"
+
+#include <utility>
+
+namespace kelvo {
+
+using imageengine::bytesOfPixel;
+
+CGImage::CGImage(std::size_t width, std::size_t height, CGImageAlphaInfo alphaInfo, NSData bytes) {
+    const std::size_t pixels = bytes.length() / bytesOfPixel;
+    // By division, which does not overflow.
+    if (width == 0 || height == 0 || bytes.length() % bytesOfPixel != 0 || pixels % width != 0 ||
+        pixels / width != height)
+        return;
+    width_ = width;
+    height_ = height;
+    alphaInfo_ = alphaInfo;
+    bytes_ = std::move(bytes);
+}
+
+std::size_t CGImage::bytesPerRow() const noexcept {
+    return width_ * bytesOfPixel;
+}
+
+} // namespace kelvo

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+// What the formats themselves say around their pixels. Bytes are read in place, and never past their end.
+
+/// Group {JFIF}; nil when there is none.
+NSMutableDictionary groupOfJFIF(std::string_view bytes);
+/// Group {PNG}. The texts are those in it, by their keywords.
+NSMutableDictionary groupOfPNG(std::string_view bytes,
+                               const std::vector<std::pair<std::string, std::string>>& texts);
+/// Group {GIF}, of the image at the index.
+NSMutableDictionary groupOfGIF(std::string_view bytes, std::int64_t index);
+
+/// Whether the end is missing, of formats that have one.
+bool isCutOffJPEG(std::string_view bytes);
+bool isCutOffPNG(std::string_view bytes);
+bool isCutOffGIF(std::string_view bytes);
+
+} // namespace kelvo

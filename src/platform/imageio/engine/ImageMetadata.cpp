@@ -1,0 +1,287 @@
+#include "platform/imageio/engine/ImageMetadata.h"
+
+#include "platform/imageio/CGImageProperties.h"
+#include "platform/imageio/engine/MetadataValues.h"
+
+#include <exiv2/exiv2.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+constexpr std::uint16_t orientationTag = 0x0112;
+constexpr std::uint16_t photometryTag = 0x0106;
+constexpr std::uint16_t makerTag = 0x010F;
+constexpr std::uint16_t digitalNegativeTag = 0xC612;
+constexpr std::uint16_t recordOfApplication = 2;
+
+void setIfAny(NSMutableDictionary& to, const Value& value, const char16_t* key) {
+    if (!value.isNil() && to.objectForKey(key).isNil())
+        to.setObject_forKey(value, key);
+}
+
+void addGroup(NSMutableDictionary& properties, const NSMutableDictionary& group, const char16_t* key) {
+    if (group.count() > 0)
+        properties.setObject_forKey(group.copy(), key);
+}
+
+const Exiv2::Exifdatum* find(const Exiv2::ExifData& data, const char* group, std::uint16_t tag) {
+    for (const Exiv2::Exifdatum& datum : data) {
+        if (datum.tag() == tag && datum.groupName() == group)
+            return &datum;
+    }
+    return nullptr;
+}
+
+Value numberOrText(const std::string& text) {
+    char* end = nullptr;
+    const double number = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0')
+        return textOf(text);
+    return number == std::floor(number) && std::abs(number) < 1e9
+               ? NSNumber::numberWithInt(static_cast<std::int32_t>(number))
+               : NSNumber::numberWithDouble(number);
+}
+
+/// "24/1 70/1 28/10 28/10".
+Value lensInfoOf(const std::string& text) {
+    Exiv2::RationalValue value;
+    return value.read(text) == 0 ? valueOf(value, ValueForm::array) : Value();
+}
+
+struct XMPRow {
+    const char* key;
+    const char16_t* name;
+};
+constexpr XMPRow auxiliaryRows[] = {
+    {"Xmp.aux.Lens", u"LensModel"},          {"Xmp.aux.SerialNumber", u"SerialNumber"},
+    {"Xmp.aux.LensID", u"LensID"},           {"Xmp.aux.LensSerialNumber", u"LensSerialNumber"},
+    {"Xmp.aux.ImageNumber", u"ImageNumber"}, {"Xmp.aux.FlashCompensation", u"FlashCompensation"},
+    {"Xmp.aux.OwnerName", u"OwnerName"},     {"Xmp.aux.Firmware", u"Firmware"},
+};
+constexpr XMPRow contactRows[] = {
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiAdrCity", u"CiAdrCity"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiAdrCtry", u"CiAdrCtry"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiAdrExtadr", u"CiAdrExtadr"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiAdrPcode", u"CiAdrPcode"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiAdrRegion", u"CiAdrRegion"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiEmailWork", u"CiEmailWork"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiTelWork", u"CiTelWork"},
+    {"Xmp.iptc.CreatorContactInfo/Iptc4xmpCore:CiUrlWork", u"CiUrlWork"},
+};
+
+std::string textOfXMP(const Exiv2::XmpData& data, const char* key) {
+    const auto found = data.findKey(Exiv2::XmpKey(key));
+    if (found == data.end())
+        return {};
+    // Of texts in several languages the one for all.
+    if (const auto* const languages = dynamic_cast<const Exiv2::LangAltValue*>(&found->value()))
+        return languages->toString("x-default");
+    return found->toString();
+}
+
+NSMutableDictionary auxiliaryOf(const Exiv2::XmpData& data) {
+    auto group = NSMutableDictionary::dictionary();
+    if (const std::string lens = textOfXMP(data, "Xmp.aux.LensInfo"); !lens.empty())
+        setIfAny(group, lensInfoOf(lens), u"LensInfo");
+    for (const XMPRow& row : auxiliaryRows) {
+        const std::string text = textOfXMP(data, row.key);
+        const bool isText = row.name == std::u16string_view(u"SerialNumber") ||
+                            row.name == std::u16string_view(u"LensSerialNumber");
+        if (!text.empty())
+            setIfAny(group, isText ? textOf(text) : numberOrText(text), row.name);
+    }
+    return group;
+}
+
+void addFromXMP(NSMutableDictionary& group, const Exiv2::XmpData& data) {
+    if (const std::string rating = textOfXMP(data, "Xmp.xmp.Rating"); !rating.empty())
+        setIfAny(group, numberOrText(rating), u"StarRating");
+    if (const auto found = data.findKey(Exiv2::XmpKey("Xmp.iptc.Scene")); found != data.end()) {
+        std::vector<Value> scenes;
+        for (long index = 0; index < found->count(); ++index)
+            scenes.push_back(textOf(found->toString(index)));
+        scenes.erase(
+            std::remove_if(scenes.begin(), scenes.end(), [](const Value& one) { return one.isNil(); }),
+            scenes.end());
+        if (!scenes.empty())
+            setIfAny(group, NSArray::arrayWithValues(std::move(scenes)), u"Scene");
+    }
+    setIfAny(group, textOf(textOfXMP(data, "Xmp.xmpRights.UsageTerms")), u"UsageTerms");
+    auto contact = NSMutableDictionary::dictionary();
+    for (const XMPRow& row : contactRows)
+        setIfAny(contact, textOf(textOfXMP(data, row.key)), row.name);
+    if (contact.count() > 0)
+        setIfAny(group, contact.copy(), u"CreatorContactInfo");
+}
+
+NSMutableDictionary iptcOf(const Exiv2::IptcData& data) {
+    auto group = NSMutableDictionary::dictionary();
+    std::vector<std::pair<const TagRow*, std::vector<Value>>> lists;
+    for (const Exiv2::Iptcdatum& datum : data) {
+        const TagRow* const row =
+            datum.record() == recordOfApplication ? rowOfTag(tagsOfIPTC(), datum.tag()) : nullptr;
+        if (!row)
+            continue;
+        // As it stands in the file: the library shows dates with signs between their parts.
+        std::string bytes(static_cast<std::size_t>(std::max(datum.value().size(), 0L)), '\0');
+        datum.value().copy(reinterpret_cast<Exiv2::byte*>(bytes.data()), Exiv2::bigEndian);
+        const Value text = textOf(bytes);
+        if (text.isNil())
+            continue;
+        if (row->form != ValueForm::array) {
+            setIfAny(group, text, row->name);
+            continue;
+        }
+        auto list =
+            std::find_if(lists.begin(), lists.end(), [row](const auto& one) { return one.first == row; });
+        if (list == lists.end())
+            list = lists.insert(lists.end(), {row, {}});
+        list->second.push_back(text);
+    }
+    for (auto& [row, values] : lists)
+        setIfAny(group, NSArray::arrayWithValues(std::move(values)), row->name);
+    return group;
+}
+
+} // namespace
+
+struct ImageMetadata::Contents {
+    Exiv2::Image::AutoPtr image;
+};
+
+ImageMetadata::ImageMetadata(std::string_view bytes) {
+    try {
+        auto contents = std::make_unique<Contents>();
+        contents->image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.data()),
+                                                    static_cast<long>(bytes.size()));
+        contents->image->readMetadata();
+        contents_ = std::move(contents);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) {
+        // Whatever is wrong with it, the image may be well.
+    }
+}
+
+ImageMetadata::~ImageMetadata() = default;
+
+int ImageMetadata::orientation() const {
+    if (!contents_)
+        return 0;
+    const Exiv2::Exifdatum* const datum = find(contents_->image->exifData(), "Image", orientationTag);
+    const long orientation = datum && datum->count() > 0 ? datum->toLong() : 0;
+    return orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 0;
+}
+
+bool ImageMetadata::isDigitalNegative() const {
+    return contents_ && find(contents_->image->exifData(), "Image", digitalNegativeTag);
+}
+
+bool ImageMetadata::isOfSensor() const {
+    if (!contents_)
+        return false;
+    constexpr long colorFilterArray = 32803;
+    constexpr long linear = 34892;
+    const Exiv2::ExifData& data = contents_->image->exifData();
+    return std::any_of(data.begin(), data.end(), [](const Exiv2::Exifdatum& datum) {
+        if (datum.tag() != photometryTag || datum.count() < 1)
+            return false;
+        const std::string group = datum.groupName();
+        const long photometry = datum.toLong();
+        return (group == "Image" || group.starts_with("SubImage")) &&
+               (photometry == colorFilterArray || photometry == linear);
+    });
+}
+
+std::string ImageMetadata::maker() const {
+    const Exiv2::Exifdatum* const datum =
+        contents_ ? find(contents_->image->exifData(), "Image", makerTag) : nullptr;
+    return datum ? datum->toString() : std::string();
+}
+
+NSData ImageMetadata::thumbnail() const {
+    if (!contents_)
+        return nullptr;
+    try {
+        const Exiv2::DataBuf bytes = Exiv2::ExifThumbC(contents_->image->exifData()).copy();
+        return bytes.size_ > 0 ? NSData::dataWithBytes(bytes.pData_, static_cast<std::size_t>(bytes.size_))
+                               : NSData();
+    } catch (const Exiv2::Error&) {
+        return nullptr;
+    }
+}
+
+NSData ImageMetadata::preview(std::size_t leastPixels) const {
+    if (!contents_)
+        return nullptr;
+    try {
+        const Exiv2::PreviewManager manager(*contents_->image);
+        // The smallest first.
+        const Exiv2::PreviewPropertiesList all = manager.getPreviewProperties();
+        if (all.empty())
+            return nullptr;
+        const auto fit =
+            std::find_if(all.begin(), all.end(), [leastPixels](const Exiv2::PreviewProperties& one) {
+                return std::max(one.width_, one.height_) >= leastPixels;
+            });
+        const Exiv2::PreviewImage image =
+            manager.getPreviewImage(leastPixels == 0 || fit == all.end() ? all.back() : *fit);
+        return NSData::dataWithBytes(image.pData(), image.size());
+    } catch (const Exiv2::Error&) {
+        return nullptr;
+    }
+}
+
+std::string ImageMetadata::profile() const {
+    if (!contents_ || !contents_->image->iccProfileDefined())
+        return {};
+    const Exiv2::DataBuf& bytes = *contents_->image->iccProfile();
+    return {reinterpret_cast<const char*>(bytes.pData_), static_cast<std::size_t>(std::max(bytes.size_, 0L))};
+}
+
+void ImageMetadata::addGroups(NSMutableDictionary& properties) const {
+    if (!contents_)
+        return;
+    struct Group {
+        const char* name;
+        std::span<const TagRow> rows;
+        const char16_t* key;
+    };
+    const Group groups[] = {
+        {"Image", tagsOfTIFF(), kCGImagePropertyTIFFDictionary},
+        {"Photo", tagsOfExif(), kCGImagePropertyExifDictionary},
+        {"GPSInfo", tagsOfGPS(), kCGImagePropertyGPSDictionary},
+    };
+    for (const Group& group : groups) {
+        auto values = NSMutableDictionary::dictionary();
+        for (const Exiv2::Exifdatum& datum : contents_->image->exifData()) {
+            const TagRow* const row = rowOfTag(group.rows, datum.tag());
+            if (row && datum.groupName() == group.name)
+                setIfAny(values, valueOf(datum.value(), row->form), row->name);
+        }
+        addGroup(properties, values, group.key);
+    }
+    try {
+        const Exiv2::XmpData& xmp = contents_->image->xmpData();
+        addGroup(properties, auxiliaryOf(xmp), kCGImagePropertyExifAuxDictionary);
+        NSMutableDictionary iptc = iptcOf(contents_->image->iptcData());
+        addFromXMP(iptc, xmp);
+        addGroup(properties, iptc, kCGImagePropertyIPTCDictionary);
+    } catch (const Exiv2::Error&) {
+        // Names that this version of the library does not know.
+    }
+}
+
+void prepareMetadata() {
+    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+    Exiv2::XmpParser::initialize();
+    Exiv2::enableBMFF(true);
+}
+
+} // namespace kelvo

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+/// What Exiv2 reads of a file: Exif, IPTC and XMP, and the pictures in them.
+class ImageMetadata {
+public:
+    /// Empty when there is nothing that can be read. The bytes are read in place.
+    explicit ImageMetadata(std::string_view bytes);
+    ~ImageMetadata();
+
+    /// 1 to 8; 0 when the file does not say.
+    int orientation() const;
+    /// Whether it holds what a sensor has seen, and the maker's name.
+    bool isOfSensor() const;
+    bool isDigitalNegative() const;
+    std::string maker() const;
+    /// The embedded thumbnail as a file of its own; nil when there is none.
+    NSData thumbnail() const;
+    /// The smallest preview whose longer side has so many pixels, or else the largest; nil when there is none. The sides
+    /// that the file states go with it.
+    NSData preview(std::size_t leastPixels) const;
+    /// Of the whole; empty when there is none.
+    std::string profile() const;
+
+    /// Adds the groups that there are by the keys of CGImageProperties.h.
+    void addGroups(NSMutableDictionary& properties) const;
+
+private:
+    struct Contents;
+    std::unique_ptr<Contents> contents_;
+};
+
+/// Starts the library.
+void prepareMetadata();
+
+} // namespace kelvo

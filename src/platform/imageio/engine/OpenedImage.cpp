@@ -1,0 +1,255 @@
+#include "platform/imageio/engine/OpenedImage.h"
+
+#include "platform/imageio/CGImageProperties.h"
+#include "platform/imageio/ImageEngineMessages.h"
+#include "platform/imageio/engine/ContainerFacts.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace kelvo {
+namespace {
+
+using namespace imageengine;
+using namespace std::string_view_literals;
+
+constexpr double centimetresInInch = 2.54;
+constexpr double metresInInch = 0.0254;
+
+bool isOfType(const ImageKind& kind, std::u16string_view type) {
+    return kind.type == type;
+}
+
+std::string_view inPlace(const NSData& data) {
+    return data.characters();
+}
+
+double numberIn(const NSDictionary& group, const char16_t* key) {
+    const NSNumber* const number = group.objectForKey(key).numberIfAny();
+    return number ? number->doubleValue() : 0;
+}
+
+void setResolution(NSMutableDictionary& properties, double across, double down) {
+    if (across <= 0 || down <= 0)
+        return;
+    properties.setObject_forKey(NSNumber::numberWithDouble(across), kCGImagePropertyDPIWidth);
+    properties.setObject_forKey(NSNumber::numberWithDouble(down), kCGImagePropertyDPIHeight);
+}
+
+/// From the first of the groups that tells.
+void addResolution(NSMutableDictionary& properties) {
+    const NSDictionary tiff = properties.objectForKey(kCGImagePropertyTIFFDictionary).dictionary();
+    const NSDictionary jfif = properties.objectForKey(kCGImagePropertyJFIFDictionary).dictionary();
+    const NSDictionary png = properties.objectForKey(kCGImagePropertyPNGDictionary).dictionary();
+    // 1 of both units is none; inches are 2 in one, 1 in the other, and centimetres follow.
+    const double tiffUnit =
+        tiff.objectForKey(u"ResolutionUnit").isNil() ? 2 : numberIn(tiff, u"ResolutionUnit");
+    const double jfifUnit = numberIn(jfif, u"DensityUnit");
+    if (tiffUnit >= 2 && numberIn(tiff, u"XResolution") > 0) {
+        const double factor = tiffUnit == 3 ? centimetresInInch : 1;
+        setResolution(properties, numberIn(tiff, u"XResolution") * factor,
+                      numberIn(tiff, u"YResolution") * factor);
+    } else if (jfifUnit >= 1) {
+        const double factor = jfifUnit == 2 ? centimetresInInch : 1;
+        setResolution(properties, numberIn(jfif, u"XDensity") * factor, numberIn(jfif, u"YDensity") * factor);
+    } else {
+        setResolution(properties, numberIn(png, u"XPixelsPerMeter") * metresInInch,
+                      numberIn(png, u"YPixelsPerMeter") * metresInInch);
+    }
+}
+
+void addIfAny(NSMutableDictionary& properties, const NSMutableDictionary& group, const char16_t* key) {
+    if (group.count() > 0)
+        properties.setObject_forKey(group.copy(), key);
+}
+
+ImageFacts factsOfFrame(const Frame& frame) {
+    ImageFacts facts;
+    facts.width = static_cast<std::int64_t>(frame.size.width);
+    facts.height = static_cast<std::int64_t>(frame.size.height);
+    facts.bitsOfSample = frame.bitsOfSample;
+    facts.hasAlpha = frame.hasAlpha;
+    facts.isFloat = frame.isFloat;
+    facts.isIndexed = frame.isIndexed;
+    facts.model = frame.isGray ? u"Gray" : u"RGB";
+    return facts;
+}
+
+} // namespace
+
+void prepareImageLibraries() {
+    prepareVips();
+    prepareMetadata();
+}
+
+NSArray readableImageTypes() {
+    auto types = NSMutableArray::array();
+    for (const ImageKind& kind : imageKinds()) {
+        const bool isThere = kind.reader == ImageReader::vips     ? hasVipsLoader(kind)
+                             : kind.reader == ImageReader::frames ? hasFrameDecoder(kind.loader)
+                                                                  : true;
+        if (isThere)
+            types.addObject(kind.type);
+    }
+    return types;
+}
+
+std::unique_ptr<OpenedImage> OpenedImage::open(const NSData& data, std::u16string_view hint) {
+    const ImageKind* const kind = kindOfImage(inPlace(data), hint);
+    if (!kind)
+        return nullptr;
+    std::unique_ptr<OpenedImage> image(new OpenedImage(data, *kind));
+    if (kind->reader == ImageReader::icons)
+        image->icons_ = iconsOfFolder(inPlace(data));
+    if (kind->reader == ImageReader::iconFamily)
+        image->icons_ = iconsOfFamily(inPlace(data));
+    if (kind->reader == ImageReader::icons || kind->reader == ImageReader::iconFamily) {
+        image->count_ = static_cast<std::int64_t>(image->icons_.size());
+    } else if (isOfType(*kind, u"public.tiff") && image->metadata().isOfSensor()) {
+        image->kind_ = *kindOfCamera(image->metadata().maker(), image->metadata().isDigitalNegative());
+    } else if (kind->mayHaveMany) {
+        image->count_ = image->headFacts(0).count;
+    }
+    return image->count_ > 0 ? std::move(image) : nullptr;
+}
+
+NSDictionary OpenedImage::facts() const {
+    const std::string_view bytes = inPlace(data_);
+    const bool isIncomplete = isOfType(kind_, u"public.jpeg")          ? isCutOffJPEG(bytes)
+                              : isOfType(kind_, u"public.png")         ? isCutOffPNG(bytes)
+                              : isOfType(kind_, u"com.compuserve.gif") ? isCutOffGIF(bytes)
+                                                                       : false;
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{NSString(kind_.type), typeKey},
+         {NSNumber::numberWithLongLong(count_), countKey},
+         {NSNumber::numberWithBool(isIncomplete), incompleteKey}});
+}
+
+const ImageMetadata& OpenedImage::metadata() {
+    if (!metadata_)
+        metadata_ = std::make_unique<ImageMetadata>(kind_.hasMetadata ? inPlace(data_) : std::string_view());
+    return *metadata_;
+}
+
+const ImageFacts& OpenedImage::headFacts(std::int64_t index) {
+    if (!facts_ || factsIndex_ != index) {
+        facts_ = kind_.reader == ImageReader::vips ? VipsImage(data_, kind_).facts(index)
+                                                   : factsOfFrame(frame(index));
+        factsIndex_ = index;
+    }
+    return *facts_;
+}
+
+Frame OpenedImage::frame(std::int64_t index) const {
+    return kind_.reader == ImageReader::frames ? decodedFrame(kind_.loader, inPlace(data_))
+                                               : decodedIcon(icons_[static_cast<std::size_t>(index)]);
+}
+
+std::unique_ptr<OpenedImage> OpenedImage::fileOfIcon(std::int64_t index) const {
+    if (icons_.empty() || icons_[static_cast<std::size_t>(index)].form != IconEntry::Form::file)
+        return nullptr;
+    const std::string_view bytes = icons_[static_cast<std::size_t>(index)].bytes;
+    auto file = open(NSData::dataWithBytes(bytes), {});
+    // Nothing that holds files again.
+    if (!file || file->kind_.reader != ImageReader::vips)
+        throw ImageFailure(Outcome::broken, u"the icon cannot be decoded");
+    return file;
+}
+
+std::optional<DecodedImage> OpenedImage::embeddedThumbnail(const PixelDemand& demand) {
+    const NSData thumbnail = metadata().thumbnail();
+    if (thumbnail.isNil())
+        return std::nullopt;
+    const ImageKind* const kind = kindOfImage(thumbnail.characters(), {});
+    if (!kind || kind->reader != ImageReader::vips)
+        return std::nullopt;
+    PixelDemand inColors = demand;
+    inColors.profile = metadata().profile();
+    try {
+        return VipsImage(thumbnail, *kind).decode(0, inColors);
+    } catch (const ImageFailure&) {
+        return std::nullopt;
+    }
+}
+
+DecodedImage OpenedImage::whole(std::int64_t index, const PixelDemand& demand) {
+    if (const auto file = fileOfIcon(index))
+        return file->whole(0, demand);
+    if (kind_.reader == ImageReader::vips)
+        return VipsImage(data_, kind_).decode(index, demand);
+    if (kind_.reader == ImageReader::preview) {
+        const NSData preview = metadata().preview(demand.mostPixels);
+        const ImageKind* const kind = preview.isNil() ? nullptr : kindOfImage(preview.characters(), {});
+        if (!kind || kind->reader != ImageReader::vips)
+            throw ImageFailure(Outcome::unsupported,
+                               u"the camera has put no picture into the file that can be shown");
+        return VipsImage(preview, *kind).decode(0, demand);
+    }
+    const Frame decoded = frame(index);
+    facts_ = factsOfFrame(decoded);
+    factsIndex_ = index;
+    return shrunk(decoded.size, decoded.hasAlpha, decoded.pixels, demand);
+}
+
+std::optional<DecodedImage> OpenedImage::decode(std::int64_t index, const DecodeRequest& request) {
+    if (index < 0 || index >= count_)
+        return std::nullopt;
+    PixelDemand demand;
+    demand.mostPixels = request.mostPixels;
+    if (request.isUpright && metadata().orientation() != 0)
+        demand.orientation = metadata().orientation();
+    // The library for those turns them itself.
+    if (kind_.loader == "VipsForeignLoadHeif"sv || kind_.loader == "VipsForeignLoadJxl"sv)
+        demand.orientation = uprightOrientation;
+    if (request.mayBeEmbedded && index == 0) {
+        if (auto thumbnail = embeddedThumbnail(demand))
+            return thumbnail;
+    }
+    if (!request.mayBeFromImage)
+        return std::nullopt;
+    return whole(index, demand);
+}
+
+Value OpenedImage::properties(std::int64_t index) {
+    if (index < 0 || index >= count_)
+        return {};
+    if (const auto file = fileOfIcon(index))
+        return file->properties(0);
+    auto properties = NSMutableDictionary::dictionary();
+    if (kind_.reader == ImageReader::preview) {
+        // What the sensor has is not read here; the file says how large it is.
+    } else {
+        const ImageFacts& facts = headFacts(index);
+        properties.setObject_forKey(NSNumber::numberWithLongLong(facts.width), kCGImagePropertyPixelWidth);
+        properties.setObject_forKey(NSNumber::numberWithLongLong(facts.height), kCGImagePropertyPixelHeight);
+        properties.setObject_forKey(NSNumber::numberWithInt(facts.bitsOfSample), kCGImagePropertyDepth);
+        properties.setObject_forKey(facts.model, kCGImagePropertyColorModel);
+        if (facts.hasAlpha || !isOfType(kind_, u"public.jpeg"))
+            properties.setObject_forKey(NSNumber::numberWithBool(facts.hasAlpha), kCGImagePropertyHasAlpha);
+        if (facts.isFloat)
+            properties.setObject_forKey(NSNumber::numberWithBool(true), kCGImagePropertyIsFloat);
+        if (facts.isIndexed)
+            properties.setObject_forKey(NSNumber::numberWithBool(true), kCGImagePropertyIsIndexed);
+        const std::string profile = descriptionOfProfile(facts.profile);
+        if (!profile.empty())
+            properties.setObject_forKey(NSString::stringByRepairingUTF8String(profile),
+                                        kCGImagePropertyProfileName);
+    }
+    if (index == 0) {
+        metadata().addGroups(properties);
+        if (const int orientation = metadata().orientation())
+            properties.setObject_forKey(NSNumber::numberWithInt(orientation), kCGImagePropertyOrientation);
+    }
+    const std::string_view bytes = inPlace(data_);
+    if (isOfType(kind_, u"public.jpeg"))
+        addIfAny(properties, groupOfJFIF(bytes), kCGImagePropertyJFIFDictionary);
+    else if (isOfType(kind_, u"public.png"))
+        addIfAny(properties, groupOfPNG(bytes, facts_->texts), kCGImagePropertyPNGDictionary);
+    else if (isOfType(kind_, u"com.compuserve.gif"))
+        addIfAny(properties, groupOfGIF(bytes, index), kCGImagePropertyGIFDictionary);
+    addResolution(properties);
+    return properties.copy();
+}
+
+} // namespace kelvo
