@@ -27,7 +27,7 @@ constexpr ImageKind webp{u"org.webmproject.webp", vips, "VipsForeignLoadWebp", n
 constexpr ImageKind heic{u"public.heic", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
 constexpr ImageKind heif{u"public.heif", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
 constexpr ImageKind avif{u"public.avif", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
-constexpr ImageKind svg{u"public.svg-image", vips, "VipsForeignLoadSvg", nullptr, false, false, true};
+constexpr ImageKind svg{u"public.svg-image", vips, "VipsForeignLoadSvg"};
 constexpr ImageKind jpeg2000{u"public.jpeg-2000", vips, "VipsForeignLoadJp2k", nullptr, false, true};
 constexpr ImageKind jpegXL{u"public.jpeg-xl", vips, "VipsForeignLoadJxl", "vips-jxl", false, true};
 constexpr ImageKind ppm{portableBitmap, vips, "VipsForeignLoadPpm", nullptr, false, false, true};

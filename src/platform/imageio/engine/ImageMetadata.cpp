@@ -205,6 +205,13 @@ std::string ImageMetadata::maker() const {
     return datum ? datum->toString() : std::string();
 }
 
+ImageSize ImageMetadata::size() const {
+    if (!contents_)
+        return {};
+    return {static_cast<std::size_t>(std::max(contents_->image->pixelWidth(), 0)),
+            static_cast<std::size_t>(std::max(contents_->image->pixelHeight(), 0))};
+}
+
 NSData ImageMetadata::thumbnail() const {
     if (!contents_)
         return nullptr;

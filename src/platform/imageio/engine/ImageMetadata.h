@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Value.h"
+#include "platform/imageio/engine/DecodedImage.h"
 
 #include <memory>
 #include <string>
@@ -17,14 +18,15 @@ public:
 
     /// 1 to 8; 0 when the file does not say.
     int orientation() const;
-    /// Whether it holds what a sensor has seen, and the maker's name.
+    /// Whether it holds what a sensor has seen.
     bool isOfSensor() const;
     bool isDigitalNegative() const;
     std::string maker() const;
+    /// Of the image, as the file states it; 0 by 0 when it does not.
+    ImageSize size() const;
     /// The embedded thumbnail as a file of its own; nil when there is none.
     NSData thumbnail() const;
-    /// The smallest preview whose longer side has so many pixels, or else the largest; nil when there is none. The sides
-    /// that the file states go with it.
+    /// The smallest preview whose longer side has so many pixels, or else the largest; nil when there is none.
     NSData preview(std::size_t leastPixels) const;
     /// Of the whole; empty when there is none.
     std::string profile() const;

@@ -119,10 +119,12 @@ Value timeOf(const Exiv2::Value& value) {
         parts[index] = *part;
     }
     char written[32];
-    const bool isWhole = parts[2] == std::floor(parts[2]);
-    std::snprintf(written, sizeof written, isWhole ? "%02.0f:%02.0f:%02.0f" : "%02.0f:%02.0f:%06.3f",
-                  std::floor(parts[0]), std::floor(parts[1]), parts[2]);
-    return textOf(written);
+    const int length = std::snprintf(written, sizeof written, "%02.0f:%02.0f:%06.3f", std::floor(parts[0]),
+                                     std::floor(parts[1]), parts[2]);
+    std::string_view text(written, static_cast<std::size_t>(length));
+    // Only what is there of the fraction.
+    text = text.substr(0, text.find_last_not_of('0') + 1);
+    return textOf(text.ends_with('.') ? std::string_view(written, text.size() - 1) : text);
 }
 
 } // namespace

@@ -217,12 +217,20 @@ Value OpenedImage::properties(std::int64_t index) {
     if (const auto file = fileOfIcon(index))
         return file->properties(0);
     auto properties = NSMutableDictionary::dictionary();
-    if (kind_.reader == ImageReader::preview) {
-        // What the sensor has is not read here; the file says how large it is.
-    } else {
+    const bool isOfCamera = kind_.reader == ImageReader::preview;
+    if (isOfCamera && metadata().size().width > 0 && metadata().size().height > 0) {
+        const ImageSize size = metadata().size();
+        properties.setObject_forKey(NSNumber::numberWithInt(static_cast<int>(size.width)),
+                                    kCGImagePropertyPixelWidth);
+        properties.setObject_forKey(NSNumber::numberWithInt(static_cast<int>(size.height)),
+                                    kCGImagePropertyPixelHeight);
+    }
+    if (!isOfCamera) {
         const ImageFacts& facts = headFacts(index);
-        properties.setObject_forKey(NSNumber::numberWithLongLong(facts.width), kCGImagePropertyPixelWidth);
-        properties.setObject_forKey(NSNumber::numberWithLongLong(facts.height), kCGImagePropertyPixelHeight);
+        properties.setObject_forKey(NSNumber::numberWithInt(static_cast<int>(facts.width)),
+                                    kCGImagePropertyPixelWidth);
+        properties.setObject_forKey(NSNumber::numberWithInt(static_cast<int>(facts.height)),
+                                    kCGImagePropertyPixelHeight);
         properties.setObject_forKey(NSNumber::numberWithInt(facts.bitsOfSample), kCGImagePropertyDepth);
         properties.setObject_forKey(facts.model, kCGImagePropertyColorModel);
         if (facts.hasAlpha || !isOfType(kind_, u"public.jpeg"))
