@@ -14,6 +14,7 @@
 namespace kelvo {
 namespace {
 
+constexpr std::uint16_t kindOfPageTag = 0x00FE;
 constexpr std::uint16_t orientationTag = 0x0112;
 constexpr std::uint16_t photometryTag = 0x0106;
 constexpr std::uint16_t makerTag = 0x010F;
@@ -215,8 +216,14 @@ ImageSize ImageMetadata::size() const {
 NSData ImageMetadata::thumbnail() const {
     if (!contents_)
         return nullptr;
+    const Exiv2::ExifData& data = contents_->image->exifData();
+    // In a TIFF what stands there is the second page, unless it says that it is the first one reduced.
+    const Exiv2::Exifdatum* const kind = find(data, "Thumbnail", kindOfPageTag);
+    const bool isReduced = kind && kind->count() > 0 && (kind->toLong() & 1) != 0;
+    if (contents_->image->mimeType() == "image/tiff" && !isReduced)
+        return nullptr;
     try {
-        const Exiv2::DataBuf bytes = Exiv2::ExifThumbC(contents_->image->exifData()).copy();
+        const Exiv2::DataBuf bytes = Exiv2::ExifThumbC(data).copy();
         return bytes.size_ > 0 ? NSData::dataWithBytes(bytes.pData_, static_cast<std::size_t>(bytes.size_))
                                : NSData();
     } catch (const Exiv2::Error&) {
