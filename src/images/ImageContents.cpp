@@ -1,6 +1,7 @@
 #include "images/ImageContents.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvo {
 
@@ -18,13 +19,25 @@ NSData data(const NSBitmapImageRep& rep) {
     return rep.bitmap()->data;
 }
 
-std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithCGImageRef(const BitmapRef& decoded) {
+std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithBitmap(const BitmapRef& decoded) {
     if (!decoded || decoded->width == 0 || decoded->height == 0)
         return nullptr;
     auto image = std::make_shared<NSImage>(
         NSSize{static_cast<float>(decoded->width), static_cast<float>(decoded->height)});
     image->addRepresentation(NSBitmapImageRep::initWithBitmap(decoded));
     return image;
+}
+
+std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithCGImageRef(const CGImage& decoded) {
+    if (decoded.isNil())
+        return nullptr;
+    Bitmap bitmap;
+    bitmap.width = static_cast<std::uint32_t>(decoded.width());
+    bitmap.height = static_cast<std::uint32_t>(decoded.height());
+    bitmap.bytesPerRow = decoded.bytesPerRow();
+    bitmap.alpha = decoded.alphaInfo() == kCGImageAlphaLast ? BitmapAlpha::last : BitmapAlpha::skipLast;
+    bitmap.data = decoded.data();
+    return imageWithBitmap(std::make_shared<const Bitmap>(std::move(bitmap)));
 }
 
 } // namespace kelvo

@@ -4,6 +4,7 @@
 #include "platform/appkit/images/NSBitmapImageRep.h"
 #include "platform/appkit/images/NSImage.h"
 #include "platform/foundation/NSData.h"
+#include "platform/imageio/CGImage.h"
 
 #include <memory>
 
@@ -20,9 +21,12 @@ NSData data(const NSBitmapImageRep& rep);
 
 namespace NSImageKelvoExtensions {
 
-/// An image of a point for each pixel, with the decoded image as its only representation; with none, which
-/// isReallyValid tells, when the decoded image is not whole. Null for none and for one without extent.
-std::shared_ptr<NSImage> imageWithCGImageRef(const BitmapRef& decoded);
+/// An image of a point for each pixel, with the decoded image as its only representation, whose pixels are shared. Null
+/// for nil.
+std::shared_ptr<NSImage> imageWithCGImageRef(const CGImage& decoded);
+/// The same of pixels from elsewhere; without a representation, which isReallyValid tells, when they are not whole. Null
+/// for none and for what has no extent.
+std::shared_ptr<NSImage> imageWithBitmap(const BitmapRef& decoded);
 
 } // namespace NSImageKelvoExtensions
 

@@ -5,6 +5,7 @@
 #include "platform/foundation/Value.h"
 #include "platform/foundation/encodings/CFString.h"
 #include "platform/foundation/files/NSHFSFileTypes.h"
+#include "platform/imageio/CGImageSource.h"
 #include "platform/launchservices/UTType.h"
 #include "text/NSStringExtensions.h"
 #include "text/StringComparison.h"

@@ -9,10 +9,6 @@ namespace kelvo {
 // same in letters of either case, type codes ("'PDF '", see NSHFSTypeOfFile) as they are written. A path's
 // extension is what pathExtension gives. Nil is an extension, a type code or a path that nothing goes by.
 
-/// The types that the decoder of images can read, as uniform type identifiers; empty when it cannot say so now. It is
-/// the decoder's, and whoever links this floor brings it along.
-NSArray CGImageSourceCopyTypeIdentifiers();
-
 namespace NSImageKelvoExtensions {
 
 /// What the files are called that the decoder reads: the extensions, each in small letters and in capitals, and the quoted

@@ -4,5 +4,6 @@
 
 #include "images/ImageContents.h"
 #include "images/ImageFileTypes.h"
+#include "images/ImageFiles.h"
 #include "images/ImagePathExtensions.h"
 #include "images/ImageSizes.h"

@@ -1,5 +1,6 @@
 #include "service/PlumwickHelper.h"
 
+#include "images/ImageFiles.h"
 #include "markup/WebArchiveSearchableText.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentReading.h"
@@ -24,6 +25,9 @@ namespace {
 
 /// How long a page may take to load, in the platform's single precision.
 constexpr float secondsToLoad = 15.0F;
+
+/// In pixels.
+constexpr int longestSideOfThumbnail = 256;
 
 void note(const RequestOutcome& outcome) {
     noteOutcome(outcome.outcome, outcome.sentence);
@@ -156,8 +160,23 @@ NSDictionary PlumwickHelper::attributed_stringWithPDF(bool attributed, const NSD
     });
 }
 
-NSDictionary PlumwickHelper::imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString&, bool,
-                                                                                   bool) {
+NSDictionary PlumwickHelper::imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString& file,
+                                                                                   bool stringFromPDF, bool) {
+    if (stringFromPDF) {
+        noteOutcome(Outcome::unsupported, u"pictures are not made together with the text of PDFs yet");
+        return nullptr;
+    }
+    try {
+        NSDictionary properties;
+        const auto thumbnail =
+            NSImageKelvoExtensions::thumbnailForFile_maxSize_alwaysFromImage_withTransform_properties(
+                file, longestSideOfThumbnail, false, true, &properties);
+        if (thumbnail)
+            return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                {{properties, ResultPropertiesKey}, {thumbnail->TIFFRepresentation(), ResultThumbnailKey}});
+    } catch (const std::exception& exception) {
+        note(outcomeOfFailure(exception));
+    }
     return nullptr;
 }
 

@@ -82,10 +82,10 @@ TEST(ImageSizesTest, OfImages) {
 }
 
 TEST(ImageContentsTest, AlphaAndValidity) {
-    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::last))));
-    EXPECT_TRUE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::premultipliedLast))));
-    EXPECT_FALSE(hasAlpha(*imageWithCGImageRef(pixels(2, 2, BitmapAlpha::skipLast))));
-    const auto opaque = imageWithCGImageRef(pixels(2, 2));
+    EXPECT_TRUE(hasAlpha(*imageWithBitmap(pixels(2, 2, BitmapAlpha::last))));
+    EXPECT_TRUE(hasAlpha(*imageWithBitmap(pixels(2, 2, BitmapAlpha::premultipliedLast))));
+    EXPECT_FALSE(hasAlpha(*imageWithBitmap(pixels(2, 2, BitmapAlpha::skipLast))));
+    const auto opaque = imageWithBitmap(pixels(2, 2));
     EXPECT_FALSE(hasAlpha(*opaque) || hasAlpha(NSImage()));
     EXPECT_TRUE(isReallyValid(*opaque));
     opaque->addRepresentation(std::make_shared<Drawing>());
@@ -96,18 +96,17 @@ TEST(ImageContentsTest, AlphaAndValidity) {
 
 TEST(ImageContentsTest, OfADecodedImage) {
     const BitmapRef decoded = pixels(30, 20);
-    const auto image = imageWithCGImageRef(decoded);
+    const auto image = imageWithBitmap(decoded);
     EXPECT_EQ(image->size(), (NSSize{30, 20}));
     ASSERT_EQ(image->representations().size(), 1U);
     EXPECT_TRUE(data(dynamic_cast<const NSBitmapImageRep&>(*image->representations()[0]))
                     .isIdenticalTo(decoded->data));
 
-    EXPECT_FALSE(imageWithCGImageRef(nullptr) || imageWithCGImageRef(pixels(0, 5)) ||
-                 imageWithCGImageRef(pixels(5, 0)));
+    EXPECT_FALSE(imageWithBitmap(nullptr) || imageWithBitmap(pixels(0, 5)) || imageWithBitmap(pixels(5, 0)));
     const auto broken = std::make_shared<Bitmap>(*decoded);
     broken->height = 21;
-    EXPECT_EQ(imageWithCGImageRef(broken)->size(), (NSSize{30, 21}));
-    EXPECT_FALSE(isReallyValid(*imageWithCGImageRef(broken)));
+    EXPECT_EQ(imageWithBitmap(broken)->size(), (NSSize{30, 21}));
+    EXPECT_FALSE(isReallyValid(*imageWithBitmap(broken)));
 }
 
 } // namespace

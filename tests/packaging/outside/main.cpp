@@ -6,10 +6,9 @@
 
 int main() {
     kelvo::Client client;
-    const kelvo::NSDictionary nothing = client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(
-        kelvo::NSFileManager::defaultManager().stringWithFileSystemRepresentation("/nowhere/caf\xE9"), false,
-        true);
-    if (!nothing.isNil() || nothing == kelvo::NSDictionary::dictionary())
+    const kelvo::NSData nothing = client.PDFImageRepOfFile(
+        kelvo::NSFileManager::defaultManager().stringWithFileSystemRepresentation("/nowhere/caf\xE9"));
+    if (!nothing.isNil() || nothing == kelvo::NSData::data())
         return 1;
     const auto outcome = client.outcomeOfLastRequest();
     if (!outcome || outcome->sentence.isNil() || kelvo::wordOfOutcome(outcome->outcome) != u"unsupported" ||
