@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -105,6 +106,10 @@ TEST_F(KelvoImExportTest, NilIsNotEmptyInEitherDirection) {
 
 TEST_F(KelvoImExportTest, WhatFailsIsCalledByItsOwnName) {
     connection().setReplyTimeout(0);
+    // So that no answer is quicker than that.
+    const pid_t service = connection().peerProcessIdentifier();
+    ASSERT_GT(service, 0);
+    kill(service, SIGSTOP);
     const std::function<void()> operations[] = {
         [&] { proxy().metaDataForFile(u"/a"); },
         [&] { proxy().RTFDWithHTML_baseURL_allowRemoteRequest(nullptr, nullptr, false); },
@@ -127,6 +132,7 @@ TEST_F(KelvoImExportTest, WhatFailsIsCalledByItsOwnName) {
             EXPECT_EQ(exception.reason(), name.stringByAppendingString(u" was not answered in time."));
         }
     }
+    kill(service, SIGCONT);
 }
 
 TEST_F(KelvoImExportTest, EachRequestIsWrittenDownUnderItsOwnOperation) {
