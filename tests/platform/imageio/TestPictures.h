@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -66,8 +67,9 @@ inline std::string pictureFile(const char* format, int width, int height, std::s
 inline std::string withMetadata(const std::string& file,
                                 const std::vector<std::pair<std::string, std::string>>& values,
                                 const std::string& thumbnail = {}) {
-    const auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(file.data()),
-                                                 static_cast<long>(file.size()));
+    const auto* const start = reinterpret_cast<const Exiv2::byte*>(file.data());
+    const std::unique_ptr<Exiv2::Image> image(
+        Exiv2::ImageFactory::open(start, static_cast<long>(file.size())).release());
     image->readMetadata();
     for (const auto& [key, value] : values) {
         if (key.starts_with("Iptc.")) {

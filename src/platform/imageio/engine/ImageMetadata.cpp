@@ -153,14 +153,14 @@ NSMutableDictionary iptcOf(const Exiv2::IptcData& data) {
 } // namespace
 
 struct ImageMetadata::Contents {
-    Exiv2::Image::AutoPtr image;
+    std::unique_ptr<Exiv2::Image> image;
 };
 
 ImageMetadata::ImageMetadata(std::string_view bytes) {
     try {
         auto contents = std::make_unique<Contents>();
-        contents->image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.data()),
-                                                    static_cast<long>(bytes.size()));
+        const auto* const start = reinterpret_cast<const Exiv2::byte*>(bytes.data());
+        contents->image.reset(Exiv2::ImageFactory::open(start, static_cast<long>(bytes.size())).release());
         contents->image->readMetadata();
         contents_ = std::move(contents);
     } catch (const std::bad_alloc&) {

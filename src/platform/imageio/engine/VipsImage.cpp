@@ -263,9 +263,8 @@ int sideOf(const PixelDemand& demand) {
 /// thumbnails.
 const char* conversionOf(::VipsImage* image) {
     const std::string profile = blob(image, VIPS_META_ICC_NAME);
-    const bool isNeeded = vips_image_get_interpretation(image) == VIPS_INTERPRETATION_CMYK ||
-                          (!profile.empty() && !descriptionOfProfile(profile).starts_with("sRGB"));
-    return isNeeded ? "export_profile" : nullptr;
+    return !profile.empty() && !descriptionOfProfile(profile).starts_with("sRGB") ? "export_profile"
+                                                                                  : nullptr;
 }
 
 Image thumbnailOf(::VipsImage* image, int side) {
