@@ -57,10 +57,6 @@ inline constexpr const char16_t* heightKey = u"Height";
 inline constexpr const char16_t* alphaKey = u"Alpha";
 /// Data of width * height * 4 bytes.
 inline constexpr const char16_t* bytesKey = u"Bytes";
-/// Numbers; absent when the file does not say.
-inline constexpr const char16_t* horizontalDPIKey = u"DPIWidth";
-inline constexpr const char16_t* verticalDPIKey = u"DPIHeight";
-
 inline constexpr std::size_t bytesOfPixel = 4;
 /// What has more pixels is decoded smaller, or not at all.
 inline constexpr std::uint64_t mostPixelsOfImage = 100'000'000;

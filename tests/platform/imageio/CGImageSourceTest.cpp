@@ -6,6 +6,7 @@
 #include "platform/ledger/RequestNotes.h"
 #include "support/TemporaryFolder.h"
 
+#include <csignal>
 #include <string>
 
 namespace kelvo {
@@ -276,6 +277,14 @@ TEST(CGImageSourceTest, AFileIsNotReadHere) {
     const CGImageSource source = CGImageSourceCreateWithData(data, {});
     EXPECT_EQ(described(CGImageSourceCreateThumbnailAtIndex(source, 0, optionsOf({}))), "256x256 RGBW");
     EXPECT_TRUE(data.isUnread());
+}
+
+TEST(CGImageSourceTest, AnotherEngineGoesOn) {
+    const CGImageSource source = sourceOf(pictureFile(".png", 30, 30, "RGBW"));
+    ::kill(ImageEngine::sharedEngine().processIdentifier(), SIGKILL);
+    // The first question may be the one that finds out.
+    CGImageSourceCreateThumbnailAtIndex(source, 0, optionsOf({}));
+    EXPECT_EQ(described(CGImageSourceCreateThumbnailAtIndex(source, 0, optionsOf({}))), "30x30 RGBW");
 }
 
 std::string largePNG(std::uint32_t width, std::uint32_t height) {
