@@ -3,8 +3,6 @@
 #include "platform/imageio/engine/ByteReader.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <string>
 
 namespace kelvo {
@@ -16,143 +14,101 @@ constexpr auto vips = ImageReader::vips;
 constexpr auto frames = ImageReader::frames;
 constexpr auto preview = ImageReader::preview;
 
-constexpr const char16_t* portableBitmap = u"public.pbm";
+constexpr const char16_t* tiff = u"public.tiff";
+constexpr const char16_t* avif = u"public.avif";
+constexpr const char16_t* heic = u"public.heic";
+constexpr const char16_t* heif = u"public.heif";
+constexpr const char16_t* jpeg2000 = u"public.jpeg-2000";
+constexpr const char16_t* jpegXL = u"public.jpeg-xl";
+constexpr const char16_t* radiance = u"public.radiance";
 constexpr const char16_t* targa = u"com.truevision.tga-image";
+constexpr const char16_t* canon = u"com.canon.cr2-raw-image";
+constexpr const char16_t* fuji = u"com.fuji.raw-image";
+constexpr const char16_t* nikon = u"com.nikon.raw-image";
+constexpr const char16_t* olympus = u"com.olympus.raw-image";
+constexpr const char16_t* panasonic = u"com.panasonic.rw2-raw-image";
+constexpr const char16_t* pentax = u"com.pentax.raw-image";
+constexpr const char16_t* otherCamera = u"public.camera-raw-image";
 
-constexpr ImageKind jpeg{u"public.jpeg", vips, "VipsForeignLoadJpeg", nullptr, false, true, true};
-constexpr ImageKind png{u"public.png", vips, "VipsForeignLoadPng", nullptr, false, true, true};
-constexpr ImageKind gif{u"com.compuserve.gif", vips, "VipsForeignLoadNsgif", nullptr, true};
-constexpr ImageKind tiff{u"public.tiff", vips, "VipsForeignLoadTiff", nullptr, true, true, true};
-constexpr ImageKind webp{u"org.webmproject.webp", vips, "VipsForeignLoadWebp", nullptr, true, true};
-constexpr ImageKind heic{u"public.heic", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
-constexpr ImageKind heif{u"public.heif", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
-constexpr ImageKind avif{u"public.avif", vips, "VipsForeignLoadHeif", "vips-heif", true, true};
-constexpr ImageKind svg{u"public.svg-image", vips, "VipsForeignLoadSvg"};
-constexpr ImageKind jpeg2000{u"public.jpeg-2000", vips, "VipsForeignLoadJp2k", nullptr, false, true};
-constexpr ImageKind jpegXL{u"public.jpeg-xl", vips, "VipsForeignLoadJxl", "vips-jxl", false, true};
-constexpr ImageKind ppm{portableBitmap, vips, "VipsForeignLoadPpm", nullptr, false, false, true};
-constexpr ImageKind radiance{u"public.radiance", vips, "VipsForeignLoadRad", nullptr, false, false, true};
-constexpr ImageKind bmp{u"com.microsoft.bmp", frames, "bmp"};
-constexpr ImageKind psd{u"com.adobe.photoshop-image", frames, "psd", nullptr, false, true};
-constexpr ImageKind tga{targa, frames, "targa"};
-constexpr ImageKind sgi{u"com.sgi.sgi-image", frames, "sgi"};
-constexpr ImageKind pcx{u"com.zsoft.pcx-image", frames, "pcx"};
-constexpr ImageKind exr{u"com.ilm.openexr-image", frames, "exr"};
-constexpr ImageKind pict{u"com.apple.pict", frames, "qdraw"};
-constexpr ImageKind ico{u"com.microsoft.ico", ImageReader::icons, "bmp", nullptr, true};
-constexpr ImageKind cur{u"com.microsoft.cur", ImageReader::icons, "bmp", nullptr, true};
-constexpr ImageKind icns{u"com.apple.icns", ImageReader::iconFamily, "", nullptr, true};
 constexpr ImageKind cameraOf(const char16_t* type) {
     return {type, preview, "", nullptr, false, true};
 }
 
-enum At : std::uint8_t {
-    jpegAt,
-    pngAt,
-    gifAt,
-    tiffAt,
-    webpAt,
-    heicAt,
-    heifAt,
-    avifAt,
-    svgAt,
-    jpeg2000At,
-    jpegXLAt,
-    ppmAt,
-    radianceAt,
-    bmpAt,
-    psdAt,
-    tgaAt,
-    sgiAt,
-    pcxAt,
-    exrAt,
-    pictAt,
-    icoAt,
-    curAt,
-    icnsAt,
-    adobeAt,
-    canon2At,
-    canon3At,
-    canonAt,
-    fujiAt,
-    minoltaAt,
-    nikonAt,
-    olympusAt,
-    panasonicAt,
-    pentaxAt,
-    sonyAt,
-    samsungAt,
-    otherCameraAt
+constexpr ImageKind kinds[] = {
+    {u"public.jpeg", vips, "VipsForeignLoadJpeg", nullptr, false, true, true},
+    {u"public.png", vips, "VipsForeignLoadPng", nullptr, false, true, true},
+    {u"com.compuserve.gif", vips, "VipsForeignLoadNsgif", nullptr, true},
+    {tiff, vips, "VipsForeignLoadTiff", nullptr, true, true, true},
+    {u"org.webmproject.webp", vips, "VipsForeignLoadWebp", nullptr, true, true},
+    {heic, vips, "VipsForeignLoadHeif", "vips-heif", true, true},
+    {heif, vips, "VipsForeignLoadHeif", "vips-heif", true, true},
+    {avif, vips, "VipsForeignLoadHeif", "vips-heif", true, true},
+    {u"public.svg-image", vips, "VipsForeignLoadSvg"},
+    {jpeg2000, vips, "VipsForeignLoadJp2k", nullptr, false, true},
+    {jpegXL, vips, "VipsForeignLoadJxl", "vips-jxl", false, true},
+    {u"public.pbm", vips, "VipsForeignLoadPpm", nullptr, false, false, true},
+    {radiance, vips, "VipsForeignLoadRad", nullptr, false, false, true},
+    {u"com.microsoft.bmp", frames, "bmp"},
+    {u"com.adobe.photoshop-image", frames, "psd", nullptr, false, true},
+    {targa, frames, "targa"},
+    {u"com.sgi.sgi-image", frames, "sgi"},
+    {u"com.zsoft.pcx-image", frames, "pcx"},
+    {u"com.ilm.openexr-image", frames, "exr"},
+    {u"com.apple.pict", frames, "qdraw"},
+    {u"com.microsoft.ico", ImageReader::icons, "bmp", nullptr, true},
+    {u"com.microsoft.cur", ImageReader::icons, "bmp", nullptr, true},
+    {u"com.apple.icns", ImageReader::iconFamily, "", nullptr, true},
+    cameraOf(u"com.adobe.raw-image"),
+    cameraOf(canon),
+    cameraOf(u"com.canon.cr3-raw-image"),
+    cameraOf(u"com.canon.crw-raw-image"),
+    cameraOf(fuji),
+    cameraOf(u"com.konicaminolta.raw-image"),
+    cameraOf(nikon),
+    cameraOf(olympus),
+    cameraOf(panasonic),
+    cameraOf(pentax),
+    cameraOf(u"com.sony.arw-raw-image"),
+    cameraOf(u"com.samsung.raw-image"),
+    cameraOf(otherCamera),
 };
 
-constexpr ImageKind kinds[] = {jpeg,
-                               png,
-                               gif,
-                               tiff,
-                               webp,
-                               heic,
-                               heif,
-                               avif,
-                               svg,
-                               jpeg2000,
-                               jpegXL,
-                               ppm,
-                               radiance,
-                               bmp,
-                               psd,
-                               tga,
-                               sgi,
-                               pcx,
-                               exr,
-                               pict,
-                               ico,
-                               cur,
-                               icns,
-                               cameraOf(u"com.adobe.raw-image"),
-                               cameraOf(u"com.canon.cr2-raw-image"),
-                               cameraOf(u"com.canon.cr3-raw-image"),
-                               cameraOf(u"com.canon.crw-raw-image"),
-                               cameraOf(u"com.fuji.raw-image"),
-                               cameraOf(u"com.konicaminolta.raw-image"),
-                               cameraOf(u"com.nikon.raw-image"),
-                               cameraOf(u"com.olympus.raw-image"),
-                               cameraOf(u"com.panasonic.rw2-raw-image"),
-                               cameraOf(u"com.pentax.raw-image"),
-                               cameraOf(u"com.sony.arw-raw-image"),
-                               cameraOf(u"com.samsung.raw-image"),
-                               cameraOf(u"public.camera-raw-image")};
-static_assert(std::size(kinds) == otherCameraAt + 1);
+/// Of a type that is in the table.
+const ImageKind* kindOf(std::u16string_view type) {
+    return std::find_if(std::begin(kinds), std::end(kinds),
+                        [type](const ImageKind& kind) { return kind.type == type; });
+}
 
-struct Beginning {
+struct Mark {
     std::string_view bytes;
-    At kind;
+    const char16_t* type;
 };
-constexpr Beginning beginnings[] = {
-    {"\xFF\xD8\xFF"sv, jpegAt},
-    {"\x89PNG\r\n\x1A\n"sv, pngAt},
-    {"GIF87a"sv, gifAt},
-    {"GIF89a"sv, gifAt},
-    {"II*\0\x10\0\0\0CR"sv, canon2At},
-    {"II*\0"sv, tiffAt},
-    {"MM\0*"sv, tiffAt},
-    {"II+\0\x08\0\0\0"sv, tiffAt},
-    {"MM\0+\0\x08\0\0"sv, tiffAt},
-    {"IIRO"sv, olympusAt},
-    {"IIRS"sv, olympusAt},
-    {"MMOR"sv, olympusAt},
-    {"IIU\0"sv, panasonicAt},
-    {"FUJIFILMCCD-RAW"sv, fujiAt},
-    {"\0MRM"sv, minoltaAt},
-    {"\xFF\x4F\xFF\x51"sv, jpeg2000At},
-    {"\0\0\0\x0CjP  \r\n\x87\n"sv, jpeg2000At},
-    {"\xFF\x0A"sv, jpegXLAt},
-    {"\0\0\0\x0CJXL \r\n\x87\n"sv, jpegXLAt},
-    {"#?RADIANCE"sv, radianceAt},
-    {"#?RGBE"sv, radianceAt},
-    // The second form of the last is not read by any library here.
-    {"8BPS\0\x01"sv, psdAt},
-    {"\x76\x2F\x31\x01"sv, exrAt},
-    {"icns"sv, icnsAt},
+constexpr Mark beginnings[] = {
+    {"\xFF\xD8\xFF"sv, u"public.jpeg"},
+    {"\x89PNG\r\n\x1A\n"sv, u"public.png"},
+    {"GIF87a"sv, u"com.compuserve.gif"},
+    {"GIF89a"sv, u"com.compuserve.gif"},
+    {"II*\0\x10\0\0\0CR"sv, canon},
+    {"II*\0"sv, tiff},
+    {"MM\0*"sv, tiff},
+    {"II+\0\x08\0\0\0"sv, tiff},
+    {"MM\0+\0\x08\0\0"sv, tiff},
+    {"IIRO"sv, olympus},
+    {"IIRS"sv, olympus},
+    {"MMOR"sv, olympus},
+    {"IIU\0"sv, panasonic},
+    {"FUJIFILMCCD-RAW"sv, fuji},
+    {"\0MRM"sv, u"com.konicaminolta.raw-image"},
+    {"\xFF\x4F\xFF\x51"sv, jpeg2000},
+    {"\0\0\0\x0CjP  \r\n\x87\n"sv, jpeg2000},
+    {"\xFF\x0A"sv, jpegXL},
+    {"\0\0\0\x0CJXL \r\n\x87\n"sv, jpegXL},
+    {"#?RADIANCE"sv, radiance},
+    {"#?RGBE"sv, radiance},
+    // No library here reads its second version.
+    {"8BPS\0\x01"sv, u"com.adobe.photoshop-image"},
+    {"\x76\x2F\x31\x01"sv, u"com.ilm.openexr-image"},
+    {"icns"sv, u"com.apple.icns"},
 };
 
 /// Of files of the ISO base media format, by the brand and those that it is said to be compatible with.
@@ -163,18 +119,22 @@ const ImageKind* kindOfBrands(std::string_view bytes) {
         return nullptr;
     const std::string_view all =
         bytes.substr(8, std::min<std::size_t>(*length, 256) - std::min<std::size_t>(*length, 8));
-    struct Brand {
-        std::string_view name;
-        At kind;
-    };
-    constexpr Brand brands[] = {{"crx ", canon3At}, {"avif", avifAt}, {"avis", avifAt}, {"heic", heicAt},
-                                {"heix", heicAt},   {"heim", heicAt}, {"heis", heicAt}, {"hevc", heicAt},
-                                {"hevx", heicAt},   {"mif1", heifAt}, {"msf1", heifAt}};
-    for (const Brand& brand : brands) {
+    constexpr Mark brands[] = {{"crx ", u"com.canon.cr3-raw-image"},
+                               {"avif", avif},
+                               {"avis", avif},
+                               {"heic", heic},
+                               {"heix", heic},
+                               {"heim", heic},
+                               {"heis", heic},
+                               {"hevc", heic},
+                               {"hevx", heic},
+                               {"mif1", heif},
+                               {"msf1", heif}};
+    for (const Mark& brand : brands) {
         for (std::size_t place = 0; place + 4 <= all.size(); place += 4) {
             // The second number is the version of the first brand.
-            if (place != 4 && all.substr(place, 4) == brand.name)
-                return &kinds[brand.kind];
+            if (place != 4 && all.substr(place, 4) == brand.bytes)
+                return kindOf(brand.type);
         }
     }
     return nullptr;
@@ -208,8 +168,8 @@ const ImageKind* kindOfIcons(std::string_view bytes) {
     const auto count = reader.number16(4);
     if (!count || *count == 0 || bytes.size() < 22 || bytes[9] != 0)
         return nullptr;
-    return bytes.starts_with("\0\0\1\0"sv)   ? &kinds[icoAt]
-           : bytes.starts_with("\0\0\2\0"sv) ? &kinds[curAt]
+    return bytes.starts_with("\0\0\1\0"sv)   ? kindOf(u"com.microsoft.ico")
+           : bytes.starts_with("\0\0\2\0"sv) ? kindOf(u"com.microsoft.cur")
                                              : nullptr;
 }
 
@@ -267,51 +227,54 @@ std::span<const ImageKind> imageKinds() {
 }
 
 const ImageKind* kindOfImage(std::string_view bytes, std::u16string_view hint) {
-    for (const Beginning& beginning : beginnings) {
+    for (const Mark& beginning : beginnings) {
         if (bytes.starts_with(beginning.bytes))
-            return &kinds[beginning.kind];
+            return kindOf(beginning.type);
     }
     if (bytes.size() >= 14 && bytes.substr(6, 8) == "HEAPCCDR")
-        return &kinds[canonAt];
+        return kindOf(u"com.canon.crw-raw-image");
     if (bytes.starts_with("RIFF") && bytes.substr(8, 4) == "WEBP")
-        return &kinds[webpAt];
+        return kindOf(u"org.webmproject.webp");
     if (bytes.size() >= 16) {
         if (const ImageKind* const kind = kindOfBrands(bytes))
             return kind;
     }
     if (isBitmapFile(bytes))
-        return &kinds[bmpAt];
+        return kindOf(u"com.microsoft.bmp");
     if (isPortableMap(bytes))
-        return &kinds[ppmAt];
+        return kindOf(u"public.pbm");
     if (isSilicon(bytes))
-        return &kinds[sgiAt];
+        return kindOf(u"com.sgi.sgi-image");
     if (isTarga(bytes, hint == targa))
-        return &kinds[tgaAt];
+        return kindOf(targa);
     if (const ImageKind* const kind = kindOfIcons(bytes))
         return kind;
     if (isPaintbrush(bytes))
-        return &kinds[pcxAt];
+        return kindOf(u"com.zsoft.pcx-image");
     if (isPicture(bytes))
-        return &kinds[pictAt];
-    return isVectorGraphics(bytes) ? &kinds[svgAt] : nullptr;
+        return kindOf(u"com.apple.pict");
+    return isVectorGraphics(bytes) ? kindOf(u"public.svg-image") : nullptr;
 }
 
 const ImageKind* kindOfCamera(std::string_view maker, bool isDigitalNegative) {
     if (isDigitalNegative)
-        return &kinds[adobeAt];
-    struct Maker {
-        std::string_view name;
-        At kind;
-    };
-    constexpr Maker makers[] = {{"Canon", canon2At},        {"CANON", canon2At},    {"NIKON", nikonAt},
-                                {"Nikon", nikonAt},         {"OLYMPUS", olympusAt}, {"PENTAX", pentaxAt},
-                                {"RICOH", pentaxAt},        {"SONY", sonyAt},       {"SAMSUNG", samsungAt},
-                                {"Panasonic", panasonicAt}, {"FUJIFILM", fujiAt}};
-    for (const Maker& row : makers) {
-        if (maker.starts_with(row.name))
-            return &kinds[row.kind];
+        return kindOf(u"com.adobe.raw-image");
+    constexpr Mark makers[] = {{"Canon", canon},
+                               {"CANON", canon},
+                               {"NIKON", nikon},
+                               {"Nikon", nikon},
+                               {"OLYMPUS", olympus},
+                               {"PENTAX", pentax},
+                               {"RICOH", pentax},
+                               {"SONY", u"com.sony.arw-raw-image"},
+                               {"SAMSUNG", u"com.samsung.raw-image"},
+                               {"Panasonic", panasonic},
+                               {"FUJIFILM", fuji}};
+    for (const Mark& row : makers) {
+        if (maker.starts_with(row.bytes))
+            return kindOf(row.type);
     }
-    return &kinds[otherCameraAt];
+    return kindOf(otherCamera);
 }
 
 } // namespace kelvo

@@ -111,7 +111,9 @@ std::unique_ptr<OpenedImage> OpenedImage::open(const NSData& data, std::u16strin
     } else if (kind->mayHaveMany) {
         image->count_ = image->headFacts(0).count;
     }
-    return image->count_ > 0 ? std::move(image) : nullptr;
+    if (image->count_ <= 0)
+        return nullptr;
+    return image;
 }
 
 NSDictionary OpenedImage::facts() const {

@@ -401,7 +401,7 @@ std::string descriptionOfProfile(std::string_view profile) {
             return {};
         std::u16string units;
         for (std::size_t unit = 0; unit + 1 < std::min<std::size_t>(length, 512); unit += 2)
-            units += reader.number16(place + unit).value_or(0);
+            units += static_cast<char16_t>(reader.number16(place + unit).value_or(0));
         units.resize(std::min(units.find(u'\0'), units.size()));
         return NSString(units).UTF8String();
     }
