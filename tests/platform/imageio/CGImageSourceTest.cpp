@@ -232,6 +232,8 @@ TEST(CGImageSourceTest, FormatsThatAreReadOtherwise) {
         {"WebP", pictureFile(".webp[lossless]", 8, 8, "RGBW"), u"org.webmproject.webp", "8x8 RGBW"},
         {"AVIF", pictureFile(".avif[lossless]", 64, 64, "RGBW"), u"public.avif", "64x64 RGBW"},
         {"JPEG 2000", pictureFile(".jp2[lossless]", 64, 64, "RGBW"), u"public.jpeg-2000", "64x64 RGBW"},
+        {"JPEG 2000 in several sizes", pictureFile(".jp2[lossless]", 640, 480, "RGBW"), u"public.jpeg-2000",
+         "256x192 RGBW"},
         {"JPEG XL", pictureFile(".jxl[lossless]", 64, 64, "RGBW"), u"public.jpeg-xl", "64x64 RGBW"},
     };
     for (const Row& row : rows) {
@@ -323,6 +325,8 @@ TEST(CGImageSourceTest, WhatIsBrokenIsAnswered) {
         {"text", "Hello, world. This is no picture.", "nil", kCGImageStatusInvalidData,
          "it is no image of a kind that can be read"},
         {"a number for a picture of libvips", "2 2\n1 2\n3 4\n", "nil", kCGImageStatusInvalidData,
+         "it is no image of a kind that can be read"},
+        {"the beginning of a WebP", "RIFF\1\0", "nil", kCGImageStatusInvalidData,
          "it is no image of a kind that can be read"},
         {"two thousand million pixels on a side", largePNG(2000000000, 2000000000), "nil",
          kCGImageStatusComplete, "the image cannot be decoded"},

@@ -43,7 +43,8 @@ DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes) {
     if (!context || !packet || !frame)
         fail();
     context->thread_count = 1;
-    context->max_pixels = static_cast<std::int64_t>(imageengine::mostPixelsOfImage);
+    // Rows are longer in memory than in the image.
+    context->max_pixels = static_cast<std::int64_t>(imageengine::mostPixelsOfImage / 16 * 17);
     // Numbers without an upper end as they are meant for screens; other decoders have no such option.
     av_opt_set(context->priv_data, "apply_trc", "iec61966_2_1", 0);
     // The decoders read a little past the end.

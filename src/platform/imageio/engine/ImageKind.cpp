@@ -233,7 +233,7 @@ const ImageKind* kindOfImage(std::string_view bytes, std::u16string_view hint) {
     }
     if (bytes.size() >= 14 && bytes.substr(6, 8) == "HEAPCCDR")
         return kindOf(u"com.canon.crw-raw-image");
-    if (bytes.starts_with("RIFF") && bytes.substr(8, 4) == "WEBP")
+    if (bytes.size() >= 12 && bytes.starts_with("RIFF") && bytes.substr(8, 4) == "WEBP")
         return kindOf(u"org.webmproject.webp");
     if (bytes.size() >= 16) {
         if (const ImageKind* const kind = kindOfBrands(bytes))

@@ -9,6 +9,7 @@
 #include <gmodule.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include <dlfcn.h>
@@ -153,15 +154,32 @@ Image drawn(const NSData& data, double scale) {
     return made([&](auto** to) { return vips_svgload_source(source.get(), to, "scale", scale, nullptr); });
 }
 
-Image headOf(const NSData& data, const ImageKind& kind, std::int64_t index) {
-    if (isDrawing(kind))
-        return drawn(data, 1);
+/// As it is when nothing of it is decoded yet.
+Image loaded(const NSData& data, const std::string& options) {
     const Source source = sourceOf(data);
-    Image head(vips_image_new_from_source(source.get(), optionsOf(kind, index).c_str(), "access",
-                                          VIPS_ACCESS_SEQUENTIAL, nullptr));
-    if (!head)
+    Image image(
+        vips_image_new_from_source(source.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
+    if (!image)
         fail();
-    return head;
+    return image;
+}
+
+Image headOf(const NSData& data, const ImageKind& kind, std::int64_t index) {
+    return isDrawing(kind) ? drawn(data, 1) : loaded(data, optionsOf(kind, index));
+}
+
+bool isPyramid(const ImageKind& kind) {
+    return kind.loader == std::string_view("VipsForeignLoadJp2k");
+}
+
+/// The smallest of the sizes in which the file holds the image, each half as large as the one before, that is large
+/// enough. The library's own choice is wrong by several where it is asked for a thumbnail.
+Image levelOf(const NSData& data, ::VipsImage* whole, int side) {
+    int level = 0;
+    for (int longer = std::max(whole->Xsize, whole->Ysize) / 2;
+         longer >= side && level + 1 < vips_image_get_n_pages(whole); longer /= 2)
+        ++level;
+    return loaded(data, "[page=" + std::to_string(level) + "]");
 }
 
 std::string blob(::VipsImage* image, const char* name) {
@@ -279,6 +297,8 @@ Image thumbnailOf(::VipsImage* image, int side) {
 void prepareVips() {
     // Modules are looked for there; without this all are loaded at once, and some of them are not wanted.
     ::setenv("VIPSHOME", "/nonexistent", 0);
+    // What has to be held whole stays in memory: there is no disk.
+    ::setenv("VIPS_DISC_THRESHOLD", "4g", 0);
     if (VIPS_INIT("plumwick-image-engine") != 0)
         throw NSException(EngineMissingException, u"The image library does not start.");
     vips_concurrency_set(2);
@@ -343,6 +363,8 @@ DecodedImage VipsImage::decode(std::int64_t index, const PixelDemand& demand) co
                 demand.orientation);
         requirePixels(head->Xsize, vips_image_get_page_height(head.get()),
                       mostPixelsOf(kind_, data_.characters(), demand));
+        if (isPyramid(kind_))
+            return written(thumbnailOf(levelOf(data_, head.get(), side).get(), side), demand.orientation);
         if (!demand.profile.empty() && vips_image_get_typeof(head.get(), VIPS_META_ICC_NAME) == 0) {
             const Image image = made([&](auto** to) { return vips_copy(head.get(), to, nullptr); });
             vips_image_set_blob_copy(image.get(), VIPS_META_ICC_NAME, demand.profile.data(),
