@@ -21,7 +21,7 @@ public:
         // For text in drawings.
         profile.readable = {"/usr/share/fonts",      "/usr/local/share/fonts", "/etc/fonts",
                             "/usr/share/fontconfig", "/var/cache/fontconfig",  "/usr/share/mime"};
-        profile.addressSpaceBytes = std::uint64_t{2} << 30;
+        profile.addressSpaceBytes = std::uint64_t{3} << 30;
         return profile;
     }
 
