@@ -134,6 +134,7 @@ int main(int argc, char** argv) {
     const auto add = [](const std::string& name, auto function, auto... arguments) {
         benchmark::RegisterBenchmark(name.c_str(), function, arguments...)
             ->UseRealTime()
+            ->MinTime(3)
             ->Unit(benchmark::kMillisecond);
     };
     const auto addAll = [&](const std::string& name, const std::vector<std::string>& paths) {

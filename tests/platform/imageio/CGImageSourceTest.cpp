@@ -306,6 +306,13 @@ std::string largePNG(std::uint32_t width, std::uint32_t height) {
            "\0\0\0\0IEND\xAE\x42\x60\x82"s;
 }
 
+/// 20,000 pixels on a side, up to the first pass.
+std::string largeJPEG(char frame, char channelsOfPass) {
+    return "\xFF\xD8\xFF\xFF"s + frame +
+           "\0\x11\x08\x4E\x20\x4E\x20\3\1\x22\0\2\x11\0\3\x11\0\xFF\xDA\0\x0C"s + channelsOfPass +
+           "\1\0\2\0\3\0\0\x3F\0"s;
+}
+
 TEST(CGImageSourceTest, WhatIsBrokenIsAnswered) {
     const TemporaryFolder folder;
     const std::string secret = folder.write("secret.png", pictureFile(".png", 8, 8, "RRRR"));
@@ -332,6 +339,10 @@ TEST(CGImageSourceTest, WhatIsBrokenIsAnswered) {
          kCGImageStatusComplete, "the image cannot be decoded"},
         {"60,000 pixels on a side", largePNG(60000, 60000), "nil", kCGImageStatusComplete,
          "the image has more pixels than are decoded"},
+        {"a large JPEG in passes", largeJPEG('\xC2', 3), "nil", kCGImageStatusIncomplete,
+         "the image is stored in passes, and too large to be kept until the last"},
+        {"a large JPEG, channel by channel", largeJPEG('\xC0', 1), "nil", kCGImageStatusIncomplete,
+         "the image is stored in passes, and too large to be kept until the last"},
         {"half a JPEG", whole.substr(0, whole.size() / 2), "256x192 RG??", kCGImageStatusIncomplete,
          "the image is damaged, and may not be whole"},
         {"the head of a JPEG", whole.substr(0, 40), "nil", kCGImageStatusIncomplete,

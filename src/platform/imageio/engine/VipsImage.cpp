@@ -9,6 +9,7 @@
 #include <gmodule.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <string>
 
@@ -63,10 +64,11 @@ Source sourceOf(const NSData& data) {
 }
 
 /// What the library says where it goes on in spite of damage. What it says of profiles is no damage to the image.
-bool hasWarned = false;
+std::atomic<bool> hasWarned = false;
 
 void takeWarning(const gchar*, GLogLevelFlags, const gchar* message, gpointer) {
-    hasWarned = hasWarned || std::string_view(message).find("profile") == std::string_view::npos;
+    if (std::string_view(message).find("profile") == std::string_view::npos)
+        hasWarned = true;
 }
 
 /// Loaders are named by the class that those for files, memory and streams have in common; this is the last of these.
@@ -92,34 +94,44 @@ void requireLoader(const ImageKind& kind) {
         throw ImageFailure(Outcome::missingEngine, u"the library for images of this kind is not installed");
 }
 
-/// How much a JPEG that is stored in passes keeps until the last; 0 for others. Only what stands before the first
-/// pass is looked at.
+/// How much of the frame of a JPEG there is, of all its channels.
+std::uint64_t coefficientBytesOfFrame(const ByteReader& reader, std::size_t frame, std::size_t channels) {
+    std::uint64_t samples = 0;
+    std::uint64_t densest = 1;
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        const std::uint8_t factors = reader.number8(frame + 11 + 3 * channel).value_or(0x11);
+        const std::uint64_t density = static_cast<std::uint64_t>(factors >> 4U) * (factors & 0xFU);
+        samples += density;
+        densest = std::max(densest, density);
+    }
+    const std::uint64_t pixels =
+        std::uint64_t{reader.number16(frame + 5).value_or(0)} * reader.number16(frame + 7).value_or(0);
+    return pixels * samples / densest * sizeof(std::int16_t);
+}
+
+/// How much a JPEG that is stored in several passes keeps until the last; 0 for others. Only what stands before the
+/// first of them is looked at.
 std::uint64_t coefficientBytes(std::string_view bytes) {
     const ByteReader reader(bytes, ByteOrder::big);
+    std::uint64_t bytesOfFrame = 0;
+    std::size_t channels = 0;
+    bool isProgressive = false;
     for (std::size_t place = 2; reader.number8(place) == 0xFF;) {
-        const std::uint8_t marker = reader.number8(place + 1).value_or(0xDA);
+        const std::uint8_t marker = reader.number8(place + 1).value_or(0);
+        if (marker == 0xFF) {
+            ++place;
+            continue;
+        }
         const std::uint16_t length = reader.number16(place + 2).value_or(0);
-        if (marker == 0xDA || length < 2)
+        // The channels of the first pass: where some are missing, others follow.
+        if (marker == 0xDA)
+            return isProgressive || reader.number8(place + 4).value_or(0) < channels ? bytesOfFrame : 0;
+        if (length < 2)
             return 0;
-        const bool isFrame =
-            marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
-        if (isFrame && marker == 0xC0 + 1)
-            return 0;
-        if (isFrame) {
-            if (marker != 0xC2)
-                return 0;
-            const std::uint64_t pixels = std::uint64_t{reader.number16(place + 5).value_or(0)} *
-                                         reader.number16(place + 7).value_or(0);
-            const std::size_t channels = reader.number8(place + 9).value_or(0);
-            std::uint64_t samples = 0;
-            std::uint64_t densest = 1;
-            for (std::size_t channel = 0; channel < channels; ++channel) {
-                const std::uint8_t factors = reader.number8(place + 11 + 3 * channel).value_or(0x11);
-                const std::uint64_t density = static_cast<std::uint64_t>(factors >> 4U) * (factors & 0xFU);
-                samples += density;
-                densest = std::max(densest, density);
-            }
-            return pixels * samples / densest * sizeof(std::int16_t);
+        if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC) {
+            isProgressive = (marker & 3U) == 2;
+            channels = reader.number8(place + 9).value_or(0);
+            bytesOfFrame = coefficientBytesOfFrame(reader, place, channels);
         }
         place += 2 + std::size_t{length};
     }
