@@ -4,6 +4,7 @@
 #include "platform/foundation/processes/NSTask.h"
 #include "protocol/ResultKeys.h"
 #include "support/OfficeDocuments.h"
+#include "support/PDFDocuments.h"
 #include "support/ServiceSession.h"
 
 #include <gtest/gtest.h>
@@ -224,12 +225,19 @@ TEST_F(ServiceTest, NoLibraryThatReadsFilesIsInTheService) {
                                        "key><dict><key>WebResourceMIMEType</key><string>text/html</string>"
                                        "<key>WebResourceData</key><string>a</string></dict></dict></plist>"s})
         EXPECT_EQ(client.searchableTextOfWebArchive(file(archive)).count(), 2U) << archive;
-    client.attributed_stringWithPDF(true, NSData::dataWithBytes("%PDF-1.4"));
+    tests::PDFParts parts;
+    parts.pages = {tests::pdfText("page")};
+    const std::string pdf = tests::pdfDocument(parts);
+    const NSDictionary rich = client.attributed_stringWithPDF(true, NSData::dataWithBytes(pdf));
+    EXPECT_EQ(NSAttributedString::withValue(rich.objectForKey(ResultStringKey)).string(), u"page");
     const NSString picture = file(tests::smallPNG());
-    client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(picture, true, true);
+    EXPECT_EQ(client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(picture, false, true).count(), 2U);
     client.posterImageForMovieWithFile(picture);
     client.PDFImageRepOfFile(picture);
-    client.metaDataForFile(picture);
+    for (const auto& [name, contents] : {std::pair{"a.html", page}, std::pair{"a.pdf", pdf}}) {
+        const NSString path = NSString::stringWithUTF8String(folder.write(name, contents));
+        EXPECT_FALSE(client.metaDataForFile(path).objectForKey(u"kMDItemTextContent").isNil()) << name;
+    }
 
     const std::set<std::string> allowed{"ld-linux",  "libc",     "libm",       "libgcc_s", "libstdc++",
                                         "libresolv", "libicuuc", "libicudata", "libicui",  "libexpat",
