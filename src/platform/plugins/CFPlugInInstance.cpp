@@ -81,10 +81,13 @@ std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, 
          {NSFileManager::defaultManager().stringWithFileSystemRepresentation(*library), libraryKey},
          {function, functionKey},
          {dataOf(type), typeKey},
+         {dataOf(importerInterfaceIdentifier), interfaceKey},
          {titleOfPlugIn(plugIn), titleKey}});
     try {
-        const std::uint64_t number = objectIn(engine.ask(message, plugIn, PlugInEngine::Message::first));
-        return number == 0 ? nullptr : std::make_unique<CFPlugInInstance>(engine, plugIn, number);
+        const NSArray made = engine.ask(message, plugIn, PlugInEngine::Message::first).array();
+        const std::uint64_t number = made.count() > 0 ? objectIn(made.objectAtIndex(0)) : 0;
+        const std::uint64_t importer = made.count() > 1 ? objectIn(made.objectAtIndex(1)) : 0;
+        return number == 0 ? nullptr : std::make_unique<CFPlugInInstance>(engine, plugIn, number, importer);
     } catch (const NSException&) {
         // What became of it is noted, and another factory may do better.
         return nullptr;
@@ -92,6 +95,8 @@ std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, 
 }
 
 std::unique_ptr<ImporterInterface> CFPlugInInstance::QueryInterface(const CFUUID& interface) const {
+    if (interface == importerInterfaceIdentifier)
+        return importer_ == 0 ? nullptr : std::make_unique<ImporterInterface>(engine_, plugIn_, importer_);
     const auto message =
         NSMutableDictionary::dictionaryWithObjectsAndKeys({{queryAction, actionKey},
                                                            {numberOf(number_), objectKey},
@@ -107,13 +112,7 @@ std::unique_ptr<ImporterInterface> CFPlugInInstance::QueryInterface(const CFUUID
 }
 
 void CFPlugInInstance::Release() const {
-    const auto message = NSMutableDictionary::dictionaryWithObjectsAndKeys(
-        {{releaseAction, actionKey}, {numberOf(number_), objectKey}, {titleOfPlugIn(plugIn_), titleKey}});
-    try {
-        engine_.ask(message, plugIn_, PlugInEngine::Message::continued);
-    } catch (const NSException&) {
-        // It has given up everything.
-    }
+    engine_.release(number_);
 }
 
 bool ImporterInterface::ImporterImportData(NSMutableDictionary& attributes, const NSString& contentType,

@@ -44,18 +44,22 @@ private:
 /// An object as its factory made it.
 class CFPlugInInstance {
 public:
-    CFPlugInInstance(PlugInEngine& engine, CFPlugIn plugIn, std::uint64_t number)
-        : engine_(engine), plugIn_(std::move(plugIn)), number_(number) {}
+    /// `importer` is the object that it gave when it was asked for the interface of importers, as each is at once, so that
+    /// this takes no message of its own; 0: it has none.
+    CFPlugInInstance(PlugInEngine& engine, CFPlugIn plugIn, std::uint64_t number, std::uint64_t importer)
+        : engine_(engine), plugIn_(std::move(plugIn)), number_(number), importer_(importer) {}
 
     /// Null when the object has no such interface, or its engine ended.
     std::unique_ptr<ImporterInterface> QueryInterface(const CFUUID& interface) const;
-    /// Gives up the reference that the factory gave. Not to be used afterwards.
+    /// Gives up the reference that the factory gave: with the next message to the engine, and before what that is about. Not
+    /// to be used afterwards.
     void Release() const;
 
 private:
     PlugInEngine& engine_;
     CFPlugIn plugIn_;
     std::uint64_t number_;
+    std::uint64_t importer_;
 };
 
 /// Null when the factory makes none: it has no function, the library cannot be loaded, the function throws, ends the

@@ -41,13 +41,16 @@ PlugInEngine& PlugInEngine::engineForPlugIn(const CFPlugIn& plugIn) {
     return *others;
 }
 
-Value PlugInEngine::ask(const NSDictionary& message, const CFPlugIn& plugIn, Message place,
+Value PlugInEngine::ask(NSMutableDictionary message, const CFPlugIn& plugIn, Message place,
                         std::function<void(const Value& part)> reports) {
+    if (const std::uint64_t released = std::exchange(released_, 0); released != 0)
+        message.setObject_forKey(NSNumber::numberWithLongLong(static_cast<long long>(released)),
+                                 importerengine::releasedKey);
     EngineConversation conversation;
     conversation.reports = std::move(reports);
     conversation.title = titleOfPlugIn(plugIn);
     conversation.continues = place == Message::continued;
-    return process_.ask(message, plugIn.secondsLeft(), conversation);
+    return process_.ask(message.copy(), plugIn.secondsLeft(), conversation);
 }
 
 NSString titleOfPlugIn(const CFPlugIn& plugIn) {

@@ -23,13 +23,18 @@ public:
     enum class Message : std::uint8_t { first, continued };
 
     /// What EngineProcess::ask does, in the time that the plug-in has left.
-    Value ask(const NSDictionary& message, const CFPlugIn& plugIn, Message place,
+    Value ask(NSMutableDictionary message, const CFPlugIn& plugIn, Message place,
               std::function<void(const Value& part)> reports = {});
+
+    /// Has the object given up with the next message, before what that is about: nobody waits for it.
+    void release(std::uint64_t number) { released_ = number; }
 
 private:
     explicit PlugInEngine(EngineDescription description);
 
     EngineProcess process_;
+    /// 0: none. An engine that does not have it any more leaves it alone.
+    std::uint64_t released_ = 0;
 };
 
 /// "importer PDF": the plug-in in sentences.

@@ -28,8 +28,9 @@ MDUUID identifierIn(const NSDictionary& message, const char16_t* key) {
     return identifier;
 }
 
-std::uint64_t objectIn(const NSDictionary& message) {
-    const NSNumber* const number = message.objectForKey(objectKey).numberIfAny();
+/// 0 when there is none.
+std::uint64_t numberIn(const NSDictionary& message, const char16_t* key) {
+    const NSNumber* const number = message.objectForKey(key).numberIfAny();
     return number ? static_cast<std::uint64_t>(number->longLongValue()) : 0;
 }
 
@@ -72,20 +73,26 @@ public:
 
     Value answerTo(const Value& asked, EngineChannel& channel) override {
         const NSDictionary message = asked.dictionary();
+        if (const std::uint64_t released = numberIn(message, releasedKey); released != 0)
+            guarded(message, channel, [&] {
+                host_.release(released);
+                return Value();
+            });
         const NSString action = message.objectForKey(actionKey).string();
-        if (action == importAction)
-            return import(message, channel);
+        if (action == createAction)
+            return create(message, channel);
+        if (action == queryAction)
+            return query(numberIn(message, objectKey), message, channel);
+        return action == importAction ? import(message, channel) : Value();
+    }
+
+private:
+    /// Nil, and noted, when the plug-in throws.
+    template <typename Call>
+    static Value guarded(const NSDictionary& message, EngineChannel& channel, const Call& call) {
         NSString reason;
         try {
-            if (action == createAction)
-                return valueOfObject(host_.create(pathIn(message, libraryKey),
-                                                  message.objectForKey(functionKey).string().UTF8String(),
-                                                  identifierIn(message, typeKey)));
-            if (action == queryAction)
-                return valueOfObject(host_.query(objectIn(message), identifierIn(message, interfaceKey)));
-            if (action == releaseAction)
-                host_.release(objectIn(message));
-            return {};
+            return call();
         } catch (const std::bad_alloc&) {
             throw;
         } catch (const NSException& exception) {
@@ -101,7 +108,29 @@ public:
         return {};
     }
 
-private:
+    Value create(const NSDictionary& message, EngineChannel& channel) {
+        std::uint64_t number = 0;
+        const Value object = guarded(message, channel, [&] {
+            number = host_.create(pathIn(message, libraryKey),
+                                  message.objectForKey(functionKey).string().UTF8String(),
+                                  identifierIn(message, typeKey));
+            return valueOfObject(number);
+        });
+        if (object.isNil())
+            return {};
+        NSMutableArray made = NSMutableArray::array();
+        made.addObject(object);
+        if (const Value interface = query(number, message, channel); !interface.isNil())
+            made.addObject(interface);
+        return made;
+    }
+
+    Value query(std::uint64_t number, const NSDictionary& message, EngineChannel& channel) {
+        return guarded(message, channel, [&] {
+            return valueOfObject(host_.query(number, identifierIn(message, interfaceKey)));
+        });
+    }
+
     Value import(const NSDictionary& message, EngineChannel& channel) const {
         PlugInAttributes attributes(
             message.objectForKey(fileKey).data(),
@@ -111,8 +140,8 @@ private:
         NSString reason;
         try {
             return NSNumber::numberWithBool(host_.import(
-                objectIn(message), attributes, message.objectForKey(contentTypeKey).string().UTF8String(),
-                pathIn(message, pathKey)));
+                numberIn(message, objectKey), attributes,
+                message.objectForKey(contentTypeKey).string().UTF8String(), pathIn(message, pathKey)));
         } catch (const PlugInRaise& raised) {
             name = raised.name;
             reason = raised.reason;
