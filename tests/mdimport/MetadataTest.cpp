@@ -200,6 +200,15 @@ TEST_F(Metadata, PlugInsReachNothingButFiles) {
     EXPECT_EQ(result.objectForKey(u"descriptor"), Value(NSNumber::numberWithBool(true)));
 }
 
+TEST_F(Metadata, InstancesAreReleasedBeforeTheImport) {
+    add("Library/Spotlight/A.mdimporter", "public.plain-text", {"makeOther", "makeNone", "make"});
+    for (int time = 1; time <= 3; ++time) {
+        const NSDictionary result = of("released");
+        EXPECT_EQ(result.objectForKey(u"released"), Value(NSNumber::numberWithLongLong(2 * time)))
+            << "also the one without the interface";
+    }
+}
+
 TEST_F(Metadata, LibrariesStayLoaded) {
     add("Library/Spotlight/A.mdimporter", "public.plain-text", {"make"});
     const Value process = of("process").objectForKey(u"process");

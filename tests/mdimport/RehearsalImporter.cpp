@@ -25,7 +25,14 @@ std::int32_t query(void* self, MDUUID interface, void** result) {
     return *result ? MD_S_OK : MD_E_NOINTERFACE;
 }
 
-std::uint32_t count(void*) {
+std::uint32_t addReference(void*) {
+    return 1;
+}
+
+int timesReleased = 0;
+
+std::uint32_t release(void*) {
+    ++timesReleased;
     return 1;
 }
 
@@ -105,6 +112,8 @@ void doAs(const std::string& command, const std::string& about, MDAttributes* to
         tell(::execl("/bin/true", "true", nullptr) == 0);
     else if (command == "connect")
         can.setInteger(to, "error", errorOfConnecting(about.c_str()));
+    else if (command == "released")
+        can.setInteger(to, "released", timesReleased);
     else
         can.setInteger(to, "process", ::getpid());
 }
@@ -124,7 +133,7 @@ unsigned char import(void*, MDAttributes* to, const char* contentType, const cha
     return 0;
 }
 
-constexpr MDImporterInterface functions{nullptr, query, count, count, import};
+constexpr MDImporterInterface functions{nullptr, query, addReference, release, import};
 Object importer{&functions, true};
 Object other{&functions, false};
 
