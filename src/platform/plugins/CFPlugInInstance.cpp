@@ -81,8 +81,7 @@ std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, 
          {NSFileManager::defaultManager().stringWithFileSystemRepresentation(*library), libraryKey},
          {function, functionKey},
          {dataOf(type), typeKey},
-         {dataOf(importerInterfaceIdentifier), interfaceKey},
-         {titleOfPlugIn(plugIn), titleKey}});
+         {dataOf(importerInterfaceIdentifier), interfaceKey}});
     try {
         const NSArray made = engine.ask(message, plugIn, PlugInEngine::Message::first).array();
         const std::uint64_t number = made.count() > 0 ? objectIn(made.objectAtIndex(0)) : 0;
@@ -95,20 +94,9 @@ std::unique_ptr<CFPlugInInstance> CFPlugInInstanceCreate(const CFUUID& factory, 
 }
 
 std::unique_ptr<ImporterInterface> CFPlugInInstance::QueryInterface(const CFUUID& interface) const {
-    if (interface == importerInterfaceIdentifier)
-        return importer_ == 0 ? nullptr : std::make_unique<ImporterInterface>(engine_, plugIn_, importer_);
-    const auto message =
-        NSMutableDictionary::dictionaryWithObjectsAndKeys({{queryAction, actionKey},
-                                                           {numberOf(number_), objectKey},
-                                                           {dataOf(interface), interfaceKey},
-                                                           {titleOfPlugIn(plugIn_), titleKey}});
-    try {
-        const std::uint64_t number =
-            objectIn(engine_.ask(message, plugIn_, PlugInEngine::Message::continued));
-        return number == 0 ? nullptr : std::make_unique<ImporterInterface>(engine_, plugIn_, number);
-    } catch (const NSException&) {
+    if (importer_ == 0 || interface != importerInterfaceIdentifier)
         return nullptr;
-    }
+    return std::make_unique<ImporterInterface>(engine_, plugIn_, importer_);
 }
 
 void CFPlugInInstance::Release() const {

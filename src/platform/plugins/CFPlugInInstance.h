@@ -49,7 +49,7 @@ public:
     CFPlugInInstance(PlugInEngine& engine, CFPlugIn plugIn, std::uint64_t number, std::uint64_t importer)
         : engine_(engine), plugIn_(std::move(plugIn)), number_(number), importer_(importer) {}
 
-    /// Null when the object has no such interface, or its engine ended.
+    /// Null when the object has no such interface, and for every other than that of importers, the only one known here.
     std::unique_ptr<ImporterInterface> QueryInterface(const CFUUID& interface) const;
     /// Gives up the reference that the factory gave: with the next message to the engine, and before what that is about. Not
     /// to be used afterwards.

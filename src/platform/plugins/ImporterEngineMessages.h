@@ -16,22 +16,20 @@ inline constexpr const char16_t* actionKey = u"Action";
 /// Makes an object and asks it for an interface. Answered with an array of its number and that of the object that has the
 /// interface, which is missing when there is none; nil when none was made.
 inline constexpr const char16_t* createAction = u"Create";
-/// Asks an object for an interface. Answered with the number of the object that has it; nil when it has not.
-inline constexpr const char16_t* queryAction = u"Query";
 /// Imports a file. Answered true or false; or with a dictionary that says what was thrown.
 inline constexpr const char16_t* importAction = u"Import";
 
-/// Of the first two: a string, by which sentences name the plug-in.
+/// Of both: a string, by which sentences name the plug-in.
 inline constexpr const char16_t* titleKey = u"Title";
 /// Of createAction: strings, and the 16 bytes of the type.
 inline constexpr const char16_t* libraryKey = u"Library";
 inline constexpr const char16_t* functionKey = u"Function";
 inline constexpr const char16_t* typeKey = u"Type";
-/// Of all others: a number.
+/// Of importAction: a number.
 inline constexpr const char16_t* objectKey = u"Object";
-/// Of all: a number, the object that is given up before; its number is not used again.
+/// Of both: a number, the object that is given up before; its number is not used again.
 inline constexpr const char16_t* releasedKey = u"Released";
-/// Of the first two: its 16 bytes.
+/// Of createAction: its 16 bytes.
 inline constexpr const char16_t* interfaceKey = u"Interface";
 /// Of importAction: strings; and data, absent when there is no regular file that can be read.
 inline constexpr const char16_t* contentTypeKey = u"ContentType";

@@ -46,6 +46,7 @@ Value PlugInEngine::ask(NSMutableDictionary message, const CFPlugIn& plugIn, Mes
     if (const std::uint64_t released = std::exchange(released_, 0); released != 0)
         message.setObject_forKey(NSNumber::numberWithLongLong(static_cast<long long>(released)),
                                  importerengine::releasedKey);
+    message.setObject_forKey(titleOfPlugIn(plugIn), importerengine::titleKey);
     EngineConversation conversation;
     conversation.reports = std::move(reports);
     conversation.title = titleOfPlugIn(plugIn);

@@ -81,8 +81,6 @@ public:
         const NSString action = message.objectForKey(actionKey).string();
         if (action == createAction)
             return create(message, channel);
-        if (action == queryAction)
-            return query(numberIn(message, objectKey), message, channel);
         return action == importAction ? import(message, channel) : Value();
     }
 
@@ -120,15 +118,12 @@ private:
             return {};
         NSMutableArray made = NSMutableArray::array();
         made.addObject(object);
-        if (const Value interface = query(number, message, channel); !interface.isNil())
-            made.addObject(interface);
-        return made;
-    }
-
-    Value query(std::uint64_t number, const NSDictionary& message, EngineChannel& channel) {
-        return guarded(message, channel, [&] {
+        const Value interface = guarded(message, channel, [&] {
             return valueOfObject(host_.query(number, identifierIn(message, interfaceKey)));
         });
+        if (!interface.isNil())
+            made.addObject(interface);
+        return made;
     }
 
     Value import(const NSDictionary& message, EngineChannel& channel) const {
