@@ -3,8 +3,8 @@
 #include "platform/appkit/images/Bitmap.h"
 #include "platform/appkit/images/NSBitmapImageRep.h"
 #include "platform/appkit/images/NSImage.h"
+#include "platform/coregraphics/CGImage.h"
 #include "platform/foundation/NSData.h"
-#include "platform/imageio/CGImage.h"
 
 #include <memory>
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/coregraphics/CGImage.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
-#include "platform/imageio/CGImage.h"
 #include "platform/imageio/CGImageProperties.h"
 
 #include <cstddef>

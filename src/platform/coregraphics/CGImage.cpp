@@ -1,17 +1,13 @@
-#include "platform/imageio/CGImage.h"
-
-#include "platform/imageio/ImageEngineMessages.h"
+#include "platform/coregraphics/CGImage.h"
 
 #include <utility>
 
 namespace kelvo {
 
-using imageengine::bytesOfPixel;
-
 CGImage::CGImage(std::size_t width, std::size_t height, CGImageAlphaInfo alphaInfo, NSData bytes) {
-    const std::size_t pixels = bytes.length() / bytesOfPixel;
+    const std::size_t pixels = bytes.length() / bytesPerPixel;
     // By division, which does not overflow.
-    if (width == 0 || height == 0 || bytes.length() % bytesOfPixel != 0 || pixels % width != 0 ||
+    if (width == 0 || height == 0 || bytes.length() % bytesPerPixel != 0 || pixels % width != 0 ||
         pixels / width != height)
         return;
     width_ = width;
@@ -21,7 +17,7 @@ CGImage::CGImage(std::size_t width, std::size_t height, CGImageAlphaInfo alphaIn
 }
 
 std::size_t CGImage::bytesPerRow() const noexcept {
-    return width_ * bytesOfPixel;
+    return width_ * bytesPerPixel;
 }
 
 } // namespace kelvo

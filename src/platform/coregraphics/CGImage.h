@@ -19,6 +19,8 @@ enum CGImageAlphaInfo : std::uint8_t {
 /// and has no size. Copies share the pixels.
 class CGImage {
 public:
+    static constexpr std::size_t bytesPerPixel = 4;
+
     CGImage() noexcept = default;
     /// Nil when the sides are 0 or the bytes are not as many as they need.
     CGImage(std::size_t width, std::size_t height, CGImageAlphaInfo alphaInfo, NSData bytes);
