@@ -8,6 +8,7 @@
 #include "platform/pdfkit/PDFEngine.h"
 #include "platform/pdfkit/PDFStyledText.h"
 
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -26,15 +27,17 @@ std::int64_t nextNumber() {
     return ++number;
 }
 
-NSRect rectOf(const NSArray& numbers) {
-    float values[4]{};
-    if (numbers.count() != std::size(values))
-        return {};
-    for (std::size_t index = 0; index < std::size(values); ++index) {
-        if (const NSNumber* const number = numbers.objectAtIndex(index).numberIfAny())
-            values[index] = number->floatValue();
+/// All 0 when they are not so many.
+template <std::size_t count>
+std::array<float, count> numbersIn(const NSArray& array) {
+    std::array<float, count> numbers{};
+    if (array.count() != count)
+        return numbers;
+    for (std::size_t index = 0; index < count; ++index) {
+        if (const NSNumber* const number = array.objectAtIndex(index).numberIfAny())
+            numbers[index] = number->floatValue();
     }
-    return {{values[0], values[1]}, {values[2], values[3]}};
+    return numbers;
 }
 
 } // namespace
@@ -46,7 +49,34 @@ NSString PDFPage::stringUsingTimeout(double seconds) const {
 
 NSRect PDFPage::boundsForBox(PDFDisplayBox box) const {
     const Want want = box == kPDFDisplayBoxCropBox ? Want::cropBox : Want::mediaBox;
-    return rectOf(PDFEngine::sharedEngine().read(*document_, want, index_, secondsForBox).array());
+    const auto [x, y, width, height] =
+        numbersIn<4>(PDFEngine::sharedEngine().read(*document_, want, index_, secondsForBox).array());
+    return {{x, y}, {width, height}};
+}
+
+NSSize PDFPage::sizeAsRead() const {
+    const auto [width, height] = numbersIn<2>(
+        PDFEngine::sharedEngine().read(*document_, Want::sizeAsRead, index_, secondsForBox).array());
+    return {width, height};
+}
+
+CGImage PDFPage::imageOfSizeUsingTimeout(std::size_t width, std::size_t height, PDFPageGround ground,
+                                         double seconds) const {
+    if (width == 0 || height == 0 || document_->isLocked)
+        return {};
+    if (height > mostPixelsOfPage / width) {
+        noteOutcome(Outcome::outOfMemory, u"the picture would have more pixels than are drawn");
+        return {};
+    }
+    const bool isTransparent = ground == PDFPageGround::transparent;
+    const Value answer = PDFEngine::sharedEngine().read(
+        *document_, Want::pixels, index_, seconds,
+        NSMutableDictionary::dictionaryWithObjectsAndKeys(
+            {{NSNumber::numberWithLongLong(static_cast<std::int64_t>(width)), widthKey},
+             {NSNumber::numberWithLongLong(static_cast<std::int64_t>(height)), heightKey},
+             {NSNumber::numberWithBool(isTransparent), transparentKey}}));
+    return CGImage(width, height, isTransparent ? kCGImageAlphaLast : kCGImageAlphaNoneSkipLast,
+                   answer.data());
 }
 
 NSAttributedString PDFSelection::attributedStringUsingTimeout(double seconds) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/appkit/NSAttributedString.h"
+#include "platform/coregraphics/CGImage.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSGeometry.h"
@@ -24,6 +25,9 @@ inline constexpr const char16_t* PDFDocumentKeywordsAttribute = u"Keywords";    
 
 enum PDFDisplayBox : unsigned char { kPDFDisplayBoxMediaBox = 0, kPDFDisplayBoxCropBox = 1 };
 
+/// What a page is drawn on.
+enum class PDFPageGround : unsigned char { white, transparent };
+
 struct OpenPDF;
 
 // A document is a handle on its bytes and what the engine said of them when it opened them; its pages and the selection
@@ -35,6 +39,8 @@ class PDFPage {
 public:
     /// How long string() may take.
     static constexpr double secondsForString = 10;
+    /// How long imageOfSize() may take, so that who waits 15 s for what is made of it still gets it.
+    static constexpr double secondsForImage = 11;
 
     /// The plain text in reading order, with "\n" between lines and none at the end; nil when there is none. What a page
     /// has beyond 16 Mi units is left out. Throws NSException (EngineExceptions.h) when there was no answer within the
@@ -44,6 +50,19 @@ public:
     /// In points; all 0 for a page that is missing. Of a locked document only the first page's media box is known.
     /// Throws as string() does.
     NSRect boundsForBox(PDFDisplayBox box) const;
+    /// Of the page as it is read, which is its crop box, turned: in points; 0 x 0 for a page that is missing and of a
+    /// locked document. Throws as string() does.
+    NSSize sizeAsRead() const;
+
+    /// The page as it is read, with its annotations and the fields of its forms, in exactly so many pixels; their two
+    /// scales may differ. On white all alpha is 255. Nil when the page is missing, the document is locked, a side is 0, and
+    /// when there would be more than 100 million pixels, or no size that the page could be drawn in, which is noted. Throws
+    /// as string() does.
+    CGImage imageOfSize(std::size_t width, std::size_t height, PDFPageGround ground) const {
+        return imageOfSizeUsingTimeout(width, height, ground, secondsForImage);
+    }
+    CGImage imageOfSizeUsingTimeout(std::size_t width, std::size_t height, PDFPageGround ground,
+                                    double seconds) const;
 
 private:
     friend class PDFDocument;

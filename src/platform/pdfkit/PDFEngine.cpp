@@ -64,12 +64,13 @@ NSDictionary PDFEngine::open(const OpenPDF& document, double timeoutSeconds) {
     return facts;
 }
 
-Value PDFEngine::read(const OpenPDF& document, Want want, std::size_t page, double timeoutSeconds) {
+Value PDFEngine::read(const OpenPDF& document, Want want, std::size_t page, double timeoutSeconds,
+                      NSMutableDictionary message) {
     const Clock::time_point start = Clock::now();
     const auto secondsLeft = [&] {
         return timeoutSeconds - std::chrono::duration<double>(Clock::now() - start).count();
     };
-    NSMutableDictionary message = messageAbout(document);
+    message.setObject_forKey(NSNumber::numberWithLongLong(document.number), numberKey);
     message.setObject_forKey(NSNumber::numberWithLongLong(static_cast<std::int64_t>(page)), pageKey);
     message.setObject_forKey(NSNumber::numberWithInt(static_cast<int>(want)), wantKey);
     // An engine that has ended unnoticed, or had to be replaced, says so by its answer.

@@ -34,7 +34,12 @@ public:
     NSDictionary open(const OpenPDF& document, double timeoutSeconds);
     /// What the engine answers about a page, nil when there is none. Opens the document anew where the engine does not
     /// have it any more; the time is that of both.
-    Value read(const OpenPDF& document, pdfengine::Want want, std::size_t page, double timeoutSeconds);
+    Value read(const OpenPDF& document, pdfengine::Want want, std::size_t page, double timeoutSeconds) {
+        return read(document, want, page, timeoutSeconds, NSMutableDictionary::dictionary());
+    }
+    /// The message's other fields are in `fields`.
+    Value read(const OpenPDF& document, pdfengine::Want want, std::size_t page, double timeoutSeconds,
+               NSMutableDictionary fields);
     /// Has the engine let go of the document, if it has it.
     void close(const OpenPDF& document) noexcept;
 

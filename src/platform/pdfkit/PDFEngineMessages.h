@@ -27,8 +27,23 @@ enum class Want : std::uint8_t {
     styledText,
     /// Their answers are an array of numbers: x and y of the corner at the bottom left, width and height, in points.
     mediaBox,
-    cropBox
+    cropBox,
+    /// Its answer is an array of two numbers: the sides of the page as it is read, in points.
+    sizeAsRead,
+    /// Its answer is data, the page as it is read in as many pixels as the message says: 4 bytes each (red, green, blue,
+    /// alpha, not multiplied by it), without gaps, from the top, in sRGB. Nil when the page cannot be drawn.
+    pixels
 };
+
+// How pixels are wanted:
+
+/// Numbers, above 0, whose product is at most mostPixelsOfPage.
+inline constexpr const char16_t* widthKey = u"Width";
+inline constexpr const char16_t* heightKey = u"Height";
+/// A boolean: on nothing; without it all alpha is 255.
+inline constexpr const char16_t* transparentKey = u"Transparent";
+inline constexpr std::size_t bytesOfPixel = 4;
+inline constexpr std::size_t mostPixelsOfPage = 100'000'000;
 
 // An answer about a page is nil when there is no such page, and this boolean when that document is not open.
 inline constexpr bool notOpen = false;

@@ -175,6 +175,20 @@ Value OpenDocument::cropBox(std::int64_t page) const {
     return boxOf(pageOf(*fronts_->document, page).get(), poppler::crop_box);
 }
 
+Value OpenDocument::sizeAsRead(std::int64_t index) const {
+    const auto page = pageOf(*fronts_->document, index);
+    if (!page)
+        return {};
+    const PageSize size = sizeOfPageAsRead(*page);
+    return NSArray::arrayWithObjects(
+        {NSNumber::numberWithDouble(size.width), NSNumber::numberWithDouble(size.height)});
+}
+
+Value OpenDocument::pixels(std::int64_t index, const PixelRequest& request) const {
+    const auto page = pageOf(*fronts_->document, index);
+    return page ? Value(pixelsOfPage(*page, request)) : Value();
+}
+
 void keepPDFLibraryWarm() {
     poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
     // With the last document the library forgets its tables, and reads them anew for the next.

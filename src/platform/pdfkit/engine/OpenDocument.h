@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Value.h"
+#include "platform/pdfkit/engine/PagePixels.h"
 
 #include <cstdint>
 #include <memory>
@@ -23,6 +24,9 @@ public:
     Value styledText(std::int64_t page);
     Value mediaBox(std::int64_t page) const;
     Value cropBox(std::int64_t page) const;
+    Value sizeAsRead(std::int64_t page) const;
+    /// Throws PageFailure when the page has no size that could be drawn.
+    Value pixels(std::int64_t page, const PixelRequest& request) const;
 
 private:
     struct Fronts;

@@ -3,6 +3,7 @@
 #include "platform/pdfkit/PDFEngineMessages.h"
 #include "platform/pdfkit/engine/OpenDocument.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <fcntl.h>
@@ -32,7 +33,7 @@ public:
 #endif
     }
 
-    Value answerTo(const Value& message, EngineChannel&) override {
+    Value answerTo(const Value& message, EngineChannel& channel) override {
         const NSDictionary fields = message.dictionary();
         const std::int64_t number = numberIn(fields, numberKey);
         if (const NSData data = fields.objectForKey(documentKey).data(); !data.isNil()) {
@@ -56,11 +57,28 @@ public:
             return document_->mediaBox(page);
         case Want::cropBox:
             return document_->cropBox(page);
+        case Want::sizeAsRead:
+            return document_->sizeAsRead(page);
+        case Want::pixels:
+            return pixels(fields, page, channel);
         }
         return {};
     }
 
 private:
+    Value pixels(const NSDictionary& fields, std::int64_t page, EngineChannel& channel) const {
+        PixelRequest request;
+        request.width = static_cast<std::size_t>(std::max<std::int64_t>(numberIn(fields, widthKey), 0));
+        request.height = static_cast<std::size_t>(std::max<std::int64_t>(numberIn(fields, heightKey), 0));
+        request.isTransparent = numberIn(fields, transparentKey) > 0;
+        try {
+            return document_->pixels(page, request);
+        } catch (const PageFailure& failure) {
+            channel.note(Outcome::broken, failure.sentence());
+            return {};
+        }
+    }
+
     static std::int64_t numberIn(const NSDictionary& fields, const char16_t* key) {
         const NSNumber* const number = fields.objectForKey(key).numberIfAny();
         return number ? number->longLongValue() : -1;
