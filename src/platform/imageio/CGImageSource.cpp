@@ -1,6 +1,5 @@
 #include "platform/imageio/CGImageSource.h"
 
-#include "platform/foundation/NSException.h"
 #include "platform/foundation/SealedMemory.h"
 #include "platform/foundation/Value.h"
 #include "platform/imageio/ImageEngine.h"
@@ -24,8 +23,6 @@ struct CGImageSource::Contents {
 
 namespace {
 
-constexpr double secondsToAnswer = 10;
-
 std::int64_t nextNumber() {
     static std::int64_t number = 0;
     return ++number;
@@ -41,13 +38,8 @@ NSMutableDictionary messageAbout(std::int64_t number, const NSData& data, const 
     return message;
 }
 
-/// Nil also when the engine failed, which is noted.
 Value answerTo(const NSDictionary& message) {
-    try {
-        return ImageEngine::sharedEngine().ask(message, secondsToAnswer);
-    } catch (const NSException&) {
-        return {};
-    }
+    return ImageEngine::sharedEngine().answerTo(message);
 }
 
 std::int64_t numberIn(const NSDictionary& fields, const char16_t* key) {

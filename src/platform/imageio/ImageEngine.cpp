@@ -1,5 +1,6 @@
 #include "platform/imageio/ImageEngine.h"
 
+#include "platform/foundation/NSException.h"
 #include "platform/imageio/ImageEngineMessages.h"
 
 namespace kelvo {
@@ -19,6 +20,15 @@ EngineDescription description() {
 }
 
 } // namespace
+
+Value ImageEngine::answerTo(const NSDictionary& message) {
+    constexpr double secondsToAnswer = 10;
+    try {
+        return process_.ask(message, secondsToAnswer);
+    } catch (const NSException&) {
+        return {};
+    }
+}
 
 ImageEngine::ImageEngine() : process_(description()) {}
 

@@ -12,10 +12,9 @@ public:
     ImageEngine(const ImageEngine&) = delete;
     ImageEngine& operator=(const ImageEngine&) = delete;
 
-    /// The answer to a message (ImageEngineMessages.h). Throws as EngineProcess::ask does.
-    Value ask(const NSDictionary& message, double timeoutSeconds) {
-        return process_.ask(message, timeoutSeconds);
-    }
+    /// The answer to a message (ImageEngineMessages.h). Nil also when the engine failed or took longer than 10 s, which
+    /// is noted with the current request.
+    Value answerTo(const NSDictionary& message);
 
     /// 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }

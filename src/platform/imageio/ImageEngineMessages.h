@@ -10,7 +10,7 @@ namespace kelvo::imageengine {
 inline constexpr const char* programName = "plumwick-image-engine";
 
 // Every message is a dictionary. Without an image it asks for the types that can be read, and its answer is an array of
-// strings. Otherwise it holds the image whole, so that it can be answered whatever became of the engine meanwhile; what
+// strings, or holds pixels and wants a file of them. Otherwise it holds the image whole, so that it can be answered whatever became of the engine meanwhile; what
 // the engine has found out about the last image it keeps, and knows it by its number.
 
 /// A number that stands for these bytes alone.
@@ -27,7 +27,9 @@ enum class Want : std::uint8_t {
     /// A dictionary: the pixels. Nil when there are none.
     pixels,
     /// A dictionary by the keys of CGImageProperties.h; nil when there is no such image.
-    properties
+    properties,
+    /// Data: a file of the pixels that the message holds in place of an image. Nil when it cannot be made.
+    file
 };
 /// A number, from 0: which of the images in the file.
 inline constexpr const char16_t* indexKey = u"Index";
@@ -58,7 +60,12 @@ inline constexpr const char16_t* alphaKey = u"Alpha";
 /// Data of width * height * 4 bytes.
 inline constexpr const char16_t* bytesKey = u"Bytes";
 inline constexpr std::size_t bytesOfPixel = 4;
-/// What has more pixels is decoded smaller, or not at all.
+/// What has more pixels is decoded smaller, or not at all. Nor are files made of more.
 inline constexpr std::uint64_t mostPixelsOfImage = 100'000'000;
+
+// Of a file that is to be made, beside what describes its pixels:
+
+/// A number from 0 to 1; absent: as the kind of file usually has it.
+inline constexpr const char16_t* qualityKey = u"Quality";
 
 } // namespace kelvo::imageengine

@@ -3,8 +3,7 @@
 #include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
 #include "platform/imageio/engine/ByteReader.h"
-
-#include <vips/vips.h>
+#include "platform/imageio/engine/VipsHandles.h"
 
 #include <gmodule.h>
 
@@ -26,28 +25,10 @@ constexpr std::uint64_t mostPixelsInRows = 1'000'000'000;
 /// What a progressive JPEG may hold back until its end.
 constexpr std::uint64_t mostCoefficientBytes = std::uint64_t{256} << 20;
 
-constexpr auto undecodable = u"the image cannot be decoded";
-
-template <typename Object>
-struct Release {
-    void operator()(Object* object) const { g_object_unref(object); }
-};
-using Source = std::unique_ptr<VipsSource, Release<VipsSource>>;
-using Image = std::unique_ptr<::VipsImage, Release<::VipsImage>>;
-
-[[noreturn]] void fail(const char16_t* sentence = undecodable) {
-    vips_error_clear();
-    throw ImageFailure(Outcome::broken, sentence);
-}
-
-/// What an operation makes that is told where to put it.
-template <typename Operation>
-Image made(Operation operation) {
-    ::VipsImage* image = nullptr;
-    if (operation(&image) != 0)
-        fail();
-    return Image(image);
-}
+using vips::fail;
+using vips::Image;
+using vips::made;
+using vips::Source;
 
 Source sourceOf(const NSData& data) {
     ::VipsSource* source = nullptr;

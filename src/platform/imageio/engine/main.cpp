@@ -1,9 +1,12 @@
 #include "platform/engine/program/EngineProgram.h"
 #include "platform/foundation/FileIO.h"
 #include "platform/imageio/ImageEngineMessages.h"
+#include "platform/imageio/engine/ImageEncoder.h"
 #include "platform/imageio/engine/OpenedImage.h"
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -54,6 +57,9 @@ private:
     }
 
     Value answer(const NSDictionary& fields, EngineChannel& channel) {
+        const auto want = static_cast<Want>(numberIn(fields, wantKey));
+        if (want == Want::file)
+            return file(fields);
         const NSData data = fields.objectForKey(imageKey).data();
         if (data.isNil())
             return readableImageTypes();
@@ -66,13 +72,15 @@ private:
                 return {};
         }
         const std::int64_t index = numberIn(fields, indexKey);
-        switch (static_cast<Want>(numberIn(fields, wantKey))) {
+        switch (want) {
         case Want::facts:
             return image_->facts();
         case Want::pixels:
             return pixels(fields, index, channel);
         case Want::properties:
             return image_->properties(index);
+        case Want::file:
+            break;
         }
         return {};
     }
@@ -96,6 +104,18 @@ private:
              {NSNumber::numberWithLongLong(static_cast<std::int64_t>(decoded->size.height)), heightKey},
              {NSNumber::numberWithBool(decoded->hasAlpha), alphaKey},
              {decoded->bytes, bytesKey}});
+    }
+
+    static NSData file(const NSDictionary& fields) {
+        const NSData pixels = fields.objectForKey(bytesKey).data();
+        const NSNumber* const quality = fields.objectForKey(qualityKey).numberIfAny();
+        const ImageSize size{static_cast<std::size_t>(numberIn(fields, widthKey)),
+                             static_cast<std::size_t>(numberIn(fields, heightKey))};
+        NSData made = encodedImage(size, isSet(fields, alphaKey), {pixels.bytes().data(), pixels.length()},
+                                   fields.objectForKey(typeKey).string(),
+                                   quality ? std::optional(quality->doubleValue()) : std::nullopt);
+        ::malloc_trim(0);
+        return made;
     }
 
     std::unique_ptr<OpenedImage> image_;
