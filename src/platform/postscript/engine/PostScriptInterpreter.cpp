@@ -1,0 +1,242 @@
+#include "platform/postscript/engine/PostScriptInterpreter.h"
+
+#include "platform/engine/EngineExceptions.h"
+#include "platform/foundation/NSException.h"
+#include "platform/foundation/NSStringFormat.h"
+
+#include <ghostscript/gserrors.h>
+#include <ghostscript/iapi.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+constexpr std::size_t mostMessageBytes = std::size_t{16} << 10;
+
+// Lines that the prologue writes to standard error. A program that writes them itself makes its own record untrue.
+constexpr std::string_view pageMark = "%%kelvo page\n";
+constexpr std::string_view refusalMark = "%%kelvo refused ";
+
+/// Run before the library's own dictionary is closed. A program may catch that Ghostscript has refused it a file, and
+/// nobody would learn of it, so the operators on files are replaced by such as tell. Writing is refused here: into the
+/// folder of temporary files Ghostscript itself lets everybody write, until the disk is full.
+constexpr const char* prologue = R"PS(
+true setglobal
+systemdict begin
+/kelvoTell {
+  count 0 gt {
+    dup type /stringtype eq {
+      dup length 200 .min 0 exch getinterval
+      (%stderr) (w) //file
+      dup (%%kelvo refused ) writestring
+      dup 3 -1 roll writestring
+      dup (\n) writestring flushfile
+    } if
+  } if
+} bind executeonly def
+/kelvoBeginPage {
+  0 gt {
+    (%stderr) (w) //file dup (%%kelvo page\n) writestring flushfile
+    systemdict /quit get exec
+  } if
+} bind executeonly def
+/kelvoStop {
+  $error /errorname get /invalidfileaccess eq { //kelvoTell exec } { pop } ifelse
+  stop
+} bind executeonly def
+/file {
+  count 2 ge {
+    2 copy type /stringtype eq exch type /stringtype eq and {
+      dup (r) eq 2 index (%std) anchorsearch { pop pop true } { pop false } ifelse or not {
+        1 index //kelvoTell exec
+        /file /invalidfileaccess signalerror
+      } if
+    } if
+  } if
+  {//file} stopped { count 2 ge { 1 index //kelvoStop exec } if stop } if
+} bind executeonly def
+/run {
+  {//run exec} stopped { count 1 ge { dup //kelvoStop exec } if stop } if
+} bind executeonly def
+/deletefile { dup //kelvoTell exec /deletefile /invalidfileaccess signalerror } bind executeonly def
+/renamefile { 1 index //kelvoTell exec /renamefile /invalidfileaccess signalerror } bind executeonly def
+[ /kelvoTell /kelvoStop /.tempfile ] { currentdict exch undef } forall
+end
+systemdict readonly pop
+false setglobal
+)PS";
+
+/// For programs that have a box of their own: what is seen of a picture is decided by whoever shows it.
+constexpr const char* fixedPage = R"PS(
+userdict begin
+/setpagedevice { pop } bind def
+[ /letter /legal /ledger /11x17 /note /lettersmall /a0 /a1 /a2 /a3 /a4 /a5 /a6 /a4small /b4 /b5 ] { {} def } forall
+end
+)PS";
+
+struct ErrorName {
+    int error;
+    const char16_t* name;
+};
+
+constexpr ErrorName errorNames[] = {
+    {gs_error_dictfull, u"dictfull"},
+    {gs_error_dictstackoverflow, u"dictstackoverflow"},
+    {gs_error_dictstackunderflow, u"dictstackunderflow"},
+    {gs_error_execstackoverflow, u"execstackoverflow"},
+    {gs_error_invalidaccess, u"invalidaccess"},
+    {gs_error_invalidexit, u"invalidexit"},
+    {gs_error_invalidfont, u"invalidfont"},
+    {gs_error_invalidrestore, u"invalidrestore"},
+    {gs_error_ioerror, u"ioerror"},
+    {gs_error_limitcheck, u"limitcheck"},
+    {gs_error_nocurrentpoint, u"nocurrentpoint"},
+    {gs_error_rangecheck, u"rangecheck"},
+    {gs_error_stackoverflow, u"stackoverflow"},
+    {gs_error_stackunderflow, u"stackunderflow"},
+    {gs_error_syntaxerror, u"syntaxerror"},
+    {gs_error_typecheck, u"typecheck"},
+    {gs_error_undefined, u"undefined"},
+    {gs_error_undefinedfilename, u"undefinedfilename"},
+    {gs_error_undefinedresource, u"undefinedresource"},
+    {gs_error_undefinedresult, u"undefinedresult"},
+    {gs_error_unmatchedmark, u"unmatchedmark"},
+};
+
+void noteFailure(int error, const PostScriptInterpreter::Note& note) {
+    if (error == gs_error_Quit) {
+        note(Outcome::nothing, u"its program draws no page");
+    } else if (error == gs_error_VMerror) {
+        note(Outcome::outOfMemory, u"its program takes more memory than it may");
+    } else if (error == gs_error_invalidfileaccess) {
+        note(Outcome::refused, u"its program wanted a file that it may not have");
+    } else {
+        const auto* const known = std::find_if(std::begin(errorNames), std::end(errorNames),
+                                               [=](const ErrorName& entry) { return entry.error == error; });
+        note(Outcome::broken, known == std::end(errorNames)
+                                  ? NSString(u"its program fails")
+                                  : stringWithFormat(u"its program fails (%@)", NSString(known->name)));
+    }
+}
+
+/// The first that was told, without what is no name of a file; nil when none was.
+NSString refusedName(std::string_view messages) {
+    const std::size_t at = messages.find(refusalMark);
+    if (at == messages.npos)
+        return nullptr;
+    const std::string_view line = messages.substr(at + refusalMark.size());
+    std::string name(line.substr(0, line.find('\n')));
+    std::erase_if(name, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; });
+    return NSString::stringByRepairingUTF8String(name);
+}
+
+} // namespace
+
+PostScriptInterpreter::PostScriptInterpreter(const std::string& folder) : output_(folder + "/page.pdf") {
+    // Where it makes its temporary files, and which it then allows to be read.
+    ::setenv("TMPDIR", folder.c_str(), 1);
+    const std::string outputArgument = "-sOutputFile=" + output_;
+    const char* const arguments[] = {"gs", "-q", "-dNOPAUSE", "-dNOPROMPT", "-dSAFER", "-dWRITESYSTEMDICT",
+                                     "-dLastPage=1", "-dAutoRotatePages=/None",
+                                     // As they are, and not as JPEGs of them.
+                                     "-dAutoFilterColorImages=false", "-dAutoFilterGrayImages=false",
+                                     "-dColorImageFilter=/FlateEncode", "-dGrayImageFilter=/FlateEncode",
+                                     "-sDEVICE=pdfwrite", outputArgument.c_str()};
+    std::vector<char*> writable;
+    for (const char* const argument : arguments)
+        writable.push_back(
+            const_cast<char*>(argument)); // NOLINT(cppcoreguidelines-pro-type-const-cast): only read
+    const bool isReady =
+        gsapi_new_instance(&instance_, this) == 0 &&
+        gsapi_set_stdio(instance_, readProgram, dropOutput, takeMessage) == 0 &&
+        gsapi_set_arg_encoding(instance_, GS_ARG_ENCODING_UTF8) == 0 &&
+        gsapi_init_with_args(instance_, static_cast<int>(writable.size()), writable.data()) == 0 &&
+        run(prologue) == 0;
+    if (!isReady) {
+        close();
+        throw NSException(EngineMissingException, u"Ghostscript is not installed as it should be");
+    }
+    messages_.clear();
+}
+
+PostScriptInterpreter::~PostScriptInterpreter() {
+    close();
+}
+
+void PostScriptInterpreter::close() {
+    if (!instance_)
+        return;
+    gsapi_exit(instance_);
+    gsapi_delete_instance(instance_);
+    instance_ = nullptr;
+}
+
+int PostScriptInterpreter::run(const std::string& text) {
+    int exitCode = 0;
+    return gsapi_run_string_with_length(instance_, text.data(), static_cast<unsigned>(text.size()), 0,
+                                        &exitCode);
+}
+
+int PostScriptInterpreter::readProgram(void* self, char* buffer, int length) {
+    std::string_view& rest = static_cast<PostScriptInterpreter*>(self)->rest_;
+    const std::size_t count = std::min(rest.size(), static_cast<std::size_t>(std::max(length, 0)));
+    std::memcpy(buffer, rest.data(), count);
+    rest.remove_prefix(count);
+    return static_cast<int>(count);
+}
+
+int PostScriptInterpreter::dropOutput(void*, const char*, int length) {
+    return length;
+}
+
+int PostScriptInterpreter::takeMessage(void* self, const char* text, int length) {
+    std::string& messages = static_cast<PostScriptInterpreter*>(self)->messages_;
+    messages.append(
+        text, std::min(static_cast<std::size_t>(std::max(length, 0)), mostMessageBytes - messages.size()));
+    return length;
+}
+
+int PostScriptInterpreter::runProgram(std::string_view program, const PostScriptPage& page) {
+    char setup[1024];
+    std::snprintf(
+        setup, sizeof setup,
+        "<< /PageSize [%.9g %.9g] /BeginPage systemdict /kelvoBeginPage get"
+        " /InputAttributes << 0 << /PageSize [%.9g %.9g] >> >> /Policies << /PageSize 3 >> >> setpagedevice"
+        " %.9g %.9g scale %.9g %.9g translate\n",
+        page.width, page.height, page.width, page.height, page.width / page.boxWidth,
+        page.height / page.boxHeight, -page.left, -page.bottom);
+    if (const int error = run(setup + std::string(page.hasBox ? fixedPage : "")); error != 0)
+        return error;
+    rest_ = program;
+    if (const int error = run("(%stdin) (r) file cvx exec\n"); error != 0)
+        return error;
+    return run("showpage\n");
+}
+
+NSData PostScriptInterpreter::firstPage(std::string_view program, const PostScriptPage& page,
+                                        const Note& note) {
+    const int error = runProgram(program, page);
+    // The file is whole when the device has been closed.
+    close();
+    const bool hasPage = error == 0 || messages_.find(pageMark) != messages_.npos;
+    if (const NSString name = refusedName(messages_); !name.isNil()) {
+        const NSString sentence =
+            stringWithFormat(u"its program wanted a file that it may not have: %@", name);
+        note(Outcome::refused, sentence);
+        if (hasPage)
+            note(Outcome::answered, sentence);
+    }
+    if (hasPage)
+        return NSData::dataWithContentsOfFile(NSString::stringWithUTF8String(output_));
+    noteFailure(error, note);
+    return nullptr;
+}
+
+} // namespace kelvo
