@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/appkit/images/Bitmap.h"
 #include "platform/appkit/images/NSTIFFCompression.h"
+#include "platform/coregraphics/Bitmap.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSGeometry.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/coregraphics/CGImage.h"
 #include "platform/foundation/NSData.h"
 
 #include <cstdint>
@@ -22,7 +23,7 @@ enum class BitmapAlpha : std::uint8_t {
     skipLast
 };
 
-/// Pixels as whoever made them handed them over. Nothing has been checked: NSBitmapImageRep does so.
+/// Pixels as whoever made them handed them over. Nothing has been checked: isWhole does so.
 struct Bitmap {
     /// In pixels.
     std::uint32_t width = 0;
@@ -50,5 +51,14 @@ constexpr std::uint32_t samplesPerPixel(const Bitmap& image) {
 constexpr bool hasAlpha(const Bitmap& image) {
     return image.alpha == BitmapAlpha::premultipliedLast || image.alpha == BitmapAlpha::last;
 }
+
+/// Whether there are pixels, of samples that are 8 or 16 bits long, and all of them are in the data.
+bool isWhole(const Bitmap& image);
+
+/// The image's pixels, shared. Null for nil.
+BitmapRef bitmapOfImage(const CGImage& image);
+/// The same as an image of 8 bits in RGB whose colours are not multiplied by alpha: shared where they are that already,
+/// else converted. Nil for null and for what is not whole.
+CGImage imageOfBitmap(const BitmapRef& bitmap);
 
 } // namespace kelvo
