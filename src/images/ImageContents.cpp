@@ -16,7 +16,8 @@ bool isReallyValid(const NSImage& image) {
 }
 
 NSData data(const NSBitmapImageRep& rep) {
-    return rep.bitmap()->data;
+    const BitmapRef& decoded = rep.bitmap();
+    return decoded ? decoded->data : NSData();
 }
 
 std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithBitmap(const BitmapRef& decoded) {
@@ -31,13 +32,7 @@ std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithBitmap(const BitmapRef
 std::shared_ptr<NSImage> NSImageKelvoExtensions::imageWithCGImageRef(const CGImage& decoded) {
     if (decoded.isNil())
         return nullptr;
-    Bitmap bitmap;
-    bitmap.width = static_cast<std::uint32_t>(decoded.width());
-    bitmap.height = static_cast<std::uint32_t>(decoded.height());
-    bitmap.bytesPerRow = decoded.bytesPerRow();
-    bitmap.alpha = decoded.alphaInfo() == kCGImageAlphaLast ? BitmapAlpha::last : BitmapAlpha::skipLast;
-    bitmap.data = decoded.data();
-    return imageWithBitmap(std::make_shared<const Bitmap>(std::move(bitmap)));
+    return imageWithBitmap(bitmapOfImage(decoded));
 }
 
 } // namespace kelvo

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/appkit/images/Bitmap.h"
 #include "platform/appkit/images/NSBitmapImageRep.h"
 #include "platform/appkit/images/NSImage.h"
+#include "platform/coregraphics/Bitmap.h"
 #include "platform/coregraphics/CGImage.h"
 #include "platform/foundation/NSData.h"
 
@@ -16,7 +16,8 @@ bool hasAlpha(const NSImage& image);
 /// Whether it can be drawn: it has an extent, and a representation.
 bool isReallyValid(const NSImage& image);
 
-/// The pixels as they are, row by row, with what stands between the rows; shared, not copied.
+/// The pixels as they are, row by row, with what stands between the rows; shared, not copied. Nil when they cannot be
+/// decoded.
 NSData data(const NSBitmapImageRep& rep);
 
 namespace NSImageKelvoExtensions {

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/appkit/images/NSImageRep.h"
+#include "platform/appkit/images/NSPDFImageRep.h"
+
+#include <memory>
+
+namespace kelvo {
+
+/// PostScript, of which the first page is the picture. It is interpreted when it is first drawn, once, and then is there as
+/// a PDF.
+class NSEPSImageRep : public NSImageRep {
+public:
+    /// Null when the data is no PostScript.
+    static std::shared_ptr<NSEPSImageRep> imageRepWithData(const NSData& eps);
+
+    NSString className() const override { return u"NSEPSImageRep"; }
+    bool isVector() const override { return true; }
+    bool hasAlpha() const override { return true; }
+    BitmapRef pixelsForSize(NSSize pixels, ImageGround ground) const override;
+    /// The file as it was given, with a preview if it has one.
+    const NSData& EPSRepresentation() const noexcept { return data_; }
+    /// "pdfImageRep": the PDF, nil until it was drawn once and when it cannot be interpreted.
+    Value valueForKey(const NSString& key) const override;
+
+private:
+    NSEPSImageRep(NSData data, NSSize size);
+
+    NSData data_;
+    /// Whatever size it is given to be drawn at.
+    NSSize sizeOfPage_;
+    mutable bool wasInterpreted_ = false;
+    mutable std::shared_ptr<NSPDFImageRep> pdfImageRep_;
+};
+
+} // namespace kelvo
