@@ -22,6 +22,7 @@ public:
     Drawing() : NSImageRep({612, 792}, 0, 0) {}
     bool isVector() const override { return true; }
     bool hasAlpha() const override { return false; }
+    BitmapRef pixelsForSize(NSSize, ImageGround) const override { return nullptr; }
 };
 
 TEST(ImageSizesTest, Thumbs) {
