@@ -13,7 +13,8 @@ namespace {
 constexpr std::uint64_t selectorAnnotation = 0x82e1d822a292143a;
 
 /// In the order of Operation; set as each engine comes in.
-constexpr std::array<bool, operationCount> enginesInPlace{true, true, true, true, true, false, true, true};
+constexpr std::array<bool, operationCount> enginesInPlace{true,  true, true, true, true,
+                                                          false, true, true, true};
 
 } // namespace
 

@@ -1,6 +1,5 @@
 #include "service/PlumwickHelper.h"
 
-#include "images/ImageFiles.h"
 #include "markup/WebArchiveSearchableText.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentReading.h"
@@ -13,6 +12,7 @@
 #include "protocol/RequestOutcome.h"
 #include "protocol/ResultKeys.h"
 #include "service/PDFText.h"
+#include "service/Pictures.h"
 #include "text/CharacterSetReps.h"
 #include "url/NSURLKelvoExtensions.h"
 
@@ -25,9 +25,6 @@ namespace {
 
 /// How long a page may take to load, in the platform's single precision.
 constexpr float secondsToLoad = 15.0F;
-
-/// In pixels.
-constexpr int longestSideOfThumbnail = 256;
 
 void note(const RequestOutcome& outcome) {
     noteOutcome(outcome.outcome, outcome.sentence);
@@ -161,27 +158,15 @@ NSDictionary PlumwickHelper::attributed_stringWithPDF(bool attributed, const NSD
 }
 
 NSDictionary PlumwickHelper::imageWithContentsOfFile_stringFromPDF_canUseSpotlight(const NSString& file,
-                                                                                   bool stringFromPDF, bool) {
-    if (stringFromPDF) {
-        noteOutcome(Outcome::unsupported, u"pictures are not made together with the text of PDFs yet");
-        return nullptr;
-    }
-    try {
-        NSDictionary properties;
-        const auto thumbnail =
-            NSImageKelvoExtensions::thumbnailForFile_maxSize_alwaysFromImage_withTransform_properties(
-                file, longestSideOfThumbnail, false, true, &properties);
-        if (thumbnail)
-            return NSMutableDictionary::dictionaryWithObjectsAndKeys(
-                {{properties, ResultPropertiesKey}, {thumbnail->TIFFRepresentation(), ResultThumbnailKey}});
-    } catch (const std::exception& exception) {
-        note(outcomeOfFailure(exception));
-    }
-    return nullptr;
+                                                                                   bool stringFromPDF,
+                                                                                   bool canUseSpotlight) {
+    return imageWithContentsOfFile(file, stringFromPDF, canUseSpotlight, [this](const NSString& path) {
+        return _mdimporter->textContentOfFileAtPath(path);
+    });
 }
 
-NSData PlumwickHelper::PDFImageRepOfFile(const NSString&) {
-    return nullptr;
+NSData PlumwickHelper::PDFImageRepOfFile(const NSString& file) {
+    return kelvo::PDFImageRepOfFile(file);
 }
 
 } // namespace kelvo
