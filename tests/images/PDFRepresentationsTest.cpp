@@ -110,6 +110,7 @@ TEST(PDFRepresentationsTest, OfFiles) {
     const std::string pdf = tests::pdfDocument(parts);
     EXPECT_EQ(image(pdf)->size(), (NSSize{200, 300}));
     EXPECT_TRUE(isPDFImage(*image("junk\n" + pdf)));
+    EXPECT_TRUE(isPDFImage(*image("%PQF-" + pdf.substr(5))));
     EXPECT_EQ(PDFImageRep(*image(pdf))->PDFRepresentation(), NSData::dataWithBytes(pdf));
     EXPECT_TRUE(isEPSImage(*image(epsFile + "%PDF-1.4")));
     parts.trailerEntries = tests::pdfEncryption();

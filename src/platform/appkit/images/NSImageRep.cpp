@@ -30,6 +30,14 @@ bool beginsAsPDF(const NSData& data) {
     return header != std::string_view::npos && header <= text.find("%!PS");
 }
 
+/// Whether a PDF ends there, whatever its beginning has become.
+bool endsAsPDF(const NSData& data) {
+    constexpr std::size_t placesOfTrailer = 1024;
+    const std::size_t length = std::min(data.length(), placesOfTrailer);
+    return data.subdataWithRange({data.length() - length, length}).characters().find("startxref") !=
+           std::string_view::npos;
+}
+
 /// Whether the images of such a file are each something of their own, or the same in several sizes; others are frames.
 bool showsAllImages(const NSString& type) {
     constexpr std::array types{u"public.tiff", u"com.microsoft.ico", u"com.apple.icns"};
@@ -94,6 +102,12 @@ std::vector<std::shared_ptr<NSImageRep>> NSImageRep::imageRepsWithData(const NSD
     if (auto eps = NSEPSImageRep::imageRepWithData(data)) {
         add(std::move(eps));
         return reps;
+    }
+    if (endsAsPDF(data)) {
+        if (auto pdf = NSPDFImageRep::imageRepWithData(data)) {
+            add(std::move(pdf));
+            return reps;
+        }
     }
     const CGImageSource source = CGImageSourceCreateWithData(data, nullptr);
     const std::size_t count = showsAllImages(CGImageSourceGetType(source))
