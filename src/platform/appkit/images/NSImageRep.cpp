@@ -18,7 +18,8 @@ constexpr float pointsPerInch = 72;
 
 float pointsOf(std::uint32_t pixels, float dotsPerInch) {
     const auto count = static_cast<float>(pixels);
-    return dotsPerInch > 0 ? count * pointsPerInch / dotsPerInch : count;
+    const float points = dotsPerInch > 0 ? count * pointsPerInch / dotsPerInch : count;
+    return points > 0 && std::isfinite(points) ? points : count;
 }
 
 /// Whether a PDF begins in the first KiB, where its readers look for it, and no PostScript that only mentions one.

@@ -61,7 +61,7 @@ private:
 };
 
 /// How many points as many pixels take at that many dots per inch: a pixel each at 72, and where the resolution is not a
-/// positive number.
+/// positive number that makes sense.
 NSSize sizeInPoints(std::uint32_t pixelsWide, std::uint32_t pixelsHigh, NSSize dotsPerInch);
 
 } // namespace kelvo
