@@ -197,10 +197,12 @@ std::optional<EngineFrame> decodedEngineFrame(const EngineFrameHead& head, std::
         return std::nullopt;
     std::vector<NSData> data;
     for (FileDescriptor& descriptor : descriptors) {
-        const bool isFile =
-            accepted == EngineFrameData::filesAndSealedMemory && !isSealedMemory(descriptor.get());
-        data.push_back(isFile ? dataWithMappedFile(std::move(descriptor))
-                              : dataWithSealedMemory(std::move(descriptor)));
+        if (accepted == EngineFrameData::sealedMemory || isSealedMemory(descriptor.get()))
+            data.push_back(dataWithSealedMemory(std::move(descriptor)));
+        else
+            data.push_back(accepted == EngineFrameData::filesAndSealedMemory
+                               ? dataWithMappedFile(std::move(descriptor))
+                               : dataWithOpenFile(std::move(descriptor)));
         if (data.back().isNil())
             return std::nullopt;
     }

@@ -79,7 +79,13 @@ private:
 };
 
 /// Which descriptors the receiver of a frame accepts: an engine is handed files, and hands back none.
-enum class EngineFrameData : std::uint8_t { filesAndSealedMemory, sealedMemory };
+enum class EngineFrameData : std::uint8_t {
+    /// Files come as data that is read in place, and not larger than data may be.
+    filesAndSealedMemory,
+    /// Files come as empty data with the descriptor, whatever their length.
+    openFilesAndSealedMemory,
+    sealedMemory
+};
 
 /// The frame with this head, these contents (as they came on the socket) and these descriptors, as many as the head
 /// says; absent when it cannot be read, or comes with a descriptor that is not accepted.

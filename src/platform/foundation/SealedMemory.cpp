@@ -105,6 +105,14 @@ NSData dataWithMappedFile(FileDescriptor descriptor) {
     return dataWithMapped(std::move(descriptor), static_cast<std::size_t>(status.st_size));
 }
 
+NSData dataWithOpenFile(FileDescriptor descriptor) {
+    struct stat status = {};
+    if (!descriptor || ::fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return nullptr;
+    const auto owner = std::make_shared<const FileDescriptor>(std::move(descriptor));
+    return NSData::dataWithBytesNoCopy_descriptor({}, owner, owner->get());
+}
+
 bool isSealedMemory(int descriptor) {
     constexpr int needed = F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW;
     const int found = ::fcntl(descriptor, F_GET_SEALS);

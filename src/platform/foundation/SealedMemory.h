@@ -43,6 +43,10 @@ NSData dataForOtherProcesses(std::string_view bytes);
 /// its end raises SIGBUS. Not for the service. Nil when it cannot be mapped, is no regular file or is too large.
 NSData dataWithMappedFile(FileDescriptor descriptor);
 
+/// Empty data that stands for an open file of whatever length by its descriptor, for who reads it piece by piece. Nil when
+/// it is no regular file.
+NSData dataWithOpenFile(FileDescriptor descriptor);
+
 /// Whether writing to it, and making it longer or shorter, is sealed for good.
 bool isSealedMemory(int descriptor);
 /// The memory that another process has sent, read in place. Nil when it is not sealed, or too large.

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -105,6 +107,18 @@ TEST_F(EngineSocketTest, DataTravelsByItsDescriptor) {
     EXPECT_TRUE(file.isUnread());
     EXPECT_GE(list.objectAtIndex(2).array().objectAtIndex(0).data().descriptor(), 0);
     EXPECT_EQ(frame->value, value);
+
+    // A file that is larger than data may be is read piece by piece.
+    const std::string huge = folder.write("huge", "start");
+    std::filesystem::resize_file(huge, std::uint64_t{3} << 30);
+    const Value open = dataWithOpenFile(FileDescriptor(::open(huge.c_str(), O_RDONLY | O_CLOEXEC)));
+    EXPECT_FALSE(carried(open, EngineFrameData::filesAndSealedMemory));
+    const auto pieces = carried(open, EngineFrameData::openFilesAndSealedMemory);
+    ASSERT_TRUE(pieces);
+    EXPECT_TRUE(pieces->value.data().isEmpty());
+    char start[5];
+    EXPECT_EQ(::pread(pieces->value.data().descriptor(), start, sizeof start, 0), 5);
+    EXPECT_EQ(std::string_view(start, sizeof start), "start");
 
     // Only one side is handed files.
     EXPECT_FALSE(carried(value, EngineFrameData::sealedMemory));

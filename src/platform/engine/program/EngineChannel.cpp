@@ -63,8 +63,9 @@ std::uint64_t peakBytes(int status) {
 
 } // namespace
 
-EngineChannel::EngineChannel()
+EngineChannel::EngineChannel(EngineFrameData accepted)
     : descriptor_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)),
+      reader_(accepted),
       peakReset_(::open("/proc/self/clear_refs", O_WRONLY | O_CLOEXEC)),
       status_(::open("/proc/self/status", O_RDONLY | O_CLOEXEC)) {
     std::signal(SIGPIPE, SIG_IGN);

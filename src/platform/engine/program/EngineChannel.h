@@ -15,7 +15,7 @@ class EngineChannel {
 public:
     /// Over this process's standard input, which is replaced by nothing, so that no library reads from it. At most one
     /// in a process.
-    EngineChannel();
+    explicit EngineChannel(EngineFrameData accepted = EngineFrameData::filesAndSealedMemory);
     EngineChannel(const EngineChannel&) = delete;
     EngineChannel& operator=(const EngineChannel&) = delete;
     /// Removes the folder that endWithOtherSide was given.
@@ -45,7 +45,7 @@ private:
     std::optional<Value> read(EngineFrameKind expected);
 
     int descriptor_;
-    EngineFrameReader reader_{EngineFrameData::filesAndSealedMemory};
+    EngineFrameReader reader_;
     EngineFrameWriter writer_;
     std::string folder_;
     FileDescriptor folderUse_;

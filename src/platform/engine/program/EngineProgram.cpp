@@ -68,7 +68,7 @@ void EngineProgram::prepare(const std::string&) {}
 int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
     std::set_new_handler(endForWantOfMemory);
     std::signal(SIGBUS, endForCutFile);
-    EngineChannel channel;
+    EngineChannel channel(program.acceptedData());
     const std::string folder = argumentCount > 1 ? arguments[1] : "";
     ConfinementLayers layers;
     try {

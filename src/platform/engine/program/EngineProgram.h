@@ -18,6 +18,8 @@ class EngineProgram {
 public:
     virtual ~EngineProgram();
 
+    /// How it is handed files.
+    virtual EngineFrameData acceptedData() const { return EngineFrameData::filesAndSealedMemory; }
     /// Finds its libraries, in a process of one thread that is not confined yet. Nothing of any file is known. Throws
     /// NSException (EngineMissingException) when something is not installed, with a sentence that says what.
     virtual void load() {}
