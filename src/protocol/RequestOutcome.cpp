@@ -61,11 +61,21 @@ std::optional<RequestOutcome> notedTrouble(const RequestNotes& notes) {
     return RequestOutcome{*notes.outcome(), notes.sentence()};
 }
 
+/// A file that is no movie is answered as well: with no length, no size and no picture.
+bool isOfNoMovie(const NSDictionary& result) {
+    const NSNumber* const duration = result.objectForKey(ResultDurationKey).numberIfAny();
+    return duration && duration->floatValue() == 0 &&
+           result.objectForKey(ResultSizeKey) == Value(NSStringFromSize({})) &&
+           result.objectForKey(ResultThumbnailKey).isNil();
+}
+
 } // namespace
 
 bool isAnswer(Operation operation, const NSDictionary& result) {
     if (operation == Operation::metaDataForFile)
         return result.count() > 0;
+    if (operation == Operation::posterImageForMovieWithFile)
+        return !result.isNil() && !isOfNoMovie(result);
     return operation == Operation::searchableTextOfWebArchive ? !result.objectForKey(ResultStringKey).isNil()
                                                               : !result.isNil();
 }

@@ -1,6 +1,7 @@
 #include "service/PlumwickHelper.h"
 
 #include "markup/WebArchiveSearchableText.h"
+#include "movies/MovieThumbnails.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentReading.h"
 #include "platform/appkit/html/HTMLReading.h"
@@ -147,8 +148,19 @@ NSDictionary PlumwickHelper::attributedStringWithContentsOfFile(const NSString& 
         {{rtfd, ResultRtfdKey}, {documentAttributes, ResultDocumentAttributesKey}});
 }
 
-NSDictionary PlumwickHelper::posterImageForMovieWithFile(const NSString&) {
-    return nullptr;
+NSDictionary PlumwickHelper::posterImageForMovieWithFile(const NSString& file) {
+    NSDictionary attributes;
+    const auto poster = KelvoQTMovieExtensions::thumbnailImageForMovieWithFile_attributes(file, &attributes);
+    const NSSize* const size = attributes.objectForKey(QTMovieNaturalSizeAttribute).sizeIfAny();
+    double seconds = 0;
+    if (!QTGetTimeInterval(QTTimeValue(attributes.objectForKey(QTMovieDurationAttribute)), &seconds))
+        seconds = 0;
+    const NSData picture =
+        poster ? poster->TIFFRepresentationUsingCompression_factor(NSTIFFCompressionLZW, 1.0F) : NSData();
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{NSNumber::numberWithFloat(static_cast<float>(seconds)), ResultDurationKey},
+         {NSStringFromSize(size ? *size : NSSize{}), ResultSizeKey},
+         {picture, ResultThumbnailKey}});
 }
 
 NSDictionary PlumwickHelper::attributed_stringWithPDF(bool attributed, const NSData& pdf) {

@@ -3,6 +3,7 @@
 #include "platform/appkit/rtfreader/RTFReading.h"
 #include "platform/foundation/processes/NSTask.h"
 #include "protocol/ResultKeys.h"
+#include "support/Movies.h"
 #include "support/OfficeDocuments.h"
 #include "support/PDFDocuments.h"
 #include "support/ServiceSession.h"
@@ -46,7 +47,9 @@ TEST_F(ServiceTest, AnswersAllNineOperationsAsForUnreadableFiles) {
     EXPECT_FALSE(client.writeRTFDData_toFile(NSData::dataWithBytes("no rtfd"), u"/nonexistent/x.rtfd"));
     EXPECT_EQ(client.searchableTextOfWebArchive(u"/nonexistent"), NSDictionary::dictionary());
     EXPECT_TRUE(client.attributedStringWithContentsOfFile(u"/nonexistent").isNil());
-    EXPECT_TRUE(client.posterImageForMovieWithFile(u"/nonexistent").isNil());
+    EXPECT_EQ(client.posterImageForMovieWithFile(u"/nonexistent"),
+              NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                  {{NSNumber::numberWithFloat(0), ResultDurationKey}, {u"{0, 0}", ResultSizeKey}})));
     EXPECT_TRUE(client.attributed_stringWithPDF(true, NSData::dataWithBytes("no pdf")).isNil());
     EXPECT_TRUE(
         client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(u"/nonexistent", true, true).isNil());
@@ -126,6 +129,31 @@ TEST_F(ServiceTest, ReadsDocuments) {
     EXPECT_TRUE(client.attributedStringWithContentsOfFile(nullptr).isNil());
 }
 
+TEST_F(ServiceTest, GivesPostersOfMovies) {
+    const tests::TemporaryFolder folder;
+    const NSDictionary film = client.posterImageForMovieWithFile(tests::stringOf(
+        tests::movieFile(folder, "film.mp4", tests::countedFrames("7") + tests::wellEncoded)));
+    EXPECT_EQ(film.count(), 3U);
+    const NSNumber* const duration = film.objectForKey(ResultDurationKey).numberIfAny();
+    ASSERT_TRUE(duration);
+    EXPECT_EQ(duration->kind(), NSNumber::Kind::float32);
+    EXPECT_EQ(duration->floatValue(), 7);
+    EXPECT_EQ(film.objectForKey(ResultSizeKey), Value(u"{64, 48}"));
+    folder.write("film.tiff", film.objectForKey(ResultThumbnailKey).data().characters());
+    // LZW, and the 15th frame's grey.
+    EXPECT_EQ(
+        std::system(
+            ("cd '" + folder.path() +
+             "' && test $(identify -format '%C %w %h %[fx:round(255*p{30,20}.g)]' film.tiff | tr ' ' _) = "
+             "LZW_64_48_45")
+                .c_str()),
+        0);
+    const NSDictionary tone = client.posterImageForMovieWithFile(
+        tests::stringOf(tests::movieFile(folder, "tone.wav", "-f lavfi -i sine=d=1")));
+    EXPECT_EQ(tone, NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                        {{NSNumber::numberWithFloat(1), ResultDurationKey}, {u"{0, 0}", ResultSizeKey}})));
+}
+
 TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
     const tests::TemporaryFolder folder;
     const auto file = [&](const std::string& contents) {
@@ -134,6 +162,7 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
     const NSString missing = u"/nonexistent/x";
     const NSData words = NSData::dataWithBytes("words");
     const NSString text = NSString::stringWithUTF8String(folder.write("words.txt", "words"));
+    const NSString tone = tests::stringOf(tests::movieFile(folder, "tone.wav", "-f lavfi -i sine=d=1"));
     const NSString other = NSString::stringWithUTF8String(folder.write("words", std::string(16, '\1')));
     const auto read = [&](const NSString& path) { client.attributedStringWithContentsOfFile(path); };
     const auto archive = [&](const NSString& path) { client.searchableTextOfWebArchive(path); };
@@ -167,7 +196,12 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
         {"metadata", [&] { client.metaDataForFile(text); }, Outcome::answered, nullptr},
         {"metadata of none", [&] { client.metaDataForFile(other); }, Outcome::unsupported,
          u"no importer is for files of its type (public.data)"},
-        {"movie", [&] { client.posterImageForMovieWithFile(missing); }, Outcome::unsupported,
+        {"movie", [&] { client.posterImageForMovieWithFile(tone); }, Outcome::answered, nullptr},
+        {"no movie", [&] { client.posterImageForMovieWithFile(text); }, Outcome::unsupported,
+         u"it is no movie or sound of a kind that can be read"},
+        {"missing movie", [&] { client.posterImageForMovieWithFile(missing); }, Outcome::nothing,
+         u"there is no such file"},
+        {"drawing", [&] { client.PDFImageRepOfFile(missing); }, Outcome::unsupported,
          u"the service has no engine for this operation yet"},
         {"missing metadata", [&] { client.metaDataForFile(missing); }, Outcome::nothing,
          u"there is no such file"},
@@ -232,7 +266,9 @@ TEST_F(ServiceTest, NoLibraryThatReadsFilesIsInTheService) {
     EXPECT_EQ(NSAttributedString::withValue(rich.objectForKey(ResultStringKey)).string(), u"page");
     const NSString picture = file(tests::smallPNG());
     EXPECT_EQ(client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(picture, false, true).count(), 2U);
-    client.posterImageForMovieWithFile(picture);
+    const NSString film =
+        tests::stringOf(tests::movieFile(folder, "film.mp4", tests::countedFrames("1") + tests::wellEncoded));
+    EXPECT_EQ(client.posterImageForMovieWithFile(film).count(), 3U);
     EXPECT_EQ(client.PDFImageRepOfFile(file(pdf)).length(), pdf.size());
     EXPECT_EQ(client.imageWithContentsOfFile_stringFromPDF_canUseSpotlight(file(pdf), false, true).count(),
               4U);
