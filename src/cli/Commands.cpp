@@ -5,6 +5,7 @@
 #include "cli/HTMLToTextCommand.h"
 #include "cli/JSONView.h"
 #include "cli/MetadataCommand.h"
+#include "cli/MovieCommand.h"
 #include "cli/PDFTextCommand.h"
 #include "cli/Printable.h"
 #include "cli/ReadDocumentCommand.h"
@@ -78,7 +79,8 @@ ExitStatus runOperation(Session& session, Operation operation, const std::string
     const Value result = session.ask(request, kindOfFile(request.file), subject);
     if (options.listsRefused)
         session.listRefused(subject);
-    if (isNoAnswer(result)) {
+    const bool isEmpty = result.isDictionary() && !isAnswer(operation, result.dictionary());
+    if (isNoAnswer(result) || isEmpty) {
         if (options.printsJSON)
             print(session, result, {});
         return session.complainOfNoAnswer(subject);
@@ -156,6 +158,8 @@ ExitStatus runSubject(Session& session) {
         return runMetadata(session, options.files);
     if (operation == Operation::stringWithPDF)
         return runPDFText(session, options.files);
+    if (operation == Operation::posterImageForMovieWithFile && options.files.size() > 1)
+        return runMovies(session, options.files);
     const ExitStatus status = runOnFile(session, operation);
     session.tellWhatIsMissing(subjectOf(options.files.front()));
     return status;

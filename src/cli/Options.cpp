@@ -256,11 +256,17 @@ Examples:
     }
 
     void addMoviePoster() {
-        CLI::App& subcommand =
-            add(Operation::posterImageForMovieWithFile,
-                "Print the size and length of a movie, and take a picture from it", R"(Examples:
-  plumwick movie-poster holiday.mov -o holiday.tiff)");
-        addFile(subcommand, "A movie");
+        CLI::App& subcommand = add(
+            Operation::posterImageForMovieWithFile,
+            "Print the length and size of movies and sound, and take a picture from one",
+            R"(The picture is the frame of the middle, at most that of 15 seconds, or the cover of a piece of sound. Several files
+give a line each: length, size in pixels, whether there is a picture, name; with --json a dictionary with "file",
+"Duration", "Size" and "Thumbnail".
+
+Examples:
+  plumwick movie-poster holiday.mov -o holiday.tiff
+  plumwick movie-poster *.mp4)");
+        addFiles(subcommand, "Movies or sound");
         addOutput(subcommand, "Where the picture goes, as TIFF; - writes standard output");
     }
 

@@ -101,10 +101,11 @@ void Session::listRefused(const std::string& subject) {
 }
 
 ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
-                       const std::function<ExitStatus(const std::string& file)>& run) {
+                       const std::function<ExitStatus(const std::string& file)>& run, FileHeadings headings) {
     ExitStatus status = ExitStatus::answered;
     for (const std::string& file : files) {
-        const bool isHeaded = files.size() > 1 && !session.options().printsJSON;
+        const bool isHeaded =
+            headings == FileHeadings::names && files.size() > 1 && !session.options().printsJSON;
         if (isHeaded)
             session.output().write(session.output().styled(Style::strong, subjectOf(file)) + "\n");
         session.forgetOutcome();

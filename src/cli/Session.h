@@ -68,9 +68,11 @@ private:
 };
 
 /// Every file is tried, so that one that is broken does not keep the others from being answered; what is
-/// printed for each of several stands under its name. With JSON a file that fails gives a null. The worst
-/// status is the result.
+/// printed for each of several stands under its name, unless it names the file itself. With JSON a file that fails gives
+/// a null. The worst status is the result.
+enum class FileHeadings : std::uint8_t { names, none };
 ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
-                       const std::function<ExitStatus(const std::string& file)>& run);
+                       const std::function<ExitStatus(const std::string& file)>& run,
+                       FileHeadings headings = FileHeadings::names);
 
 } // namespace kelvo::cli

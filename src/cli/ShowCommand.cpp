@@ -74,9 +74,9 @@ std::vector<Operation> operationsForKind(FileKind kind) {
         operations.push_back(Operation::imageWithContentsOfFile);
         break;
     case FileKind::movie:
+    case FileKind::audio:
         operations.push_back(Operation::posterImageForMovieWithFile);
         break;
-    case FileKind::audio:
     case FileKind::folder:
     case FileKind::spreadsheet:
     case FileKind::presentation:
@@ -189,7 +189,10 @@ private:
         const Output& output = session_.output();
         if (answer.failure)
             return output.styled(Style::failure, *answer.failure);
-        if (answer.result.isData() || answer.result.dictionary().count() > 0) {
+        // A file that is no movie is answered as well.
+        const bool isOfNoMovie = answer.operation == Operation::posterImageForMovieWithFile &&
+                                 !isAnswer(answer.operation, answer.result.dictionary());
+        if (answer.result.isData() || (answer.result.dictionary().count() > 0 && !isOfNoMovie)) {
             const std::size_t count = answer.result.dictionary().count();
             const std::string size = answer.result.isData()
                                          ? printableByteCount(answer.result.data().length())

@@ -2,6 +2,7 @@
 #include "cli/Files.h"
 #include "platform/appkit/NSDocumentAttributes.h"
 #include "platform/appkit/rtfwriter/RTFWriting.h"
+#include "support/Movies.h"
 #include "support/OfficeDocuments.h"
 #include "support/PDFDocuments.h"
 #include "support/ScopedVariable.h"
@@ -233,6 +234,27 @@ TEST_F(CommandTest, ShowsTheOperationsThatFit) {
             R"({"file":"text.zzz","kind":"plain text","bytes":5,"operations":[{"operation":"metadata",)"),
         0u)
         << json;
+}
+
+TEST_F(CommandTest, PrintsLengthsAndSizesOfMovies) {
+    tests::movieFile(files, "film.mp4", tests::countedFrames("75") + tests::wellEncoded);
+    tests::movieFile(files, "tone.wav", tests::toneOfOneSecond);
+    const Outcome film = plumwick({"movie-poster", "film.mp4", "-o", "film.tiff"});
+    EXPECT_EQ(film.output.find("Duration   75\nSize       {64, 48}\nThumbnail  "), 0U) << film.output;
+    EXPECT_EQ(files.read("film.tiff").substr(0, 2), "II");
+    const Outcome all = plumwick({"movie-poster", "film.mp4", "text.zzz", "missing", "tone.wav"});
+    EXPECT_EQ(all.output, "    1:15       64 × 48  picture     film.mp4\n"
+                          "    0:01         sound  no picture  tone.wav\n");
+    EXPECT_NE(all.errors.find("text.zzz: unsupported: it is no movie"), std::string::npos) << all.errors;
+    EXPECT_EQ(all.status, 4);
+    EXPECT_EQ(plumwick({"movie-poster", "--json", "tone.wav", "text.zzz"}).output,
+              "{\"file\":\"tone.wav\",\"Duration\":1.0,\"Size\":\"{0, 0}\"}\n"
+              "{\"file\":\"text.zzz\",\"Duration\":0.0,\"Size\":\"{0, 0}\"}\n");
+    EXPECT_EQ(plumwick({"movie-poster", "text.zzz", "-o", "none.tiff"}).status, 1);
+    EXPECT_EQ(plumwick({"movie-poster", "film.mp4", "tone.wav", "-o", "none.tiff"}).status, 2);
+    EXPECT_FALSE(std::filesystem::exists(files.path("none.tiff")));
+    files.write("none.mkv", "\x1A\x45\xDF\xA3 nothing");
+    EXPECT_NE(plumwick({"show", "none.mkv"}).output.find("unsupported: it is no movie"), std::string::npos);
 }
 
 TEST_F(CommandTest, OddNamesReachNoTerminalRaw) {

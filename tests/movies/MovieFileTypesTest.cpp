@@ -46,7 +46,7 @@ TEST(MovieFileTypesTest, ExtensionsAndTypeCodes) {
 TEST(NSMovieCompatibilityTest, LoopModes) {
     const tests::TemporaryFolder folder;
     const auto movie = QTMovie::initWithFile_error(
-        tests::stringOf(tests::movieFile(folder, "a.wav", "-f lavfi -i sine=d=1")), nullptr);
+        tests::stringOf(tests::movieFile(folder, "a.wav", tests::toneOfOneSecond)), nullptr);
     ASSERT_TRUE(movie);
     EXPECT_EQ(loopMode(*movie), 0);
     for (const auto& [set, expected] : {std::pair(1, 1), {2, 2}, {3, 0}, {2, 2}, {1, 1}, {-1, 0}}) {

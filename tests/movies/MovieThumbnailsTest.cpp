@@ -7,6 +7,7 @@
 #include "platform/foundation/connections/NSRunLoop.h"
 #include "platform/ledger/RequestNotes.h"
 #include "platform/qtkit/MovieEngine.h"
+#include "support/MoviePixels.h"
 #include "support/Movies.h"
 
 #include <csignal>

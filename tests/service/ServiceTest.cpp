@@ -149,7 +149,7 @@ TEST_F(ServiceTest, GivesPostersOfMovies) {
                 .c_str()),
         0);
     const NSDictionary tone = client.posterImageForMovieWithFile(
-        tests::stringOf(tests::movieFile(folder, "tone.wav", "-f lavfi -i sine=d=1")));
+        tests::stringOf(tests::movieFile(folder, "tone.wav", tests::toneOfOneSecond)));
     EXPECT_EQ(tone, NSDictionary(NSMutableDictionary::dictionaryWithObjectsAndKeys(
                         {{NSNumber::numberWithFloat(1), ResultDurationKey}, {u"{0, 0}", ResultSizeKey}})));
 }
@@ -162,7 +162,7 @@ TEST_F(ServiceTest, WritesDownWhatBecameOfEachRequest) {
     const NSString missing = u"/nonexistent/x";
     const NSData words = NSData::dataWithBytes("words");
     const NSString text = NSString::stringWithUTF8String(folder.write("words.txt", "words"));
-    const NSString tone = tests::stringOf(tests::movieFile(folder, "tone.wav", "-f lavfi -i sine=d=1"));
+    const NSString tone = tests::stringOf(tests::movieFile(folder, "tone.wav", tests::toneOfOneSecond));
     const NSString other = NSString::stringWithUTF8String(folder.write("words", std::string(16, '\1')));
     const auto read = [&](const NSString& path) { client.attributedStringWithContentsOfFile(path); };
     const auto archive = [&](const NSString& path) { client.searchableTextOfWebArchive(path); };

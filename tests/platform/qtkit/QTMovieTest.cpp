@@ -7,6 +7,7 @@
 #include "platform/qtkit/MovieEngine.h"
 #include "platform/qtkit/MovieFormats.h"
 #include "platform/qtkit/engine/OpenedMovie.h"
+#include "support/MoviePixels.h"
 #include "support/Movies.h"
 
 #include <cmath>
