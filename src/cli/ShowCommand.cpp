@@ -18,7 +18,6 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
-#include <set>
 #include <utility>
 
 namespace kelvo::cli {
@@ -201,12 +200,8 @@ private:
                        ? size + ": " + printable(answer.record->sentence)
                        : size;
         }
-        if (hasEngine(answer.operation))
-            return answer.record && answer.record->outcome != Outcome::answered
-                       ? outcomeOfRecord(*answer.record)
-                       : "nothing found";
-        missing_.insert(answer.operation);
-        return output.styled(Style::warning, "not working yet");
+        return answer.record && answer.record->outcome != Outcome::answered ? outcomeOfRecord(*answer.record)
+                                                                            : "nothing found";
     }
 
     static std::vector<std::string> details(const Answer& answer) {
@@ -272,7 +267,6 @@ private:
             NSMutableDictionary row = NSMutableDictionary::dictionary();
             const std::string name(subcommandOfOperation(answer.operation));
             row.setObject_forKey(NSString::stringWithUTF8String(name), u"operation");
-            row.setObject_forKey(NSNumber::numberWithBool(hasEngine(answer.operation)), u"works");
             row.setObject_forKey(NSNumber::numberWithDouble(answer.milliseconds), u"milliseconds");
             if (answer.failure)
                 row.setObject_forKey(NSString::stringByRepairingUTF8String(*answer.failure), u"failure");
@@ -299,19 +293,11 @@ private:
                                      printableByteCount(status.residentBytes),
                                      status.version.isNil() ? "" : ", version " + printable(status.version)));
         }
-        if (missing_.empty())
-            return;
-        std::string names;
-        for (const Operation operation : missing_)
-            names += (names.empty() ? "" : ", ") + std::string(subcommandOfOperation(operation));
-        output.write(output.styled(Style::warning, "Not working yet:") + " " + names +
-                     ". The service has no engine for them so far and answers nil.\n");
     }
 
     Session& session_;
     ExitStatus status_ = ExitStatus::answered;
     bool isFirstDone_ = false;
-    std::set<Operation> missing_;
 };
 
 } // namespace

@@ -4,23 +4,13 @@
 
 #include <capnp/schema.h>
 
-#include <array>
-
 namespace kelvo {
 namespace {
 
 /// The annotation's number in the schema.
 constexpr std::uint64_t selectorAnnotation = 0x82e1d822a292143a;
 
-/// In the order of Operation; set as each engine comes in.
-constexpr std::array<bool, operationCount> enginesInPlace{true,  true, true, true, true,
-                                                          false, true, true, true};
-
 } // namespace
-
-bool hasEngine(Operation operation) {
-    return enginesInPlace[static_cast<std::size_t>(operation)];
-}
 
 NSString selectorOfOperation(Operation operation) {
     const auto methods = capnp::Schema::from<wire::KelvoImExport>().getMethods();

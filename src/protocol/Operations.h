@@ -22,10 +22,6 @@ enum class Operation : std::uint8_t {
 
 inline constexpr std::size_t operationCount = 9;
 
-/// Whether the service's engine for the operation is in place. Until it is, the answer is nil (or false) for
-/// every file.
-bool hasEngine(Operation operation);
-
 /// The exact name of the operation, as logs and errors print it. Nil for a number that is none.
 NSString selectorOfOperation(Operation operation);
 

@@ -91,8 +91,6 @@ bool isAnswer(Operation, bool result) {
 RequestOutcome outcomeOfResult(Operation operation, bool isAnswered) {
     if (isAnswered)
         return {Outcome::answered, nullptr};
-    if (!hasEngine(operation))
-        return {Outcome::unsupported, u"the service has no engine for this operation yet"};
     return {Outcome::nothing, sentencesOfNothing[static_cast<std::size_t>(operation)]};
 }
 
@@ -110,8 +108,6 @@ RequestOutcome outcomeOfResult(Operation operation, bool isAnswered, const Reque
                                const NSString& file) {
     if (isAnswered)
         return {Outcome::answered, notes.sentenceOfResult()};
-    if (!hasEngine(operation))
-        return outcomeOfResult(operation, false);
     const auto noted = notedTrouble(notes);
     if (!noted || noted->outcome <= Outcome::broken) {
         if (const auto trouble = troubleWithFile(operation, file))

@@ -39,9 +39,6 @@ NSString PlumwickHelper::className() const {
     return u"PlumwickHelper";
 }
 
-// Operations whose engine is not in place yet (hasEngine says so to clients) answer as they do for a file
-// that they cannot read.
-
 NSDictionary PlumwickHelper::metaDataForFile(const NSString& file) {
     NSMutableDictionary metaData = _mdimporter->metaDataOfFileAtPath(file);
     for (const Value& key : metaData.allKeys()) {

@@ -208,7 +208,7 @@ TEST_F(ClientTest, OutcomeGoesByTheResultWhenNothingIsWrittenDown) {
     unsetenv("REHEARSAL_WITHOUT_LEDGER");
     EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::answered);
     client.PDFImageRepOfFile(nullptr);
-    EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::unsupported);
+    EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::nothing);
     errorOf([&] { tell(u"/throw"); });
     EXPECT_EQ(client.outcomeOfLastRequest()->outcome, Outcome::broken);
     EXPECT_EQ(client.outcomeOfLastRequest()->sequence, 0u);

@@ -86,8 +86,6 @@ TEST(RequestOutcome, OfAResultAndWhatWasNoted) {
          {},
          Outcome::nothing,
          u"it could not be written"},
-        {"no engine", Operation::PDFImageRepOfFile, false, missing, Outcome::broken, Outcome::unsupported,
-         u"the service has no engine for this operation yet"},
     };
     for (const auto& row : rows) {
         RequestNotes notes;
