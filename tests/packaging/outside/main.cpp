@@ -11,7 +11,7 @@ int main() {
     if (!nothing.isNil() || nothing == kelvo::NSData::data())
         return 1;
     const auto outcome = client.outcomeOfLastRequest();
-    if (!outcome || outcome->sentence.isNil() || kelvo::wordOfOutcome(outcome->outcome) != u"unsupported" ||
+    if (!outcome || outcome->sentence.isNil() || kelvo::wordOfOutcome(outcome->outcome) != u"nothing" ||
         kelvo::Client::recentRequests(1).front().token != outcome->token)
         return 6;
 
