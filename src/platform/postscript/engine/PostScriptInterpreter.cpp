@@ -24,22 +24,21 @@ constexpr std::size_t mostMessageBytes = std::size_t{16} << 10;
 constexpr std::string_view pageMark = "%%kelvo page\n";
 constexpr std::string_view refusalMark = "%%kelvo refused ";
 
-/// Run before the library's own dictionary is closed. A program may catch that Ghostscript has refused it a file, and
-/// nobody would learn of it, so the operators on files are replaced by such as tell. Writing is refused here: into the
-/// folder of temporary files Ghostscript itself lets everybody write, until the disk is full.
+/// Run before the library's own dictionary is closed. Ghostscript refuses files by itself, but then the program may hide
+/// from everybody that it wanted one, and into the folder of temporary files it could write until the disk is full. So the
+/// operators that take names of files tell, and refuse whatever the name is; Ghostscript's own procedures, which were bound
+/// before, find fonts as ever.
 constexpr const char* prologue = R"PS(
 true setglobal
 systemdict begin
 /kelvoTell {
-  count 0 gt {
-    dup type /stringtype eq {
-      dup length 200 .min 0 exch getinterval
-      (%stderr) (w) //file
-      dup (%%kelvo refused ) writestring
-      dup 3 -1 roll writestring
-      dup (\n) writestring flushfile
-    } if
-  } if
+  dup type /stringtype eq {
+    dup length 200 .min 0 exch getinterval
+    (%stderr) (w) //file
+    dup (%%kelvo refused ) writestring
+    dup 3 -1 roll writestring
+    dup (\n) writestring flushfile
+  } { pop } ifelse
 } bind executeonly def
 /kelvoBeginPage {
   0 gt {
@@ -47,27 +46,27 @@ systemdict begin
     systemdict /quit get exec
   } if
 } bind executeonly def
-/kelvoStop {
-  $error /errorname get /invalidfileaccess eq { //kelvoTell exec } { pop } ifelse
-  stop
+/kelvoRefuse {
+  % operator's name, how far below it the name of the file stands
+  count 2 sub 1 index gt { 1 add index //kelvoTell exec } { pop } ifelse
+  /invalidfileaccess signalerror
 } bind executeonly def
 /file {
-  count 2 ge {
-    2 copy type /stringtype eq exch type /stringtype eq and {
-      dup (r) eq 2 index (%std) anchorsearch { pop pop true } { pop false } ifelse or not {
-        1 index //kelvoTell exec
-        /file /invalidfileaccess signalerror
-      } if
-    } if
-  } if
-  {//file} stopped { count 2 ge { 1 index //kelvoStop exec } if stop } if
+  count 2 ge { 1 index type /stringtype eq } { false } ifelse {
+    1 index (%std) anchorsearch { pop pop //file } { pop /file 1 //kelvoRefuse exec } ifelse
+  } { //file } ifelse
 } bind executeonly def
-/run {
-  {//run exec} stopped { count 1 ge { dup //kelvoStop exec } if stop } if
+/run { /run 0 //kelvoRefuse exec } bind executeonly def
+/runlibfile { /runlibfile 0 //kelvoRefuse exec } bind executeonly def
+/deletefile { /deletefile 0 //kelvoRefuse exec } bind executeonly def
+/renamefile { /renamefile 1 //kelvoRefuse exec } bind executeonly def
+/setpagedevice {
+  dup type /dicttype eq { dup /OutputFile known } { false } ifelse {
+    dup /OutputFile get //kelvoTell exec
+    /setpagedevice /invalidfileaccess signalerror
+  } { //setpagedevice } ifelse
 } bind executeonly def
-/deletefile { dup //kelvoTell exec /deletefile /invalidfileaccess signalerror } bind executeonly def
-/renamefile { 1 index //kelvoTell exec /renamefile /invalidfileaccess signalerror } bind executeonly def
-[ /kelvoTell /kelvoStop /.tempfile ] { currentdict exch undef } forall
+[ /kelvoTell /kelvoRefuse /.tempfile ] { currentdict exch undef } forall
 end
 systemdict readonly pop
 false setglobal
