@@ -42,7 +42,7 @@ NSDictionary messageAbout(const NSData& data, const PostScriptFile& file, NSSize
 
 } // namespace
 
-NSData PDFDataOfPostScript(const NSData& postscript, NSSize size) {
+NSData PDFDataOfPostScript(const NSData& postscript, NSSize size, double seconds) {
     if (!isSide(size.width) || !isSide(size.height))
         return nullptr;
     const auto file = PostScriptFile::read(postscript);
@@ -50,10 +50,12 @@ NSData PDFDataOfPostScript(const NSData& postscript, NSSize size) {
         noteOutcome(Outcome::broken, u"it is no PostScript");
         return nullptr;
     }
+    if (postscript.length() > longestPostScript) {
+        noteOutcome(Outcome::outOfMemory, u"it is longer than what is interpreted");
+        return nullptr;
+    }
     try {
-        return PostScriptEngine::sharedEngine()
-            .ask(messageAbout(postscript, *file, size), secondsForPostScript)
-            .data();
+        return PostScriptEngine::sharedEngine().ask(messageAbout(postscript, *file, size), seconds).data();
     } catch (const NSException&) {
         // What became of the engine is noted.
         return nullptr;

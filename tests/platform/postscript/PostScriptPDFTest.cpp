@@ -25,8 +25,11 @@ std::string encapsulated(const std::string& program) {
     return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 100 200 140 220\n%%EndComments\n" + program;
 }
 
-NSData pdfOf(const std::string& bytes, NSSize size = {40, 20}) {
-    return PDFDataOfPostScript(NSData::dataWithBytes(bytes), size);
+// Long enough for the start of an engine on a loaded machine.
+constexpr double ample = 120;
+
+NSData pdfOf(const std::string& bytes, NSSize size = {40, 20}, double seconds = ample) {
+    return PDFDataOfPostScript(NSData::dataWithBytes(bytes), size, seconds);
 }
 
 /// "40x20 r w", the page's size and the pixels of its two halves: red, green, white; "(nil)".
@@ -130,13 +133,18 @@ TEST(PostScriptPDFTest, ProgramsThatFailSayWhy) {
     };
     for (const Row& row : rows) {
         RequestNotes notes;
-        EXPECT_TRUE(pdfOf(encapsulated(row.program)).isNil()) << row.name;
+        const double seconds = row.outcome == Outcome::timedOut ? 2 : ample;
+        EXPECT_TRUE(pdfOf(encapsulated(row.program), {40, 20}, seconds).isNil()) << row.name;
         EXPECT_EQ(notes.outcome(), row.outcome) << row.name;
         EXPECT_EQ(notes.sentence().UTF8String(), row.sentence) << row.name;
     }
     RequestNotes notes;
     EXPECT_TRUE(pdfOf("no program").isNil());
     EXPECT_EQ(notes.outcome(), Outcome::broken);
+    const std::string head = encapsulated("");
+    RequestNotes notesOfLong;
+    EXPECT_TRUE(pdfOf(head + std::string(longestPostScript + 1 - head.size(), '\n')).isNil());
+    EXPECT_EQ(notesOfLong.outcome(), Outcome::outOfMemory);
     for (const NSSize size : {NSSize{0, 10}, NSSize{10, -1},
                               NSSize{10, std::numeric_limits<float>::quiet_NaN()}, NSSize{1e9F, 10}})
         EXPECT_TRUE(pdfOf(encapsulated(redHalf), size).isNil());

@@ -1,0 +1,153 @@
+// Thumbnails of the first page of PDFs, and EPS as PDF, by engines that run already, as the service has them. The peers,
+// pdftoppm and gs, are started for each file. PDFs and EPS may be given as arguments.
+
+#include "Comparison.h"
+#include "platform/foundation/Value.h"
+#include "platform/foundation/connections/NSRunLoop.h"
+#include "platform/pdfkit/PDFDocument.h"
+#include "platform/postscript/PostScriptEngine.h"
+#include "platform/postscript/PostScriptFile.h"
+#include "platform/postscript/PostScriptPDF.h"
+#include "support/PDFDocuments.h"
+#include "support/TemporaryFolder.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace kelvo;
+
+constexpr double longerSide = 256;
+
+const tests::TemporaryFolder& folder() {
+    static const tests::TemporaryFolder made;
+    return made;
+}
+
+NSData contentsOf(const std::string& path) {
+    return NSData::dataWithContentsOfFileWhenNeeded(NSString::stringWithUTF8String(path));
+}
+
+std::size_t pixels(double points, double scale) {
+    return static_cast<std::size_t>(std::max(1.0, std::ceil(points * scale)));
+}
+
+void drawFirstPage(benchmark::State& state, const std::string& path, PDFPageGround ground) {
+    for (auto _ : state) {
+        const PDFPage page = PDFDocument::initWithData(contentsOf(path)).pageAtIndex(0);
+        const NSSize size = page.sizeAsRead();
+        const double scale = longerSide / std::max(size.width, size.height);
+        if (page.imageOfSize(pixels(size.width, scale), pixels(size.height, scale), ground).isNil())
+            state.SkipWithError("not drawn");
+    }
+}
+
+void interpret(benchmark::State& state, const std::string& path) {
+    const NSData data = contentsOf(path);
+    const auto file = PostScriptFile::read(data);
+    for (auto _ : state) {
+        if (!file || PDFDataOfPostScript(contentsOf(path), file->page().size).isNil())
+            state.SkipWithError("not interpreted");
+    }
+}
+
+/// What the service does when there are no requests: the next engine is started, and gets ready.
+void rest() {
+    const double end = NSDate::date().timeIntervalSinceReferenceDate() + 0.15;
+    while (NSDate::date().timeIntervalSinceReferenceDate() < end)
+        NSRunLoop::currentRunLoop().runMode_beforeDate(NSDefaultRunLoopMode,
+                                                       NSDate::dateWithTimeIntervalSinceReferenceDate(end));
+}
+
+void interpretAfterRest(benchmark::State& state, const std::string& path) {
+    const auto file = PostScriptFile::read(contentsOf(path));
+    for (auto _ : state) {
+        state.PauseTiming();
+        rest();
+        state.ResumeTiming();
+        if (!file || PDFDataOfPostScript(contentsOf(path), file->page().size).isNil())
+            state.SkipWithError("not interpreted");
+    }
+}
+
+void runPeer(benchmark::State& state, const std::string& command) {
+    for (auto _ : state) {
+        if (std::system((command + " >/dev/null 2>&1").c_str()) != 0)
+            state.SkipWithError("the command failed");
+    }
+}
+
+std::string madeFile(const std::string& name, const std::string& bytes) {
+    const std::string path = folder().path(name);
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path;
+}
+
+std::string pageOfText() {
+    std::string page;
+    for (int line = 0; line < 50; ++line)
+        page += tests::pdfText("Fifty lines of text, as many as a page of a letter has in it.", "F 11",
+                               720 - 13 * line);
+    return tests::pdfDocument(std::vector<std::string>(20, page));
+}
+
+/// Curves and words.
+std::string drawing() {
+    std::string file = "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 400 400\n%%EndComments\n"
+                       "/Helvetica findfont 9 scalefont setfont\n";
+    for (int index = 0; index < 2000; ++index) {
+        const int x = index * 7 % 400;
+        const int y = index * 13 % 400;
+        char text[128];
+        std::snprintf(text, sizeof text, "%d %d moveto %d %d %d %d %d %d curveto stroke\n", x, y, y, x,
+                      400 - x, y, 400 - y, x);
+        file += text;
+        if (index % 20 == 0)
+            file += std::to_string(x) + " " + std::to_string(y) + " moveto (a word) show\n";
+    }
+    return file + "showpage\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    std::vector<std::string> files{madeFile("text.pdf", pageOfText()), madeFile("drawing.eps", drawing())};
+    files.insert(files.end(), argv + 1, argv + argc);
+    const auto add = [](const std::string& name, auto function, auto... arguments) {
+        benchmark::RegisterBenchmark(name.c_str(), function, arguments...)
+            ->UseRealTime()
+            ->MinTime(2)
+            ->Unit(benchmark::kMillisecond);
+    };
+    for (const std::string& path : files) {
+        if (PostScriptFile::read(contentsOf(path))) {
+            add("ready/" + path, interpretAfterRest, path);
+            add("in turn/" + path, interpret, path);
+            add("peer/" + path, runPeer,
+                "gs -q -dSAFER -dBATCH -dNOPAUSE -dEPSCrop -dLastPage=1 -sDEVICE=pdfwrite -o '" +
+                    folder().path("peer.pdf") + "' '" + path + "'");
+        } else {
+            add("white/" + path, drawFirstPage, path, PDFPageGround::white);
+            add("transparent/" + path, drawFirstPage, path, PDFPageGround::transparent);
+            add("peer/" + path, runPeer, "pdftoppm -scale-to 256 -f 1 -l 1 '" + path + "'");
+        }
+    }
+    bench::Comparison comparison;
+    benchmark::RunSpecifiedBenchmarks(&comparison);
+    std::printf("\ntimes as long as pdftoppm or gs, started for each file\n");
+    for (const std::string& path : files) {
+        for (const char* const kind : {"white", "transparent", "ready", "in turn"})
+            comparison.printTimeRatio((kind + (": " + path.substr(path.rfind('/') + 1))).c_str(),
+                                      kind + ("/" + path), "peer/" + path);
+    }
+    return 0;
+}
