@@ -30,13 +30,11 @@ std::size_t littleEndian32(std::string_view bytes, std::size_t at) {
     return value;
 }
 
-/// The next line of what is left, without its end: CR, LF or both.
+/// The next line of what is left, without its end: CR or LF. Between the two, where both end a line, is an empty one.
 std::string_view takeLine(std::string_view& rest) {
     const std::size_t end = std::min(rest.find_first_of("\r\n"), rest.size());
     const std::string_view line = rest.substr(0, end);
     rest.remove_prefix(end);
-    if (rest.starts_with("\r\n"))
-        rest.remove_prefix(1);
     if (!rest.empty())
         rest.remove_prefix(1);
     return line;

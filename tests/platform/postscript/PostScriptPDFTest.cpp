@@ -87,6 +87,11 @@ TEST(PostScriptPDFTest, TheFirstPageFillsTheSize) {
          "40x20 red white"},
         {"pages without end", encapsulated("{ ") + redHalf + "showpage } loop", {40, 20}, "40x20 red white"},
         {"an error on a later page", program + "nosuchthing", {40, 20}, "40x20 red white"},
+        {"says much",
+         encapsulated("9999 { (%stderr) (w) file (no end of lines) writestring } repeat\n") + redHalf +
+             "showpage",
+         {40, 20},
+         "40x20 red white"},
         {"asks for paper",
          encapsulated("<</PageSize [500 500]>> setpagedevice a4\n") + redHalf,
          {40, 20},

@@ -13,15 +13,16 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
 namespace {
 
-constexpr std::size_t mostMessageBytes = std::size_t{16} << 10;
+constexpr std::size_t longestLine = 512;
 
 // Lines that the prologue writes to standard error. A program that writes them itself makes its own record untrue.
-constexpr std::string_view pageMark = "%%kelvo page\n";
+constexpr std::string_view pageMark = "%%kelvo page";
 constexpr std::string_view refusalMark = "%%kelvo refused ";
 
 /// Run before the library's own dictionary is closed. Ghostscript refuses files by itself, but then the program may hide
@@ -35,14 +36,14 @@ systemdict begin
   dup type /stringtype eq {
     dup length 200 .min 0 exch getinterval
     (%stderr) (w) //file
-    dup (%%kelvo refused ) writestring
+    dup (\n%%kelvo refused ) writestring
     dup 3 -1 roll writestring
     dup (\n) writestring flushfile
   } { pop } ifelse
 } bind executeonly def
 /kelvoBeginPage {
   0 gt {
-    (%stderr) (w) //file dup (%%kelvo page\n) writestring flushfile
+    (%stderr) (w) //file dup (\n%%kelvo page\n) writestring flushfile
     systemdict /quit get exec
   } if
 } bind executeonly def
@@ -125,13 +126,9 @@ void noteFailure(int error, const PostScriptInterpreter::Note& note) {
     }
 }
 
-/// The first that was told, without what is no name of a file; nil when none was.
-NSString refusedName(std::string_view messages) {
-    const std::size_t at = messages.find(refusalMark);
-    if (at == messages.npos)
-        return nullptr;
-    const std::string_view line = messages.substr(at + refusalMark.size());
-    std::string name(line.substr(0, line.find('\n')));
+/// Without what is in no name that people write.
+NSString nameIn(std::string_view bytes) {
+    std::string name(bytes);
     std::erase_if(name, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; });
     return NSString::stringByRepairingUTF8String(name);
 }
@@ -162,7 +159,6 @@ PostScriptInterpreter::PostScriptInterpreter(const std::string& folder) : output
         close();
         throw NSException(EngineMissingException, u"Ghostscript is not installed as it should be");
     }
-    messages_.clear();
 }
 
 PostScriptInterpreter::~PostScriptInterpreter() {
@@ -196,10 +192,20 @@ int PostScriptInterpreter::dropOutput(void*, const char*, int length) {
 }
 
 int PostScriptInterpreter::takeMessage(void* self, const char* text, int length) {
-    std::string& messages = static_cast<PostScriptInterpreter*>(self)->messages_;
-    messages.append(
-        text, std::min(static_cast<std::size_t>(std::max(length, 0)), mostMessageBytes - messages.size()));
+    auto& interpreter = *static_cast<PostScriptInterpreter*>(self);
+    for (const char byte : std::string_view(text, static_cast<std::size_t>(std::max(length, 0)))) {
+        if (byte == '\n')
+            interpreter.takeLine(std::exchange(interpreter.line_, {}));
+        else if (interpreter.line_.size() < longestLine)
+            interpreter.line_ += byte;
+    }
     return length;
+}
+
+void PostScriptInterpreter::takeLine(std::string_view line) {
+    hasPage_ = hasPage_ || line == pageMark;
+    if (wantedFile_.isNil() && line.starts_with(refusalMark))
+        wantedFile_ = nameIn(line.substr(refusalMark.size()));
 }
 
 int PostScriptInterpreter::runProgram(std::string_view program, const PostScriptPage& page) {
@@ -224,10 +230,10 @@ NSData PostScriptInterpreter::firstPage(std::string_view program, const PostScri
     const int error = runProgram(program, page);
     // The file is whole when the device has been closed.
     close();
-    const bool hasPage = error == 0 || messages_.find(pageMark) != messages_.npos;
-    if (const NSString name = refusedName(messages_); !name.isNil()) {
+    const bool hasPage = error == 0 || hasPage_;
+    if (!wantedFile_.isNil()) {
         const NSString sentence =
-            stringWithFormat(u"its program wanted a file that it may not have: %@", name);
+            stringWithFormat(u"its program wanted a file that it may not have: %@", wantedFile_);
         note(Outcome::refused, sentence);
         if (hasPage)
             note(Outcome::answered, sentence);

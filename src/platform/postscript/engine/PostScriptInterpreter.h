@@ -48,6 +48,8 @@ private:
     int runProgram(std::string_view program, const PostScriptPage& page);
     void close();
 
+    void takeLine(std::string_view line);
+
     static int readProgram(void* self, char* buffer, int length);
     static int dropOutput(void* self, const char* text, int length);
     static int takeMessage(void* self, const char* text, int length);
@@ -56,8 +58,11 @@ private:
     std::string output_;
     /// What is left of the program.
     std::string_view rest_;
-    /// What has been written to its standard error, up to a bound.
-    std::string messages_;
+    /// Of what is written to its standard error, the line that has not ended yet.
+    std::string line_;
+    bool hasPage_ = false;
+    /// The first that was refused.
+    NSString wantedFile_;
 };
 
 } // namespace kelvo
