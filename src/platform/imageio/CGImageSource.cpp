@@ -135,6 +135,17 @@ CGImage CGImageSourceCreateImageAtIndex(const CGImageSource& source, std::size_t
     return imageOf(answerTo(message).dictionary());
 }
 
+std::size_t CGImageSourceCountDecodedRows(const CGImageSource& source, std::size_t index) {
+    if (index >= CGImageSourceGetCount(source))
+        return 0;
+    const CGImageSource::Contents& contents = *source.contents_;
+    NSMutableDictionary message = messageAbout(contents.number, contents.data, contents.hint, Want::rows);
+    message.setObject_forKey(NSNumber::numberWithLongLong(static_cast<std::int64_t>(index)), indexKey);
+    const Value answer = answerTo(message);
+    const NSNumber* const rows = answer.numberIfAny();
+    return rows && rows->longLongValue() > 0 ? static_cast<std::size_t>(rows->longLongValue()) : 0;
+}
+
 NSDictionary CGImageSourceCopyPropertiesAtIndex(const CGImageSource& source, std::size_t index,
                                                 const NSDictionary&) {
     if (index >= CGImageSourceGetCount(source))

@@ -52,6 +52,7 @@ private:
                                                        const NSDictionary& options);
     friend CGImage CGImageSourceCreateImageAtIndex(const CGImageSource& source, std::size_t index,
                                                    const NSDictionary& options);
+    friend std::size_t CGImageSourceCountDecodedRows(const CGImageSource& source, std::size_t index);
     friend NSDictionary CGImageSourceCopyPropertiesAtIndex(const CGImageSource& source, std::size_t index,
                                                            const NSDictionary& options);
 
@@ -69,7 +70,7 @@ CGImageSource CGImageSourceCreateWithData(const NSData& data, const NSDictionary
 std::size_t CGImageSourceGetCount(const CGImageSource& source);
 /// Nil for nil.
 NSString CGImageSourceGetType(const CGImageSource& source);
-/// Of JPEG, PNG and GIF alone it is known that they are incomplete.
+/// Of JPEG, PNG, GIF and OpenEXR alone it is known that they are incomplete.
 CGImageSourceStatus CGImageSourceGetStatus(const CGImageSource& source);
 
 /// Not larger than the options say, nor than the image. An embedded thumbnail is taken whatever its size. What is damaged
@@ -81,6 +82,13 @@ CGImage CGImageSourceCreateThumbnailAtIndex(const CGImageSource& source, std::si
 /// The whole image, of up to 100 million pixels; of a camera's raw image the largest picture that it holds.
 CGImage CGImageSourceCreateImageAtIndex(const CGImageSource& source, std::size_t index,
                                         const NSDictionary& options);
+/// How many rows of the whole image, from the top of it as it is stored, were decoded from bytes that are there: all of
+/// them when only what follows the pixels is missing, and 0 when the image cannot be decoded. A few rows before the first
+/// that is missing may not be counted. Of images that come in passes or as a whole (progressive JPEG, interlaced PNG, WebP,
+/// HEIF, JPEG XL) no row is counted until the last pass has begun, or all are there; of BMP, Targa and others that are
+/// stored from the bottom none until the top is there. Takes a second decoding unless CGImageSourceCreateImageAtIndex was
+/// asked for this image last, and for the formats that FFmpeg reads.
+std::size_t CGImageSourceCountDecodedRows(const CGImageSource& source, std::size_t index);
 /// By the keys of CGImageProperties.h. Nil when there is no such image or the engine failed.
 NSDictionary CGImageSourceCopyPropertiesAtIndex(const CGImageSource& source, std::size_t index,
                                                 const NSDictionary& options);

@@ -28,6 +28,8 @@ enum class Want : std::uint8_t {
     pixels,
     /// A dictionary by the keys of CGImageProperties.h; nil when there is no such image.
     properties,
+    /// A number: how many rows were there, from the top. Costs little after the pixels of the whole image.
+    rows,
     /// Data: a file of the pixels that the message holds in place of an image. Nil when it cannot be made.
     file
 };

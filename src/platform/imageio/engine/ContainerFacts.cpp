@@ -1,6 +1,7 @@
 #include "platform/imageio/engine/ContainerFacts.h"
 
 #include "platform/imageio/engine/ByteReader.h"
+#include "platform/imageio/engine/GIFRows.h"
 #include "platform/imageio/engine/MetadataValues.h"
 
 #include <algorithm>
@@ -126,18 +127,6 @@ void addChunk(NSMutableDictionary& group, const Chunk& chunk) {
     }
 }
 
-/// Blocks of up to 255 bytes each, up to an empty one. Returns where they end.
-std::size_t skipBlocks(std::string_view bytes, std::size_t place) {
-    while (place < bytes.size() && bytes[place] != 0)
-        place += 1 + static_cast<unsigned char>(bytes[place]);
-    return place + 1;
-}
-
-/// The table of colours that the flags announce.
-std::size_t lengthOfColors(std::uint8_t flags) {
-    return (flags & 0x80U) != 0 ? std::size_t{3} << ((flags & 7U) + 1) : 0;
-}
-
 } // namespace
 
 NSMutableDictionary groupOfJFIF(std::string_view bytes) {
@@ -201,7 +190,7 @@ NSMutableDictionary groupOfGIF(std::string_view bytes, std::int64_t index) {
     group.setObject_forKey(integer(*reader.number16(6)), u"CanvasPixelWidth");
     group.setObject_forKey(integer(*reader.number16(8)), u"CanvasPixelHeight");
     group.setObject_forKey(NSNumber::numberWithBool((*flags & 0x80U) != 0), u"HasGlobalColorMap");
-    std::size_t place = 13 + lengthOfColors(*flags);
+    std::size_t place = 13 + lengthOfGIFColors(*flags);
     double delay = 0;
     for (std::int64_t image = 0; image <= index;) {
         const auto introducer = reader.number8(place);
@@ -212,12 +201,13 @@ NSMutableDictionary groupOfGIF(std::string_view bytes, std::int64_t index) {
             if (label == 0xFF && part(bytes, place + 3, 11) == "NETSCAPE2.0" &&
                 reader.number8(place + 15) == 1)
                 group.setObject_forKey(integer(reader.number16(place + 16).value_or(0)), u"LoopCount");
-            place = skipBlocks(bytes, place + 2);
+            place = endOfGIFBlocks(bytes, place + 2);
         } else if (introducer == 0x2C) {
             if (image++ == index)
                 setDelay(group, delay);
             delay = 0;
-            place = skipBlocks(bytes, place + 11 + lengthOfColors(reader.number8(place + 9).value_or(0)));
+            place =
+                endOfGIFBlocks(bytes, place + 11 + lengthOfGIFColors(reader.number8(place + 9).value_or(0)));
         } else {
             break;
         }
@@ -245,18 +235,52 @@ bool isCutOffPNG(std::string_view bytes) {
 
 bool isCutOffGIF(std::string_view bytes) {
     const auto flags = ByteReader(bytes, ByteOrder::little).number8(10);
-    std::size_t place = 13 + lengthOfColors(flags.value_or(0));
+    std::size_t place = 13 + lengthOfGIFColors(flags.value_or(0));
     while (place < bytes.size()) {
         const auto introducer = static_cast<unsigned char>(bytes[place]);
         if (introducer == 0x3B)
             return false;
         if (introducer == 0x2C)
-            place += 9 + lengthOfColors(ByteReader(bytes, ByteOrder::little).number8(place + 9).value_or(0));
+            place +=
+                9 + lengthOfGIFColors(ByteReader(bytes, ByteOrder::little).number8(place + 9).value_or(0));
         else if (introducer != 0x21)
             return true;
-        place = skipBlocks(bytes, place + 2);
+        place = endOfGIFBlocks(bytes, place + 2);
     }
     return true;
+}
+
+bool isCutOffEXR(std::string_view bytes) {
+    const ByteReader reader(bytes, ByteOrder::little);
+    constexpr std::uint32_t tiled = 0x200;
+    constexpr std::uint32_t severalParts = 0x1000;
+    const std::uint32_t flags = reader.number32(4).value_or(severalParts);
+    if ((flags & severalParts) != 0)
+        return true;
+    // Attributes: a name, a type, and how long the value is.
+    std::size_t place = 8;
+    while (reader.number8(place).value_or(0) != 0) {
+        const std::size_t type = bytes.find('\0', place);
+        const std::size_t length = type == bytes.npos ? bytes.npos : bytes.find('\0', type + 1);
+        if (length == bytes.npos || !reader.number32(length + 1))
+            return true;
+        place = length + 5 + *reader.number32(length + 1);
+    }
+    // The places of the blocks, up to the first of these.
+    const std::size_t lengthOfHead = (flags & tiled) != 0 ? 20 : 8;
+    std::uint64_t first = bytes.size();
+    for (++place; place < first; place += 8) {
+        const auto low = reader.number32(place);
+        const auto high = reader.number32(place + 4);
+        if (!low || !high)
+            return true;
+        const std::uint64_t block = std::uint64_t{*high} << 32U | *low;
+        const auto length = block < bytes.size() ? reader.number32(block + lengthOfHead - 4) : std::nullopt;
+        if (!length || bytes.size() - block < lengthOfHead + *length)
+            return true;
+        first = std::min(first, block);
+    }
+    return first == bytes.size();
 }
 
 } // namespace kelvo

@@ -24,5 +24,7 @@ NSMutableDictionary groupOfGIF(std::string_view bytes, std::int64_t index);
 bool isCutOffJPEG(std::string_view bytes);
 bool isCutOffPNG(std::string_view bytes);
 bool isCutOffGIF(std::string_view bytes);
+/// Also of those of several parts, whose blocks are not looked for.
+bool isCutOffEXR(std::string_view bytes);
 
 } // namespace kelvo

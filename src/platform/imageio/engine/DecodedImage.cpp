@@ -64,7 +64,7 @@ void PixelWriter::write(std::size_t row, std::size_t column, std::span<const std
 }
 
 DecodedImage PixelWriter::image() {
-    return {turned_, channels_ == bytesOfPixel, false, memory_.seal()};
+    return {turned_, channels_ == bytesOfPixel, false, std::nullopt, memory_.seal()};
 }
 
 } // namespace kelvo

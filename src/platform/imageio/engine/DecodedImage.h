@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -43,6 +44,8 @@ struct DecodedImage {
     bool hasAlpha = false;
     /// Whether something of the image is missing.
     bool isPartial = false;
+    /// Rows of the image as it is stored that were read, from its top; absent where that is not known.
+    std::optional<std::size_t> goodRows;
     NSData bytes;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <utility>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -36,7 +38,24 @@ constexpr std::size_t mostBytesOfFile = std::size_t{1} << 30;
     throw ImageFailure(Outcome::broken, u"the image cannot be decoded");
 }
 
-DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes) {
+/// What stands behind a file that is too short, and in pixels that nothing is decoded to.
+struct Filler {
+    std::uint8_t value = 0;
+    /// How much of it; 0: nothing at all.
+    std::size_t length = 0;
+};
+
+int bufferWithFiller(AVCodecContext* context, AVFrame* frame, int flags) {
+    const int result = avcodec_default_get_buffer2(context, frame, flags);
+    for (const AVBufferRef* const buffer : frame->buf) {
+        if (result >= 0 && buffer)
+            std::memset(buffer->data, static_cast<const Filler*>(context->opaque)->value, buffer->size);
+    }
+    return result;
+}
+
+/// Null when the decoder fails. `pixels` becomes how many the image has, as far as the decoder has come to know.
+DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes, Filler filler, std::size_t& pixels) {
     const std::unique_ptr<AVCodecContext, FreeContext> context(avcodec_alloc_context3(codec));
     const std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
     DecodedFrame frame(av_frame_alloc());
@@ -48,17 +67,22 @@ DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes) {
     // Numbers without an upper end as they are meant for screens; other decoders have no such option.
     av_opt_set(context->priv_data, "apply_trc", "iec61966_2_1", 0);
     // The decoders read a little past the end.
+    if (filler.length > 0) {
+        context->opaque = &filler;
+        context->get_buffer2 = bufferWithFiller;
+    }
     if (avcodec_open2(context.get(), codec, nullptr) < 0 ||
-        av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0)
+        av_new_packet(packet.get(), static_cast<int>(bytes.size() + filler.length)) < 0)
         fail();
     std::memcpy(packet->data, bytes.data(), bytes.size());
-    if (avcodec_send_packet(context.get(), packet.get()) < 0)
-        fail();
-    if (avcodec_receive_frame(context.get(), frame.get()) < 0 &&
-        (avcodec_send_packet(context.get(), nullptr) < 0 ||
-         avcodec_receive_frame(context.get(), frame.get()) < 0))
-        fail();
-    return frame;
+    std::memset(packet->data + bytes.size(), filler.value, filler.length);
+    const bool isDecoded = avcodec_send_packet(context.get(), packet.get()) >= 0 &&
+                           (avcodec_receive_frame(context.get(), frame.get()) >= 0 ||
+                            (avcodec_send_packet(context.get(), nullptr) >= 0 &&
+                             avcodec_receive_frame(context.get(), frame.get()) >= 0));
+    pixels = static_cast<std::size_t>(std::max(context->width, 0)) *
+             static_cast<std::size_t>(std::max(context->height, 0));
+    return isDecoded ? std::move(frame) : nullptr;
 }
 
 bool hasTransparentColor(const AVFrame& frame) {
@@ -83,20 +107,17 @@ bool isAlphaUsed(const std::vector<std::uint8_t>& pixels) {
     return false;
 }
 
-} // namespace
-
-bool hasFrameDecoder(const char* decoder) {
-    return avcodec_find_decoder_by_name(decoder) != nullptr;
-}
-
-Frame decodedFrame(const char* decoder, std::string_view bytes) {
+const AVCodec* codecFor(const char* decoder, std::string_view bytes) {
     av_log_set_level(AV_LOG_QUIET);
     const AVCodec* const codec = avcodec_find_decoder_by_name(decoder);
     if (!codec)
         throw ImageFailure(Outcome::missingEngine, u"the library for images of this kind is not installed");
     if (bytes.size() > mostBytesOfFile)
         throw ImageFailure(Outcome::outOfMemory, u"the image takes more memory than it may");
-    const DecodedFrame decoded = frameOf(codec, bytes);
+    return codec;
+}
+
+Frame frameOfDecoded(const AVFrame* decoded) {
     requirePixels(decoded->width, decoded->height);
     const auto format = static_cast<AVPixelFormat>(decoded->format);
     const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(format);
@@ -126,6 +147,64 @@ Frame decodedFrame(const char* decoder, std::string_view bytes) {
     frame.pixels.resize(frame.pixels.size() - slack);
     frame.hasAlpha = frame.hasAlpha && isAlphaUsed(frame.pixels);
     return frame;
+}
+
+/// The same file with two different things behind it; absent when that does not help either.
+std::optional<std::pair<Frame, Frame>> filledFrames(const AVCodec* codec, std::string_view bytes,
+                                                    std::size_t pixels) {
+    constexpr std::size_t mostPixels = 25'000'000;
+    constexpr std::size_t slack = std::size_t{64} << 10;
+    if (pixels == 0 || pixels > mostPixels)
+        return std::nullopt;
+    const std::size_t length = pixels * imageengine::bytesOfPixel + slack;
+    const auto filled = [&](std::uint8_t value) {
+        const DecodedFrame decoded = frameOf(codec, bytes, {value, length}, pixels);
+        return decoded ? frameOfDecoded(decoded.get()) : Frame();
+    };
+    // As a number with a fraction the other is none of those that become black.
+    std::pair<Frame, Frame> frames{filled(0), filled(0x3F)};
+    if (frames.first.pixels.empty() || frames.first.pixels.size() != frames.second.pixels.size())
+        return std::nullopt;
+    return frames;
+}
+
+/// Whether a row is the same in both.
+bool isSettled(const std::pair<Frame, Frame>& frames, std::size_t row) {
+    const std::size_t length = frames.first.size.width * imageengine::bytesOfPixel;
+    return std::memcmp(frames.first.pixels.data() + row * length, frames.second.pixels.data() + row * length,
+                       length) == 0;
+}
+
+} // namespace
+
+bool hasFrameDecoder(const char* decoder) {
+    return avcodec_find_decoder_by_name(decoder) != nullptr;
+}
+
+Frame decodedFrame(const char* decoder, std::string_view bytes) {
+    const AVCodec* const codec = codecFor(decoder, bytes);
+    std::size_t pixels = 0;
+    if (const DecodedFrame decoded = frameOf(codec, bytes, {}, pixels))
+        return frameOfDecoded(decoded.get());
+    auto frames = filledFrames(codec, bytes, pixels);
+    bool isAnythingThere = false;
+    for (std::size_t row = 0; frames && !isAnythingThere && row < frames->first.size.height; ++row)
+        isAnythingThere = isSettled(*frames, row);
+    if (!isAnythingThere)
+        fail();
+    frames->first.isPartial = true;
+    return std::move(frames->first);
+}
+
+std::size_t settledRows(const char* decoder, std::string_view bytes) {
+    const AVCodec* const codec = codecFor(decoder, bytes);
+    std::size_t pixels = 0;
+    frameOf(codec, bytes, {}, pixels);
+    const auto frames = filledFrames(codec, bytes, pixels);
+    std::size_t row = 0;
+    while (frames && row < frames->first.size.height && isSettled(*frames, row))
+        ++row;
+    return row;
 }
 
 } // namespace kelvo

@@ -178,7 +178,9 @@ std::vector<IconEntry> iconsOfFolder(std::string_view bytes) {
         if (!start || *start >= bytes.size())
             continue;
         IconEntry icon;
-        icon.bytes = bytes.substr(*start, *reader.number32(entry + 8));
+        const std::size_t length = *reader.number32(entry + 8);
+        icon.bytes = bytes.substr(*start, length);
+        icon.isCutOff = icon.bytes.size() < length;
         icon.form = icon.bytes.starts_with(startOfPNG) ? Form::file : Form::bitmap;
         const std::size_t width = *reader.number8(entry);
         icon.side = width == 0 ? 256 : width;
@@ -194,7 +196,8 @@ std::vector<IconEntry> iconsOfFamily(std::string_view bytes) {
     const ByteReader reader(bytes, ByteOrder::big);
     constexpr std::size_t head = 8;
     std::vector<std::pair<std::string_view, std::string_view>> elements;
-    for (std::size_t place = head; elements.size() < mostEntries;) {
+    std::size_t place = head;
+    while (elements.size() < mostEntries) {
         const auto length = reader.number32(place + 4);
         if (!length || *length < head)
             break;
@@ -202,6 +205,10 @@ std::vector<IconEntry> iconsOfFamily(std::string_view bytes) {
                               bytes.substr(std::min(place + head, bytes.size()), *length - head));
         place += *length;
     }
+    // Only what comes last can be.
+    const auto isCutOff = [&](std::string_view contents) {
+        return place > bytes.size() && contents.data() + contents.size() == bytes.data() + bytes.size();
+    };
     std::vector<IconEntry> icons;
     for (const auto& [code, contents] : elements) {
         const std::string_view name = code;
@@ -224,6 +231,7 @@ std::vector<IconEntry> iconsOfFamily(std::string_view bytes) {
             if (!row->maskCode.empty() && maskCode == row->maskCode)
                 icon.mask = mask;
         }
+        icon.isCutOff = isCutOff(icon.bytes) || (!icon.mask.empty() && isCutOff(icon.mask));
         icons.push_back(icon);
     }
     sortBySize(icons);

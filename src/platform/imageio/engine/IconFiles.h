@@ -22,6 +22,8 @@ struct IconEntry {
     int bitsOfPixel = 0;
     std::string_view bytes;
     std::string_view mask;
+    /// Whether the file ends before it.
+    bool isCutOff = false;
 };
 
 /// Of com.microsoft.ico and com.microsoft.cur: the largest and deepest first.

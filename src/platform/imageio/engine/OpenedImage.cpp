@@ -3,6 +3,7 @@
 #include "platform/imageio/CGImageProperties.h"
 #include "platform/imageio/ImageEngineMessages.h"
 #include "platform/imageio/engine/ContainerFacts.h"
+#include "platform/imageio/engine/GIFRows.h"
 
 #include <algorithm>
 #include <string>
@@ -116,16 +117,22 @@ std::unique_ptr<OpenedImage> OpenedImage::open(const NSData& data, std::u16strin
     return image;
 }
 
-NSDictionary OpenedImage::facts() const {
+bool OpenedImage::isCutOff() {
     const std::string_view bytes = inPlace(data_);
-    const bool isIncomplete = isOfType(kind_, u"public.jpeg")          ? isCutOffJPEG(bytes)
-                              : isOfType(kind_, u"public.png")         ? isCutOffPNG(bytes)
-                              : isOfType(kind_, u"com.compuserve.gif") ? isCutOffGIF(bytes)
-                                                                       : false;
+    if (!isCutOff_)
+        isCutOff_ = isOfType(kind_, u"public.jpeg")             ? isCutOffJPEG(bytes)
+                    : isOfType(kind_, u"public.png")            ? isCutOffPNG(bytes)
+                    : isOfType(kind_, u"com.compuserve.gif")    ? isCutOffGIF(bytes)
+                    : isOfType(kind_, u"com.ilm.openexr-image") ? isCutOffEXR(bytes)
+                                                                : false;
+    return *isCutOff_;
+}
+
+NSDictionary OpenedImage::facts() {
     return NSMutableDictionary::dictionaryWithObjectsAndKeys(
         {{NSString(kind_.type), typeKey},
          {NSNumber::numberWithLongLong(count_), countKey},
-         {NSNumber::numberWithBool(isIncomplete), incompleteKey}});
+         {NSNumber::numberWithBool(isCutOff()), incompleteKey}});
 }
 
 const ImageMetadata& OpenedImage::metadata() {
@@ -175,23 +182,41 @@ std::optional<DecodedImage> OpenedImage::embeddedThumbnail(const PixelDemand& de
     }
 }
 
-DecodedImage OpenedImage::whole(std::int64_t index, const PixelDemand& demand) {
+DecodedImage OpenedImage::fromPreview(const PixelDemand& demand) {
+    const NSData preview = metadata().preview(demand.mostPixels);
+    const ImageKind* const kind = preview.isNil() ? nullptr : kindOfImage(preview.characters(), {});
+    if (!kind || kind->reader != ImageReader::vips)
+        throw ImageFailure(Outcome::unsupported,
+                           u"the camera has put no picture into the file that can be shown");
+    PixelDemand own = demand;
+    own.isCutOff = isOfType(*kind, u"public.jpeg") && isCutOffJPEG(preview.characters());
+    return VipsImage(preview, *kind).decode(0, own);
+}
+
+DecodedImage OpenedImage::fromImage(std::int64_t index, PixelDemand demand) {
     if (const auto file = fileOfIcon(index))
-        return file->whole(0, demand);
-    if (kind_.reader == ImageReader::vips)
-        return VipsImage(data_, kind_).decode(index, demand);
-    if (kind_.reader == ImageReader::preview) {
-        const NSData preview = metadata().preview(demand.mostPixels);
-        const ImageKind* const kind = preview.isNil() ? nullptr : kindOfImage(preview.characters(), {});
-        if (!kind || kind->reader != ImageReader::vips)
-            throw ImageFailure(Outcome::unsupported,
-                               u"the camera has put no picture into the file that can be shown");
-        return VipsImage(preview, *kind).decode(0, demand);
+        return file->fromImage(0, demand);
+    if (kind_.reader == ImageReader::preview)
+        return fromPreview(demand);
+    if (kind_.reader != ImageReader::vips) {
+        const Frame decoded = frame(index);
+        facts_ = factsOfFrame(decoded);
+        factsIndex_ = index;
+        DecodedImage image = shrunk(decoded.size, decoded.hasAlpha, decoded.pixels, demand);
+        image.isPartial = image.isPartial || decoded.isPartial || isCutOff();
+        return image;
     }
-    const Frame decoded = frame(index);
-    facts_ = factsOfFrame(decoded);
-    factsIndex_ = index;
-    return shrunk(decoded.size, decoded.hasAlpha, decoded.pixels, demand);
+    demand.isCutOff = isCutOff();
+    DecodedImage image = VipsImage(data_, kind_).decode(index, demand);
+    if (demand.isCutOff && isOfType(kind_, u"com.compuserve.gif")) {
+        // The library fills what is missing.
+        const auto height = static_cast<std::size_t>(headFacts(index).height);
+        image.goodRows = std::min(decodedRowsOfGIF(inPlace(data_), index), height);
+        image.isPartial = image.isPartial || *image.goodRows < height;
+    }
+    // Whether anything that a smaller picture is made of was missing nobody has counted.
+    image.isPartial = image.isPartial || (demand.isCutOff && !image.goodRows);
+    return image;
 }
 
 std::optional<DecodedImage> OpenedImage::decode(std::int64_t index, const DecodeRequest& request) {
@@ -210,7 +235,32 @@ std::optional<DecodedImage> OpenedImage::decode(std::int64_t index, const Decode
     }
     if (!request.mayBeFromImage)
         return std::nullopt;
-    return whole(index, demand);
+    DecodedImage image = fromImage(index, demand);
+    if (demand.mostPixels == 0) {
+        goodRows_ = image.goodRows;
+        goodRowsIndex_ = index;
+    }
+    return image;
+}
+
+std::size_t OpenedImage::goodRows(std::int64_t index) {
+    if (index < 0 || index >= count_)
+        return 0;
+    if (const auto file = fileOfIcon(index))
+        return file->goodRows(0);
+    const bool isEXR = isOfType(kind_, u"com.ilm.openexr-image");
+    if (isEXR && isCutOff())
+        return 0;
+    if (kind_.reader == ImageReader::frames && !isEXR)
+        return settledRows(kind_.loader, inPlace(data_));
+    if (!icons_.empty())
+        return icons_[static_cast<std::size_t>(index)].isCutOff ? 0 : frame(index).size.height;
+    if (!goodRows_ || goodRowsIndex_ != index) {
+        const DecodedImage image = fromImage(index, {});
+        goodRows_ = image.goodRows.value_or(image.size.height);
+        goodRowsIndex_ = index;
+    }
+    return *goodRows_;
 }
 
 Value OpenedImage::properties(std::int64_t index) {

@@ -36,11 +36,13 @@ public:
     static std::unique_ptr<OpenedImage> open(const NSData& data, std::u16string_view hint);
 
     /// All answers are as ImageEngineMessages.h describes them.
-    NSDictionary facts() const;
+    NSDictionary facts();
     /// Absent when nothing that was allowed is there.
     std::optional<DecodedImage> decode(std::int64_t index, const DecodeRequest& request);
     /// Nil when there is no such image.
     Value properties(std::int64_t index);
+    /// See CGImageSourceCountDecodedRows.
+    std::size_t goodRows(std::int64_t index);
 
 private:
     OpenedImage(NSData data, const ImageKind& kind) : data_(std::move(data)), kind_(kind) {}
@@ -49,7 +51,9 @@ private:
     const ImageFacts& headFacts(std::int64_t index);
     Frame frame(std::int64_t index) const;
     std::optional<DecodedImage> embeddedThumbnail(const PixelDemand& demand);
-    DecodedImage whole(std::int64_t index, const PixelDemand& demand);
+    bool isCutOff();
+    DecodedImage fromPreview(const PixelDemand& demand);
+    DecodedImage fromImage(std::int64_t index, PixelDemand demand);
     std::unique_ptr<OpenedImage> fileOfIcon(std::int64_t index) const;
 
     NSData data_;
@@ -57,9 +61,13 @@ private:
     std::int64_t count_ = 1;
     std::vector<IconEntry> icons_;
     std::unique_ptr<ImageMetadata> metadata_;
+    std::optional<bool> isCutOff_;
     /// Of the image that was asked about last.
     std::optional<ImageFacts> facts_;
     std::int64_t factsIndex_ = -1;
+    /// Of the image that was decoded whole last.
+    std::optional<std::size_t> goodRows_;
+    std::int64_t goodRowsIndex_ = -1;
 };
 
 } // namespace kelvo

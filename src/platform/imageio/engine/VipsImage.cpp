@@ -3,6 +3,8 @@
 #include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
 #include "platform/imageio/engine/ByteReader.h"
+#include "platform/imageio/engine/JPEGPasses.h"
+#include "platform/imageio/engine/RowWatcher.h"
 #include "platform/imageio/engine/VipsHandles.h"
 
 #include <gmodule.h>
@@ -75,50 +77,6 @@ void requireLoader(const ImageKind& kind) {
         throw ImageFailure(Outcome::missingEngine, u"the library for images of this kind is not installed");
 }
 
-/// How much of the frame of a JPEG there is, of all its channels.
-std::uint64_t coefficientBytesOfFrame(const ByteReader& reader, std::size_t frame, std::size_t channels) {
-    std::uint64_t samples = 0;
-    std::uint64_t densest = 1;
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        const std::uint8_t factors = reader.number8(frame + 11 + 3 * channel).value_or(0x11);
-        const std::uint64_t density = static_cast<std::uint64_t>(factors >> 4U) * (factors & 0xFU);
-        samples += density;
-        densest = std::max(densest, density);
-    }
-    const std::uint64_t pixels =
-        std::uint64_t{reader.number16(frame + 5).value_or(0)} * reader.number16(frame + 7).value_or(0);
-    return pixels * samples / densest * sizeof(std::int16_t);
-}
-
-/// How much a JPEG that is stored in several passes keeps until the last; 0 for others. Only what stands before the
-/// first of them is looked at.
-std::uint64_t coefficientBytes(std::string_view bytes) {
-    const ByteReader reader(bytes, ByteOrder::big);
-    std::uint64_t bytesOfFrame = 0;
-    std::size_t channels = 0;
-    bool isProgressive = false;
-    for (std::size_t place = 2; reader.number8(place) == 0xFF;) {
-        const std::uint8_t marker = reader.number8(place + 1).value_or(0);
-        if (marker == 0xFF) {
-            ++place;
-            continue;
-        }
-        const std::uint16_t length = reader.number16(place + 2).value_or(0);
-        // The channels of the first pass: where some are missing, others follow.
-        if (marker == 0xDA)
-            return isProgressive || reader.number8(place + 4).value_or(0) < channels ? bytesOfFrame : 0;
-        if (length < 2)
-            return 0;
-        if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC) {
-            isProgressive = (marker & 3U) == 2;
-            channels = reader.number8(place + 9).value_or(0);
-            bytesOfFrame = coefficientBytesOfFrame(reader, place, channels);
-        }
-        place += 2 + std::size_t{length};
-    }
-    return 0;
-}
-
 /// A PNG whose rows come in several passes, which is held whole until the last.
 bool isInterlaced(std::string_view bytes) {
     constexpr std::size_t placeOfMethod = 28;
@@ -132,13 +90,21 @@ std::uint64_t mostPixelsOf(const ImageKind& kind, std::string_view bytes, const 
     return mostPixelsInRows;
 }
 
+bool isLoadedBy(const ImageKind& kind, std::string_view loader) {
+    return kind.loader == loader;
+}
+
 /// What the loaders are told of which image is meant; those of single images know no such words.
 std::string optionsOf(const ImageKind& kind, std::int64_t index) {
-    return kind.mayHaveMany && index > 0 ? "[page=" + std::to_string(index) + "]" : "";
+    std::string options = kind.mayHaveMany && index > 0 ? "page=" + std::to_string(index) : "";
+    // Strips that are missing would come as if they were empty.
+    if (isLoadedBy(kind, "VipsForeignLoadTiff"))
+        options += std::string(options.empty() ? "" : ",") + "fail_on=error";
+    return options.empty() ? options : '[' + options + ']';
 }
 
 bool isDrawing(const ImageKind& kind) {
-    return kind.loader == std::string_view("VipsForeignLoadSvg");
+    return isLoadedBy(kind, "VipsForeignLoadSvg");
 }
 
 /// A drawing in this size. The library knows one by what stands in its first 1,000 bytes, and is not asked.
@@ -162,7 +128,7 @@ Image headOf(const NSData& data, const ImageKind& kind, std::int64_t index) {
 }
 
 bool isPyramid(const ImageKind& kind) {
-    return kind.loader == std::string_view("VipsForeignLoadJp2k");
+    return isLoadedBy(kind, "VipsForeignLoadJp2k");
 }
 
 /// The smallest of the sizes in which the file holds the image, each half as large as the one before, that is large
@@ -285,6 +251,44 @@ Image thumbnailOf(::VipsImage* image, int side) {
     });
 }
 
+/// What cannot be read stays empty, unless that is all.
+DecodedImage decodeWatched(Image source, const PixelDemand& demand) {
+    RowWatcher watcher;
+    hasWarned = false;
+    const auto height = static_cast<std::size_t>(source->Ysize);
+    Image thumbnail;
+    {
+        const Image image = watcher.watched(source);
+        if (!demand.profile.empty() && vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) == 0)
+            vips_image_set_blob_copy(image.get(), VIPS_META_ICC_NAME, demand.profile.data(),
+                                     demand.profile.size());
+        thumbnail = thumbnailOf(image.get(), sideOf(demand));
+        // So that the loader is closed with the last image that is made of it.
+        source = nullptr;
+    }
+    DecodedImage decoded = written(std::move(thumbnail), demand.orientation);
+    if (watcher.goodRows() == 0)
+        fail();
+    decoded.goodRows = watcher.goodRows();
+    decoded.isPartial = decoded.isPartial || watcher.goodRows() < height;
+    return decoded;
+}
+
+/// A JPEG whose end is missing, up to where bits are. Fails when there is no row for sure.
+DecodedImage decodeBeginning(const NSData& data, const PixelDemand& demand) {
+    // With its mark at the end it fails where bits are missing, and not because the mark is.
+    const NSData ended = NSData::dataWithBytesNoCopy(std::string(data.characters()) + "\xFF\xD9");
+    DecodedImage decoded = decodeWatched(loaded(ended, "[fail_on=warning]"), demand);
+    if (!decoded.isPartial)
+        return decoded;
+    // The library finds out when it comes to the next strip, or not at all when there is none.
+    constexpr std::size_t strip = 8;
+    decoded.goodRows = (*decoded.goodRows - 1) / strip * strip;
+    if (*decoded.goodRows == 0)
+        fail();
+    return decoded;
+}
+
 } // namespace
 
 void prepareVips() {
@@ -339,14 +343,31 @@ ImageFacts VipsImage::facts(std::int64_t index) const {
     return facts;
 }
 
+DecodedImage VipsImage::decodeWhole(std::int64_t index, const PixelDemand& demand) const {
+    const bool isJPEG = isLoadedBy(kind_, "VipsForeignLoadJpeg");
+    if (!demand.isCutOff || !(isJPEG || isLoadedBy(kind_, "VipsForeignLoadPng")))
+        return decodeWatched(loaded(data_, optionsOf(kind_, index)), demand);
+    try {
+        if (!isJPEG)
+            return decodeWatched(loaded(data_, "[fail_on=truncated]"), demand);
+        if (hasAllPassesOfJPEG(data_.characters()))
+            return decodeBeginning(data_, demand);
+    } catch (const ImageFailure&) {
+        // In passes that did not come to their end all rows are there, and none as it should be.
+    }
+    DecodedImage decoded = decodeWatched(loaded(data_, ""), demand);
+    decoded.goodRows = 0;
+    decoded.isPartial = true;
+    return decoded;
+}
+
 DecodedImage VipsImage::decode(std::int64_t index, const PixelDemand& demand) const {
     hasWarned = false;
-    const bool isJPEG = kind_.loader == std::string_view("VipsForeignLoadJpeg");
-    if (isJPEG && coefficientBytes(data_.characters()) > mostCoefficientBytes)
+    if (isLoadedBy(kind_, "VipsForeignLoadJpeg") &&
+        coefficientBytesOfJPEG(data_.characters()) > mostCoefficientBytes)
         throw ImageFailure(Outcome::outOfMemory,
                            u"the image is stored in passes, and too large to be kept until the last");
     const int side = sideOf(demand);
-    const std::string options = optionsOf(kind_, index);
     const char* conversion = nullptr;
     {
         const Image head = headOf(data_, kind_, index);
@@ -357,22 +378,27 @@ DecodedImage VipsImage::decode(std::int64_t index, const PixelDemand& demand) co
         requirePixels(head->Xsize, vips_image_get_page_height(head.get()),
                       mostPixelsOf(kind_, data_.characters(), demand));
         if (isPyramid(kind_))
-            return written(thumbnailOf(levelOf(data_, head.get(), side).get(), side), demand.orientation);
-        if (!demand.profile.empty() && vips_image_get_typeof(head.get(), VIPS_META_ICC_NAME) == 0) {
-            const Image image = made([&](auto** to) { return vips_copy(head.get(), to, nullptr); });
-            vips_image_set_blob_copy(image.get(), VIPS_META_ICC_NAME, demand.profile.data(),
-                                     demand.profile.size());
-            return written(thumbnailOf(image.get(), side), demand.orientation);
-        }
+            return decodeWatched(levelOf(data_, head.get(), side), demand);
         conversion = conversionOf(head.get());
     }
+    if (demand.mostPixels == 0)
+        return decodeWhole(index, demand);
+    const std::string options = optionsOf(kind_, index);
+    if (!demand.profile.empty())
+        return decodeWatched(loaded(data_, options), demand);
     const Source source = sourceOf(data_);
-    return written(made([&](auto** to) {
-                       return vips_thumbnail_source(source.get(), to, side, "option_string", options.c_str(),
-                                                    "height", side, "size", VIPS_SIZE_DOWN, "no_rotate", TRUE,
-                                                    conversion, "srgb", nullptr);
-                   }),
-                   demand.orientation);
+    try {
+        return written(made([&](auto** to) {
+                           return vips_thumbnail_source(
+                               source.get(), to, side, "option_string", options.c_str(), "height", side,
+                               "size", VIPS_SIZE_DOWN, "no_rotate", TRUE, conversion, "srgb", nullptr);
+                       }),
+                       demand.orientation);
+    } catch (const ImageFailure&) {
+        if (!kind_.isReadInRows)
+            throw;
+    }
+    return decodeWatched(loaded(data_, options), demand);
 }
 
 DecodedImage shrunk(ImageSize size, bool hasAlpha, std::span<const std::uint8_t> pixels,

@@ -29,6 +29,8 @@ struct PixelDemand {
     int orientation = uprightOrientation;
     /// For images without a profile of their own; may be empty.
     std::string profile;
+    /// Whether the end of the file is missing.
+    bool isCutOff = false;
 };
 
 /// What the head of a file says of an image.
@@ -54,10 +56,13 @@ public:
     VipsImage(NSData data, const ImageKind& kind);
 
     ImageFacts facts(std::int64_t index) const;
-    /// The pixels; the image is shrunk while it is read where the format lets it.
+    /// The pixels; the image is shrunk while it is read where the format lets it. Of a whole image the rows that were
+    /// read are counted.
     DecodedImage decode(std::int64_t index, const PixelDemand& demand) const;
 
 private:
+    DecodedImage decodeWhole(std::int64_t index, const PixelDemand& demand) const;
+
     NSData data_;
     ImageKind kind_;
 };

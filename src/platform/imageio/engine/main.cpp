@@ -79,6 +79,8 @@ private:
             return pixels(fields, index, channel);
         case Want::properties:
             return image_->properties(index);
+        case Want::rows:
+            return NSNumber::numberWithLongLong(static_cast<std::int64_t>(image_->goodRows(index)));
         case Want::file:
             break;
         }
