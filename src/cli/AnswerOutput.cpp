@@ -1,6 +1,7 @@
 #include "cli/AnswerOutput.h"
 
 #include "cli/Files.h"
+#include "cli/PictureOutput.h"
 #include "cli/Printable.h"
 #include "cli/RichTextOutput.h"
 #include "cli/Session.h"
@@ -16,6 +17,10 @@ void requireAnswerWritable(Session& session, AnswerBytes form) {
     if (*name == standardStream && session.output().isTerminal())
         throw CommandError(ExitStatus::usage,
                            "bytes are not written to a terminal; send them to a file or a pipe");
+    if (form == AnswerBytes::picture && !pictureFormOfName(*name))
+        throw CommandError(ExitStatus::usage,
+                           fmt::format("{}: pictures are written as .tiff, .png or .jpeg, as their name says",
+                                       printableFileName(*name)));
     form == AnswerBytes::richText ? requireRichTextWritable(*name) : requireWritable(*name);
 }
 
@@ -30,10 +35,12 @@ ExitStatus writeAnswer(Session& session, const NSData& bytes, AnswerBytes form, 
         return ExitStatus::noAnswer;
     }
     NSData own = bytes;
+    if (form == AnswerBytes::picture)
+        own = pictureOfThumbnail(bytes, pictureFormOfName(name).value_or(PictureForm::TIFF), subject);
     if (form == AnswerBytes::richText)
         own = writeRichText(session, bytes, name);
     else
-        writeOutput(name, bytes, session.output());
+        writeOutput(name, own, session.output());
     if (own.isNil())
         return session.complainOfNoAnswer(printableFileName(name));
     written = {own, name};

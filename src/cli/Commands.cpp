@@ -3,6 +3,7 @@
 #include "cli/AnswerOutput.h"
 #include "cli/Files.h"
 #include "cli/HTMLToTextCommand.h"
+#include "cli/ImageCommand.h"
 #include "cli/JSONView.h"
 #include "cli/MetadataCommand.h"
 #include "cli/MovieCommand.h"
@@ -30,8 +31,6 @@ Request requestForFile(const Options& options, Operation operation, const std::s
     Request request;
     request.operation = operation;
     request.allowsRemoteRequest = options.allowsRemoteRequest;
-    request.wantsPDFText = options.wantsPDFText;
-    request.mayUseImporters = options.mayUseImporters;
     switch (operation) {
     case Operation::RTFDWithHTML:
         request.baseURL = options.baseURL;
@@ -160,6 +159,8 @@ ExitStatus runSubject(Session& session) {
         return runPDFText(session, options.files);
     if (operation == Operation::posterImageForMovieWithFile && options.files.size() > 1)
         return runMovies(session, options.files);
+    if (operation == Operation::imageWithContentsOfFile)
+        return runImage(session, options.files);
     const ExitStatus status = runOnFile(session, operation);
     session.tellWhatIsMissing(subjectOf(options.files.front()));
     return status;

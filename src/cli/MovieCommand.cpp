@@ -61,7 +61,7 @@ ExitStatus runFile(Session& session, const std::string& file) {
 ExitStatus runMovies(Session& session, const std::vector<std::string>& files) {
     return runEachFile(
         session, files, [&session](const std::string& file) { return runFile(session, file); },
-        FileHeadings::none);
+        EachFile::inItsLine);
 }
 
 } // namespace kelvo::cli

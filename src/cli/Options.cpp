@@ -292,16 +292,34 @@ Examples:
     }
 
     void addImage() {
-        CLI::App& subcommand =
-            add(Operation::imageWithContentsOfFile,
-                "Print the size and properties of an image or PDF, with a thumbnail", R"(Examples:
-  plumwick image photo.jpg -o thumbnail.tiff
+        CLI::App& subcommand = add(
+            Operation::imageWithContentsOfFile,
+            "Print the size and properties of images and PDFs, with their thumbnails",
+            R"(Of one file everything is printed, of several a line each: name, size in pixels, kind, and what is missing. An OUT that
+ends in ".png" or ".jpeg" (".jpg") becomes a file of that kind, one that ends in ".tiff" (".tif") has the bytes of the
+service. With --json each file gives one line, in their order: a dictionary with "file" and the answer, or null.
+
+Examples:
+  plumwick image photo.jpg -o thumbnail.png
+  plumwick image *.jpg -d thumbnails
+  plumwick image --show photo.jpg
   plumwick image report.pdf --pdf-text)");
-        addFile(subcommand, "An image, PDF, EPS or PostScript file");
+        addFiles(subcommand, "Images, PDFs, EPS or PostScript files");
         subcommand.add_flag("--pdf-text", options_.wantsPDFText, "Ask for the text of a PDF, too");
         subcommand.add_flag("--no-importers", refusesImporters_,
                             "Do not take that text from the metadata importers");
-        addOutput(subcommand, "Where the thumbnail goes, as TIFF; - writes standard output");
+        CLI::Option* const output = addOutput(
+            subcommand, "Where the thumbnail goes, as its name says; - writes TIFF to standard output");
+        subcommand
+            .add_option(
+                "-d,--folder", options_.folder,
+                "Where the thumbnails go as PNG, by the names of their files; made if it is not there")
+            ->type_name("FOLDER")
+            ->excludes(output);
+        subcommand
+            .add_flag("--show", options_.showsPicture,
+                      "Draw the thumbnail, on a terminal that can (kitty graphics, sixel)")
+            ->excludes("--json");
     }
 
     void addPDFOf() {
@@ -393,6 +411,10 @@ Examples:
             refuse("-o: takes the answer for one FILE");
         if (options_.output && options_.output->empty())
             refuse("-o: the name is empty");
+        if (options_.folder && options_.folder->empty())
+            refuse("-d: the name is empty");
+        if (options_.output == standardStream && options_.showsPicture)
+            refuse("--show and -o - cannot both go to standard output");
         if (options_.output == standardStream && options_.printsJSON)
             refuse("--json and -o - cannot both go to standard output");
     }

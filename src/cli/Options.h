@@ -36,6 +36,10 @@ struct Options {
     bool wantsPages = false;
     bool wantsPDFText = false;
     bool mayUseImporters = true;
+    /// Where the thumbnails of several files go, in file-system bytes.
+    std::optional<std::string> folder;
+    /// The thumbnail on the terminal.
+    bool showsPicture = false;
     bool reformats = false;
     bool takesOnlyBody = false;
     bool removesJunk = false;

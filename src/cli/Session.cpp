@@ -101,17 +101,18 @@ void Session::listRefused(const std::string& subject) {
 }
 
 ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
-                       const std::function<ExitStatus(const std::string& file)>& run, FileHeadings headings) {
+                       const std::function<ExitStatus(const std::string& file)>& run, EachFile manner) {
     ExitStatus status = ExitStatus::answered;
     for (const std::string& file : files) {
         const bool isHeaded =
-            headings == FileHeadings::names && files.size() > 1 && !session.options().printsJSON;
+            files.size() > 1 && !session.options().printsJSON && manner == EachFile::underItsName;
         if (isHeaded)
             session.output().write(session.output().styled(Style::strong, subjectOf(file)) + "\n");
         session.forgetOutcome();
         try {
             status = worse(status, run(file));
-            session.tellWhatIsMissing(subjectOf(file));
+            if (manner == EachFile::underItsName || session.options().printsJSON)
+                session.tellWhatIsMissing(subjectOf(file));
         } catch (const CommandError& error) {
             if (session.options().printsJSON)
                 session.printJSON(nullptr);

@@ -10,6 +10,7 @@
 
 #include <plumwick/Client.h>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -67,12 +68,14 @@ private:
     bool isReachable_ = true;
 };
 
-/// Every file is tried, so that one that is broken does not keep the others from being answered; what is
-/// printed for each of several stands under its name, unless it names the file itself. With JSON a file that fails gives
-/// a null. The worst status is the result.
-enum class FileHeadings : std::uint8_t { names, none };
+/// How the answers for several files are told apart: each stands under the name of its file, or is a line that says by
+/// itself whose it is, and what is missing from it.
+enum class EachFile : std::uint8_t { underItsName, inItsLine };
+
+/// Every file is tried, so that one that is broken does not keep the others from being answered. With JSON a file that
+/// fails gives a null. The worst status is the result.
 ExitStatus runEachFile(Session& session, const std::vector<std::string>& files,
                        const std::function<ExitStatus(const std::string& file)>& run,
-                       FileHeadings headings = FileHeadings::names);
+                       EachFile manner = EachFile::underItsName);
 
 } // namespace kelvo::cli

@@ -16,6 +16,8 @@ public:
     /// is noted with the current request.
     Value answerTo(const NSDictionary& message);
 
+    /// Ends it; the next message starts another.
+    void stop() { process_.stop(); }
     /// 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
