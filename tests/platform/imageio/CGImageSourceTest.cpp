@@ -180,6 +180,73 @@ TEST(CGImageSourceTest, ColoursComeInStandardOnes) {
     }
 }
 
+/// A lossless AVIF of one colour that says in numbers what its colours are.
+std::string avifIn(char primaries, char transfer, double red, double green, double blue) {
+    VipsImage* const black = quarters(64, 64, "KKKK");
+    const double color[]{red, green, blue};
+    const double factor[]{0, 0, 0};
+    VipsImage* plain = nullptr;
+    EXPECT_EQ(vips_linear(black, &plain, factor, color, 3, "uchar", TRUE, nullptr), 0);
+    g_object_unref(black);
+    std::string file = saved(plain, ".avif[lossless]");
+    const std::size_t place = file.find("colrnclx");
+    EXPECT_NE(place, file.npos);
+    file[place + 9] = primaries;
+    file[place + 11] = transfer;
+    return file;
+}
+
+TEST(CGImageSourceTest, ColoursThatAreToldInNumbers) {
+    constexpr char standard = 1;
+    constexpr char wide = 9;
+    constexpr char display = 12;
+    constexpr char likeStandard = 13;
+    constexpr char absolute = 16;
+    constexpr char hybridLog = 18;
+    struct Row {
+        const char* name;
+        std::string file;
+        Color expected;
+        int tolerance;
+    };
+    // What these numbers stand for is in ITU-R BT.2100: 203 nits are paper.
+    const Row rows[] = {
+        {"as in sRGB", avifIn(standard, likeStandard, 200, 100, 50), {200, 100, 50, 255}, 2},
+        {"not said", avifIn(2, 2, 200, 100, 50), {200, 100, 50, 255}, 2},
+        {"P3", avifIn(display, likeStandard, 213, 54, 43), {230, 27, 23, 255}, 12},
+        {"grey in P3", avifIn(display, likeStandard, 120, 120, 120), {120, 120, 120, 255}, 2},
+        {"black", avifIn(wide, absolute, 0, 0, 0), {0, 0, 0, 255}, 1},
+        {"a tenth of paper", avifIn(wide, absolute, 91, 91, 91), {89, 89, 89, 255}, 4},
+        {"paper", avifIn(wide, absolute, 148, 148, 148), {246, 246, 246, 255}, 6},
+        {"the sun", avifIn(wide, absolute, 255, 255, 255), {255, 255, 255, 255}, 0},
+        {"red", avifIn(wide, absolute, 91, 20, 20), {112, 0, 0, 255}, 10},
+        {"paper, otherwise", avifIn(wide, hybridLog, 191, 191, 191), {246, 246, 246, 255}, 6},
+        {"a quarter of paper", avifIn(wide, hybridLog, 128, 128, 128), {137, 137, 137, 255}, 6},
+        {"the sun, otherwise", avifIn(wide, hybridLog, 255, 255, 255), {255, 255, 255, 255}, 1},
+    };
+    for (const Row& row : rows) {
+        const CGImage image = thumbnailOf(row.file);
+        ASSERT_FALSE(image.isNil()) << row.name;
+        const Color found = pixelAt(image, 30, 30);
+        EXPECT_LE(distance(found, row.expected), row.tolerance)
+            << row.name << ": " << found[0] << ' ' << found[1] << ' ' << found[2];
+    }
+    // The same numbers by a profile.
+    VipsImage* wideByProfile = nullptr;
+    const std::string inNumbers = avifIn(display, likeStandard, 190, 120, 70);
+    VipsImage* const whole = vips_image_new_from_buffer(inNumbers.data(), inNumbers.size(), "", nullptr);
+    EXPECT_EQ(vips_copy(whole, &wideByProfile, nullptr), 0);
+    g_object_unref(whole);
+    VipsBlob* blob = nullptr;
+    ASSERT_EQ(vips_profile_load("p3", &blob, nullptr), 0);
+    std::size_t length = 0;
+    const void* const profile = vips_blob_get(blob, &length);
+    vips_image_set_blob_copy(wideByProfile, VIPS_META_ICC_NAME, profile, length);
+    vips_area_unref(VIPS_AREA(blob));
+    const std::string byProfile = saved(wideByProfile, ".png");
+    EXPECT_LE(distance(pixelAt(thumbnailOf(byProfile), 30, 30), pixelAt(thumbnailOf(inNumbers), 30, 30)), 2);
+}
+
 std::string bigNumber(std::uint32_t value) {
     std::string bytes;
     for (int shift = 24; shift >= 0; shift -= 8)

@@ -157,5 +157,22 @@ TEST(ImagePropertiesTest, WhatContainersSay) {
         groupOfJFIF(std::string_view(jfif).substr(0, length));
 }
 
+TEST(ImagePropertiesTest, SizesOfCamerasAreThoseOfTheSensor) {
+    // A thumbnail at the beginning, what was seen, and a preview of it.
+    const std::string file = withMetadata(pictureFile(".tif", 8, 6, "RGBW"),
+                                          {{"Exif.Image.NewSubfileType", "1"},
+                                           {"Exif.Image.DNGVersion", "1 4 0 0"},
+                                           {"Exif.SubImage1.PhotometricInterpretation", "32803"},
+                                           {"Exif.SubImage1.ImageWidth", "6000"},
+                                           {"Exif.SubImage1.ImageLength", "4000"},
+                                           {"Exif.SubImage2.PhotometricInterpretation", "6"},
+                                           {"Exif.SubImage2.ImageWidth", "7000"},
+                                           {"Exif.SubImage2.ImageLength", "5000"}});
+    EXPECT_EQ(CGImageSourceGetType(sourceOf(file)), NSString(u"com.adobe.raw-image"));
+    const NSDictionary properties = propertiesOf(file);
+    EXPECT_EQ(json(properties.objectForKey(kCGImagePropertyPixelWidth)), "6000");
+    EXPECT_EQ(json(properties.objectForKey(kCGImagePropertyPixelHeight)), "4000");
+}
+
 } // namespace
 } // namespace kelvo

@@ -15,6 +15,8 @@ namespace kelvo {
 namespace {
 
 constexpr std::uint16_t kindOfPageTag = 0x00FE;
+constexpr std::uint16_t widthTag = 0x0100;
+constexpr std::uint16_t heightTag = 0x0101;
 constexpr std::uint16_t orientationTag = 0x0112;
 constexpr std::uint16_t photometryTag = 0x0106;
 constexpr std::uint16_t makerTag = 0x010F;
@@ -37,6 +39,18 @@ const Exiv2::Exifdatum* find(const Exiv2::ExifData& data, const char* group, std
             return &datum;
     }
     return nullptr;
+}
+
+/// Whether it says of an image in the file that it is what a sensor has seen.
+bool isPhotometryOfSensor(const Exiv2::Exifdatum& datum) {
+    constexpr long colorFilterArray = 32803;
+    constexpr long linear = 34892;
+    if (datum.tag() != photometryTag || datum.count() < 1)
+        return false;
+    const std::string group = datum.groupName();
+    const long photometry = datum.toLong();
+    return (group == "Image" || group.starts_with("SubImage")) &&
+           (photometry == colorFilterArray || photometry == linear);
 }
 
 Value numberOrText(const std::string& text) {
@@ -187,17 +201,8 @@ bool ImageMetadata::isDigitalNegative() const {
 bool ImageMetadata::isOfSensor() const {
     if (!contents_)
         return false;
-    constexpr long colorFilterArray = 32803;
-    constexpr long linear = 34892;
     const Exiv2::ExifData& data = contents_->image->exifData();
-    return std::any_of(data.begin(), data.end(), [](const Exiv2::Exifdatum& datum) {
-        if (datum.tag() != photometryTag || datum.count() < 1)
-            return false;
-        const std::string group = datum.groupName();
-        const long photometry = datum.toLong();
-        return (group == "Image" || group.starts_with("SubImage")) &&
-               (photometry == colorFilterArray || photometry == linear);
-    });
+    return std::any_of(data.begin(), data.end(), isPhotometryOfSensor);
 }
 
 std::string ImageMetadata::maker() const {
@@ -209,8 +214,22 @@ std::string ImageMetadata::maker() const {
 ImageSize ImageMetadata::size() const {
     if (!contents_)
         return {};
-    return {static_cast<std::size_t>(std::max(contents_->image->pixelWidth(), 0)),
-            static_cast<std::size_t>(std::max(contents_->image->pixelHeight(), 0))};
+    const auto side = [](long pixels) { return static_cast<std::size_t>(std::max(pixels, 0L)); };
+    // Of a camera's file that is what the sensor has seen, wherever it stands, and not the thumbnail at its beginning.
+    ImageSize largest;
+    for (const Exiv2::Exifdatum& datum : contents_->image->exifData()) {
+        const std::string group = datum.groupName();
+        if (!isPhotometryOfSensor(datum))
+            continue;
+        const Exiv2::Exifdatum* const width = find(contents_->image->exifData(), group.c_str(), widthTag);
+        const Exiv2::Exifdatum* const height = find(contents_->image->exifData(), group.c_str(), heightTag);
+        if (width && height && width->count() > 0 && height->count() > 0 &&
+            side(width->toLong()) > largest.width)
+            largest = {side(width->toLong()), side(height->toLong())};
+    }
+    if (largest.width > 0)
+        return largest;
+    return {side(contents_->image->pixelWidth()), side(contents_->image->pixelHeight())};
 }
 
 NSData ImageMetadata::thumbnail() const {

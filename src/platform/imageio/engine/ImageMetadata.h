@@ -22,7 +22,7 @@ public:
     bool isOfSensor() const;
     bool isDigitalNegative() const;
     std::string maker() const;
-    /// Of the image, as the file states it; 0 by 0 when it does not.
+    /// Of the image, as the file states it, and of a camera's what the sensor has seen; 0 by 0 when it does not.
     ImageSize size() const;
     /// The embedded thumbnail as a file of its own; nil when there is none.
     NSData thumbnail() const;

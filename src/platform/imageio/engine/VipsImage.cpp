@@ -3,6 +3,7 @@
 #include "platform/engine/EngineExceptions.h"
 #include "platform/foundation/NSException.h"
 #include "platform/imageio/engine/ByteReader.h"
+#include "platform/imageio/engine/CodedColors.h"
 #include "platform/imageio/engine/JPEGPasses.h"
 #include "platform/imageio/engine/RowWatcher.h"
 #include "platform/imageio/engine/VipsHandles.h"
@@ -380,6 +381,12 @@ DecodedImage VipsImage::decode(std::int64_t index, const PixelDemand& demand) co
         if (isPyramid(kind_))
             return decodeWatched(levelOf(data_, head.get(), side), demand);
         conversion = conversionOf(head.get());
+    }
+    if (isLoadedBy(kind_, "VipsForeignLoadHeif") && conversion == nullptr) {
+        const auto colors = codedColorsOf(data_.characters());
+        if (colors && differFromStandard(*colors))
+            return decodeWatched(convertedToStandard(loaded(data_, optionsOf(kind_, index)), *colors),
+                                 demand);
     }
     if (demand.mostPixels == 0)
         return decodeWhole(index, demand);
