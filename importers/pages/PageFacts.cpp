@@ -1,7 +1,7 @@
 #include "importers/pages/PageFacts.h"
 
-#include "importers/pages/DateText.h"
 #include "importers/pages/TagReader.h"
+#include "importers/support/DateText.h"
 #include "markup/Entities.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/units/ASCII.h"

@@ -1,12 +1,11 @@
 #include "importers/pdf/PDFImport.h"
 #include "platform/foundation/Value.h"
-#include "support/Importing.h"
+#include "support/AttributesInWords.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,35 +64,8 @@ NSData dataOf(const std::string& bytes) {
     return NSData::dataWithBytes(bytes.data(), bytes.size());
 }
 
-std::string shown(const Value& value) {
-    if (const NSDate* const date = value.dateIfAny())
-        return date->description().UTF8String();
-    if (!value.isArray())
-        return value.description().UTF8String();
-    std::string joined;
-    for (const Value& each : value.array())
-        joined += '<' + shown(each) + '>';
-    return joined;
-}
-
-using Attributed = std::map<std::string, std::string>;
-
-/// By their names without what is common to these; "note": what else there is to say.
 Attributed attributesOf(const std::string& pdf, Import& import = importPDF) {
-    Attributed result;
-    const NSDictionary attributes =
-        attributesByImporter(import, dataOf(pdf), "com.adobe.pdf", [&](Outcome outcome, const NSString& why) {
-            result["note"] += wordOfOutcome(outcome).UTF8String() + ": " + why.UTF8String();
-        });
-    for (const Value& name : attributes.allKeys())
-        result[name.string().UTF8String().substr(std::string("kMDItem").size())] =
-            shown(attributes.objectForKey(name));
-    return result;
-}
-
-std::string one(const Attributed& attributes, const std::string& name) {
-    const auto found = attributes.find(name);
-    return found == attributes.end() ? "absent" : found->second;
+    return attributesInWords(import, pdf, "com.adobe.pdf");
 }
 
 TEST(PDFImport, SetsWhatADocumentSays) {

@@ -22,6 +22,8 @@ constexpr std::uint16_t photometryTag = 0x0106;
 constexpr std::uint16_t makerTag = 0x010F;
 constexpr std::uint16_t digitalNegativeTag = 0xC612;
 constexpr std::uint16_t recordOfApplication = 2;
+constexpr long mostTexts = 4096;
+constexpr long mostBytesOfWideText = 1 << 20;
 
 void setIfAny(NSMutableDictionary& to, const Value& value, const char16_t* key) {
     if (!value.isNil() && to.objectForKey(key).isNil())
@@ -276,6 +278,49 @@ std::string ImageMetadata::profile() const {
         return {};
     const Exiv2::DataBuf& bytes = *contents_->image->iccProfile();
     return {reinterpret_cast<const char*>(bytes.pData_), static_cast<std::size_t>(std::max(bytes.size_, 0L))};
+}
+
+std::vector<NSString> ImageMetadata::textsOfXMP(const char* key) const {
+    std::vector<NSString> texts;
+    const auto add = [&](const std::string& bytes) {
+        if (const Value text = textOf(bytes); !text.isNil())
+            texts.push_back(text.string());
+    };
+    if (!contents_)
+        return texts;
+    try {
+        const Exiv2::XmpData& xmp = contents_->image->xmpData();
+        const auto found = xmp.findKey(Exiv2::XmpKey(key));
+        if (found != xmp.end() && found->typeId() != Exiv2::langAlt) {
+            for (long index = 0; index < std::min(found->count(), mostTexts); ++index)
+                add(found->toString(index));
+        } else if (found != xmp.end()) {
+            add(textOfXMP(xmp, key));
+        }
+    } catch (const Exiv2::Error&) {
+        // A name that this version of the library does not know.
+    }
+    return texts;
+}
+
+NSString ImageMetadata::wideText(std::uint16_t tag) const {
+    const Exiv2::Exifdatum* const datum =
+        contents_ ? find(contents_->image->exifData(), "Image", tag) : nullptr;
+    const long size = datum ? datum->size() : 0;
+    if (size < 2 || size > mostBytesOfWideText)
+        return nullptr;
+    std::vector<Exiv2::byte> bytes(static_cast<std::size_t>(size));
+    datum->copy(bytes.data(), Exiv2::bigEndian);
+    std::u16string units;
+    for (std::size_t place = 0; place + 1 < bytes.size(); place += 2)
+        units += static_cast<char16_t>(bytes[place] | bytes[place + 1] << 8U);
+    units.resize(std::min(units.find(u'\0'), units.size()));
+    return units.empty() ? NSString() : NSString(units);
+}
+
+NSString ImageMetadata::comment() const {
+    const Value text = contents_ ? textOf(contents_->image->comment()) : Value();
+    return text.isNil() ? NSString() : text.string();
 }
 
 void ImageMetadata::addGroups(NSMutableDictionary& properties) const {

@@ -3,9 +3,11 @@
 #include "platform/foundation/Value.h"
 #include "platform/imageio/engine/DecodedImage.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -30,6 +32,13 @@ public:
     NSData preview(std::size_t leastPixels) const;
     /// Of the whole; empty when there is none.
     std::string profile() const;
+    /// What stands in the XMP under a key ("Xmp.dc.subject"): one text or many; of texts in several languages the one for
+    /// all. Empty when there is none.
+    std::vector<NSString> textsOfXMP(const char* key) const;
+    /// A text of the image group of Exif that is in UTF-16, as file managers write it; nil when there is none.
+    NSString wideText(std::uint16_t tag) const;
+    /// What is written beside the image (COM in a JPEG); nil when there is nothing.
+    NSString comment() const;
 
     /// Adds the groups that there are by the keys of CGImageProperties.h.
     void addGroups(NSMutableDictionary& properties) const;

@@ -43,11 +43,12 @@ public:
     Value properties(std::int64_t index);
     /// See CGImageSourceCountDecodedRows.
     std::size_t goodRows(std::int64_t index);
+    /// Empty for kinds that have none.
+    const ImageMetadata& metadata();
 
 private:
     OpenedImage(NSData data, const ImageKind& kind) : data_(std::move(data)), kind_(kind) {}
 
-    const ImageMetadata& metadata();
     const ImageFacts& headFacts(std::int64_t index);
     Frame frame(std::int64_t index) const;
     std::optional<DecodedImage> embeddedThumbnail(const PixelDemand& demand);

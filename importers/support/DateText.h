@@ -12,4 +12,8 @@ namespace kelvo::importers {
 /// one that depends on the reader's place.
 std::optional<NSDate> momentOfText(std::u16string_view text);
 
+/// The same for devices that write down what their clock says: colons may stand in the date ("2011:03:24 12:34:56"), the
+/// time may be missing (midnight), and without a zone that of this machine is meant.
+std::optional<NSDate> momentOfClock(std::u16string_view text);
+
 } // namespace kelvo::importers

@@ -1,0 +1,3 @@
+#include "importers/images/ImageImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importImage)
