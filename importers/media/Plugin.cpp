@@ -1,0 +1,3 @@
+#include "importers/media/MediaImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importMedia)
