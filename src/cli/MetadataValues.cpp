@@ -148,6 +148,7 @@ constexpr char metres[] = " m";
 constexpr char kilometresAnHour[] = " km/h";
 constexpr char degrees[] = "°";
 constexpr char beats[] = " a minute";
+constexpr char rate[] = " a second";
 
 std::string byteCount(double bytes) {
     return bytes >= 0 ? printableByteCount(static_cast<std::uint64_t>(bytes)) : "";
@@ -329,6 +330,8 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemAudioChannelCount", "Channels"},
     {u"kMDItemAudioTrackNumber", "Track"},
     {u"kMDItemAudioEncodingApplication", "Encoded by"},
+    {u"plumwick_Chapters", "Chapters"},
+    {u"plumwick_HasCover", "Cover", number<word<noYes>>},
     {u"kMDItemRecordingYear", "Year"},
     {u"kMDItemRecordingDate", "Recorded"},
     {u"kMDItemTempo", "Beats", number<withUnit<beats>>},
@@ -345,6 +348,8 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemPixelWidth", "Width", number<pixels>},
     {u"kMDItemPixelHeight", "Height", number<pixels>},
     {u"kMDItemPixelCount", "Pixels"},
+    {u"plumwick_FrameRate", "Frames", number<withUnit<rate>>},
+    {u"plumwick_Rotation", "Turned", number<withUnit<degrees>>},
     {u"kMDItemResolutionWidthDPI", "Resolution across", number<dotsPerInch>},
     {u"kMDItemResolutionHeightDPI", "Resolution down", number<dotsPerInch>},
     {u"kMDItemOrientation", "Orientation", number<word<orientations>>},
@@ -389,6 +394,13 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemGPSDestLongitude", "Longitude of target", number<longitude>},
     {u"kMDItemGPSDestBearing", "Bearing of target", number<withUnit<degrees>>},
     {u"kMDItemTimestamp", "Time of position"},
+    {u"kMDItemGPSDateStamp", "Day of position"},
+    {u"kMDItemGPSMapDatum", "Map datum"},
+    {u"kMDItemGPSStatus", "GPS status"},
+    {u"kMDItemGPSMeasureMode", "GPS dimensions"},
+    {u"kMDItemGPSDOP", "GPS precision"},
+    {u"kMDItemGPSProcessingMethod", "GPS method"},
+    {u"kMDItemGPSAreaInformation", "Area"},
 
     {u"kMDItemContentCreationDate", "Created"},
     {u"kMDItemContentModificationDate", "Modified"},
@@ -488,7 +500,8 @@ public:
     std::vector<MetadataRow> take() {
         for (const Attribute& attribute : known_) {
             const Value& value = attributes_.objectForKey(attribute.name);
-            if (value.isNil() || attribute.name == doneWithPair_ || addPair(attribute.name, value))
+            if (value.isNil() || attribute.name == doneWithPair_ || isSaidInSeconds(attribute.name) ||
+                addPair(attribute.name, value))
                 continue;
             const std::string text = attribute.form ? attribute.form(value) : "";
             rows_.push_back({attribute.label, text.empty() ? textOfAny(value, LineEnds::kept) : text});
@@ -502,6 +515,11 @@ public:
     }
 
 private:
+    bool isSaidInSeconds(std::u16string_view name) const {
+        return name == u"kMDItemExposureTimeString" &&
+               !attributes_.objectForKey(u"kMDItemExposureTimeSeconds").isNil();
+    }
+
     bool addPair(std::u16string_view name, const Value& value) {
         const auto pair = std::ranges::find(pairs, name, &Pair::first);
         if (pair == std::end(pairs))
