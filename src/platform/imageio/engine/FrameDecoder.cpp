@@ -54,28 +54,45 @@ int bufferWithFiller(AVCodecContext* context, AVFrame* frame, int flags) {
     return result;
 }
 
-/// Null when the decoder fails. `pixels` becomes how many the image has, as far as the decoder has come to know.
-DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes, Filler filler, std::size_t& pixels) {
-    const std::unique_ptr<AVCodecContext, FreeContext> context(avcodec_alloc_context3(codec));
-    const std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
-    DecodedFrame frame(av_frame_alloc());
-    if (!context || !packet || !frame)
+using GetBuffer = int (*)(AVCodecContext* context, AVFrame* frame, int flags);
+using OpenDecoder = std::unique_ptr<AVCodecContext, FreeContext>;
+
+/// `getBuffer` may be null; it finds `opaque` in the context.
+OpenDecoder openDecoder(const AVCodec* codec, GetBuffer getBuffer, void* opaque) {
+    OpenDecoder context(avcodec_alloc_context3(codec));
+    if (!context)
         fail();
     context->thread_count = 1;
     // Rows are longer in memory than in the image.
     context->max_pixels = static_cast<std::int64_t>(imageengine::mostPixelsOfImage / 16 * 17);
     // Numbers without an upper end as they are meant for screens; other decoders have no such option.
     av_opt_set(context->priv_data, "apply_trc", "iec61966_2_1", 0);
-    // The decoders read a little past the end.
-    if (filler.length > 0) {
-        context->opaque = &filler;
-        context->get_buffer2 = bufferWithFiller;
+    if (getBuffer) {
+        context->opaque = opaque;
+        context->get_buffer2 = getBuffer;
     }
-    if (avcodec_open2(context.get(), codec, nullptr) < 0 ||
-        av_new_packet(packet.get(), static_cast<int>(bytes.size() + filler.length)) < 0)
+    if (avcodec_open2(context.get(), codec, nullptr) < 0)
+        fail();
+    return context;
+}
+
+/// A copy, because the decoders read a little past the end.
+std::unique_ptr<AVPacket, FreePacket> packetOf(std::string_view bytes, Filler filler) {
+    std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
+    if (!packet || av_new_packet(packet.get(), static_cast<int>(bytes.size() + filler.length)) < 0)
         fail();
     std::memcpy(packet->data, bytes.data(), bytes.size());
     std::memset(packet->data + bytes.size(), filler.value, filler.length);
+    return packet;
+}
+
+/// Null when the decoder fails. `pixels` becomes how many the image has, as far as the decoder has come to know.
+DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes, Filler filler, std::size_t& pixels) {
+    const OpenDecoder context = openDecoder(codec, filler.length > 0 ? bufferWithFiller : nullptr, &filler);
+    const auto packet = packetOf(bytes, filler);
+    DecodedFrame frame(av_frame_alloc());
+    if (!frame)
+        fail();
     const bool isDecoded = avcodec_send_packet(context.get(), packet.get()) >= 0 &&
                            (avcodec_receive_frame(context.get(), frame.get()) >= 0 ||
                             (avcodec_send_packet(context.get(), nullptr) >= 0 &&
@@ -83,6 +100,27 @@ DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes, Filler filler
     pixels = static_cast<std::size_t>(std::max(context->width, 0)) *
              static_cast<std::size_t>(std::max(context->height, 0));
     return isDecoded ? std::move(frame) : nullptr;
+}
+
+/// What is known of a frame when its memory is asked for.
+struct Head {
+    int width = 0;
+    int height = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+};
+
+int keepHead(AVCodecContext* context, AVFrame*, int) {
+    *static_cast<Head*>(context->opaque) = {context->width, context->height, context->pix_fmt};
+    return AVERROR_EXIT;
+}
+
+Head headOf(const AVCodec* codec, std::string_view bytes) {
+    Head head;
+    const OpenDecoder context = openDecoder(codec, keepHead, &head);
+    avcodec_send_packet(context.get(), packetOf(bytes, {}).get());
+    if (head.format == AV_PIX_FMT_NONE)
+        fail();
+    return head;
 }
 
 bool hasTransparentColor(const AVFrame& frame) {
@@ -107,6 +145,7 @@ bool isAlphaUsed(const std::vector<std::uint8_t>& pixels) {
     return false;
 }
 
+/// Of the decoder, if it may read so much.
 const AVCodec* codecFor(const char* decoder, std::string_view bytes) {
     av_log_set_level(AV_LOG_QUIET);
     const AVCodec* const codec = avcodec_find_decoder_by_name(decoder);
@@ -117,21 +156,27 @@ const AVCodec* codecFor(const char* decoder, std::string_view bytes) {
     return codec;
 }
 
-Frame frameOfDecoded(const AVFrame* decoded) {
-    requirePixels(decoded->width, decoded->height);
-    const auto format = static_cast<AVPixelFormat>(decoded->format);
-    const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(format);
-    if (!description || sws_isSupportedInput(format) == 0)
+/// All but the pixels.
+Frame described(const Head& head) {
+    requirePixels(head.width, head.height);
+    const AVPixFmtDescriptor* const description = av_pix_fmt_desc_get(head.format);
+    if (!description || sws_isSupportedInput(head.format) == 0)
         fail();
-
     Frame frame;
-    frame.size = {static_cast<std::size_t>(decoded->width), static_cast<std::size_t>(decoded->height)};
+    frame.size = {static_cast<std::size_t>(head.width), static_cast<std::size_t>(head.height)};
     frame.bitsOfSample = description->comp[0].depth;
     frame.isFloat = (description->flags & AV_PIX_FMT_FLAG_FLOAT) != 0;
     frame.isIndexed = (description->flags & AV_PIX_FMT_FLAG_PAL) != 0;
     frame.isGray = !frame.isIndexed && description->nb_components < 3;
-    frame.hasAlpha =
-        frame.isIndexed ? hasTransparentColor(*decoded) : (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+    frame.hasAlpha = frame.isIndexed || (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+    return frame;
+}
+
+Frame frameOfDecoded(const AVFrame* decoded) {
+    const auto format = static_cast<AVPixelFormat>(decoded->format);
+    Frame frame = described({decoded->width, decoded->height, format});
+    if (frame.isIndexed)
+        frame.hasAlpha = hasTransparentColor(*decoded);
     const std::unique_ptr<SwsContext, FreeScaler> scaler(sws_getContext(
         decoded->width, decoded->height, format, decoded->width, decoded->height, AV_PIX_FMT_RGBA,
         SWS_POINT | SWS_FULL_CHR_H_INT | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
@@ -179,6 +224,20 @@ bool isSettled(const std::pair<Frame, Frame>& frames, std::size_t row) {
 
 bool hasFrameDecoder(const char* decoder) {
     return avcodec_find_decoder_by_name(decoder) != nullptr;
+}
+
+Frame headOfFrame(const char* decoder, std::string_view bytes) {
+    // What decoders are given is copied.
+    constexpr std::size_t mostBytesOfMostHeads = std::size_t{1} << 20;
+    const AVCodec* const codec = codecFor(decoder, bytes);
+    if (bytes.size() > mostBytesOfMostHeads) {
+        try {
+            return described(headOf(codec, bytes.substr(0, mostBytesOfMostHeads)));
+        } catch (const ImageFailure&) {
+            // Layers may stand before it.
+        }
+    }
+    return described(headOf(codec, bytes));
 }
 
 Frame decodedFrame(const char* decoder, std::string_view bytes) {

@@ -28,6 +28,8 @@ bool hasFrameDecoder(const char* decoder);
 /// What one of FFmpeg's decoders makes of a file that holds one image; of one that is too short, what it makes of the
 /// file with as much behind it as the image needs at most, as long as that is not all of it. Throws ImageFailure.
 Frame decodedFrame(const char* decoder, std::string_view bytes);
+/// The same without pixels, which are not decoded: `hasAlpha` says that there may be some. Throws ImageFailure.
+Frame headOfFrame(const char* decoder, std::string_view bytes);
 
 /// How many rows from the top of that frame depend on nothing that may be missing from the bytes: found out by decoding
 /// them with two different things behind them. 0 for more than 25 million pixels. Throws ImageFailure.

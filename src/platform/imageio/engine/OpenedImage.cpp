@@ -144,7 +144,7 @@ const ImageMetadata& OpenedImage::metadata() {
 const ImageFacts& OpenedImage::headFacts(std::int64_t index) {
     if (!facts_ || factsIndex_ != index) {
         facts_ = kind_.reader == ImageReader::vips ? VipsImage(data_, kind_).facts(index)
-                                                   : factsOfFrame(frame(index));
+                                                   : factsOfFrame(head(index));
         factsIndex_ = index;
     }
     return *facts_;
@@ -153,6 +153,16 @@ const ImageFacts& OpenedImage::headFacts(std::int64_t index) {
 Frame OpenedImage::frame(std::int64_t index) const {
     return kind_.reader == ImageReader::frames ? decodedFrame(kind_.loader, inPlace(data_))
                                                : decodedIcon(icons_[static_cast<std::size_t>(index)]);
+}
+
+Frame OpenedImage::head(std::int64_t index) const {
+    if (kind_.reader == ImageReader::frames) {
+        Frame head = headOfFrame(kind_.loader, inPlace(data_));
+        // Whether alpha is used the pixels alone tell.
+        if (!head.hasAlpha)
+            return head;
+    }
+    return frame(index);
 }
 
 std::unique_ptr<OpenedImage> OpenedImage::fileOfIcon(std::int64_t index) const {

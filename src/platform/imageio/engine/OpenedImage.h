@@ -51,6 +51,8 @@ private:
 
     const ImageFacts& headFacts(std::int64_t index);
     Frame frame(std::int64_t index) const;
+    /// May lack the pixels.
+    Frame head(std::int64_t index) const;
     std::optional<DecodedImage> embeddedThumbnail(const PixelDemand& demand);
     bool isCutOff();
     DecodedImage fromPreview(const PixelDemand& demand);
