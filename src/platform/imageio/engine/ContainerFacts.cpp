@@ -129,6 +129,33 @@ void addChunk(NSMutableDictionary& group, const Chunk& chunk) {
 
 } // namespace
 
+std::optional<JPEGHead> headOfJPEG(std::string_view bytes) {
+    constexpr std::string_view markOfProfile = "ICC_PROFILE\0"sv;
+    constexpr std::size_t placeOfProfile = markOfProfile.size() + 2;
+    JPEGHead head;
+    for (std::size_t place = 2;;) {
+        const auto segment = segmentAt(bytes, place);
+        if (!segment || segment->end > bytes.size())
+            return std::nullopt;
+        if (isScan(segment->marker))
+            return head.width > 0 && head.height > 0 ? std::optional(head) : std::nullopt;
+        place = segment->end;
+        const ByteReader reader(segment->contents, ByteOrder::big);
+        const bool isFrame = segment->marker >= 0xC0 && segment->marker <= 0xCF && segment->marker != 0xC4 &&
+                             segment->marker != 0xC8 && segment->marker != 0xCC;
+        if (isFrame && (segment->marker > 0xC2 || reader.number8(0) != 8 || head.width > 0))
+            return std::nullopt;
+        if (isFrame) {
+            head.height = reader.number16(1).value_or(0);
+            head.width = reader.number16(3).value_or(0);
+            head.channels = reader.number8(5).value_or(0);
+        }
+        if (segment->marker == 0xE2 && segment->contents.starts_with(markOfProfile) &&
+            segment->contents.size() > placeOfProfile)
+            head.profile += segment->contents.substr(placeOfProfile);
+    }
+}
+
 NSMutableDictionary groupOfJFIF(std::string_view bytes) {
     NSMutableDictionary group;
     std::optional<bool> isProgressive;

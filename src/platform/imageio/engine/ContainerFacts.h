@@ -3,6 +3,7 @@
 #include "platform/foundation/Value.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -11,6 +12,17 @@
 namespace kelvo {
 
 // What the formats themselves say around their pixels. Bytes are read in place, and never past their end.
+
+/// What stands before the pixels of a JPEG.
+struct JPEGHead {
+    std::uint16_t width = 0;
+    std::uint16_t height = 0;
+    std::uint8_t channels = 0;
+    std::string profile;
+};
+/// Absent for what is not whole up to the pixels, and for what is out of the ordinary: other than 8 bits, or other than
+/// Huffman's coding.
+std::optional<JPEGHead> headOfJPEG(std::string_view bytes);
 
 /// Group {JFIF}; nil when there is none.
 NSMutableDictionary groupOfJFIF(std::string_view bytes);

@@ -54,6 +54,18 @@ int bufferWithFiller(AVCodecContext* context, AVFrame* frame, int flags) {
     return result;
 }
 
+/// What is known of a frame when its memory is asked for.
+struct Head {
+    int width = 0;
+    int height = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+};
+
+int keepHead(AVCodecContext* context, AVFrame*, int) {
+    *static_cast<Head*>(context->opaque) = {context->width, context->height, context->pix_fmt};
+    return AVERROR_EXIT;
+}
+
 using GetBuffer = int (*)(AVCodecContext* context, AVFrame* frame, int flags);
 using OpenDecoder = std::unique_ptr<AVCodecContext, FreeContext>;
 
@@ -65,8 +77,9 @@ OpenDecoder openDecoder(const AVCodec* codec, GetBuffer getBuffer, void* opaque)
     context->thread_count = 1;
     // Rows are longer in memory than in the image.
     context->max_pixels = static_cast<std::int64_t>(imageengine::mostPixelsOfImage / 16 * 17);
-    // Numbers without an upper end as they are meant for screens; other decoders have no such option.
-    av_opt_set(context->priv_data, "apply_trc", "iec61966_2_1", 0);
+    // Numbers without an upper end as they are meant for screens; other decoders have no such option. A table of 7 ms.
+    if (getBuffer != keepHead)
+        av_opt_set(context->priv_data, "apply_trc", "iec61966_2_1", 0);
     if (getBuffer) {
         context->opaque = opaque;
         context->get_buffer2 = getBuffer;
@@ -100,18 +113,6 @@ DecodedFrame frameOf(const AVCodec* codec, std::string_view bytes, Filler filler
     pixels = static_cast<std::size_t>(std::max(context->width, 0)) *
              static_cast<std::size_t>(std::max(context->height, 0));
     return isDecoded ? std::move(frame) : nullptr;
-}
-
-/// What is known of a frame when its memory is asked for.
-struct Head {
-    int width = 0;
-    int height = 0;
-    AVPixelFormat format = AV_PIX_FMT_NONE;
-};
-
-int keepHead(AVCodecContext* context, AVFrame*, int) {
-    *static_cast<Head*>(context->opaque) = {context->width, context->height, context->pix_fmt};
-    return AVERROR_EXIT;
 }
 
 Head headOf(const AVCodec* codec, std::string_view bytes) {

@@ -286,7 +286,8 @@ std::vector<NSString> ImageMetadata::textsOfXMP(const char* key) const {
         if (const Value text = textOf(bytes); !text.isNil())
             texts.push_back(text.string());
     };
-    if (!contents_)
+    // Keys take longer to make than to look for.
+    if (!contents_ || contents_->image->xmpData().empty())
         return texts;
     try {
         const Exiv2::XmpData& xmp = contents_->image->xmpData();
@@ -347,9 +348,11 @@ void ImageMetadata::addGroups(NSMutableDictionary& properties) const {
     }
     try {
         const Exiv2::XmpData& xmp = contents_->image->xmpData();
-        addGroup(properties, auxiliaryOf(xmp), kCGImagePropertyExifAuxDictionary);
         NSMutableDictionary iptc = iptcOf(contents_->image->iptcData());
-        addFromXMP(iptc, xmp);
+        if (!xmp.empty()) {
+            addGroup(properties, auxiliaryOf(xmp), kCGImagePropertyExifAuxDictionary);
+            addFromXMP(iptc, xmp);
+        }
         addGroup(properties, iptc, kCGImagePropertyIPTCDictionary);
     } catch (const Exiv2::Error&) {
         // Names that this version of the library does not know.
