@@ -1,6 +1,7 @@
-// The metadata of a file through the running service, text included. PDFs are the program's arguments; their peers are
-// pdftotext, which is started for each, and Poppler in this process, which is given the bytes and asked for the text
-// alone. Of a text file the importer's own work is shown beside all of it.
+// The metadata of a file through the running service, text included. Files are the program's arguments. The peers of PDFs
+// are pdftotext, which is started for each, and Poppler in this process, which is given the bytes and asked for the text
+// alone; that of images is exiftool, started once for all of them, and that of sound and films ffprobe, started for each.
+// Of a text file the importer's own work is shown beside all of it.
 
 #include "BuiltService.h"
 #include "Comparison.h"
@@ -15,6 +16,8 @@
 #include <poppler-global.h>
 #include <poppler-page.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -25,7 +28,11 @@
 #include <string>
 #include <sys/wait.h>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 extern char** environ;
 
@@ -68,17 +75,73 @@ void importerAlone(benchmark::State& state, const std::string& file) {
     }
 }
 
-void runTool(benchmark::State& state, const std::vector<std::string>& files) {
+using Command = std::vector<std::string>;
+
+void runTools(benchmark::State& state, const std::vector<Command>& commands) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     for (auto _ : state) {
-        for (const std::string& file : files) {
-            const char* arguments[] = {"pdftotext", "-q", file.c_str(), "/dev/null", nullptr};
+        for (const Command& command : commands) {
+            std::vector<char*> arguments;
+            for (const std::string& argument : command)
+                arguments.push_back(const_cast<char*>(argument.c_str()));
+            arguments.push_back(nullptr);
             pid_t child = 0;
-            if (posix_spawnp(&child, arguments[0], nullptr, nullptr, const_cast<char**>(arguments),
-                             environ) != 0)
-                return state.SkipWithError("no pdftotext");
+            if (posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0)
+                return state.SkipWithError("the tool is missing");
             waitpid(child, nullptr, 0);
         }
     }
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+/// One command for each file, which is its last argument.
+std::vector<Command> eachBy(const Command& tool, const std::vector<std::string>& files) {
+    std::vector<Command> commands;
+    for (const std::string& file : files) {
+        commands.push_back(tool);
+        commands.back().push_back(file);
+    }
+    return commands;
+}
+
+std::vector<Command> allBy(Command tool, const std::vector<std::string>& files) {
+    tool.insert(tool.end(), files.begin(), files.end());
+    return {tool};
+}
+
+/// Of the times that the files take one by one, each the median of some, the median and the longest.
+std::pair<double, double> secondsOfFiles(const std::vector<std::string>& files) {
+    constexpr std::size_t rounds = 9;
+    Client client(optionsOfBuiltService());
+    std::vector<double> medians;
+    for (const std::string& file : files) {
+        std::vector<double> times;
+        for (std::size_t round = 0; round < rounds; ++round) {
+            const auto begin = std::chrono::steady_clock::now();
+            benchmark::DoNotOptimize(client.metaDataForFile(pathOf(file)));
+            times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+        }
+        std::ranges::sort(times);
+        medians.push_back(times[rounds / 2]);
+    }
+    endService(client);
+    std::ranges::sort(medians);
+    return {medians[medians.size() / 2], medians.back()};
+}
+
+/// Files of a kind, by what their names end with.
+struct Group {
+    const char* name;
+    std::vector<std::string> endings;
+    std::vector<std::string> files;
+};
+
+bool isOf(const Group& group, const std::string& file) {
+    std::string ending = std::filesystem::path(file).extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char byte) { return std::tolower(byte); });
+    return std::ranges::find(group.endings, ending) != group.endings.end();
 }
 
 void popplerInProcess(benchmark::State& state, const std::vector<std::string>& files) {
@@ -107,7 +170,21 @@ int main(int argc, char** argv) {
     const std::string text = folder.write("prose.txt", prose);
     const std::string page = folder.write("page.html", "<html><head><title>Words</title></head><body><p>" +
                                                            prose + "</p></body></html>");
-    const std::vector<std::string> files(argv + 1, argv + argc);
+    Group images{"images",
+                 {".jpg", ".jpeg", ".png", ".gif",  ".tif",  ".tiff", ".webp", ".heic", ".avif",
+                  ".jxl", ".jp2",  ".bmp", ".psd",  ".tga",  ".pcx",  ".sgi",  ".exr",  ".hdr",
+                  ".ppm", ".dng",  ".ico", ".icns", ".pict", ".pct",  ".mpo"},
+                 {}};
+    Group sounds{"sound", {".mp3", ".m4a", ".flac", ".wav", ".ogg", ".opus", ".aiff"}, {}};
+    Group films{"films", {".mp4", ".mov", ".mkv", ".webm", ".avi", ".mpg", ".ogv", ".3gp", ".ts"}, {}};
+    std::vector<std::string> files;
+    for (const std::string& file : std::vector<std::string>(argv + 1, argv + argc)) {
+        auto& of = isOf(images, file)   ? images.files
+                   : isOf(sounds, file) ? sounds.files
+                   : isOf(films, file)  ? films.files
+                                        : files;
+        of.push_back(file);
+    }
 
     const auto add = [](const std::string& name, auto function, auto argument) {
         return benchmark::RegisterBenchmark(name.c_str(), function, argument)
@@ -131,8 +208,23 @@ int main(int argc, char** argv) {
     };
     for (const auto& row : rows) {
         add("service/" + nameOf(row), throughService, row)->UseRealTime();
-        add("pdftotext/" + nameOf(row), runTool, row)->UseRealTime();
+        std::vector<Command> commands = eachBy({"pdftotext", "-q"}, row);
+        for (Command& command : commands)
+            command.emplace_back("/dev/null");
+        add("pdftotext/" + nameOf(row), runTools, commands)->UseRealTime();
         add("poppler/" + nameOf(row), popplerInProcess, row)->UseRealTime();
+    }
+    for (Group* const group : {&images, &sounds, &films}) {
+        if (group->files.empty())
+            continue;
+        const std::string name = group->name;
+        const Command ffprobe{"ffprobe", "-v", "quiet", "-of", "json", "-show_format", "-show_streams"};
+        add("first call, " + name, firstCall, group->files[0])->UseManualTime()->Iterations(1);
+        add("service/" + name, throughService, group->files)->UseRealTime();
+        add("tool/" + name, runTools,
+            group == &images ? allBy({"exiftool", "-q", "-json"}, group->files)
+                             : eachBy(ffprobe, group->files))
+            ->UseRealTime();
     }
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
@@ -153,5 +245,16 @@ int main(int argc, char** argv) {
         std::printf("%-44s %10.2f %10.2f\n", nameOf(row).c_str(),
                     seconds("service/" + nameOf(row)) / seconds("pdftotext/" + nameOf(row)),
                     seconds("service/" + nameOf(row)) / seconds("poppler/" + nameOf(row)));
+    std::printf("\n%-10s %12s %14s %12s %12s\n", "", "first call", "times as fast", "median", "longest");
+    for (const Group* const group : {&images, &sounds, &films}) {
+        if (group->files.empty())
+            continue;
+        const auto [median, longest] = secondsOfFiles(group->files);
+        std::printf("%-10s %9.1f ms %14.1f %9.2f ms %9.2f ms\n", group->name,
+                    seconds("first call, " + std::string(group->name)) * 1e3,
+                    seconds("tool/" + std::string(group->name)) /
+                        seconds("service/" + std::string(group->name)),
+                    median * 1e3, longest * 1e3);
+    }
     return 0;
 }
