@@ -88,6 +88,9 @@ void importImage(Attributes& attributes) {
             return;
         }
         const NSDictionary properties = image->properties(0).dictionary();
+        if (properties.objectForKey(kCGImagePropertyPixelWidth).isNil())
+            attributes.note(properties.count() == 0 ? MDNoteBroken : MDNoteIncomplete,
+                            "the file does not say how large the image is");
         setProperties(attributes, properties, image->metadata());
         if (const auto count = integerIn(image->facts(), imageengine::countKey); count && *count > 1)
             attributes.setInteger("kMDItemNumberOfPages", *count);

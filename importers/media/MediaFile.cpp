@@ -3,6 +3,7 @@
 #include "importers/support/Importer.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 extern "C" {
@@ -45,10 +46,12 @@ MediaFile::~MediaFile() {
     if (reader_)
         av_freep(&reader_->buffer);
     avio_context_free(&reader_);
+    av_max_alloc(INT_MAX);
 }
 
 std::unique_ptr<MediaFile> MediaFile::open(std::string_view bytes) {
     av_log_set_level(AV_LOG_QUIET);
+    // For the whole process, in which others use the library: until the file is closed.
     av_max_alloc(mostBytesAtOnce);
     std::unique_ptr<MediaFile> file(new MediaFile(bytes));
     if (!file->openContainer())
@@ -144,7 +147,7 @@ bool MediaFile::isOf(std::string_view format) const {
 }
 
 double MediaFile::duration() const {
-    double longest = seconds(container_->duration, AV_TIME_BASE_Q);
+    double longest = seconds(container_->duration, {1, AV_TIME_BASE});
     if (longest > 0)
         return longest;
     for (unsigned index = 0; index < container_->nb_streams; ++index) {

@@ -12,6 +12,7 @@
 namespace kelvo::importers {
 namespace {
 
+using namespace std::string_literals;
 using tests::pictureFile;
 using tests::withMetadata;
 using Values = std::vector<std::pair<std::string, std::string>>;
@@ -235,6 +236,13 @@ TEST(ImageImport, KnowsThePixelsOfEachKind) {
         {"pages", tests::saved(tower, ".tif"), "public.tiff", "4 2 0 RGB 8 0 3"},
         {"WebP", pictureFile(".webp[lossless]", 6, 4, "R.GB"), "org.webmproject.webp",
          "6 4 0 RGB 8 1 absent"},
+        {"bitmap",
+         "BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\2\0\0\0\2\0\0\0\1\0\x18\0"s + std::string(40, '\0'),
+         "com.microsoft.bmp", "2 2 0 RGB 8 0 absent"},
+        {"targa with alpha", "\0\0\2\0\0\0\0\0\0\0\0\0\1\0\2\0\x20\x08"s + std::string(8, '\x7F'),
+         "com.truevision.tga-image", "1 2 1 RGB 8 1 absent"},
+        {"targa with alpha that is not used", "\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x20\x08\x7F\x7F\x7F\0"s,
+         "com.truevision.tga-image", "1 1 0 RGB 8 0 absent"},
         {"portable map", "P5 3 2 255\n123456", "public.pbm", "3 2 0 Gray 8 0 absent"},
         {"cut off", photograph.substr(0, photograph.size() - 99), "public.jpeg", "64 48 0 RGB 8 0 absent"},
     };
@@ -265,6 +273,10 @@ TEST(ImageImport, SaysWhatKeepsItFromReading) {
          "FORM\0\0\0\4ILBM",
          "public.image",
          {{"note", "unsupported: the file is no image that can be read"}}},
+        {"a camera's, and empty",
+         "IIRS",
+         "com.olympus.raw-image",
+         {{"note", "broken: the file does not say how large the image is"}}},
         {"ends before its size",
          cut.substr(0, frame),
          "public.jpeg",
