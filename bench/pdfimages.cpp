@@ -1,79 +1,63 @@
-// Thumbnails of the first page of PDFs, and EPS as PDF, by engines that run already, as the service has them. The peers,
-// pdftoppm and gs, are started for each file. PDFs and EPS may be given as arguments.
+// Thumbnails of the first page of PDFs, and EPS as PDF, by a service that runs already. The peers, pdftoppm and gs, are
+// started for each file. PDFs (".pdf") and EPS may be given as arguments.
 
+#include "BuiltService.h"
 #include "Comparison.h"
 #include "platform/foundation/Value.h"
-#include "platform/foundation/connections/NSRunLoop.h"
-#include "platform/pdfkit/PDFDocument.h"
-#include "platform/postscript/PostScriptEngine.h"
-#include "platform/postscript/PostScriptFile.h"
-#include "platform/postscript/PostScriptPDF.h"
 #include "support/PDFDocuments.h"
 #include "support/TemporaryFolder.h"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <cmath>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
 
 using namespace kelvo;
 
-constexpr double longerSide = 256;
-
 const tests::TemporaryFolder& folder() {
     static const tests::TemporaryFolder made;
     return made;
 }
 
-NSData contentsOf(const std::string& path) {
-    return NSData::dataWithContentsOfFileWhenNeeded(NSString::stringWithUTF8String(path));
+NSString nameOf(const std::string& path) {
+    return NSString::stringWithUTF8String(path);
 }
 
-std::size_t pixels(double points, double scale) {
-    return static_cast<std::size_t>(std::max(1.0, std::ceil(points * scale)));
+Client& client() {
+    static Client client(bench::optionsOfBuiltService());
+    return client;
 }
 
-void drawFirstPage(benchmark::State& state, const std::string& path, PDFPageGround ground) {
+void drawFirstPage(benchmark::State& state, const std::string& path) {
     for (auto _ : state) {
-        const PDFPage page = PDFDocument::initWithData(contentsOf(path)).pageAtIndex(0);
-        const NSSize size = page.sizeAsRead();
-        const double scale = longerSide / std::max(size.width, size.height);
-        if (page.imageOfSize(pixels(size.width, scale), pixels(size.height, scale), ground).isNil())
+        const NSDictionary answer =
+            client().imageWithContentsOfFile_stringFromPDF_canUseSpotlight(nameOf(path), false, true);
+        if (answer.objectForKey(ResultThumbnailKey).isNil())
             state.SkipWithError("not drawn");
     }
 }
 
-void interpret(benchmark::State& state, const std::string& path) {
-    const NSData data = contentsOf(path);
-    const auto file = PostScriptFile::read(data);
+void makePDF(benchmark::State& state, const std::string& path) {
     for (auto _ : state) {
-        if (!file || PDFDataOfPostScript(contentsOf(path), file->page().size).isNil())
+        if (client().PDFImageRepOfFile(nameOf(path)).isNil())
             state.SkipWithError("not interpreted");
     }
 }
 
-/// What the service does when there are no requests: the next engine is started, and gets ready.
-void rest() {
-    const double end = NSDate::date().timeIntervalSinceReferenceDate() + 0.15;
-    while (NSDate::date().timeIntervalSinceReferenceDate() < end)
-        NSRunLoop::currentRunLoop().runMode_beforeDate(NSDefaultRunLoopMode,
-                                                       NSDate::dateWithTimeIntervalSinceReferenceDate(end));
-}
-
-void interpretAfterRest(benchmark::State& state, const std::string& path) {
-    const auto file = PostScriptFile::read(contentsOf(path));
+/// When there are no requests the next engine is started, and gets ready.
+void makePDFAfterRest(benchmark::State& state, const std::string& path) {
     for (auto _ : state) {
         state.PauseTiming();
-        rest();
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
         state.ResumeTiming();
-        if (!file || PDFDataOfPostScript(contentsOf(path), file->page().size).isNil())
+        if (client().PDFImageRepOfFile(nameOf(path)).isNil())
             state.SkipWithError("not interpreted");
     }
 }
@@ -129,15 +113,14 @@ int main(int argc, char** argv) {
             ->Unit(benchmark::kMillisecond);
     };
     for (const std::string& path : files) {
-        if (PostScriptFile::read(contentsOf(path))) {
-            add("ready/" + path, interpretAfterRest, path);
-            add("in turn/" + path, interpret, path);
+        if (!path.ends_with(".pdf")) {
+            add("ready/" + path, makePDFAfterRest, path);
+            add("in turn/" + path, makePDF, path);
             add("peer/" + path, runPeer,
                 "gs -q -dSAFER -dBATCH -dNOPAUSE -dEPSCrop -dLastPage=1 -sDEVICE=pdfwrite -o '" +
                     folder().path("peer.pdf") + "' '" + path + "'");
         } else {
-            add("white/" + path, drawFirstPage, path, PDFPageGround::white);
-            add("transparent/" + path, drawFirstPage, path, PDFPageGround::transparent);
+            add("thumbnail/" + path, drawFirstPage, path);
             add("peer/" + path, runPeer, "pdftoppm -scale-to 256 -f 1 -l 1 '" + path + "'");
         }
     }
@@ -145,9 +128,10 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\ntimes as long as pdftoppm or gs, started for each file\n");
     for (const std::string& path : files) {
-        for (const char* const kind : {"white", "transparent", "ready", "in turn"})
+        for (const char* const kind : {"thumbnail", "ready", "in turn"})
             comparison.printTimeRatio((kind + (": " + path.substr(path.rfind('/') + 1))).c_str(),
                                       kind + ("/" + path), "peer/" + path);
     }
+    bench::endService(client());
     return 0;
 }

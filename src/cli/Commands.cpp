@@ -7,6 +7,7 @@
 #include "cli/JSONView.h"
 #include "cli/MetadataCommand.h"
 #include "cli/MovieCommand.h"
+#include "cli/PDFOfCommand.h"
 #include "cli/PDFTextCommand.h"
 #include "cli/Printable.h"
 #include "cli/ReadDocumentCommand.h"
@@ -157,10 +158,12 @@ ExitStatus runSubject(Session& session) {
         return runMetadata(session, options.files);
     if (operation == Operation::stringWithPDF)
         return runPDFText(session, options.files);
-    if (operation == Operation::posterImageForMovieWithFile && options.files.size() > 1)
+    if (operation == Operation::posterImageForMovieWithFile)
         return runMovies(session, options.files);
     if (operation == Operation::imageWithContentsOfFile)
         return runImage(session, options.files);
+    if (operation == Operation::PDFImageRepOfFile && (options.files.size() > 1 || options.folder))
+        return runPDFOf(session, options.files);
     const ExitStatus status = runOnFile(session, operation);
     session.tellWhatIsMissing(subjectOf(options.files.front()));
     return status;

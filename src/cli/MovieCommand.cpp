@@ -1,8 +1,6 @@
 #include "cli/MovieCommand.h"
 
-#include "cli/Files.h"
-#include "cli/JSONView.h"
-#include "cli/Printable.h"
+#include "cli/PictureRun.h"
 #include "cli/Session.h"
 #include "protocol/ResultKeys.h"
 
@@ -25,43 +23,17 @@ std::string lengthOf(const NSDictionary& answer) {
                         : fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
 }
 
-/// "640 × 480" of "{640, 480}"; "sound" of nothing.
-std::string sizeOf(const NSDictionary& answer) {
-    const NSString size = answer.objectForKey(ResultSizeKey).string();
-    const std::string text = printable(size);
-    const std::size_t comma = text.find(", ");
-    if (comma == text.npos || text.front() != '{' || text.back() != '}' || size == NSStringFromSize({}))
-        return "sound";
-    return text.substr(1, comma - 1) + " × " + text.substr(comma + 2, text.size() - comma - 3);
-}
-
-ExitStatus runFile(Session& session, const std::string& file) {
-    requireReadable(file);
-    Request request;
-    request.operation = Operation::posterImageForMovieWithFile;
-    request.file = pathOfFile(file);
-    const NSDictionary answer = session.ask(request, FileKind::movie, printableFileName(file)).dictionary();
-    const bool isAnswered = isAnswer(request.operation, answer);
-    if (session.options().printsJSON)
-        session.printJSON(withFile(file, answer));
-    if (!isAnswered)
-        return session.complainOfNoAnswer(printableFileName(file));
-    if (session.options().printsJSON)
-        return ExitStatus::answered;
-    const bool hasPicture = !answer.objectForKey(ResultThumbnailKey).isNil();
-    session.output().write(fmt::format("{:>8}  {:>12}  {:<10}  {}\n", lengthOf(answer), sizeOf(answer),
-                                       hasPicture ? "picture" : "no picture", printableFileName(file)));
-    // What has been answered is seen while the next file is at work.
-    session.output().flush();
-    return ExitStatus::answered;
-}
-
 } // namespace
 
 ExitStatus runMovies(Session& session, const std::vector<std::string>& files) {
-    return runEachFile(
-        session, files, [&session](const std::string& file) { return runFile(session, file); },
-        EachFile::inItsLine);
+    Request request;
+    request.operation = Operation::posterImageForMovieWithFile;
+    return runPictures(session, files, request, [](const NSDictionary& answer, const NSString&) {
+        const std::string size = printableSize(answer.objectForKey(ResultSizeKey).string());
+        const bool hasPicture = !answer.objectForKey(ResultThumbnailKey).isNil();
+        return fmt::format("{:>8}  {:>12}  {}", lengthOf(answer), size.empty() ? "sound" : size,
+                           hasPicture ? "picture" : "no picture");
+    });
 }
 
 } // namespace kelvo::cli

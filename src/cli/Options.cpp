@@ -260,14 +260,15 @@ Examples:
             Operation::posterImageForMovieWithFile,
             "Print the length and size of movies and sound, and take a picture from one",
             R"(The picture is the frame of the middle, at most that of 15 seconds, or the cover of a piece of sound. Several files
-give a line each: length, size in pixels, whether there is a picture, name; with --json a dictionary with "file",
-"Duration", "Size" and "Thumbnail".
+give a line each: name, length, size in pixels, whether there is a picture; with --json a dictionary with "file",
+"Duration", "Size" and "Thumbnail". An OUT that ends in ".png" or ".jpeg" (".jpg") becomes a file of that kind, one that
+ends in ".tiff" (".tif") has the bytes of the service.
 
 Examples:
   plumwick movie-poster holiday.mov -o holiday.tiff
-  plumwick movie-poster *.mp4)");
+  plumwick movie-poster *.mp4 -d posters)");
         addFiles(subcommand, "Movies or sound");
-        addOutput(subcommand, "Where the picture goes, as TIFF; - writes standard output");
+        addPictureOutputs(subcommand, "picture");
     }
 
     void addPDFText() {
@@ -308,26 +309,35 @@ Examples:
         subcommand.add_flag("--pdf-text", options_.wantsPDFText, "Ask for the text of a PDF, too");
         subcommand.add_flag("--no-importers", refusesImporters_,
                             "Do not take that text from the metadata importers");
-        CLI::Option* const output = addOutput(
-            subcommand, "Where the thumbnail goes, as its name says; - writes TIFF to standard output");
+        addPictureOutputs(subcommand, "thumbnail");
+    }
+
+    void addFolder(CLI::App& subcommand, const std::string& description, CLI::Option* output) {
         subcommand
-            .add_option(
-                "-d,--folder", options_.folder,
-                "Where the thumbnails go as PNG, by the names of their files; made if it is not there")
+            .add_option("-d,--folder", options_.folder,
+                        description + ", by the names of their files; made if it is not there")
             ->type_name("FOLDER")
             ->excludes(output);
+    }
+
+    void addPictureOutputs(CLI::App& subcommand, const std::string& what) {
+        CLI::Option* const output = addOutput(
+            subcommand, "Where the " + what + " goes, as its name says; - writes TIFF to standard output");
+        addFolder(subcommand, "Where the " + what + "s go as PNG", output);
         subcommand
             .add_flag("--show", options_.showsPicture,
-                      "Draw the thumbnail, on a terminal that can (kitty graphics, sixel)")
+                      "Draw the " + what + ", on a terminal that can (kitty graphics, sixel)")
             ->excludes("--json");
     }
 
     void addPDFOf() {
-        CLI::App& subcommand =
-            add(Operation::PDFImageRepOfFile, "Turn a drawing (EPS, PostScript, PDF) into PDF", R"(Examples:
-  plumwick pdf-of logo.eps -o logo.pdf)");
-        addFile(subcommand, "An image file");
-        addOutput(subcommand, "Where the PDF goes; - writes standard output");
+        CLI::App& subcommand = add(Operation::PDFImageRepOfFile,
+                                   "Turn drawings (PostScript, EPS, Illustrator) into PDF", R"(Examples:
+  plumwick pdf-of logo.eps -o logo.pdf
+  plumwick pdf-of *.eps -d pdfs)");
+        addFiles(subcommand, "Drawings; what is a PDF stays as it is");
+        CLI::Option* const output = addOutput(subcommand, "Where the PDF goes; - writes standard output");
+        addFolder(subcommand, "Where the PDFs go", output);
     }
 
     void addHTMLToText() {
@@ -405,7 +415,7 @@ Examples:
             refuse("OUT.rtfd: a package is a folder and cannot go to standard output");
         const bool givesOnlyBytes =
             *operation == Operation::RTFDWithHTML || *operation == Operation::PDFImageRepOfFile;
-        if (givesOnlyBytes && !options_.output && !options_.printsJSON)
+        if (givesOnlyBytes && !options_.output && !options_.folder && !options_.printsJSON)
             refuse("-o OUT is required (or --json)");
         if (options_.output && options_.files.size() > 1)
             refuse("-o: takes the answer for one FILE");

@@ -1,4 +1,4 @@
-#include "cli/ThumbnailFolder.h"
+#include "cli/OutputFolder.h"
 
 #include "cli/ExitStatus.h"
 #include "cli/Printable.h"
@@ -12,8 +12,8 @@
 
 namespace kelvo::cli {
 
-ThumbnailFolder::ThumbnailFolder(std::string folder, const std::vector<std::string>& files)
-    : folder_(std::move(folder)) {
+OutputFolder::OutputFolder(std::string folder, const std::vector<std::string>& files, std::string ending)
+    : folder_(std::move(folder)), ending_(std::move(ending)) {
     constexpr mode_t usualMode = 0777;
     struct stat facts {};
     if (mkdir(folder_.c_str(), usualMode) != 0 &&
@@ -28,22 +28,22 @@ ThumbnailFolder::ThumbnailFolder(std::string folder, const std::vector<std::stri
     }
 }
 
-bool ThumbnailFolder::isFree(const std::string& name) const {
+bool OutputFolder::isFree(const std::string& name) const {
     struct stat facts {};
     return !written_.contains(name) &&
            (stat(name.c_str(), &facts) != 0 || !files_.contains({facts.st_dev, facts.st_ino}));
 }
 
-std::string ThumbnailFolder::nameFor(const std::string& file) {
+std::string OutputFolder::nameFor(const std::string& file) {
     const std::size_t end = file.find_last_not_of('/') + 1;
     const std::size_t start = file.find_last_of('/', end - 1) + 1;
     std::string stem = file.substr(start, end - start);
     const std::size_t dot = stem.rfind('.');
     if (dot != std::string::npos && dot > 0)
         stem.resize(dot);
-    std::string name = folder_ + '/' + stem + ".png";
+    std::string name = folder_ + '/' + stem + ending_;
     for (unsigned number = 2; !isFree(name); ++number)
-        name = folder_ + '/' + stem + ' ' + std::to_string(number) + ".png";
+        name = folder_ + '/' + stem + ' ' + std::to_string(number) + ending_;
     written_.insert(name);
     return name;
 }

@@ -9,20 +9,22 @@
 
 namespace kelvo::cli {
 
-/// Where the thumbnails of one run go.
-class ThumbnailFolder {
+/// Where what a run makes of several files goes.
+class OutputFolder {
 public:
-    /// Makes it when it is not there. `files` are those of the run. Throws CommandError (file).
-    ThumbnailFolder(std::string folder, const std::vector<std::string>& files);
+    /// Makes it when it is not there. `files` are those of the run, `ending` (".png") that of what is made of them. Throws
+    /// CommandError (file).
+    OutputFolder(std::string folder, const std::vector<std::string>& files, std::string ending);
 
-    /// The name in the folder that the thumbnail of a file gets: that of the file with ".png" for its ending, and a number
-    /// where the run has written another there, or it is one of the run's own files.
+    /// The name in the folder of what is made of a file: that of the file with the other ending, and a number where the run
+    /// has written another there, or it is one of the run's own files.
     std::string nameFor(const std::string& file);
 
 private:
     bool isFree(const std::string& name) const;
 
     std::string folder_;
+    std::string ending_;
     std::set<std::pair<dev_t, ino_t>> files_;
     std::set<std::string> written_;
 };

@@ -38,7 +38,7 @@ TEST_F(CommandTest, StatusesOfTheProcess) {
         {"unknown option", {"metadata", "--deep", "text.zzz"}, 2, "--deep"},
         {"option of another subcommand", {"pdf-text", "--no-importers", "text.zzz"}, 2, "--no-importers"},
         {"no file", {"metadata"}, 2, "FILE"},
-        {"two files for one", {"pdf-of", "text.zzz", "text.zzz"}, 2, "text.zzz"},
+        {"two files for one", {"web-archive", "text.zzz", "text.zzz"}, 2, "text.zzz"},
         {"nowhere to write", {"html-to-rtfd", "page.html"}, 2, "-o"},
         {"base that is no URL", {"html-to-rtfd", "page.html", "--base-url", "a b", "-o", "x"}, 2, "a b"},
         {"base that is relative", {"html-to-rtfd", "page.html", "--base-url", "a/b", "-o", "x"}, 2, "a/b"},
@@ -187,8 +187,8 @@ TEST_F(CommandTest, PrintsLengthsAndSizesOfMovies) {
     EXPECT_EQ(film.output.find("Duration   75\nSize       {64, 48}\nThumbnail  "), 0U) << film.output;
     EXPECT_EQ(files.read("film.tiff").substr(0, 2), "II");
     const Outcome all = plumwick({"movie-poster", "film.mp4", "text.zzz", "missing", "tone.wav"});
-    EXPECT_EQ(all.output, "    1:15       64 × 48  picture     film.mp4\n"
-                          "    0:01         sound  no picture  tone.wav\n");
+    EXPECT_EQ(all.output, "film.mp4      1:15       64 × 48  picture\n"
+                          "tone.wav      0:01         sound  no picture\n");
     EXPECT_NE(all.errors.find("text.zzz: unsupported: it is no movie"), std::string::npos) << all.errors;
     EXPECT_EQ(all.status, 4);
     EXPECT_EQ(plumwick({"movie-poster", "--json", "tone.wav", "text.zzz"}).output,

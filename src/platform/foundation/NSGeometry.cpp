@@ -29,4 +29,22 @@ NSString NSStringFromSize(NSSize size) {
     return NSString::stringWithLatin1Bytes(text);
 }
 
+NSSize NSSizeFromString(const NSString& string) {
+    const std::string text = string.UTF8String();
+    const char* const end = text.data() + text.size();
+    NSSize size;
+    const auto read = [end](const char* place, const char* before, const char* after, float& number) {
+        for (; *before; ++before, ++place) {
+            if (place == end || *place != *before)
+                return end;
+        }
+        const auto [stop, error] = std::from_chars(place, end, number);
+        return error == std::errc() && stop != end && *stop == *after ? stop : end;
+    };
+    const char* const comma = read(text.data(), "{", ",", size.width);
+    if (comma == end || read(comma, ", ", "}", size.height) != end - 1)
+        return {};
+    return size;
+}
+
 } // namespace kelvo

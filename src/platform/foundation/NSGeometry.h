@@ -42,5 +42,7 @@ struct NSColor {
 /// 32-bit float ("0.1", "100000", "0.00001"; the largest float takes 39 digits). Infinities and not-a-number
 /// are written "inf", "-inf" and "nan".
 KELVO_PUBLIC NSString NSStringFromSize(NSSize size);
+/// The size that NSStringFromSize has written; 0 by 0 for any other text.
+KELVO_PUBLIC NSSize NSSizeFromString(const NSString& string);
 
 } // namespace kelvo

@@ -70,13 +70,13 @@ int NSBitmapImageRep::incrementalLoadFromData_complete(const NSData& data, bool 
     if (source.isNil())
         return NSImageRepLoadStatusUnknownType;
     const BitmapRef image = bitmapOfImage(CGImageSourceCreateImageAtIndex(source, 0, nullptr));
-    const std::size_t rows = image ? image->height : 0; // TODO rows
     if (!image)
         return NSImageRepLoadStatusInvalidData;
     image_ = image;
     hasAlpha_ = kelvo::hasAlpha(*image);
     setPixels(image->width, image->height);
     setSize({static_cast<float>(image->width), static_cast<float>(image->height)});
+    const std::size_t rows = CGImageSourceCountDecodedRows(source, 0);
     return CGImageSourceGetStatus(source) == kCGImageStatusComplete && rows == image->height
                ? NSImageRepLoadStatusCompleted
                : static_cast<int>(rows);
