@@ -73,10 +73,12 @@ void scale(const AVFrame& frame, int width, int height, AVPixelFormat format, st
     if (sws_isSupportedInput(from) == 0)
         fail();
     const bool isShrunk = width < frame.width || height < frame.height;
+    const bool isSame = width == frame.width && height == frame.height;
+    // In the frame's own size only its colours, of which there are fewer, have something between them.
+    const int method = isShrunk ? SWS_AREA : isSame ? SWS_BILINEAR : SWS_BICUBIC;
     const auto scaler =
         Scaler(sws_getContext(frame.width, frame.height, from, width, height, format,
-                              (isShrunk ? SWS_AREA : SWS_BICUBIC) | SWS_FULL_CHR_H_INT | SWS_ACCURATE_RND,
-                              nullptr, nullptr, nullptr));
+                              method | SWS_FULL_CHR_H_INT | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
     if (!scaler)
         fail();
     constexpr int one = 1 << 16;

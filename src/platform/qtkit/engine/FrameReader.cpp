@@ -1,6 +1,10 @@
 #include "platform/qtkit/engine/FrameReader.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 namespace {
@@ -9,15 +13,27 @@ constexpr int threadsOfDecoder = 2;
 /// 8192 by 8192, with what decoders add at the edges.
 constexpr std::int64_t mostPixelsOfFrame = std::int64_t{8192 + 64} * (8192 + 64);
 
+/// What is read ahead of the decoder, so that it need not decode what nobody sees.
+constexpr std::size_t mostBytesAhead = std::size_t{24} << 20;
+
+/// The next packet of the stream; null at the end and when the time is over.
+Packet nextPacket(AVFormatContext& format, const AVStream& stream, const MovieInput& input) {
+    auto packet = owned<Packet>(av_packet_alloc());
+    while (!input.isLate() && av_read_frame(&format, packet.get()) >= 0) {
+        if (packet->stream_index == stream.index)
+            return packet;
+        av_packet_unref(packet.get());
+    }
+    return nullptr;
+}
+
 class Search {
 public:
-    Search(const AVStream& stream, AVCodecContext& decoder, const MovieInput& input, std::int64_t time)
-        : decoder_(decoder), input_(input), time_(time), second_(av_rescale_q(1, {1, 1}, stream.time_base)) {}
+    Search(AVCodecContext& decoder, const MovieInput& input, std::int64_t time)
+        : decoder_(decoder), input_(input), time_(time) {}
 
     /// Takes a packet; null: the last one was. True when the frame has been found.
     bool take(const AVPacket* packet) {
-        if (packet)
-            skipWhatIsNotSeen(*packet);
         // A damaged packet keeps nobody from the next.
         bool isSent = avcodec_send_packet(&decoder_, packet) != AVERROR(EAGAIN);
         while (!input_.isLate()) {
@@ -33,6 +49,12 @@ public:
                 return true;
         }
         return false;
+    }
+
+    /// The last packet was taken.
+    void finish() {
+        if (!input_.isLate() && !take(nullptr))
+            found.isReached = found.frame != nullptr && !input_.isLate();
     }
 
     FoundFrame found;
@@ -53,26 +75,46 @@ private:
             }
             return found.isReached = true;
         }
-        const bool isLasting =
-            begin != AV_NOPTS_VALUE && decoded->pkt_duration > 0 && decoded->pkt_duration > time_ - begin;
         found.frame = std::move(decoded);
-        return found.isReached = isLasting;
-    }
-
-    /// Frames that no other needs are not decoded on the way. Those of the last second are, because the lengths of
-    /// frames are not always true.
-    void skipWhatIsNotSeen(const AVPacket& packet) {
-        const bool isOnTheWay = time_ != AV_NOPTS_VALUE && packet.pts != AV_NOPTS_VALUE &&
-                                packet.pts < time_ && time_ - packet.pts > second_ &&
-                                packet.duration < time_ - packet.pts;
-        decoder_.skip_frame = isOnTheWay ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+        return false;
     }
 
     AVCodecContext& decoder_;
     const MovieInput& input_;
     std::int64_t time_;
-    std::int64_t second_;
 };
+
+/// The packets of a stream up to a time, as far as they are kept.
+struct PacketsAhead {
+    std::vector<Packet> packets;
+    /// Of the frame that is seen at the time, where all that come before it are there.
+    std::optional<std::size_t> seen;
+};
+
+PacketsAhead readAhead(AVFormatContext& format, const AVStream& stream, const MovieInput& input,
+                       std::int64_t time) {
+    PacketsAhead ahead;
+    std::optional<std::size_t> latest;
+    for (std::size_t bytes = 0; bytes < mostBytesAhead;) {
+        Packet packet = nextPacket(format, stream, input);
+        // No frame is seen before it is decoded.
+        const bool isPast = packet && packet->dts != AV_NOPTS_VALUE && packet->dts > time;
+        if (!packet || isPast) {
+            ahead.seen = latest;
+            if (packet)
+                ahead.packets.push_back(std::move(packet));
+            break;
+        }
+        bytes += static_cast<std::size_t>(std::max(packet->size, 0)) + sizeof(AVPacket);
+        ahead.packets.push_back(std::move(packet));
+        const AVPacket& last = *ahead.packets.back();
+        if (last.pts == AV_NOPTS_VALUE)
+            break;
+        if (last.pts <= time && (!latest || last.pts >= ahead.packets[*latest]->pts))
+            latest = ahead.packets.size() - 1;
+    }
+    return ahead;
+}
 
 } // namespace
 
@@ -94,19 +136,26 @@ Decoder decoderFor(const AVCodecParameters& parameters) {
 
 FoundFrame readFrame(AVFormatContext& format, const AVStream& stream, AVCodecContext& decoder,
                      const MovieInput& input, std::int64_t time) {
-    Search search(stream, decoder, input, time);
-    const auto packet = owned<Packet>(av_packet_alloc());
-    while (!input.isLate()) {
-        if (av_read_frame(&format, packet.get()) < 0) {
-            if (!input.isLate() && !search.take(nullptr))
-                search.found.isReached = search.found.frame != nullptr && !input.isLate();
-            break;
-        }
-        const bool isFound = packet->stream_index == stream.index && search.take(packet.get());
-        av_packet_unref(packet.get());
-        if (isFound)
-            break;
+    Search search(decoder, input, time);
+    PacketsAhead ahead;
+    if (time != AV_NOPTS_VALUE)
+        ahead = readAhead(format, stream, input, time);
+    const std::size_t end = ahead.seen ? *ahead.seen + 1 : ahead.packets.size();
+    for (std::size_t index = 0; index < end; ++index) {
+        // Frames that no other needs are not decoded on the way.
+        decoder.skip_frame = ahead.seen && index != *ahead.seen ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+        if (search.take(ahead.packets[index].get()))
+            return std::move(search.found);
+        ahead.packets[index] = nullptr;
     }
+    while (!ahead.seen) {
+        const Packet packet = nextPacket(format, stream, input);
+        if (!packet)
+            break;
+        if (search.take(packet.get()))
+            return std::move(search.found);
+    }
+    search.finish();
     return std::move(search.found);
 }
 

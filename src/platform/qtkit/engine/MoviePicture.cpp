@@ -121,10 +121,9 @@ MoviePicture pictureOf(const AVFrame& frame, FrameGeometry geometry) {
     }
     const AVPixFmtDescriptor* const description =
         av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
-    picture.hasAlpha =
-        description && (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0 && isAlphaUsed({pixels, length});
-    if (!picture.hasAlpha) {
-        for (std::size_t place = bytesOfPixel - 1; place < length; place += bytesOfPixel)
+    if (description && (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0) {
+        picture.hasAlpha = isAlphaUsed({pixels, length});
+        for (std::size_t place = bytesOfPixel - 1; !picture.hasAlpha && place < length; place += bytesOfPixel)
             pixels[place] = 0xFF;
     }
     picture.bytes = memory.seal(length);

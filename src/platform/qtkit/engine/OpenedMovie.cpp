@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 extern "C" {
 #include <libavutil/log.h>
@@ -41,11 +44,29 @@ const std::string& namesOfFormats() {
     return names;
 }
 
+/// Whether the beginning is that of a container that is read, so that it is what comes after it that cannot be.
+bool beginsLikeMovie(const MovieInput& input) {
+    constexpr std::size_t bytesOfBeginning = 4096;
+    std::vector<unsigned char> beginning(bytesOfBeginning + AVPROBE_PADDING_SIZE);
+    avio_seek(input.context(), 0, SEEK_SET);
+    const int length = avio_read(input.context(), beginning.data(), static_cast<int>(bytesOfBeginning));
+    const AVProbeData data{"", beginning.data(), std::max(length, 0), nullptr};
+    int certainty = 0;
+    const AVInputFormat* const found = av_probe_input_format3(&data, 1, &certainty);
+    return found && certainty > AVPROBE_SCORE_EXTENSION &&
+           std::ranges::any_of(movieFormats(), [found](const MovieFormat& format) {
+               return std::string_view(format.demuxer) == found->name;
+           });
+}
+
 [[noreturn]] void failToOpen(int error, const MovieInput& input) {
     if (error == AVERROR(ENOMEM))
         throw MovieFailure(Outcome::outOfMemory, u"it takes more memory than a movie may");
     if (input.isLate())
         throw MovieFailure(Outcome::timedOut, u"what is in it was not found within the time");
+    if (beginsLikeMovie(input))
+        throw MovieFailure(Outcome::broken,
+                           u"it is damaged, or what says how to read it is missing from its end");
     throw MovieFailure(Outcome::unsupported, u"it is no movie or sound of a kind that can be read");
 }
 

@@ -27,6 +27,7 @@ public:
     /// The first frame, or else the picture of the cover. Absent when there is none.
     std::optional<MoviePicture> poster(double seconds);
 
+    bool hasVideo() const noexcept { return video_ != nullptr; }
     std::uint64_t bytesRead() const noexcept { return input_->bytesRead(); }
 
 private:

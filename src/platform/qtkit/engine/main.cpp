@@ -40,6 +40,9 @@ public:
             return answer(message.dictionary(), channel);
         } catch (const MovieFailure& failure) {
             channel.note(failure.outcome(), failure.sentence());
+            // Its length and its size are an answer without a picture, too.
+            if (movie_)
+                channel.note(Outcome::answered, failure.sentence());
             return {};
         }
     }
@@ -69,7 +72,9 @@ private:
         case Want::frame:
             return pixels(movie_->frameAt(integerIn(fields, timeKey), seconds), channel);
         case Want::poster:
-            return pixels(movie_->poster(seconds), channel);
+            if (auto poster = movie_->poster(seconds); poster || !movie_->hasVideo())
+                return pixels(poster, channel);
+            throw MovieFailure(Outcome::broken, u"no frame of it can be decoded");
         }
         return {};
     }
