@@ -176,7 +176,7 @@ std::optional<MoviePicture> OpenedMovie::frame(std::int64_t microseconds) {
         place = start;
     // Never later than asked for, however coarse the units are.
     const auto unitsOf = [this](std::int64_t at) {
-        return av_rescale_q_rnd(at, AV_TIME_BASE_Q, video_->time_base, AV_ROUND_DOWN);
+        return av_rescale_q_rnd(at, av_get_time_base_q(), video_->time_base, AV_ROUND_DOWN);
     };
     const std::int64_t time = microseconds <= 0 ? AV_NOPTS_VALUE : unitsOf(place);
     // Where an index is wrong, or there is none, what is found may lie after the time, or be made of nothing: then from
