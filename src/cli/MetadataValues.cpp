@@ -307,6 +307,8 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemContentTypeTree", "Types"},
     {u"kMDItemVersion", "Version"},
     {u"kMDItemNumberOfPages", "Pages"},
+    {u"plumwick_sheetCount", "Sheets"},
+    {u"plumwick_wordCount", "Words"},
     {u"kMDItemPageWidth", "Page width", number<points>},
     {u"kMDItemPageHeight", "Page height", number<points>},
     {u"kMDItemSecurityMethod", "Security"},

@@ -35,7 +35,7 @@ constexpr std::array kinds{
     KindRow{FileKind::wordML, u"com.microsoft.word.wordml"},
     KindRow{FileKind::officeOpenXML, u"org.openxmlformats.wordprocessingml.document"},
     KindRow{FileKind::openDocument, u"org.oasis-open.opendocument.text", u"org.oasis-open.opendocument"},
-    KindRow{FileKind::flatOpenDocument, u"public.xml"},
+    KindRow{FileKind::flatOpenDocument, u"org.oasis-open.opendocument.text-flat-xml"},
     KindRow{FileKind::openOfficeText, u"org.openoffice.text"},
     KindRow{FileKind::PDF, u"com.adobe.pdf"},
     KindRow{FileKind::postScript, u"com.adobe.postscript", u"com.adobe.postscript"},

@@ -3,6 +3,7 @@
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/launchservices/ContentSniffing.h"
+#include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
 #include "support/ZipPackage.h"
 
@@ -54,6 +55,7 @@ TEST(ContentType, OfFiles) {
         {"e.pages", text, "com.apple.iWork.Pages.sffpages"},
         {"f.rtfd", "", "com.apple.flat-rtfd"},
         {"g.chm", "", "com.microsoft.chm-archive"},
+        {"h.fods", "", "org.oasis-open.opendocument.spreadsheet-flat-xml"},
         // By their contents.
         {"png", png, "public.png"},
         {"png.unknown", png, "public.png"},
@@ -67,6 +69,7 @@ TEST(ContentType, OfFiles) {
         {"movie of no known sort", "\0\0\0\x18"s + "ftypzzzz\0\0\0\0"s, "public.movie"},
         {"odt", tests::zipPackage({{"mimetype", "application/vnd.oasis.opendocument.text-template"}}),
          "org.oasis-open.opendocument.text-template"},
+        {"fodt", tests::flatOpenDocument(""), "org.oasis-open.opendocument.text-flat-xml"},
         {"docx", tests::zipPackage({{cover, ""}, {"word/a", ""}}),
          "org.openxmlformats.wordprocessingml.document"},
         {"xlsx", tests::zipPackage({{cover, ""}, {"xl/a", ""}}), "org.openxmlformats.spreadsheetml.sheet"},

@@ -1,0 +1,3 @@
+#include "importers/office/OfficeImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importOffice)
