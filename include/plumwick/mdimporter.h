@@ -109,6 +109,8 @@ enum {
 #define MD_MOST_ATTRIBUTES 1024
 #define MD_MOST_VALUES 65536
 #define MD_MOST_BYTES (96u << 20)
+/* How many questions an importer may have about a file. */
+#define MD_MOST_QUESTIONS 16
 
 /*
  * What may be done with the attributes of a file that is being imported. Later versions have more functions at the end:
@@ -141,6 +143,15 @@ typedef struct MDAttributesFunctions {
     /* Ends the import; what was set is kept. Does not return: a C++ exception leaves ImporterImportData, which has to let
      * it through (C code that holds something compiles with -fexceptions and cleans up by itself). */
     void (*raise)(MDAttributes* attributes, const char* name, const char* reason);
+
+    /* What follows is asked of the service, at most MD_MOST_QUESTIONS times a file. Both answer bytes that are valid
+     * during the import, and how many there are, or NULL. */
+
+    /* A regular file right within the folder that is imported, by its name. */
+    const void* (*packageFileBytes)(MDAttributes* attributes, const char* name, size_t* length);
+    /* The file as the office suite reads it, as one file of OpenDocument XML, which takes it up to seconds. NULL when it is
+     * no office document by its type, the suite is not installed or cannot read it, which is noted. */
+    const void* (*officeDocumentBytes)(MDAttributes* attributes, size_t* length);
 } MDAttributesFunctions;
 
 struct MDAttributes {

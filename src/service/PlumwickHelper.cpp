@@ -4,12 +4,14 @@
 #include "movies/MovieThumbnails.h"
 #include "platform/appkit/NSFileWrapper.h"
 #include "platform/appkit/documents/DocumentReading.h"
+#include "platform/appkit/documents/OpenDocumentConversion.h"
 #include "platform/appkit/html/HTMLReading.h"
 #include "platform/appkit/rtfreader/NSTextStorage.h"
 #include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/SCNetworkReachability.h"
 #include "platform/ledger/RequestNotes.h"
+#include "platform/plugins/PlugInQuestions.h"
 #include "protocol/RequestOutcome.h"
 #include "protocol/ResultKeys.h"
 #include "service/PDFText.h"
@@ -33,7 +35,9 @@ void note(const RequestOutcome& outcome) {
 
 } // namespace
 
-PlumwickHelper::PlumwickHelper() : _mdimporter(std::make_shared<MetaDataImporter>()) {}
+PlumwickHelper::PlumwickHelper() : _mdimporter(std::make_shared<MetaDataImporter>()) {
+    setOfficeDocumentReader(flatOpenDocumentOfDocument);
+}
 
 NSString PlumwickHelper::className() const {
     return u"PlumwickHelper";

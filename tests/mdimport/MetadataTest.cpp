@@ -1,8 +1,10 @@
 #include "mdimport/MetaDataImporter.h"
+#include "platform/foundation/NSException.h"
 #include "platform/foundation/PlatformRoot.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/connections/NSRunLoop.h"
 #include "platform/ledger/RequestNotes.h"
+#include "platform/plugins/PlugInQuestions.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
@@ -198,6 +200,51 @@ TEST_F(Metadata, PlugInsReachNothingButFiles) {
     const NSDictionary result = host.metaDataOfFileAtPath(own);
     EXPECT_EQ(result.objectForKey(u"error"), Value(NSNumber::numberWithLongLong(EACCES)));
     EXPECT_EQ(result.objectForKey(u"descriptor"), Value(NSNumber::numberWithBool(true)));
+}
+
+TEST_F(Metadata, PlugInsAskTheServiceForFilesOfTheirPackage) {
+    add("Library/Spotlight/A.mdimporter", "com.apple.rtfd", {"make"});
+    root.write("secret", "secret");
+    root.write("a.rtfd/TXT.rtf", "text");
+    root.write("a.rtfd/more/TXT.rtf", "below");
+    std::filesystem::create_symlink(root.path("secret"), root.path("a.rtfd/link"));
+    const std::pair<const char*, Value> rows[] = {
+        {"TXT.rtf", u"text"}, {"txt.rtf", nullptr},     {"more", nullptr}, {"more/TXT.rtf", nullptr},
+        {"link", nullptr},    {"../secret", nullptr},   {"..", nullptr},   {"", nullptr},
+        {"office", nullptr},  {"/etc/passwd", nullptr},
+    };
+    for (const auto& [name, answer] : rows) {
+        root.write("a.rtfd/command", std::string("ask ") + name);
+        EXPECT_EQ(host.metaDataOfFileAtPath(string(root.path("a.rtfd"))).objectForKey(u"answer"), answer)
+            << name;
+    }
+}
+
+TEST_F(Metadata, PlugInsAskTheServiceForOfficeDocuments) {
+    add("Library/Spotlight/A.mdimporter", "public.plain-text", {"make"});
+    const auto answerOf = [&](const char* contents) { return of(contents).objectForKey(u"answer"); };
+    EXPECT_TRUE(answerOf("ask office").isNil()) << "nobody reads them";
+    setOfficeDocumentReader([](const NSData& document, const NSString& contentType, double seconds) {
+        EXPECT_LT(seconds, 12);
+        if (document.characters() == "ask office encrypted")
+            noteOutcome(Outcome::locked, u"the document is encrypted");
+        if (document.characters() == "ask office ended")
+            throw NSException(u"Late", u"It took too long.");
+        return document.characters() == "ask office" || document.characters() == "ask-often"
+                   ? NSData::dataWithBytes(contentType.UTF8String())
+                   : NSData();
+    });
+    EXPECT_EQ(answerOf("ask office"), Value(u"public.plain-text"));
+    EXPECT_EQ(of("ask-often").objectForKey(u"answers"), Value(NSNumber::numberWithLongLong(16)));
+    for (const auto& [contents, sentence] :
+         {std::pair("ask office encrypted", "the text is missing: the document is encrypted"),
+          std::pair("ask office ended", "the text is missing: it took too long")}) {
+        const RequestNotes own;
+        EXPECT_TRUE(answerOf(contents).isNil());
+        EXPECT_EQ(own.sentenceOfResult().UTF8String(), sentence);
+        EXPECT_FALSE(own.outcome()) << "what it has set is a result";
+    }
+    setOfficeDocumentReader({});
 }
 
 TEST_F(Metadata, InstancesAreReleasedBeforeTheImport) {

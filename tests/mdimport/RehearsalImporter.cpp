@@ -79,6 +79,24 @@ int errorOfConnecting(const char* path) {
     return 0;
 }
 
+void askFor(const std::string& name, MDAttributes* to) {
+    const MDAttributesFunctions& can = *to->functions;
+    std::size_t length = 0;
+    const void* const bytes = name.starts_with("office") ? can.officeDocumentBytes(to, &length)
+                                                         : can.packageFileBytes(to, name.c_str(), &length);
+    if (bytes)
+        can.setString(to, "answer", static_cast<const char*>(bytes), length);
+}
+
+/// How many questions are answered.
+int askOften(MDAttributes* to) {
+    int answers = 0;
+    std::size_t length = 0;
+    while (to->functions->officeDocumentBytes(to, &length))
+        ++answers;
+    return answers;
+}
+
 void doAs(const std::string& command, const std::string& about, MDAttributes* to) {
     const MDAttributesFunctions& can = *to->functions;
     const auto tell = [&](bool hasWorked) { can.setInteger(to, "error", hasWorked ? 0 : errno); };
@@ -112,6 +130,10 @@ void doAs(const std::string& command, const std::string& about, MDAttributes* to
         tell(::execl("/bin/true", "true", nullptr) == 0);
     else if (command == "connect")
         can.setInteger(to, "error", errorOfConnecting(about.c_str()));
+    else if (command == "ask")
+        askFor(about, to);
+    else if (command == "ask-often")
+        can.setInteger(to, "answers", askOften(to));
     else if (command == "released")
         can.setInteger(to, "released", timesReleased);
     else
@@ -121,7 +143,9 @@ void doAs(const std::string& command, const std::string& about, MDAttributes* to
 unsigned char import(void*, MDAttributes* to, const char* contentType, const char* path) {
     const MDAttributesFunctions& can = *to->functions;
     std::size_t length = 0;
-    const auto* const bytes = static_cast<const char*>(can.fileBytes(to, &length));
+    const auto* bytes = static_cast<const char*>(can.fileBytes(to, &length));
+    if (!bytes)
+        bytes = static_cast<const char*>(can.packageFileBytes(to, "command", &length));
     const std::string text(bytes, length);
     const std::size_t blank = std::min(text.find(' '), text.size());
     can.setString(to, "kMDItemTitle", "begun", 5);

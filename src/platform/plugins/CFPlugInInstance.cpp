@@ -8,9 +8,11 @@
 #include "platform/ledger/RequestNotes.h"
 #include "platform/plugins/ImporterEngineMessages.h"
 #include "platform/plugins/PlugInEngine.h"
+#include "platform/plugins/PlugInQuestions.h"
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -109,9 +111,16 @@ bool ImporterInterface::ImporterImportData(NSMutableDictionary& attributes, cons
                                                                       {numberOf(number_), objectKey},
                                                                       {contentType, contentTypeKey},
                                                                       {path, pathKey}});
-    if (const NSData file = NSData::dataWithContentsOfFileWhenNeeded(path); !file.isNil())
-        message.setObject_forKey(file, fileKey);
-    const Value answer = engine_.ask(message, plugIn_, PlugInEngine::Message::continued, Filling(attributes));
+    const ImportedFile file{path, contentType, NSData::dataWithContentsOfFileWhenNeeded(path)};
+    if (!file.contents.isNil())
+        message.setObject_forKey(file.contents, fileKey);
+    EngineConversation conversation;
+    conversation.reports = Filling(attributes);
+    conversation.questions = [&](const Value& question) {
+        return answerToPlugIn(question.dictionary(), file, plugIn_.secondsLeft());
+    };
+    const Value answer =
+        engine_.ask(message, plugIn_, PlugInEngine::Message::continued, std::move(conversation));
     const NSDictionary thrown = answer.dictionary();
     if (thrown.isNil()) {
         const NSNumber* const result = answer.numberIfAny();

@@ -43,4 +43,14 @@ inline constexpr const char16_t* reasonKey = u"Reason";
 // While a file is imported each attribute is reported as it is set: an array of its name and its value; of the name
 // alone when that is null.
 
+// While a file is imported the engine may ask a question: a dictionary. Answered with data, or nil.
+/// A string: which of these it is.
+inline constexpr const char16_t* questionKey = u"Question";
+/// The file of that name right within the folder that is imported.
+inline constexpr const char16_t* packageFileQuestion = u"PackageFile";
+/// The file as the office suite reads it, as OpenDocument XML.
+inline constexpr const char16_t* officeDocumentQuestion = u"OfficeDocument";
+/// Of packageFileQuestion: a string.
+inline constexpr const char16_t* nameKey = u"FileName";
+
 } // namespace kelvo::importerengine

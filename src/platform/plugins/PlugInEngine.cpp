@@ -42,13 +42,11 @@ PlugInEngine& PlugInEngine::engineForPlugIn(const CFPlugIn& plugIn) {
 }
 
 Value PlugInEngine::ask(NSMutableDictionary message, const CFPlugIn& plugIn, Message place,
-                        std::function<void(const Value& part)> reports) {
+                        EngineConversation conversation) {
     if (const std::uint64_t released = std::exchange(released_, 0); released != 0)
         message.setObject_forKey(NSNumber::numberWithLongLong(static_cast<long long>(released)),
                                  importerengine::releasedKey);
     message.setObject_forKey(titleOfPlugIn(plugIn), importerengine::titleKey);
-    EngineConversation conversation;
-    conversation.reports = std::move(reports);
     conversation.title = titleOfPlugIn(plugIn);
     conversation.continues = place == Message::continued;
     return process_.ask(message.copy(), plugIn.secondsLeft(), conversation);

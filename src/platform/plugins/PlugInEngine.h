@@ -5,7 +5,6 @@
 #include "platform/plugins/CFPlugIn.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 namespace kelvo {
@@ -22,9 +21,10 @@ public:
 
     enum class Message : std::uint8_t { first, continued };
 
-    /// What EngineProcess::ask does, in the time that the plug-in has left.
+    /// What EngineProcess::ask does, in the time that the plug-in has left. Of the conversation only what it reports and
+    /// asks is looked at.
     Value ask(NSMutableDictionary message, const CFPlugIn& plugIn, Message place,
-              std::function<void(const Value& part)> reports = {});
+              EngineConversation conversation = {});
 
     /// Has the object given up with the next message, before what that is about: nobody waits for it.
     void release(std::uint64_t number) { released_ = number; }

@@ -29,13 +29,25 @@ DocumentEngine& DocumentEngine::sharedEngine() {
 
 NSData DocumentEngine::RTFOfDocument(const NSData& document, const NSString& extension,
                                      double timeoutSeconds) {
+    return convert(document, extension, nullptr, timeoutSeconds);
+}
+
+NSData DocumentEngine::flatOpenDocumentOfDocument(const NSData& document, const NSString& extension,
+                                                  double timeoutSeconds) {
+    return convert(document, extension, documentengine::flatOpenDocumentFormat, timeoutSeconds);
+}
+
+NSData DocumentEngine::convert(const NSData& document, const NSString& extension, const NSString& format,
+                               double timeoutSeconds) {
     if (document.isNil())
         return nullptr;
-    const Value message = NSMutableDictionary::dictionaryWithObjectsAndKeys({
+    auto message = NSMutableDictionary::dictionaryWithObjectsAndKeys({
         {document, documentengine::documentKey},
         {extension, documentengine::extensionKey},
     });
-    return process_.ask(message, timeoutSeconds).data();
+    if (!format.isNil())
+        message.setObject_forKey(format, documentengine::formatKey);
+    return process_.ask(message.copy(), timeoutSeconds).data();
 }
 
 } // namespace kelvo

@@ -27,11 +27,18 @@ public:
     /// engine is still at work on another one (the run loop may perform a request meanwhile), and when there is no
     /// office suite.
     NSData RTFOfDocument(const NSData& document, const NSString& extension, double timeoutSeconds);
+    /// The same as one file of OpenDocument XML; of workbooks and presentations as well ("xls", "ppt"), where the suite has
+    /// the program for them, which is noted when it has not.
+    NSData flatOpenDocumentOfDocument(const NSData& document, const NSString& extension,
+                                      double timeoutSeconds);
 
     /// The process of the engine, 0 when none runs.
     pid_t processIdentifier() const { return process_.processIdentifier(); }
 
 private:
+    NSData convert(const NSData& document, const NSString& extension, const NSString& format,
+                   double timeoutSeconds);
+
     EngineProcess process_;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/plugins/engine/PlugInAttributes.h"
 
 #include "platform/foundation/Value.h"
+#include "platform/plugins/ImporterEngineMessages.h"
 
 #include <cmath>
 #include <cstring>
@@ -161,6 +162,24 @@ struct PlugInAttributes::Functions {
         };
         throw PlugInRaise{text(name), text(reason)};
     }
+
+    static const void* packageFileBytes(MDAttributes* attributes, const char* name, std::size_t* length) {
+        *length = 0;
+        if (!name)
+            return nullptr;
+        return self(attributes)
+            .answerTo(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                          {{importerengine::packageFileQuestion, importerengine::questionKey},
+                           {stringOf(name, ::strnlen(name, MD_LONGEST_NAME)), importerengine::nameKey}}),
+                      length);
+    }
+
+    static const void* officeDocumentBytes(MDAttributes* attributes, std::size_t* length) {
+        return self(attributes)
+            .answerTo(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                          {{importerengine::officeDocumentQuestion, importerengine::questionKey}}),
+                      length);
+    }
 };
 
 const MDAttributesFunctions PlugInAttributes::Functions::table = {sizeof(MDAttributesFunctions),
@@ -175,13 +194,30 @@ const MDAttributesFunctions PlugInAttributes::Functions::table = {sizeof(MDAttri
                                                                   Functions::fileDescriptor,
                                                                   Functions::fileBytes,
                                                                   Functions::note,
-                                                                  Functions::raise};
+                                                                  Functions::raise,
+                                                                  Functions::packageFileBytes,
+                                                                  Functions::officeDocumentBytes};
 
-PlugInAttributes::PlugInAttributes(NSData file, Report report, Note note)
+PlugInAttributes::PlugInAttributes(NSData file, Report report, Note note, Ask ask)
     : MDAttributes{&Functions::table},
       file_(std::move(file)),
       report_(std::move(report)),
-      note_(std::move(note)) {}
+      note_(std::move(note)),
+      ask_(std::move(ask)) {}
+
+const void* PlugInAttributes::answerTo(const NSDictionary& question, std::size_t* length) {
+    *length = 0;
+    if (!ask_ || questions_ == MD_MOST_QUESTIONS)
+        return nullptr;
+    ++questions_;
+    NSData answer = ask_(question);
+    const auto bytes = answer.bytes();
+    if (bytes.empty())
+        return nullptr;
+    answers_.push_back(std::move(answer));
+    *length = bytes.size();
+    return bytes.data();
+}
 
 template <typename MakeValue>
 bool PlugInAttributes::set(const char* name, std::size_t lengthInBytes, const MakeValue& makeValue) {

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSData.h"
+#include "platform/foundation/NSDictionary.h"
 #include "platform/ledger/Outcome.h"
 
 #include <plumwick/mdimporter.h>
@@ -11,6 +12,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -29,8 +31,11 @@ public:
     using Report = std::function<void(const NSArray& attribute)>;
     using Note = std::function<void(Outcome outcome, const NSString& sentence)>;
 
+    /// Answers a question of ImporterEngineMessages.h with data, or nil.
+    using Ask = std::function<NSData(const NSDictionary& question)>;
+
     /// The file may be nil; see SealedMemory.h for one that stands on a descriptor.
-    PlugInAttributes(NSData file, Report report, Note note);
+    PlugInAttributes(NSData file, Report report, Note note, Ask ask = {});
     PlugInAttributes(const PlugInAttributes&) = delete;
     PlugInAttributes& operator=(const PlugInAttributes&) = delete;
 
@@ -43,9 +48,15 @@ private:
     template <typename MakeValue>
     bool set(const char* name, std::size_t lengthInBytes, const MakeValue& makeValue);
 
+    /// The bytes of the answer, which stay as long as this object; null when there are none.
+    const void* answerTo(const NSDictionary& question, std::size_t* length);
+
     NSData file_;
     Report report_;
     Note note_;
+    Ask ask_;
+    std::vector<NSData> answers_;
+    std::size_t questions_ = 0;
     std::size_t lengthInBytes_ = 0;
     std::set<std::string, std::less<>> names_;
 };

@@ -130,7 +130,8 @@ private:
         PlugInAttributes attributes(
             message.objectForKey(fileKey).data(),
             [&](const NSArray& attribute) { channel.report(attribute); },
-            [&](Outcome outcome, const NSString& sentence) { channel.note(outcome, sentence); });
+            [&](Outcome outcome, const NSString& sentence) { channel.note(outcome, sentence); },
+            [&](const NSDictionary& question) { return channel.ask(question).value_or(Value()).data(); });
         NSString name;
         NSString reason;
         try {

@@ -90,6 +90,42 @@ TEST_F(DocumentEngineTest, NoDocumentIsNil) {
     EXPECT_NE(read(paragraph("still there"), u"fodt").find("still there"), std::string::npos);
 }
 
+TEST_F(DocumentEngineTest, DocumentsOfEachProgramBecomeOneFileOfXML) {
+    const auto flat = [&](const std::string& document, const char16_t* extension) {
+        const NSData result =
+            engine.flatOpenDocumentOfDocument(NSData::dataWithBytes(document), extension, ample);
+        return result.isNil() ? "nil" : std::string(result.characters());
+    };
+    const auto documentOf = [&](const std::string& kind, const std::string& content) {
+        std::string document = tests::flatOpenDocument("");
+        const auto replace = [&](const std::string& from, const std::string& to) {
+            for (std::size_t place = 0; (place = document.find(from, place)) != document.npos;
+                 place += to.size())
+                document.replace(place, from.size(), to);
+        };
+        replace("<office:text>", "<office:" + kind + ">" + content);
+        replace("</office:text>", "</office:" + kind + ">");
+        replace("opendocument.text\"", "opendocument." + kind + "\"");
+        replace(" xmlns:office",
+                " xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\" xmlns:office");
+        return document;
+    };
+    const std::string sheet = "<table:table table:name=\"Tides\"><table:table-row><table:table-cell>"
+                              "<text:p>low</text:p></table:table-cell></table:table-row></table:table>";
+    const std::string page = "<draw:page><draw:frame svg:width=\"5cm\" svg:height=\"2cm\"><draw:text-box>"
+                             "<text:p>quay</text:p></draw:text-box></draw:frame></draw:page>";
+    // What a document is, its contents say.
+    EXPECT_NE(flat(paragraph("boat"), u"doc").find("<office:text"), std::string::npos);
+    const std::string workbook = flat(documentOf("spreadsheet", sheet), u"xls");
+    EXPECT_NE(workbook.find("<office:spreadsheet"), std::string::npos) << workbook.substr(0, 100);
+    EXPECT_NE(workbook.find("table:name=\"Tides\""), std::string::npos);
+    const std::string slides = flat(documentOf("presentation", page), u"ppt");
+    EXPECT_NE(slides.find("<office:presentation"), std::string::npos) << slides.substr(0, 100);
+    EXPECT_NE(slides.find(">quay<"), std::string::npos);
+    EXPECT_EQ(read(documentOf("spreadsheet", sheet), u"xls"), "nil") << "of which there is no rich text";
+    EXPECT_EQ(flat("PK", u"xls"), "nil");
+}
+
 TEST_F(DocumentEngineTest, NothingElseIsReadOrFetched) {
     const tests::Listener listener;
     const tests::TemporaryFolder other;

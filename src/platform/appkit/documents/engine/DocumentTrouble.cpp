@@ -117,6 +117,8 @@ DocumentTrouble troubleWithWord(std::string_view document) {
 DocumentTrouble troubleWithDocument(std::string_view document, std::string_view extension) {
     if (extension == "doc")
         return troubleWithWord(document);
+    if (extension == "xls" || extension == "ppt")
+        return broken("the document is damaged, or of another kind than its name says");
     if (extension == "xml" || extension == "fodt") {
         const auto fault = faultOfXML(document);
         return broken(fault ? "the document is not well-formed XML: " + *fault : "the document is damaged");

@@ -91,6 +91,24 @@ std::string fileURL(const fs::path& path) {
     return url;
 }
 
+/// By which the suite knows the format; null when there is none of such documents.
+const char* extensionOf(OfficeFormat format, int documentType) {
+    if (format == OfficeFormat::RTF)
+        return documentType == LOK_DOCTYPE_TEXT ? "rtf" : nullptr;
+    switch (documentType) {
+    case LOK_DOCTYPE_TEXT:
+        return "fodt";
+    case LOK_DOCTYPE_SPREADSHEET:
+        return "fods";
+    case LOK_DOCTYPE_PRESENTATION:
+        return "fodp";
+    case LOK_DOCTYPE_DRAWING:
+        return "fodg";
+    default:
+        return nullptr;
+    }
+}
+
 } // namespace
 
 std::optional<fs::path> officeProgramFolder() {
@@ -117,10 +135,10 @@ std::unique_ptr<OfficeLibrary> OfficeLibrary::load(const fs::path& programFolder
     return std::unique_ptr<OfficeLibrary>(new OfficeLibrary(folder, kit));
 }
 
-std::variant<std::string, OfficeLibrary::Failure> OfficeLibrary::RTFOfDocument(std::string_view document,
-                                                                               const std::string& extension) {
+std::variant<std::string, OfficeLibrary::Failure>
+OfficeLibrary::convert(std::string_view document, const std::string& extension, OfficeFormat format) {
     const fs::path source = folder_ / ("document." + extension);
-    const fs::path destination = folder_ / "document-as.rtf";
+    const fs::path destination = folder_ / "document-as";
     const FileRemoval removal({source, destination});
     {
         std::ofstream file(source, std::ios::binary);
@@ -136,15 +154,16 @@ std::variant<std::string, OfficeLibrary::Failure> OfficeLibrary::RTFOfDocument(s
                                               "Batch=true,MacroSecurityLevel=3")};
     if (!loaded)
         return Failure::unreadable;
-    if (loaded->pClass->getDocumentType(loaded.get()) != LOK_DOCTYPE_TEXT)
+    const char* const extensionOfFormat = extensionOf(format, loaded->pClass->getDocumentType(loaded.get()));
+    if (!extensionOfFormat)
         return Failure::otherKind;
-    if (loaded->pClass->saveAs(loaded.get(), fileURL(destination).c_str(), "rtf", nullptr) == 0)
+    if (loaded->pClass->saveAs(loaded.get(), fileURL(destination).c_str(), extensionOfFormat, nullptr) == 0)
         return Failure::unwritable;
     std::ifstream file(destination, std::ios::binary);
-    std::string rtf{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad() || rtf.empty())
+    std::string result{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file.is_open() || file.bad() || result.empty())
         return Failure::unwritable;
-    return rtf;
+    return result;
 }
 
 } // namespace kelvo::documentengine

@@ -17,6 +17,8 @@ namespace kelvo::documentengine {
 /// command "soffice" starts, else of one in the usual places. Absent when there is none.
 std::optional<std::filesystem::path> officeProgramFolder();
 
+enum class OfficeFormat : std::uint8_t { RTF, flatOpenDocument };
+
 /// The office suite, loaded into this process for good: it cannot be taken down without crashing now and
 /// then.
 class OfficeLibrary {
@@ -27,9 +29,10 @@ public:
 
     enum class Failure : std::uint8_t { noRoom, unreadable, otherKind, unwritable };
 
-    /// The document as RTF, or why there is none: `unreadable` when it is encrypted or damaged, `otherKind` when it is
-    /// read as something else than text. May end the process, or never return.
-    std::variant<std::string, Failure> RTFOfDocument(std::string_view document, const std::string& extension);
+    /// The document in that format, or why there is none: `unreadable` when it is encrypted or damaged, `otherKind` when it
+    /// is read as something that there is no such format of. May end the process, or never return.
+    std::variant<std::string, Failure> convert(std::string_view document, const std::string& extension,
+                                               OfficeFormat format);
 
 private:
     OfficeLibrary(std::filesystem::path folder, _LibreOfficeKit* kit)

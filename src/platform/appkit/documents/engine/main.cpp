@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <variant>
 
 namespace kelvo::documentengine {
@@ -31,7 +33,7 @@ DocumentTrouble troubleWithFailure(OfficeLibrary::Failure failure, std::string_v
     case OfficeLibrary::Failure::otherKind:
         return {Outcome::unsupported, u"it is an office document, but no text document"};
     case OfficeLibrary::Failure::unwritable:
-        return {Outcome::broken, u"the document was read, but no rich text could be made of it"};
+        return {Outcome::broken, u"the document was read, but nothing could be written of it"};
     }
     return troubleWithDocument(document, extension);
 }
@@ -65,11 +67,17 @@ public:
         const std::string extension = fields.objectForKey(extensionKey).string().UTF8String();
         if (document.isNil() || !isExtension(extension))
             return {};
-        auto result = office_->RTFOfDocument(document.characters(), extension);
-        if (auto* const rtf = std::get_if<std::string>(&result)) {
+        if (const NSString missing = missingProgram(extension); !missing.isNil()) {
+            channel.note(Outcome::missingEngine, missing);
+            return {};
+        }
+        const bool isFlat = fields.objectForKey(formatKey).string() == flatOpenDocumentFormat;
+        auto result = office_->convert(document.characters(), extension,
+                                       isFlat ? OfficeFormat::flatOpenDocument : OfficeFormat::RTF);
+        if (auto* const converted = std::get_if<std::string>(&result)) {
             if (const NSString loss = lossOfDocument(document.characters(), extension); !loss.isNil())
                 channel.note(Outcome::answered, loss);
-            return NSData::dataWithBytesNoCopy(std::move(*rtf));
+            return NSData::dataWithBytesNoCopy(std::move(*converted));
         }
         const DocumentTrouble trouble =
             troubleWithFailure(std::get<OfficeLibrary::Failure>(result), document.characters(), extension);
@@ -78,6 +86,17 @@ public:
     }
 
 private:
+    /// The suite's programs come as packages of their own; without the one for it a document is no document.
+    NSString missingProgram(std::string_view extension) const {
+        const bool isWorkbook = extension == "xls";
+        if (!isWorkbook && extension != "ppt")
+            return nullptr;
+        std::error_code ignored;
+        if (std::filesystem::exists(officeFolder_ / (isWorkbook ? "libsclo.so" : "libsdlo.so"), ignored))
+            return nullptr;
+        return isWorkbook ? u"LibreOffice Calc is not installed" : u"LibreOffice Impress is not installed";
+    }
+
     std::filesystem::path officeFolder_;
     std::unique_ptr<OfficeLibrary> office_;
 };
