@@ -90,6 +90,19 @@ void setMoment(Attributes& attributes, const char* name, std::string_view text) 
 
 } // namespace
 
+void OfficeFacts::setSheets(std::size_t count) {
+    if (count == 0)
+        return;
+    sheets = std::to_string(count);
+    // On how many they would be printed.
+    pages.clear();
+}
+
+void OfficeFacts::setSlides(std::size_t count) {
+    if (count > 0)
+        slides = std::to_string(count);
+}
+
 void OfficeFacts::setAttributes(Attributes& attributes) const {
     attributes.set("kMDItemTitle", stringOf(title));
     attributes.set("kMDItemAuthors", arrayOf(authors, ";"));

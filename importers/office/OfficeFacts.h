@@ -3,6 +3,7 @@
 #include "importers/office/Package.h"
 #include "importers/support/Importer.h"
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -35,6 +36,9 @@ struct OfficeFacts {
     std::string words;
     std::string sheets;
 
+    /// How many there are, which is nothing to say of none.
+    void setSheets(std::size_t count);
+    void setSlides(std::size_t count);
     void setAttributes(Attributes& attributes) const;
 };
 

@@ -1,5 +1,6 @@
 #include "importers/office/OfficeImport.h"
 
+#include "importers/office/FlatOpenDocument.h"
 #include "importers/office/OfficeFacts.h"
 #include "importers/office/OpenDocumentText.h"
 #include "importers/office/Package.h"
@@ -27,7 +28,6 @@ constexpr std::string_view beginningOfCompoundFile = "\xD0\xCF\x11\xE0\xA1\xB1\x
 constexpr std::string_view encryptedStream = "E\0n\0c\0r\0y\0p\0t\0e\0d\0P\0a\0c\0k\0a\0g\0e\0"sv;
 /// A flat document says near its beginning what it is.
 constexpr std::size_t longestPreamble = 4096;
-constexpr std::size_t bytesAtOnce = std::size_t{64} << 10;
 
 enum class Kind : std::uint8_t { none, text, sheets, slides };
 
@@ -66,12 +66,6 @@ void noteLocked(Attributes& attributes) {
     attributes.note(MDNoteLocked, "the document is encrypted");
 }
 
-void setText(Attributes& attributes, const TextBuilder& text, const char* fault) {
-    attributes.setTextOfUTF8(text.text());
-    if (fault)
-        attributes.note(text.size() > 0 ? MDNoteIncomplete : MDNoteBroken, fault);
-}
-
 void readFacts(Package& package, std::string_view part, OfficeFacts& facts) {
     FactsHandler handler(facts);
     XMLReader reader(FactsHandler::elements(), handler);
@@ -90,16 +84,6 @@ bool isEncrypted(Package& package) {
     return handler.isEncrypted || package.has("encrypted-package");
 }
 
-void setCounts(OfficeFacts& facts, std::size_t sheets, std::size_t slides) {
-    if (sheets > 0) {
-        facts.sheets = std::to_string(sheets);
-        // How many pages they would be printed on.
-        facts.pages.clear();
-    }
-    if (slides > 0)
-        facts.slides = std::to_string(slides);
-}
-
 void importOpenDocument(Attributes& attributes, Package& package) {
     if (isEncrypted(package)) {
         noteLocked(attributes);
@@ -112,9 +96,7 @@ void importOpenDocument(Attributes& attributes, Package& package) {
     readOpenDocument(package, "content.xml", handler);
     if (!package.isSpent() && handler.wantsMore())
         readOpenDocument(package, "styles.xml", handler);
-    setCounts(facts, handler.numberOfSheets(), handler.numberOfSlides());
-    facts.setAttributes(attributes);
-    setText(attributes, handler.takeText(), package.fault());
+    setTextOfOpenDocument(attributes, handler, facts, package.fault());
 }
 
 /// The kind, by where its main part is, or else by its type.
@@ -157,43 +139,17 @@ void importOpenXML(Attributes& attributes, Package& package) {
             attributes.note(MDNoteIncomplete, "the text of binary workbooks is not read");
             return;
         }
-        setCounts(facts, appendSheetText(text, package, part), 0);
+        facts.setSheets(appendSheetText(text, package, part));
         break;
     case Kind::slides:
-        setCounts(facts, 0, appendSlideText(text, package, part));
+        facts.setSlides(appendSlideText(text, package, part));
         break;
     case Kind::none:
         attributes.note(MDNoteUnsupported, "it is a package of another kind");
         return;
     }
     facts.setAttributes(attributes);
-    setText(attributes, text, package.fault());
-}
-
-template <typename Handler>
-const char* readFlat(std::string_view file, Clock::time_point deadline, Handler& handler) {
-    XMLReader reader(Handler::elements(), handler);
-    bool goesOn = true;
-    for (; !file.empty() && goesOn; file.remove_prefix(std::min(file.size(), bytesAtOnce))) {
-        if (Clock::now() > deadline)
-            return "there was no time for all of the document";
-        goesOn = reader.read(file.substr(0, bytesAtOnce));
-    }
-    if (goesOn)
-        reader.finish();
-    return reader.fault();
-}
-
-void importFlat(Attributes& attributes, std::string_view file, Clock::time_point deadline) {
-    OfficeFacts facts;
-    FactsHandler handlerOfFacts(facts);
-    readFlat(file, deadline, handlerOfFacts);
-    facts.setAttributes(attributes);
-    OpenDocumentHandler handler;
-    const char* const fault = readFlat(file, deadline, handler);
-    setCounts(facts, handler.numberOfSheets(), handler.numberOfSlides());
-    facts.setAttributes(attributes);
-    setText(attributes, handler.takeText(), fault);
+    setTextOfOffice(attributes, text, package.fault());
 }
 
 } // namespace
@@ -216,7 +172,10 @@ void importOfficeWithin(Attributes& attributes, double seconds) {
         else
             attributes.note(MDNoteBroken, "it is a document of another kind than its name says");
     } else if (file.substr(0, longestPreamble).find("<office:document") != file.npos) {
-        importFlat(attributes, file, deadline);
+        OfficeFacts facts;
+        readFactsOfFlat(file, deadline, facts);
+        facts.setAttributes(attributes);
+        importFlatText(attributes, file, deadline, facts);
     } else {
         attributes.note(MDNoteBroken, "it is no document of this kind, or a damaged one");
     }

@@ -20,6 +20,7 @@ enum Element : int {
     tab,
     lineBreak,
     section,
+    pageNumber,
     shape,
     note,
     running,
@@ -45,6 +46,7 @@ constexpr std::array elementsOfText{
     XMLElement{XMLSpace::text, "tab-stop", tab},
     XMLElement{XMLSpace::text, "line-break", lineBreak},
     XMLElement{XMLSpace::text, "section", section},
+    XMLElement{XMLSpace::text, "page-number", pageNumber},
     XMLElement{XMLSpace::draw, "frame", shape},
     XMLElement{XMLSpace::draw, "text-box", shape},
     XMLElement{XMLSpace::draw, "custom-shape", shape},
@@ -149,6 +151,9 @@ bool OpenDocumentHandler::startElement(int element, const XMLAttributes& attribu
         break;
     case section:
         return attributes.value(XMLSpace::text, "display") != "none";
+    case pageNumber:
+        // Of slides it was not counted when they were saved.
+        return body_ != Body::slides;
     case shape:
         return startShape(attributes);
     case note:

@@ -1,8 +1,7 @@
 #include "importers/office/Package.h"
 
+#include "importers/office/Gsf.h"
 #include "platform/foundation/units/ASCII.h"
-
-#include <gsf/gsf.h>
 
 #include <algorithm>
 #include <iterator>
@@ -18,14 +17,6 @@ constexpr std::size_t bytesAtOnce = std::size_t{64} << 10;
 /// Each folder in it is looked up within the one before.
 constexpr std::size_t longestPath = 1000;
 
-template <typename Object>
-struct Unreference {
-    void operator()(Object* object) const { g_object_unref(object); }
-};
-
-template <typename Object>
-using Held = std::unique_ptr<Object, Unreference<Object>>;
-
 /// Without slashes at its ends.
 std::string_view trimmedPath(std::string_view path) {
     while (path.starts_with('/'))
@@ -35,40 +26,27 @@ std::string_view trimmedPath(std::string_view path) {
     return path;
 }
 
-/// libgsf writes to the standard error what it finds wrong in each file.
-void prepareLibrary() {
-    static const bool isReady = [] {
-        gsf_init();
-        for (const char* const domain : {"libgsf", "libgsf:zip", "libgsf:msole"})
-            g_log_set_handler(
-                domain, static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK & ~G_LOG_LEVEL_ERROR),
-                [](const char*, GLogLevelFlags, const char*, void*) {}, nullptr);
-        return true;
-    }();
-    static_cast<void>(isReady);
-}
-
 } // namespace
 
 /// libgsf finds a name by going through its whole folder, so that each that is asked about is listed here once. Folders
 /// whose names differ in case are one.
 struct Package::Files {
     struct Folder {
-        std::vector<Held<GsfInfile>> files;
+        std::vector<HeldByGLib<GsfInfile>> files;
         /// By their names, in which of the files they are and where.
         std::unordered_multimap<std::string, std::pair<std::size_t, int>> places;
     };
 
     explicit Files(std::string_view file) {
-        prepareLibrary();
-        const Held<GsfInput> input(gsf_input_memory_new(reinterpret_cast<const guint8*>(file.data()),
-                                                        static_cast<gsf_off_t>(file.size()), FALSE));
+        prepareGsf();
+        const HeldByGLib<GsfInput> input(gsf_input_memory_new(reinterpret_cast<const guint8*>(file.data()),
+                                                              static_cast<gsf_off_t>(file.size()), FALSE));
         root.reset(input ? gsf_infile_zip_new(input.get(), nullptr) : nullptr);
         if (root)
-            append(folders[""], Held<GsfInfile>(GSF_INFILE(g_object_ref(root.get()))));
+            append(folders[""], HeldByGLib<GsfInfile>(GSF_INFILE(g_object_ref(root.get()))));
     }
 
-    static void append(Folder& folder, Held<GsfInfile> files) {
+    static void append(Folder& folder, HeldByGLib<GsfInfile> files) {
         const int count = gsf_infile_num_children(files.get());
         for (int index = 0; index < count; ++index) {
             if (const char* const name = gsf_infile_name_by_index(files.get(), index))
@@ -87,17 +65,17 @@ struct Package::Files {
         if (const auto known = folders.find(key); known != folders.end())
             return known->second;
         Folder made;
-        forEachNamed(path, [&](Held<GsfInput> child) {
+        forEachNamed(path, [&](HeldByGLib<GsfInput> child) {
             if (isFolder(child.get()))
-                append(made, Held<GsfInfile>(GSF_INFILE(child.release())));
+                append(made, HeldByGLib<GsfInfile>(GSF_INFILE(child.release())));
             return true;
         });
         return folders.emplace(key, std::move(made)).first->second;
     }
 
-    Held<GsfInput> file(std::string_view path) {
-        Held<GsfInput> found;
-        forEachNamed(path, [&](Held<GsfInput> child) {
+    HeldByGLib<GsfInput> file(std::string_view path) {
+        HeldByGLib<GsfInput> found;
+        forEachNamed(path, [&](HeldByGLib<GsfInput> child) {
             if (!isFolder(child.get()))
                 found = std::move(child);
             return !found;
@@ -120,13 +98,13 @@ struct Package::Files {
         std::transform(begin, end, std::back_inserter(places), [](const auto& each) { return each.second; });
         std::ranges::sort(places);
         for (const auto& [files, index] : places) {
-            Held<GsfInput> child(gsf_infile_child_by_index(parent.files[files].get(), index));
+            HeldByGLib<GsfInput> child(gsf_infile_child_by_index(parent.files[files].get(), index));
             if (child && !visit(std::move(child)))
                 return;
         }
     }
 
-    Held<GsfInfile> root;
+    HeldByGLib<GsfInfile> root;
     std::map<std::string, Folder, std::less<>> folders;
 };
 
@@ -144,7 +122,7 @@ bool Package::has(std::string_view name) const {
 }
 
 bool Package::read(std::string_view name, XMLReader& reader) {
-    const Held<GsfInput> input = files_->file(name);
+    const HeldByGLib<GsfInput> input = files_->file(name);
     if (!input)
         return false;
     auto left = static_cast<std::size_t>(std::max<gsf_off_t>(gsf_input_remaining(input.get()), 0));

@@ -99,6 +99,18 @@ std::string_view Attributes::file() const {
     return {static_cast<const char*>(bytes), length};
 }
 
+std::string_view Attributes::fileInPackage(const char* name) const {
+    std::size_t length = 0;
+    const void* const bytes = attributes_->functions->packageFileBytes(attributes_, name, &length);
+    return {static_cast<const char*>(bytes), length};
+}
+
+std::string_view Attributes::officeDocument() const {
+    std::size_t length = 0;
+    const void* const bytes = attributes_->functions->officeDocumentBytes(attributes_, &length);
+    return {static_cast<const char*>(bytes), length};
+}
+
 void Attributes::set(const char* name, const NSString& text) {
     if (const NSString shown = trimmed(text); !shown.isEmpty()) {
         const std::string bytes = shown.UTF8String();

@@ -27,6 +27,10 @@ public:
     std::string_view contentType() const { return contentType_; }
     /// The whole file, mapped; empty when it is, is a folder, or could not be opened.
     std::string_view file() const;
+    /// A file right within the folder that is imported; empty when there is none of that name.
+    std::string_view fileInPackage(const char* name) const;
+    /// The file as the office suite reads it, as one file of OpenDocument XML; empty when it does not, which is noted.
+    std::string_view officeDocument() const;
 
     /// Nothing is set of what is nil, and of strings and arrays that are empty but for white space; see trimmed().
     void set(const char* name, const NSString& text);

@@ -274,8 +274,12 @@ TEST_F(ServiceTest, NoLibraryThatReadsFilesIsInTheService) {
               4U);
     const NSString drawing = file("%!PS\n9 9 moveto 99 99 lineto stroke showpage");
     EXPECT_FALSE(client.PDFImageRepOfFile(drawing).isNil());
-    for (const auto& [name, contents] : {std::pair{"a.html", page}, std::pair{"a.pdf", pdf}}) {
-        const NSString path = NSString::stringWithUTF8String(folder.write(name, contents));
+    for (const auto& [name, contents] :
+         {std::pair{"a.html", page}, std::pair{"a.pdf", pdf}, std::pair{"a.rtf", "{\\rtf1 a}"s},
+          std::pair{"a.docx", tests::officeOpenXML("a", "b")},
+          std::pair{"a.doc", tests::flatOpenDocument("<text:p>a</text:p>")}, std::pair{"a.rtfd", ""s}}) {
+        const NSString path = NSString::stringWithUTF8String(contents.empty() ? folder.path(name)
+                                                                              : folder.write(name, contents));
         EXPECT_FALSE(client.metaDataForFile(path).objectForKey(u"kMDItemTextContent").isNil()) << name;
     }
 

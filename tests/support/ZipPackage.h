@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,13 +15,16 @@ inline std::string zipPackage(const std::vector<std::pair<std::string, std::stri
         for (int index = 0; index < count; ++index)
             bytes += static_cast<char>(value >> (8 * index) & 0xFF);
     };
-    const auto checksum = [](std::string_view contents) {
+    std::array<std::uint32_t, 256> sums{};
+    for (std::uint32_t byte = 0; byte < sums.size(); ++byte) {
+        sums[byte] = byte;
+        for (int bit = 0; bit < 8; ++bit)
+            sums[byte] = sums[byte] >> 1 ^ (sums[byte] & 1 ? 0xEDB88320U : 0);
+    }
+    const auto checksum = [&](std::string_view contents) {
         std::uint32_t sum = ~0U;
-        for (const char byte : contents) {
-            sum ^= static_cast<unsigned char>(byte);
-            for (int bit = 0; bit < 8; ++bit)
-                sum = sum >> 1 ^ (sum & 1 ? 0xEDB88320U : 0);
-        }
+        for (const char byte : contents)
+            sum = sum >> 8 ^ sums[(sum ^ static_cast<unsigned char>(byte)) & 0xFF];
         return ~sum;
     };
     std::string bytes;

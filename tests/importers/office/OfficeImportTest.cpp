@@ -376,7 +376,9 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
         {"slides", "presentation",
          "<draw:page><draw:frame><draw:text-box><text:p>a</text:p></draw:text-box></draw:frame>"
          "<presentation:notes><draw:frame presentation:class=\"header\"><draw:text-box><text:p>no</text:p>"
-         "</draw:text-box></draw:frame><draw:frame presentation:class=\"notes\"><draw:text-box><text:p>say"
+         "</draw:text-box></draw:frame><draw:frame "
+         "presentation:class=\"notes\"><draw:text-box><text:p>say<text:page-number>&lt;number&gt;</"
+         "text:page-number>"
          "</text:p></draw:text-box></draw:frame></presentation:notes></draw:page><draw:page><draw:rect>"
          "<text:p>b</text:p></draw:rect></draw:page>",
          "a\n\nsay\n\nb"},

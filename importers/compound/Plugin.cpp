@@ -1,0 +1,3 @@
+#include "importers/compound/CompoundImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importCompound)

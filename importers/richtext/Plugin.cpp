@@ -1,0 +1,3 @@
+#include "importers/richtext/RichTextImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importRichText)
