@@ -36,12 +36,17 @@ void importCompound(Attributes& attributes) {
         attributes.note(MDNoteBroken, "the office suite does not read it");
         return;
     }
+    OfficeFacts converted;
+    readFactsOfFlat(text, deadline, converted);
+    // Which is the office suite.
+    converted.application.clear();
     // The oldest files have none.
-    if (!hasProperties) {
-        readFactsOfFlat(text, deadline, facts);
-        // Which is the office suite.
-        facts.application.clear();
-    }
+    if (!hasProperties)
+        facts = converted;
+    if (facts.pages.empty())
+        facts.pages = converted.pages;
+    if (facts.words.empty())
+        facts.words = converted.words;
     importFlatText(attributes, text, deadline, facts);
 }
 

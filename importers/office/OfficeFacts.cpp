@@ -141,6 +141,9 @@ bool FactsHandler::startElement(int element, const XMLAttributes& attributes) {
 
 void FactsHandler::endElement(int element) {
     if (element == openDocumentMeta) {
+        // Many programs name nobody else.
+        if (facts_.authors.empty())
+            facts_.authors = facts_.lastAuthor;
         isInside_ = false;
         isDone_ = true;
     }

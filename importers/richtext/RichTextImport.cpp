@@ -6,6 +6,8 @@
 #include "platform/ledger/RequestNotes.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -19,6 +21,9 @@ using namespace std::string_view_literals;
 /// What stands for a picture, and what separates the lines of a paragraph.
 constexpr char16_t attachmentUnit = u'\uFFFC';
 constexpr char16_t lineSeparator = u'\u2028';
+
+/// The titles and names in it are short.
+constexpr std::size_t longestInformation = 16 << 10;
 
 /// Packages that have been on other disks may have it in other cases.
 constexpr const char* namesOfText[] = {"TXT.rtf", "txt.rtf", "TXT.RTF"};
@@ -36,14 +41,25 @@ std::string_view textInPackage(const Attributes& attributes) {
     return {};
 }
 
-NSAttributedString read(const Attributes& attributes, NSDictionary& facts) {
+NSAttributedString read(std::string_view file, NSDictionary& facts) {
     using namespace NSAttributedStringKitAdditions;
-    std::string_view file = attributes.file();
-    if (file.starts_with("rtfd\0\0\0\0"sv))
-        return initWithRTFD_documentAttributes(dataOf(file), &facts);
-    if (attributes.contentType() == "com.apple.rtfd" && file.empty())
-        file = textInPackage(attributes);
-    return initWithRTF_documentAttributes(dataOf(file), &facts);
+    return file.starts_with("rtfd\0\0\0\0"sv) ? initWithRTFD_documentAttributes(dataOf(file), &facts)
+                                              : initWithRTF_documentAttributes(dataOf(file), &facts);
+}
+
+/// Sets what a word of the document's information counts, which the platform has no document attribute for.
+void setCount(Attributes& attributes, const char* name, std::string_view file, std::string_view word) {
+    std::string_view information =
+        file.substr(std::min(file.find("{\\info"), file.size()), longestInformation);
+    const std::size_t place = information.find(word);
+    // A backslash before it makes the word text.
+    if (place == std::string_view::npos || place == 0 || information[place - 1] == '\\')
+        return;
+    information.remove_prefix(place + word.size());
+    std::int32_t count = 0;
+    std::from_chars(information.data(), information.data() + information.size(), count);
+    if (count > 0)
+        attributes.setInteger(name, count);
 }
 
 /// Several names have semicolons between them.
@@ -82,13 +98,18 @@ void setFacts(Attributes& attributes, const NSDictionary& facts) {
 void importRichText(Attributes& attributes) {
     const RequestNotes notes;
     NSDictionary facts;
-    const NSAttributedString text = read(attributes, facts);
+    std::string_view file = attributes.file();
+    if (attributes.contentType() == "com.apple.rtfd" && file.empty())
+        file = textInPackage(attributes);
+    const NSAttributedString text = read(file, facts);
     if (text.isNil()) {
         attributes.note(MDNoteBroken, notes.sentence().isNil() ? "it is no rich text"
                                                                : notes.sentence().UTF8String().c_str());
         return;
     }
     setFacts(attributes, facts);
+    setCount(attributes, "kMDItemNumberOfPages", file, "\\nofpages");
+    setCount(attributes, "plumwick_wordCount", file, "\\nofwords");
     std::u16string units(text.string().characters());
     std::erase(units, attachmentUnit);
     std::ranges::replace(units, lineSeparator, u'\n');

@@ -399,14 +399,16 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
         EXPECT_EQ(withStyles["plumwick_sheetCount"], row.kind == "spreadsheet"s ? "2" : "") << row.name;
         EXPECT_EQ(withStyles["NumberOfPages"], row.kind == "presentation"s ? "2" : "") << row.name;
     }
-    const Attributed flat{{"Title", "Tide"}, {"TextContent", "a\n\nwhy"}};
-    EXPECT_EQ(attributesOf(
-                  openPart("document",
-                           "<office:meta><dc:title>Tide</dc:title></office:meta><office:body>"
-                           "<office:text><text:p>a<office:annotation><dc:creator>Ada</dc:creator>"
-                           "<text:p>why</text:p></office:annotation></text:p></office:text></office:body>"),
-                  flatText),
-              flat);
+    const Attributed flat{
+        {"Title", "Tide"}, {"Authors", "<Mia>"}, {"Editors", "<Mia>"}, {"TextContent", "a\n\nwhy"}};
+    EXPECT_EQ(
+        attributesOf(
+            openPart("document",
+                     "<office:meta><dc:title>Tide</dc:title><dc:creator>Mia</dc:creator></office:meta>"
+                     "<office:body><office:text><text:p>a<office:annotation><dc:creator>Ada</dc:creator>"
+                     "<text:p>why</text:p></office:annotation></text:p></office:text></office:body>"),
+            flatText),
+        flat);
 }
 
 TEST(OfficeImport, SaysWhatKeepsItFromReading) {

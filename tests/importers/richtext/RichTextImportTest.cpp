@@ -38,7 +38,8 @@ Attributed attributesOf(const std::string& file, const char* type, const std::st
         std::string shown = value.isArray() ? "" : value.description().UTF8String();
         for (const Value& each : value.array())
             shown += '<' + each.string().UTF8String() + '>';
-        result[key.string().UTF8String().substr(7)] = shown;
+        const std::string attribute = key.string().UTF8String();
+        result[attribute.starts_with("kMDItem") ? attribute.substr(7) : attribute] = shown;
     }
     return result;
 }
@@ -47,7 +48,8 @@ TEST(RichTextImport, SetsWhatDocumentsSay) {
     const std::string letter =
         "{\\rtf1\\ansi{\\info{\\title The  Tide Table}{\\author Lindqvist, Ada; Per Ek}{\\operator Mia Sund}"
         "{\\keywords tide, harbour}{\\subject Water}{\\doccomm With care}{\\*\\company Quay Ltd.}"
-        "{\\*\\copyright 2020 Ada}{\\creatim\\yr2020\\mo2\\dy29\\timesinceref604672496}}"
+        "{\\*\\copyright 2020 "
+        "Ada}{\\creatim\\yr2020\\mo2\\dy29\\timesinceref604672496}\\nofpages3\\nofwords12}"
         "Caf\\'e9\\line\\u9731?\\par{\\v hidden}{\\pict\\pngblip\\picw1\\pich1 89504E47}end}";
     const Attributed expected{{"Title", "The Tide Table"},
                               {"Authors", "<Lindqvist, Ada><Per Ek>"},
@@ -58,6 +60,8 @@ TEST(RichTextImport, SetsWhatDocumentsSay) {
                               {"Organizations", "<Quay Ltd.>"},
                               {"Copyright", "2020 Ada"},
                               {"ContentCreationDate", "2020-02-29 12:34:56 +0000"},
+                              {"NumberOfPages", "3"},
+                              {"plumwick_wordCount", "12"},
                               {"TextContent", "Caf\u00E9\n\u2603\nend"}};
     EXPECT_EQ(attributesOf(letter, "public.rtf"), expected);
     for (const char16_t* const name : {u"TXT.rtf", u"txt.rtf", u"TXT.RTF"})
