@@ -121,7 +121,7 @@ bool Package::has(std::string_view name) const {
     return files_->file(name) != nullptr;
 }
 
-bool Package::read(std::string_view name, XMLReader& reader) {
+bool Package::read(std::string_view name, XMLReader& reader, MarkupSkimmer* skimmer) {
     const HeldByGLib<GsfInput> input = files_->file(name);
     if (!input)
         return false;
@@ -142,9 +142,10 @@ bool Package::read(std::string_view name, XMLReader& reader) {
         }
         bytesLeft_ -= length;
         left -= length;
-        goesOn = reader.read({reinterpret_cast<const char*>(bytes), length});
+        const std::string_view piece(reinterpret_cast<const char*>(bytes), length);
+        goesOn = reader.read(skimmer ? skimmer->read(piece) : piece);
     }
-    if (goesOn)
+    if (goesOn && (!skimmer || reader.read(skimmer->finish())))
         reader.finish();
     note(reader.fault());
     return true;

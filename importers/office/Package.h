@@ -1,5 +1,6 @@
 #pragma once
 
+#include "importers/office/MarkupSkimmer.h"
 #include "importers/office/XMLReader.h"
 
 #include <chrono>
@@ -28,8 +29,8 @@ public:
     /// Whether it is a zip file with a directory.
     bool isOpen() const;
     bool has(std::string_view name) const;
-    /// False when there is no such part. What keeps it from being read to its end is told by fault().
-    bool read(std::string_view name, XMLReader& reader);
+    /// What the skimmer (may be null) leaves goes to the reader. False when there is no such part. What keeps it from being read to its end is told by fault().
+    bool read(std::string_view name, XMLReader& reader, MarkupSkimmer* skimmer = nullptr);
 
     /// The first thing that went wrong, in words; null when nothing did.
     const char* fault() const { return fault_; }

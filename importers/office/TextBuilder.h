@@ -30,7 +30,10 @@ public:
     /// What of the other is there goes to the end of this one; that is empty then.
     void take(TextBuilder& other, Break before) {
         raise(before);
-        append(other.text_);
+        if (text_.empty())
+            text_ = std::move(other.text_);
+        else
+            append(other.text_);
         raise(before);
         other = {};
     }

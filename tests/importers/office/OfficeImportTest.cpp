@@ -268,6 +268,38 @@ TEST(OfficeImport, ReadsWordsInTheirOrder) {
     EXPECT_EQ(textOf(document, word), "body\n\nheader\n\nfooter\n\nnote\n\ncomment");
 }
 
+TEST(OfficeImport, ReadsWordsByWhateverPrefix) {
+    const struct {
+        const char* name;
+        std::string piece;
+    } rows[] = {
+        {"formats", "<w:p><w:pPr><w:jc/><w:rPr><w:b/></w:rPr></w:pPr>" + run("a", "<w:b/>") + "</w:p>"},
+        {"formats of before",
+         "<w:p><w:pPr><w:pPrChange><w:pPr><w:jc/></w:pPr></w:pPrChange></w:pPr>" + run("b") + "</w:p>"},
+        {"hidden", "<w:p>" + run("no", "<w:vanish/>") + run("c") + "</w:p>"},
+        {"long formats", "<w:p><w:pPr>" + std::string(5000, ' ') + "</w:pPr>" + run("d") + "</w:p>"},
+        {"a comment in formats", "<w:p><w:pPr><!-- </w:pPr> --><w:jc/></w:pPr>" + run("e") + "</w:p>"},
+        {"a comment before", "<!-- <w:rPr> --><w:p><w:r><w:t>f<![CDATA[<w:rPr>]]>g</w:t></w:r></w:p>"},
+        {"an instruction", "<?a <w:rPr>?><w:p>" + run("h") + "</w:p>"},
+    };
+    for (const auto& row : rows) {
+        // In more pieces than one, which end anywhere.
+        std::string content;
+        for (int number = 0; content.size() < 200'000; ++number)
+            content += row.piece + line(std::string(static_cast<std::size_t>(number % 61), 'x'));
+        const auto renamed = [](std::string text, const std::string& from, const std::string& to) {
+            for (std::size_t place = 0; (place = text.find(from, place)) != text.npos; place += to.size())
+                text.replace(place, from.size(), to);
+            return text;
+        };
+        const std::string other = renamed(renamed(wordBody(content), "w:", "y:"), "xmlns:w=", "xmlns:y=");
+        Attributed expected = attributesOf(tests::zipPackage({{"word/document.xml", other}}), word);
+        expected["TextContent"] = renamed(expected["TextContent"], "y:", "w:");
+        EXPECT_EQ(attributesOf(wordDocument(content), word), expected) << row.name;
+        EXPECT_EQ(expected.count("note"), 0U) << row.name;
+    }
+}
+
 TEST(OfficeImport, ReadsSheetsAndSlidesInTheirOrder) {
     const std::string sheetSpace =
         " xmlns=\"" + schemas + "spreadsheetml/2006/main\" xmlns:r=\"" + relationsOfDocument + "\"";
