@@ -28,9 +28,13 @@ const char* readFlat(std::string_view file, Clock::time_point deadline, Handler&
 } // namespace
 
 void setTextOfOffice(Attributes& attributes, const TextBuilder& text, const char* fault) {
-    attributes.setTextOfUTF8(text.text());
+    // That there is no text is not known of a document that has not been read.
+    if (fault && text.size() == 0)
+        attributes.note(MDNoteBroken, fault);
+    else
+        attributes.setTextOfUTF8(text.text());
     if (fault)
-        attributes.note(text.size() > 0 ? MDNoteIncomplete : MDNoteBroken, fault);
+        attributes.note(MDNoteIncomplete, fault);
 }
 
 void setTextOfOpenDocument(Attributes& attributes, OpenDocumentHandler& handler, OfficeFacts& facts,

@@ -10,7 +10,7 @@
 
 namespace kelvo::importers {
 
-/// The text, and the fault if there is one (may be null): what is missing, or broken when there is nothing else.
+/// The text, and the fault if there is one (may be null): something is missing, or the document is broken when it is all.
 void setTextOfOffice(Attributes& attributes, const TextBuilder& text, const char* fault);
 
 /// The text of a document that has been read, and the facts with what was counted in it.

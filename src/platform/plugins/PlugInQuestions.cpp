@@ -12,6 +12,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -44,6 +45,7 @@ NSData officeDocument(const ImportedFile& file, double seconds) {
         return nullptr;
     // What becomes of the text alone is said of the attributes that there are.
     NSString sentence;
+    std::optional<Outcome> outcome;
     std::vector<RequestNotes::EngineUse> engines;
     NSData document;
     {
@@ -55,9 +57,13 @@ NSData officeDocument(const ImportedFile& file, double seconds) {
             sentence = notes.sentence().isNil() ? sentenceOfReason(exception.reason()) : notes.sentence();
         }
         engines = notes.engines();
+        outcome = notes.outcome();
     }
     if (RequestNotes* const notes = RequestNotes::current())
         std::ranges::for_each(engines, [&](const RequestNotes::EngineUse& use) { notes->noteEngine(use); });
+    // Where the plug-in has nothing to set, that is why.
+    if (document.isNil() && outcome)
+        noteOutcome(*outcome, sentence);
     if (!sentence.isNil())
         noteOutcome(Outcome::answered,
                     document.isNil() ? stringWithFormat(u"the text is missing: %@", sentence) : sentence);

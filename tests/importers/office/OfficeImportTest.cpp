@@ -52,7 +52,8 @@ Attributed attributesOf(const std::string& file, const std::string& type, Import
     Attributed result;
     const NSDictionary attributes = attributesByImporter(
         import, NSData::dataWithBytes(file), type, [&](Outcome outcome, const NSString& why) {
-            result["note"] += wordOfOutcome(outcome).UTF8String() + ": " + why.UTF8String();
+            result["note"] += (result["note"].empty() ? "" : "; ") + wordOfOutcome(outcome).UTF8String() +
+                              ": " + why.UTF8String();
         });
     for (const Value& name : attributes.allKeys())
         result[withoutPrefix(name.string().UTF8String())] = shown(attributes.objectForKey(name));
@@ -482,7 +483,8 @@ TEST(OfficeImport, SaysWhatKeepsItFromReading) {
         {"entities",
          tests::zipPackage({{"word/document.xml", bomb}}),
          word,
-         {{"TextContent", ""}, {"note", "broken: a part of the document declares entities"}}},
+         {{"note", "broken: a part of the document declares entities; answered: a part of the document "
+                   "declares entities"}}},
         {"cut off",
          tests::zipPackage(
              {{"word/document.xml", wordBody(line("kept")).substr(0, wordBody(line("kept")).size() - 9)}}),
@@ -495,7 +497,8 @@ TEST(OfficeImport, SaysWhatKeepsItFromReading) {
         {"not as it was compressed",
          damaged,
          word,
-         {{"TextContent", ""}, {"note", "broken: a part of the document is damaged"}}},
+         {{"note",
+           "broken: a part of the document is damaged; answered: a part of the document is damaged"}}},
         {"the first of two",
          tests::zipPackage({{"word/document.xml", wordBody(line("first"))},
                             {"word/document.xml", wordBody(line("second"))}}),
@@ -518,7 +521,8 @@ TEST(OfficeImport, EndsInTimeAndBounds) {
     Attributed late = attributesOf(
         wordDocument(line("late")), word,
         *+[](Attributes& attributes) { importOfficeWithin(attributes, 0); });
-    EXPECT_EQ(late["note"], "broken: there was no time for all of the document");
+    EXPECT_EQ(late["note"], "broken: there was no time for all of the document; answered: there was no time "
+                            "for all of the document");
     // One cell that is longer than any text that is kept.
     const std::string sheet = "<worksheet xmlns=\"" + schemas +
                               "spreadsheetml/2006/main\"><row><c t=\"str\"><v>" +
