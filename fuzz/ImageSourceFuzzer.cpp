@@ -1,5 +1,5 @@
 // Whatever stands in a file, the engine's own functions answer: what kind of image it is, how many there are, thumbnails of
-// the first and the last, whole images, properties.
+// the first and the last, whole images and how many rows of them there are, properties.
 
 #include "Input.h"
 #include "platform/foundation/NSException.h"
@@ -38,6 +38,13 @@ void decode(OpenedImage& image, std::int64_t index, const DecodeRequest& request
     }
 }
 
+void countRows(OpenedImage& image, std::int64_t index) {
+    try {
+        require(image.goodRows(index) <= static_cast<std::size_t>(mostPixels));
+    } catch (const ImageFailure&) {
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -60,6 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                 continue;
             decode(*image, index, {.mostPixels = 64, .mayBeEmbedded = true, .isUpright = isUpright});
             decode(*image, index, {.isUpright = isUpright});
+            countRows(*image, index);
         }
     } catch (const ImageFailure&) {
     } catch (const NSException&) {

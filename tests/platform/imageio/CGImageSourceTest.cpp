@@ -406,6 +406,8 @@ TEST(CGImageSourceTest, WhatIsBrokenIsAnswered) {
          kCGImageStatusComplete, "the image cannot be decoded"},
         {"60,000 pixels on a side", largePNG(60000, 60000), "nil", kCGImageStatusComplete,
          "the image has more pixels than are decoded"},
+        {"the same in numbers that are too large", "P6 2000000000 2000000000 255\n" + std::string(99, 'x'),
+         "nil", kCGImageStatusComplete, "the image cannot be decoded"},
         {"a large JPEG in passes", largeJPEG('\xC2', 3), "nil", kCGImageStatusIncomplete,
          "the image is stored in passes, and too large to be kept until the last"},
         {"a large JPEG, channel by channel", largeJPEG('\xC0', 1), "nil", kCGImageStatusIncomplete,
@@ -423,6 +425,8 @@ TEST(CGImageSourceTest, WhatIsBrokenIsAnswered) {
          kCGImageStatusInvalidData, "it is no image of a kind that can be read"},
         {"an icon of icons", "\0\0\1\0\1\0\x10\x10\0\0\1\0\x20\0\x40\0\0\0\0\0\0\0"s, "nil",
          kCGImageStatusComplete, "the icon cannot be decoded"},
+        {"half a family of icons", "icns\0\0\0\x40is32\0\0\0\x38"s + std::string(30, '\x85'), "16x16 ??KK",
+         kCGImageStatusComplete, "the image is damaged, and may not be whole"},
         {"a family of icons of no length", "icns\0\0\0\x10is32\0\0\0\0"s, "nil", kCGImageStatusInvalidData,
          "it is no image of a kind that can be read"},
     };

@@ -228,7 +228,8 @@ DecodedImage OpenedImage::fromImage(std::int64_t index, PixelDemand demand) {
         facts_ = factsOfFrame(decoded);
         factsIndex_ = index;
         DecodedImage image = shrunk(decoded.size, decoded.hasAlpha, decoded.pixels, demand);
-        image.isPartial = image.isPartial || decoded.isPartial || isCutOff();
+        image.isPartial = image.isPartial || decoded.isPartial || isCutOff() ||
+                          (!icons_.empty() && icons_[static_cast<std::size_t>(index)].isCutOff);
         return image;
     }
     demand.isCutOff = isCutOff();

@@ -55,6 +55,13 @@ void takeWarning(const gchar*, GLogLevelFlags, const gchar* message, gpointer) {
         hasWarned = true;
 }
 
+/// What GObject says where the library asks it for a size that it does not take; the image is 1 pixel wide then.
+std::atomic<bool> hasRefusedSize = false;
+
+void takeRefusal(const gchar*, GLogLevelFlags, const gchar*, gpointer) {
+    hasRefusedSize = true;
+}
+
 /// Loaders are named by the class that those for files, memory and streams have in common; this is the last of these.
 std::string streamLoader(const ImageKind& kind) {
     return std::string(kind.loader) + "Source";
@@ -117,9 +124,10 @@ Image drawn(const NSData& data, double scale) {
 /// As it is when nothing of it is decoded yet.
 Image loaded(const NSData& data, const std::string& options) {
     const Source source = sourceOf(data);
+    hasRefusedSize = false;
     Image image(
         vips_image_new_from_source(source.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
-    if (!image)
+    if (!image || hasRefusedSize)
         fail();
     return image;
 }
@@ -309,6 +317,7 @@ void prepareVips() {
     }
     constexpr auto warnings = static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE);
     g_log_set_handler("VIPS", warnings, takeWarning, nullptr);
+    g_log_set_handler("GLib-GObject", G_LOG_LEVEL_WARNING, takeRefusal, nullptr);
 }
 
 bool hasVipsLoader(const ImageKind& kind) {
