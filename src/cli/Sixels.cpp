@@ -111,7 +111,7 @@ std::string paletteOf(const std::vector<Box>& boxes) {
     std::string palette;
     for (std::size_t color = 0; color < boxes.size(); ++color) {
         Sums parts{};
-        const std::uint64_t all = boxes[color].pixels() * most;
+        const std::uint64_t all = std::max<std::uint64_t>(boxes[color].pixels(), 1) * most;
         for (std::size_t channel = 0; channel < 3; ++channel) {
             for (const Cell& cell : boxes[color].cells)
                 parts[channel] += cell.sums[channel];
