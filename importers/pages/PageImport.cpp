@@ -1,12 +1,10 @@
 #include "importers/pages/PageImport.h"
 
 #include "importers/pages/PageFacts.h"
+#include "importers/pages/PageSource.h"
 #include "importers/pages/PageText.h"
-#include "markup/MarkupCharset.h"
-#include "markup/MarkupDecoding.h"
 #include "platform/foundation/Value.h"
 #include "platform/foundation/encodings/PlainTextReading.h"
-#include "platform/foundation/units/UnitScan.h"
 #include "platform/webkit/MIMEParts.h"
 #include "platform/webkit/PropertyListArchive.h"
 #include "platform/webkit/mime/MIMEMessage.h"
@@ -32,22 +30,6 @@ constexpr std::size_t bytesWithoutNUL = 1024;
 NSData dataOf(std::string_view bytes) {
     return NSData::dataWithBytesNoCopy(
         std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), nullptr);
-}
-
-/// A page that tells its charset in no way is UTF-8 when it can be, else in the West's most common one.
-NSString sourceOfMarkup(const WebResource& page) {
-    if (NSString marked = page._stringValue(); !marked.isNil())
-        return marked;
-    const auto decoded = [&](NSStringEncoding encoding) {
-        return XmlExtensions::stringWithMarkupData_encodingName_defaultEncoding_URL(
-            page.data(), page.textEncodingName(), encoding, page.URL());
-    };
-    const NSString source = decoded(NSUTF8StringEncoding);
-    constexpr UnitsToFind replacement{{u'\uFFFD', u'\uFFFD', u'\uFFFD', u'\uFFFD'}, 1};
-    const std::u16string_view units = source;
-    const bool isOther = firstUnitEqualTo(units.data(), units.size(), replacement) < units.size() &&
-                         page.textEncodingName().isEmpty() && markupCharset(source).isEmpty();
-    return isOther ? decoded(NSWindowsCP1252StringEncoding) : source;
 }
 
 class ArchiveReading {

@@ -271,6 +271,8 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemRecipientAddresses", "Recipients' addresses"},
     {u"kMDItemRecipientEmailAddresses", "Recipients' e-mail"},
     {u"kMDItemParticipants", "Participants"},
+    {u"plumwick_attachments", "Attachments"},
+    {u"plumwick_messages", "Messages"},
     {u"kMDItemEmailAddresses", "E-mail addresses"},
     {u"kMDItemInstantMessageAddresses", "Message addresses"},
     {u"kMDItemPhoneNumbers", "Phone numbers"},

@@ -19,6 +19,11 @@ namespace {
 
 constexpr std::size_t maximumBoundaryCount = 65536;
 constexpr std::size_t maximumHeaderCount = 262144;
+/// GMime reads a message within a message, and a group of addresses within a group, by recursion, which takes a kilobyte
+/// of stack each time.
+constexpr std::size_t maximumNestingCount = 2048;
+/// Each address in it becomes an object of hundreds of bytes.
+constexpr std::size_t maximumFieldLength = std::size_t{1} << 20;
 /// Each reference to a frame is resolved against the address of its page.
 constexpr std::size_t maximumAddressLength = 8192;
 
@@ -28,13 +33,31 @@ struct Unref {
 template <typename T>
 using Reference = std::unique_ptr<T, Unref>;
 
+/// A header field as it goes on over the lines.
+class FieldBounds {
+public:
+    bool isWithinBounds(std::string_view line) {
+        if (!line.starts_with(' ') && !line.starts_with('\t'))
+            length_ = colonCount_ = 0;
+        length_ += line.size();
+        colonCount_ += static_cast<std::size_t>(std::ranges::count(line, ':'));
+        return length_ <= maximumFieldLength && colonCount_ <= maximumNestingCount;
+    }
+
+private:
+    std::size_t length_ = 0;
+    std::size_t colonCount_ = 0;
+};
+
 /// A parsed message takes far more memory than its bytes when they are all boundaries, header fields or
 /// parameters. This counts at least as many of each as there are: every line that begins like a boundary,
 /// and every line and semicolon from there to the next empty line, or to the one after it where the part may
-/// be a message itself, which "message" or "digest" in the type of the part or of what it is in would say.
+/// be a message itself, which "message" or "digest" in the type of the part or of what it is in would say; each
+/// of these counts as a message in another one.
 bool isWithinBounds(std::string_view message) {
-    std::size_t boundaryCount = 0, headerCount = 0;
+    std::size_t boundaryCount = 0, headerCount = 0, nestingCount = 0;
     bool isInHeader = true, mayHoldMessage = false, mayHoldMessages = false;
+    FieldBounds field;
     while (!message.empty()) {
         const std::string_view line = takeMIMELine(message);
         if (line.starts_with("--")) {
@@ -46,11 +69,17 @@ bool isWithinBounds(std::string_view message) {
             isInHeader = std::exchange(mayHoldMessage, false);
         } else if (isInHeader) {
             headerCount += 1 + static_cast<std::size_t>(std::ranges::count(line, ';'));
-            if (headerCount > maximumHeaderCount)
+            if (headerCount > maximumHeaderCount || !field.isWithinBounds(line))
                 return false;
             const std::string words = asciiLowerCased(std::string(line));
-            mayHoldMessages = mayHoldMessages || words.find("digest") != std::string::npos;
-            mayHoldMessage = mayHoldMessage || mayHoldMessages || words.find("message") != std::string::npos;
+            const bool saysMessage = words.find("message") != std::string::npos;
+            const bool saysDigest = words.find("digest") != std::string::npos;
+            mayHoldMessages = mayHoldMessages || saysDigest;
+            mayHoldMessage = mayHoldMessage || mayHoldMessages || saysMessage;
+            if (saysDigest || (saysMessage && !words.starts_with("message-id")))
+                ++nestingCount;
+            if (nestingCount > maximumNestingCount)
+                return false;
         }
     }
     return true;

@@ -1,0 +1,3 @@
+#include "importers/mail/MailImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importMail)

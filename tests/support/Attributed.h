@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+#include "support/Importing.h"
+
+#include <map>
+#include <string>
+
+namespace kelvo::tests {
+
+/// A value in one line: strings as they are, arrays with each value in angle brackets.
+inline std::string shown(const Value& value) {
+    if (const NSDate* const date = value.dateIfAny())
+        return date->description().UTF8String();
+    if (!value.isArray())
+        return value.description().UTF8String();
+    std::string joined;
+    for (const Value& each : value.array())
+        joined += '<' + shown(each) + '>';
+    return joined;
+}
+
+/// By their names without "kMDItem"; "note": what else there is to say.
+using Attributed = std::map<std::string, std::string>;
+
+inline Attributed attributesOf(importers::Import& import, const std::string& file, const char* type) {
+    Attributed result;
+    const NSDictionary attributes = attributesByImporter(
+        import, NSData::dataWithBytes(file), type, [&](Outcome outcome, const NSString& why) {
+            result["note"] += wordOfOutcome(outcome).UTF8String() + ": " + why.UTF8String();
+        });
+    for (const Value& key : attributes.allKeys()) {
+        const std::string name = key.string().UTF8String();
+        result[name.starts_with("kMDItem") ? name.substr(7) : name] = shown(attributes.objectForKey(key));
+    }
+    return result;
+}
+
+inline std::string one(const Attributed& attributes, const std::string& name) {
+    const auto found = attributes.find(name);
+    return found == attributes.end() ? "absent" : found->second;
+}
+
+} // namespace kelvo::tests
