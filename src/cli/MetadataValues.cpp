@@ -311,6 +311,8 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemNumberOfPages", "Pages"},
     {u"plumwick_sheetCount", "Sheets"},
     {u"plumwick_wordCount", "Words"},
+    {u"plumwick_files", "Files"},
+    {u"plumwick_unpackedSize", "Unpacked size", number<byteCount>},
     {u"kMDItemPageWidth", "Page width", number<points>},
     {u"kMDItemPageHeight", "Page height", number<points>},
     {u"kMDItemSecurityMethod", "Security"},

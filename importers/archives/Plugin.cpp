@@ -1,0 +1,3 @@
+#include "importers/archives/ArchiveImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importArchive)
