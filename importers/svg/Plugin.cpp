@@ -1,0 +1,3 @@
+#include "importers/svg/SVGImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importSVG)
