@@ -1,0 +1,3 @@
+#include "importers/epub/BookImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importBook)
