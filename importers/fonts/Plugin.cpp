@@ -1,0 +1,3 @@
+#include "importers/fonts/FontImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importFont)
