@@ -1,0 +1,3 @@
+#include "importers/calendar/CalendarImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importCalendar)
