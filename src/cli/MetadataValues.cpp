@@ -273,6 +273,7 @@ constexpr Attribute knownAttributes[] = {
     {u"kMDItemParticipants", "Participants"},
     {u"plumwick_attachments", "Attachments"},
     {u"plumwick_messages", "Messages"},
+    {u"plumwick_cues", "Cues"},
     {u"plumwick_contacts", "Contacts"},
     {u"plumwick_events", "Events"},
     {u"plumwick_firstDate", "First date"},

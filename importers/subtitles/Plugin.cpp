@@ -1,0 +1,3 @@
+#include "importers/subtitles/SubtitlesImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importSubtitles)
