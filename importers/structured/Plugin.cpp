@@ -1,0 +1,3 @@
+#include "importers/structured/StructuredImport.h"
+
+KELVO_IMPORTER(kelvo::importers::importStructured)
