@@ -55,7 +55,8 @@ struct ArchiveReader::Source {
         archive_read_set_read_callback(opened, readBytes);
         archive_read_set_skip_callback(opened, skipBytes);
         archive_read_set_seek_callback(opened, seekByte);
-        isDamaged = archive_read_open1(opened) < ARCHIVE_WARN;
+        isOpen = archive_read_open1(opened) >= ARCHIVE_WARN;
+        isDamaged = !isOpen;
     }
 
     /// Null at the end, whatever that is.
@@ -111,6 +112,7 @@ struct ArchiveReader::Source {
     const Deadline& deadline;
     std::size_t place = 0;
     bool isLate = false;
+    bool isOpen = false;
     bool isDamaged = false;
     std::unique_ptr<struct archive, int (*)(struct archive*)> archive;
 };
@@ -198,7 +200,8 @@ bool ArchiveReader::isLate() const {
 }
 
 bool ArchiveReader::isEncrypted() const {
-    return archive_read_has_encrypted_entries(source_->archive.get()) > 0;
+    // libarchive asks a format that it does not have when it could not open the file.
+    return source_->isOpen && archive_read_has_encrypted_entries(source_->archive.get()) > 0;
 }
 
 } // namespace kelvo::importers

@@ -25,10 +25,13 @@ using Attributed = std::map<std::string, std::string>;
 
 inline Attributed attributesOf(importers::Import& import, const std::string& file, const char* type) {
     Attributed result;
-    const NSDictionary attributes = attributesByImporter(
-        import, NSData::dataWithBytes(file), type, [&](Outcome outcome, const NSString& why) {
-            result["note"] += wordOfOutcome(outcome).UTF8String() + ": " + why.UTF8String();
-        });
+    // An empty file has no bytes anywhere.
+    const NSDictionary attributes =
+        attributesByImporter(import, file.empty() ? NSData() : NSData::dataWithBytes(file), type,
+                             [&](Outcome outcome, const NSString& why) {
+                                 result["note"] +=
+                                     wordOfOutcome(outcome).UTF8String() + ": " + why.UTF8String();
+                             });
     for (const Value& key : attributes.allKeys()) {
         const std::string name = key.string().UTF8String();
         result[name.starts_with("kMDItem") ? name.substr(7) : name] = shown(attributes.objectForKey(key));
