@@ -63,6 +63,7 @@ TEST(SVGImport, ReadsWhatPicturesComeAs) {
         const char* attribute;
         std::string value;
     } rows[] = {
+        {"title of a part", "<svg><g><title>tip</title></g></svg>", "Title", "absent"},
         {"view box alone", "<svg viewBox='0,0 12.5 30'/>", "PixelWidth", "12.5"},
         {"one side follows from the other", "<svg width='20' viewBox='0 0 10 30'/>", "PixelHeight", "60"},
         {"per cent", "<svg width='100%' height='100%'/>", "PixelWidth", "absent"},
