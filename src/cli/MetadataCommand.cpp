@@ -29,6 +29,9 @@ ExitStatus runFile(Session& session, const std::string& file) {
         return session.complainOfNoAnswer(subject);
     const NSDictionary attributes = result.dictionary();
     const NSString text = attributes.objectForKey(u"kMDItemTextContent").string();
+    // Nothing is an answer, too, but there may be a reason for it.
+    if (attributes.count() == 0 && session.outcome() && session.outcome()->outcome > Outcome::nothing)
+        return session.complainOfNoAnswer(subject);
     if (attributes.count() == 0 || (options.printsOnlyText && text.isEmpty())) {
         session.complain(subject + (attributes.count() == 0 ? ": its importer found nothing in it"
                                                             : ": its importer found no text in it"));

@@ -475,7 +475,9 @@ TEST_F(CommandAnswersTest, PrintMetadata) {
     files.write("untitled.plist", "{kMDItemTextContent = (no, text);}");
     files.write("empty.plist", "{}");
     files.write("none.plist", "no list");
+    files.write("broken.plist", "{damage = \"it is cut short\";}");
     const std::tuple<std::vector<std::string>, int, std::string, std::string> rows[] = {
+        {{"broken.plist"}, 1, "", "broken.plist: broken: it is cut short"},
         {{"a.plist"}, 0, "Title  A\n       B\nText   Text \\x1B[2J\nfile   x\n\u00FC      y\n", ""},
         {{"a.plist", "--text"}, 0, "Text \x1B[2J\n", ""},
         {{"untitled.plist"}, 0, "Text  no, text\n", ""},

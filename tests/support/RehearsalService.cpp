@@ -80,13 +80,20 @@ bool obey(std::istream& lines) {
 class Rehearsal final : public NSObject, public KelvoImExport {
 public:
     /// "/sleep N", "/nest N", "/throw", "/die", "/die unless FILE" (which it makes), "/deep N";
-    /// of a property list what it holds; anything else is given back at once.
+    /// of a property list what it holds, or nothing for its "damage"; anything else is given back at once.
     NSDictionary metaDataForFile(const NSString& file) override {
-        if (file.UTF8String().ends_with(".plist"))
-            return NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
-                       NSData::dataWithContentsOfFile(file), NSPropertyListMutabilityOptions::immutable,
-                       nullptr, nullptr)
-                .dictionary();
+        if (file.UTF8String().ends_with(".plist")) {
+            const NSDictionary facts =
+                NSPropertyListSerialization::propertyListFromData_mutabilityOption_format_errorDescription(
+                    NSData::dataWithContentsOfFile(file), NSPropertyListMutabilityOptions::immutable, nullptr,
+                    nullptr)
+                    .dictionary();
+            const NSString damage = facts.objectForKey(u"damage").string();
+            if (damage.isNil())
+                return facts;
+            RequestNotes::current()->note(Outcome::broken, damage);
+            return NSMutableDictionary::dictionary();
+        }
         std::istringstream words(file.UTF8String());
         std::string word;
         double seconds = 0;
