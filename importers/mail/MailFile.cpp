@@ -58,7 +58,8 @@ std::optional<std::string_view> takeMessage(std::string_view& mailbox) {
         return std::nullopt;
     takeMIMELine(mailbox);
     const std::string_view all = mailbox;
-    // Some writers leave out the empty line before the next one, some do not quote lines that look like it.
+    // Some writers leave out the empty line before the next one, some do not quote lines that look like it, and some put
+    // nothing but a hyphen into it.
     for (std::size_t at = 0;;) {
         const std::size_t found = all.find("\nFrom ", at);
         if (found == all.npos) {
@@ -69,7 +70,8 @@ std::optional<std::string_view> takeMessage(std::string_view& mailbox) {
             found > 0 && (all[found - 1] == '\n' || (found > 1 && all.substr(found - 2, 2) == "\n\r"));
         std::string_view rest = all.substr(found + 1);
         const std::string_view line = takeMIMELine(rest);
-        if ((isAfterEmptyLine || std::ranges::count(line, ':') >= 2) && beginsWithField(rest)) {
+        const bool isUsual = std::ranges::count(line, ':') >= 2 || line.starts_with("From -");
+        if ((isAfterEmptyLine || isUsual) && beginsWithField(rest)) {
             mailbox = all.substr(found + 1);
             return all.substr(0, found);
         }

@@ -107,6 +107,8 @@ TEST(MailImport, ReadsWhatPeopleSend) {
         {"mailbox without empty lines",
          "From a\nSubject: One\n\n1\nFrom b Mon Jan  1 00:00:00 2001\nSubject: Two\n\n2", "mbox",
          "plumwick_messages", "2"},
+        {"mailbox of hyphens", "From - \nSubject: One\n\n1\nFrom - \nSubject: Two\n\n2", "mbox",
+         "plumwick_messages", "2"},
         {"one message of a mailbox", "From a Mon Jan  1 00:00:00 2001\nSubject: One\n\ntext", "eml",
          "Subject", "One"},
         {"empty", "", "eml", "note", "broken: the file is not a message"},
