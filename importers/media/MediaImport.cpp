@@ -146,9 +146,9 @@ void setPicture(Attributes& attributes, const MediaFile& file, AVStream& track) 
         attributes.setInteger("kMDItemPixelHeight", static_cast<std::int64_t>(height));
     }
     if (rotation != 0)
-        attributes.setInteger("plumwick_Rotation", rotation);
+        attributes.setInteger("plumwick_rotation", rotation);
     if (const double rate = file.frameRate(track); rate > 0)
-        attributes.setReal("plumwick_FrameRate", rate);
+        attributes.setReal("plumwick_frameRate", rate);
 }
 
 void setChapters(Attributes& attributes, const AVFormatContext& container) {
@@ -159,7 +159,7 @@ void setChapters(Attributes& attributes, const AVFormatContext& container) {
         const NSString text = trimmed(textOf(title ? title->value : ""));
         titles.addObject(text.isEmpty() ? textOf(std::to_string(index + 1).c_str()) : text);
     }
-    attributes.set("plumwick_Chapters", titles);
+    attributes.set("plumwick_chapters", titles);
 }
 
 /// Whether what is needed to play a file of the ISO base media format stands before its frames.
@@ -200,7 +200,7 @@ void importMedia(Attributes& attributes) {
         setPicture(attributes, *file, *picture);
     if (file->isOf("mov"))
         attributes.setBoolean("kMDItemStreamable", isStreamable(bytes));
-    attributes.setBoolean("plumwick_HasCover", file->hasCover());
+    attributes.setBoolean("plumwick_hasCover", file->hasCover());
     setChapters(attributes, file->container());
     setMediaTags(attributes, *file);
 }

@@ -552,6 +552,8 @@ constexpr DeclaredType rows[] = {
     {"public.pbm", "public.image", "pbm pgm ppm pnm",
      "image/x-portable-bitmap image/x-portable-graymap image/x-portable-pixmap image/x-portable-anymap"},
     {"public.radiance", "public.image", "hdr", "image/vnd.radiance"},
+    {"com.microsoft.cur", "public.image", "cur", "image/x-win-bitmap"},
+    {"com.zsoft.pcx-image", "public.image", "pcx", "image/vnd.zbrush.pcx image/x-pcx"},
     {"com.adobe.raw-image", "public.camera-raw-image", "dng", "image/x-adobe-dng"},
     {"com.canon.crw-raw-image", "public.camera-raw-image", "crw", "image/x-canon-crw"},
     {"com.canon.cr2-raw-image", "public.camera-raw-image", "cr2", "image/x-canon-cr2"},
@@ -561,6 +563,8 @@ constexpr DeclaredType rows[] = {
     {"com.olympus.raw-image", "public.camera-raw-image", "orf", "image/x-olympus-orf"},
     {"com.panasonic.rw2-raw-image", "public.camera-raw-image", "rw2", "image/x-panasonic-rw2"},
     {"com.pentax.raw-image", "public.camera-raw-image", "pef", "image/x-pentax-pef"},
+    {"com.konicaminolta.raw-image", "public.camera-raw-image", "mrw", "image/x-minolta-mrw"},
+    {"com.samsung.raw-image", "public.camera-raw-image", "srw", "image/x-samsung-srw"},
     {"com.sony.arw-raw-image", "public.camera-raw-image", "arw", "image/x-sony-arw"},
 };
 

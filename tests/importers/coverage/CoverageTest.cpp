@@ -53,8 +53,6 @@ struct Excused {
     std::set<std::string> types;
     /// With all that conform to them.
     std::set<std::string> kinds;
-    /// Of these some may have an importer by now.
-    std::set<std::string> notYet;
 
     bool has(const std::string& type) const {
         return types.contains(type) || std::ranges::any_of(kinds, [&](const std::string& kind) {
@@ -80,8 +78,6 @@ Excused excusedTypes() {
             if (isKind)
                 type.pop_back();
             (isKind ? excused.kinds : excused.types).insert(type);
-            if (line.find("not yet", reason) != std::string::npos)
-                excused.notYet.insert(type);
         }
     }
     return excused;
@@ -90,15 +86,14 @@ Excused excusedTypes() {
 TEST(Coverage, EachTypeHasAnImporterOrAReason) {
     const auto importers = importersByType();
     const Excused excused = excusedTypes();
-    ASSERT_GT(excused.types.size(), 50u);
+    ASSERT_GT(excused.types.size(), 40u);
     std::set<std::string> declared;
     for (const DeclaredType& row : declaredTypes()) {
         const std::string type(row.identifier);
         declared.insert(type);
         const bool isClaimed = importers.contains(lowerCased(type));
         EXPECT_TRUE(isClaimed || excused.has(type)) << type << " has neither an importer nor a reason";
-        EXPECT_FALSE(isClaimed && excused.types.contains(type) && !excused.notYet.contains(type))
-            << type << " has an importer";
+        EXPECT_FALSE(isClaimed && excused.types.contains(type)) << type << " has an importer";
     }
     for (const auto* const listed : {&excused.types, &excused.kinds}) {
         for (const std::string& type : *listed)
@@ -122,7 +117,6 @@ TEST(Coverage, EachTypeHasOneImporter) {
 // The samples that people try the system with.
 TEST(Coverage, SamplesHaveImporters) {
     const auto importers = importersByType();
-    const Excused excused = excusedTypes();
     int samples = 0;
     for (const auto& entry : std::filesystem::directory_iterator(sourceFolder() + "/examples")) {
         if (!entry.is_regular_file())
@@ -131,8 +125,7 @@ TEST(Coverage, SamplesHaveImporters) {
         const std::string type =
             LSCopyItemAttribute(NSString::stringWithUTF8String(entry.path().string()), kLSItemContentType)
                 .UTF8String();
-        EXPECT_TRUE(importers.contains(lowerCased(type)) || excused.notYet.contains(type))
-            << entry.path() << " is " << type;
+        EXPECT_TRUE(importers.contains(lowerCased(type))) << entry.path() << " is " << type;
     }
     EXPECT_GE(samples, 4);
 }

@@ -90,7 +90,7 @@ TEST(MediaImport, SetsWhatASongSays) {
     found.erase("TotalBitRate");
     const Attributed expected{{"MediaTypes", "<Sound>"},   {"Codecs", "<MP3>"},
                               {"AudioBitRate", "32000"},   {"AudioChannelCount", "1"},
-                              {"AudioSampleRate", "8000"}, {"plumwick_HasCover", "1"},
+                              {"AudioSampleRate", "8000"}, {"plumwick_hasCover", "1"},
                               {"Title", "Tide"},           {"Authors", "<Ada><Per>"},
                               {"Album", "Quays"},          {"Composer", "B. Ek"},
                               {"Lyricist", "Per"},         {"MusicalGenre", "Folk"},
@@ -103,8 +103,8 @@ TEST(MediaImport, SetsWhatASongSays) {
 
 TEST(MediaImport, KnowsTheTracksOfEachFormat) {
     const std::vector<const char*> names{
-        "MediaTypes",        "Codecs",          "PixelWidth",        "PixelHeight", "plumwick_FrameRate",
-        "plumwick_Rotation", "AudioSampleRate", "AudioChannelCount", "Streamable"};
+        "MediaTypes",        "Codecs",          "PixelWidth",        "PixelHeight", "plumwick_frameRate",
+        "plumwick_rotation", "AudioSampleRate", "AudioChannelCount", "Streamable"};
     struct Row {
         const char* file;
         std::string arguments;
@@ -159,11 +159,11 @@ TEST(MediaImport, UnderstandsTheTagsOfFilms) {
     const std::string source = folder.write("plain.mp4", plain);
     const Attributed film = attributesOf(plain);
     EXPECT_EQ(these(film, {"ContentCreationDate", "Latitude", "Longitude", "Altitude", "TextContent", "Genre",
-                           "Languages", "plumwick_Chapters", "plumwick_HasCover"}),
+                           "Languages", "plumwick_chapters", "plumwick_hasCover"}),
               "2020-02-29 12:34:56 +0000 48.8577 -2.295 35.5 One\nTwo Drama <swe> <Ebb><2> 0");
     const Attributed turned =
         attributesOf(made("turned.mp4", "-i " + source + " -c copy -metadata:s:v rotate=90"));
-    EXPECT_EQ(these(turned, {"PixelWidth", "PixelHeight", "plumwick_Rotation"}), "24 32 270");
+    EXPECT_EQ(these(turned, {"PixelWidth", "PixelHeight", "plumwick_rotation"}), "24 32 270");
     const Attributed nowhere =
         attributesOf(made("nowhere.mp4", "-i " + source + " -c copy -metadata location=+98.5-002/"));
     EXPECT_EQ(these(nowhere, {"Latitude", "Longitude"}), "absent absent");
