@@ -144,6 +144,10 @@ void RTFDocumentInfo::setText(std::string_view word, std::u16string_view text) {
         stated_.setObject_forKey(NSString(text), row->key);
 }
 
+void RTFDocumentInfo::setGenerator(std::u16string_view name) {
+    leavesOutInherited_ = name.starts_with(u"LibreOffice");
+}
+
 void RTFDocumentInfo::setTime(std::string_view word, const RTFTime& time) {
     if (const std::optional<NSDate> date = time.date())
         stated_.setObject_forKey(*date, word == "creatim" ? NSCreationTimeDocumentAttribute

@@ -42,6 +42,12 @@ public:
     /// "creatim" or "revtim".
     void setTime(std::string_view word, const RTFTime& time);
 
+    /// The name and version of the writer.
+    void setGenerator(std::u16string_view name);
+
+    /// The writer leaves out of the text what its style inherits. Others repeat all of it, and with them what
+    /// is not there is not meant.
+    bool leavesOutInherited() const { return leavesOutInherited_; }
     /// The writer is one of the platform, or says so.
     bool isOfPlatform() const { return version_.has_value(); }
     /// Under the keys of NSDocumentAttributes.h.
@@ -50,6 +56,7 @@ public:
 private:
     NSMutableDictionary stated_ = NSMutableDictionary::dictionary();
     std::optional<std::int32_t> version_;
+    bool leavesOutInherited_ = false;
     std::int32_t paperWidth_ = 12240;
     std::int32_t paperHeight_ = 15840;
     std::int32_t leftMargin_ = 1800;

@@ -188,12 +188,18 @@ void RTFReader::readWord(const RTFToken& token) {
         RTFCharacterState::words()[entry->row].apply(state().characters, token);
         state().format = -1;
         state().isCodePageKnown = false;
+        if (destination == Destination::styleSheet)
+            styles_.addCharacterWord(entry->row, token);
         break;
     case paragraphsTable:
+        if (destination == Destination::styleSheet)
+            styles_.addParagraphWord(entry->row, token);
         if (destination != Destination::body)
             return readDestinationWord(token);
         RTFParagraphFormat::words()[entry->row].apply(state().paragraph, token);
         state().paragraphFormat = -1;
+        if (info_.leavesOutInherited() && token.bytes == "s")
+            setStyle(token.parameter);
         break;
     case rowsTable:
         // Word takes the padding at the left of cells for that at the top, and every writer that states its
@@ -207,6 +213,8 @@ void RTFReader::readWord(const RTFToken& token) {
     case bodyTable:
         if (destination == Destination::body)
             bodyWords()[entry->row].apply(*this, token);
+        else
+            readDestinationWord(token);
         break;
     case readerTable:
         words()[entry->row].apply(*this, token);
@@ -302,6 +310,14 @@ std::span<const RTFWord<RTFReader>> RTFReader::bodyWords() {
          [](Reader& reader, const RTFToken&) {
              reader.endRow(std::max(reader.state().paragraph.tableLevel(), 2));
          }},
+        {"cs",
+         [](Reader& reader, const RTFToken& token) {
+             if (!reader.info_.leavesOutInherited())
+                 return;
+             reader.styles_.applyCharacterStyle(token.parameter, reader.state().characters);
+             reader.state().format = -1;
+             reader.state().isCodePageKnown = false;
+         }},
         {"chftn",
          [](Reader& reader, const RTFToken&) {
              if (reader.state().storyDepth == 0)
@@ -314,9 +330,31 @@ std::span<const RTFWord<RTFReader>> RTFReader::bodyWords() {
 }
 
 void RTFReader::setPlain() {
+    // Such a writer calls every marker plain and means that it looks like its paragraph.
+    if (info_.leavesOutInherited() && state().group && state().group->name == "listtext")
+        return;
     state().characters = RTFCharacterState(defaultFont_);
     state().format = -1;
     state().isCodePageKnown = false;
+}
+
+void RTFReader::setStyle(std::int32_t number) {
+    const RTFStyleSheet::Formats* const formats = styles_.formatsOf(number, defaultFont_);
+    if (!formats)
+        return;
+    State& current = state();
+    current.characters = formats->characters;
+    current.format = -1;
+    current.isCodePageKnown = false;
+    // Where the paragraph stands, the text says.
+    RTFParagraphFormat paragraph = formats->paragraph;
+    paragraph.style = number;
+    paragraph.isInTable = current.paragraph.isInTable;
+    paragraph.nesting = current.paragraph.nesting;
+    paragraph.list = current.paragraph.list;
+    paragraph.listLevel = current.paragraph.listLevel;
+    paragraph.oldList = current.paragraph.oldList;
+    current.paragraph = std::move(paragraph);
 }
 
 void RTFReader::readSymbol(const RTFToken& token) {

@@ -128,6 +128,7 @@ private:
     std::uint32_t characterFormat();
     std::uint32_t paragraphFormat();
     void setPlain();
+    void setStyle(std::int32_t number);
     void endParagraph(char16_t unit, std::int32_t level);
     void endCell(std::int32_t level);
     void endRow(std::int32_t level);

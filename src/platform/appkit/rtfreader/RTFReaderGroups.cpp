@@ -67,6 +67,10 @@ std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
          [](Reader& reader, const State&) {
              reader.definitions_.lists.setText(std::exchange(reader.captured_, {}));
          }},
+        {"generator", in(Destination::body), enter<Destination::captured>,
+         [](Reader& reader, const State&) {
+             reader.info_.setGenerator(std::exchange(reader.captured_, {}));
+         }},
         {"info", anywhere, enter<Destination::info>},
         {"title", inInfo, enter<Destination::captured>, endInfoText},
         {"subject", inInfo, enter<Destination::captured>, endInfoText},
@@ -172,7 +176,6 @@ std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
         {"ftncn"},
         {"ftnsep"},
         {"ftnsepc"},
-        {"generator"},
         {"header"},
         {"headerf"},
         {"headerl"},

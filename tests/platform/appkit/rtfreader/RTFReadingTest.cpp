@@ -219,6 +219,21 @@ TEST(RTFReading, Paragraphs) {
          "{\\stylesheet{Normal;}{\\s3\\sbasedon0 heading 2;}{\\*\\cs4 heading 1;}{\\s5\\outlinelevel0 "
          "x;}{\\s6 y;}}\\s3 a\\par\\s4 b\\par\\s5 c\\par\\s6 d\\par\\s5\\outlinelevel9 d\\par\\pard e",
          "'a|' heading=2; 'b|'; 'c|' heading=1; 'd|d|e'"},
+        {"what a style inherits is repeated in the text",
+         "{\\stylesheet{\\fs20\\qr Normal;}{\\s4\\sbasedon0\\b x;}}\\s4\\b a", "'a' bold"},
+        {"unless the writer leaves it out; later styles, and circles",
+         "{\\stylesheet{\\fs20\\qr\\outlinelevel1 Normal;}{\\s4\\sbasedon9\\b x;}{\\*\\cs9\\fs99 c;}"
+         "{\\s9\\sbasedon0\\sa40\\i y;}{\\s5\\sbasedon6\\b z;}{\\s6\\sbasedon5\\fs30 w;}}"
+         "{\\*\\generator LibreOffice/7}\\intbl\\s4\\i0 a\\cell\\row\\pard\\plain\\s5 b\\s8 c",
+         "'a|' size=10 bold align=-3 after=2 heading=2 cell=0,0/1:auto; 'bc' size=15 bold"},
+        {"markers look like their paragraphs",
+         "{\\*\\generator LibreOffice/7}\\pard\\plain\\fs20{\\listtext\\pard\\plain\\b 1.\\tab}a\\par\\plain "
+         "b",
+         "'\t' size=10; '1.\t' size=10 bold; 'a|' size=10; 'b'"},
+        {"what a style of characters inherits",
+         "{\\stylesheet{\\*\\cs4\\i\\fs30\\sbasedon4 c;}{\\*\\cs5\\sbasedon4\\fs20\\fs40 "
+         "d;}}{\\*\\generator LibreOffice/7}\\b a{\\cs5\\fs40 b}c{\\cs6 d}",
+         "'a' bold; 'b' size=20 bold italic; 'cd' bold"},
         {"lists",
          "{\\*\\listtable{\\list{\\listlevel\\levelnfc0\\levelstartat3{\\*\\levelmarker "
          "(\\{decimal\\})}{\\leveltext\\'01\\'00;}}{\\listlevel\\levelnfc4{\\leveltext\\'04\\'00.\\'01);}}"
