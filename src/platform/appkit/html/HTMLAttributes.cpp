@@ -52,6 +52,12 @@ NSString fileNameOfImage(const RenderedPage::Image& image) {
     return dot == std::u16string_view::npos ? NSString(std::u16string(units) + u"." + extension) : name;
 }
 
+/// Styles that look alike in two lists or tables are two: with one for both, a list would go on counting where
+/// another has ended, and two tables would be one.
+bool isSameStyle(const NSParagraphStyle& left, const NSParagraphStyle& right) {
+    return left.textLists == right.textLists && left.textBlocks == right.textBlocks && left == right;
+}
+
 /// Gives the paragraphs of a page their attributes: equal ones share one object.
 class AttributeWriter {
 public:
@@ -85,9 +91,12 @@ private:
 
 void AttributeWriter::setStyle(const NSParagraphStyle& style) {
     std::size_t place = 0;
-    while (place + 1 < known_.size() && !(known_[place].style && *known_[place].style == style))
+    const auto isKnownAt = [&](std::size_t index) {
+        return known_[index].style && isSameStyle(*known_[index].style, style);
+    };
+    while (place + 1 < known_.size() && !isKnownAt(place))
         ++place;
-    if (!known_[place].style || *known_[place].style != style) {
+    if (!isKnownAt(place)) {
         known_[place].style = std::make_shared<const NSParagraphStyle>(style);
         known_[place].byTextStyle.clear();
     }

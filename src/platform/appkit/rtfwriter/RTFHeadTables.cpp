@@ -147,7 +147,7 @@ std::optional<std::int32_t> RTFListNumbers::listThatFits(const Path& path) const
     for (const std::int32_t number : std::span(numbers).last(tried)) {
         const Levels& levels = lists_[static_cast<std::size_t>(number - 1)];
         const auto fits = [](const auto& list, const Level& level) {
-            return list == level.list || *list == *level.list;
+            return list == level.list || (level.isOver && *list == *level.list);
         };
         if (std::equal(path.begin(),
                        path.begin() + static_cast<std::ptrdiff_t>(std::min(path.size(), levels.size())),
@@ -175,7 +175,12 @@ RTFListNumbers::Place RTFListNumbers::placeOfLists(const Path& given, Indents in
     }
     Levels& levels = lists_[static_cast<std::size_t>(*number - 1)];
     for (std::size_t level = levels.size(); level < path.size(); ++level)
-        levels.push_back({path[level], std::nullopt});
+        levels.push_back({path[level], std::nullopt, false});
+    for (std::size_t level = 0; level < levels.size(); ++level) {
+        levels[level].isOver = level >= path.size();
+        if (level < path.size())
+            levels[level].list = path[level];
+    }
     Level& own = levels[path.size() - 1];
     if (!own.indents)
         own.indents = indents;

@@ -84,6 +84,9 @@ private:
     struct Level {
         std::shared_ptr<const NSTextList> list;
         std::optional<Indents> indents;
+        /// A paragraph of an outer level has come since, after which readers begin to count anew: a list that
+        /// looks the same may take the place of this one.
+        bool isOver = false;
     };
     using Levels = std::vector<Level>;
 

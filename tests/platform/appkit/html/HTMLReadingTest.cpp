@@ -1,6 +1,8 @@
 #include "platform/appkit/html/HTMLReading.h"
 
 #include "platform/appkit/NSDocumentAttributes.h"
+#include "platform/appkit/rtfreader/RTFReading.h"
+#include "platform/appkit/rtfwriter/RTFWriting.h"
 #include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSObject.h"
@@ -215,6 +217,52 @@ TEST(HTMLReadingTest, KeepsListsAndTables) {
         {"table in an item", "<ul><li><table><tr><td>a<td>b</table></ul>",
          "[indent 0/36 {disc}] \\t\u2022\\t\n[cell 0,0 of 2] a\n[cell 0,1 of 2] b\n"},
     });
+}
+
+/// Each paragraph's list or table, by its number in the text.
+std::string placesIn(const NSAttributedString& text) {
+    std::vector<const void*> known;
+    std::string places;
+    for (const auto& run : text.runs()) {
+        const NSParagraphStyle& style = run.attributes->style();
+        const void* place = nullptr;
+        if (!style.textLists.empty())
+            place = style.textLists.back().get();
+        else if (!style.textBlocks.empty())
+            place = style.textBlocks.back()->table.get();
+        if (place && std::ranges::find(known, place) == known.end())
+            known.push_back(place);
+        const auto number = place ? std::ranges::find(known, place) - known.begin() + 1 : 0;
+        for (const char16_t unit : text.string().substringWithRange(run.range).characters())
+            if (unit == u'\n')
+                places += std::to_string(number);
+    }
+    return places;
+}
+
+TEST(HTMLReadingTest, WhatLooksAlikeIsNotTheSame) {
+    constexpr struct {
+        const char* name;
+        const char* page;
+        const char* places;
+        const char* placesInRTF;
+    } rows[] = {
+        {"lists", "<ol><li>a<li>b</ol><p>x</p><ol><li>c<li>d</ol>", "11022", "11022"},
+        {"lists without anything between", "<ul><li>a</ul><ul><li>b</ul>", "12", "12"},
+        {"lists in one item and in the next",
+         "<ol><li>a<ol><li>b</ol>x<ol><li>c</ol><li>d<ol><li>e</ol></ol>", "120314", "120312"},
+        {"tables", "<table border=1><tr><td>a</table><table border=1><tr><td>a</table>", "12", "12"},
+        {"tables in a cell",
+         "<table border=1><tr><td><table border=1><tr><td>a</table><table border=1><tr><td>a</table></table>",
+         "123", "123"},
+    };
+    for (const auto& row : rows) {
+        const NSAttributedString text = read(row.page);
+        EXPECT_EQ(placesIn(text), row.places) << row.name;
+        using namespace NSAttributedStringKitAdditions;
+        const NSData written = RTFFromRange_documentAttributes(text, {0, text.length()}, nullptr);
+        EXPECT_EQ(placesIn(initWithRTF_documentAttributes(written, nullptr)), row.placesInRTF) << row.name;
+    }
 }
 
 TEST(HTMLReadingTest, TableCellsSayHowTheyLook) {

@@ -70,11 +70,13 @@ TEST(RTFHeadTablesTest, PlacesOfLists) {
     EXPECT_EQ(placeOf(lists, {outer}), "1/0");
     EXPECT_EQ(placeOf(lists, {outer, nullptr, inner}), "1/1");
     EXPECT_EQ(placeOf(lists, {outer}), "1/0");
-    EXPECT_EQ(placeOf(lists, {outer, list(u"{disc}")}), "1/1") << "an equal list within the same one";
+    const auto alike = list(u"{disc}");
+    EXPECT_EQ(placeOf(lists, {outer, alike}), "1/1") << "an equal list in the next item";
     EXPECT_EQ(placeOf(lists, {outer, list(u"{hyphen}")}), "2/1") << "another one there";
-    EXPECT_EQ(placeOf(lists, {outer, inner, inner}), "1/2") << "the list that fits is not the last";
-    EXPECT_EQ(placeOf(lists, {list(u"{decimal}.")}), "3/0") << "equal and yet not the same list";
-    EXPECT_EQ(placeOf(lists, RTFListNumbers::Path(20, inner)), "4/8") << "no more levels";
+    EXPECT_EQ(placeOf(lists, {outer, alike, inner}), "1/2") << "the list that fits is not the last";
+    EXPECT_EQ(placeOf(lists, {outer, inner}), "3/1") << "an equal list in the same item, which counts anew";
+    EXPECT_EQ(placeOf(lists, {list(u"{decimal}.")}), "4/0") << "equal and yet not the same list";
+    EXPECT_EQ(placeOf(lists, RTFListNumbers::Path(20, inner)), "5/8") << "no more levels";
 }
 
 TEST(RTFHeadTablesTest, Lists) {
