@@ -13,6 +13,16 @@ constexpr std::uint64_t pairOf(std::uint32_t first, std::uint32_t second) {
     return static_cast<std::uint64_t>(first) << 32 | second;
 }
 
+/// Whether text could not be read without what is behind it. Attributed text stands on white and has no grounds
+/// of paragraphs, so that these come along only where they are needed, as they do from pages.
+bool needsGround(const std::optional<NSColor>& color, const NSColor& ground) {
+    constexpr float middle = 0.6F;
+    const auto luminance = [](const NSColor& rgb) {
+        return 0.3F * rgb.red + 0.59F * rgb.green + 0.11F * rgb.blue;
+    };
+    return color && luminance(*color) > middle && luminance(ground) < middle;
+}
+
 } // namespace
 
 NSTextAttributes RTFAssembler::makeAttributes(const RTFCharacterFormat& format) const {
@@ -66,7 +76,8 @@ std::uint32_t RTFAssembler::styleOf(const RTFParagraph& paragraph, Spaces spaces
     const auto [entry, isNew] = styleIndices_.try_emplace(
         pairOf(key, static_cast<std::uint32_t>(paragraph.cell)), static_cast<std::uint32_t>(styles_.size()));
     if (isNew)
-        styles_.push_back(makeStyle(format, paragraph.cell, spaces));
+        styles_.push_back({makeStyle(format, paragraph.cell, spaces),
+                           definitions_.colors.colorOf(definitions_.paragraphFormats[format].background)});
     return entry->second;
 }
 
@@ -77,7 +88,10 @@ const NSAttributedString::Attributes& RTFAssembler::attributesOf(std::uint32_t f
     if (!attributes) {
         NSTextAttributes made =
             isSimplified ? NSTextAttributes() : makeAttributes(definitions_.characterFormats[format]);
-        made.paragraphStyle = styles_[style];
+        made.paragraphStyle = styles_[style].style;
+        const std::optional<NSColor>& ground = styles_[style].ground;
+        if (ground && !made.backgroundColor && needsGround(made.foregroundColor, *ground))
+            made.backgroundColor = ground;
         attributes = std::make_shared<const NSTextAttributes>(std::move(made));
     }
     return attributes;

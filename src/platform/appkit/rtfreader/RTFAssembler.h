@@ -50,7 +50,12 @@ private:
     NSTextAttributes makeAttributes(const RTFCharacterFormat& format) const;
 
     RTFDefinitions& definitions_;
-    std::vector<Style> styles_;
+    struct StyleOnGround {
+        Style style;
+        /// What the paragraph is painted with.
+        std::optional<NSColor> ground;
+    };
+    std::vector<StyleOnGround> styles_;
     std::unordered_map<std::uint64_t, std::uint32_t> styleIndices_;
     std::unordered_map<std::uint64_t, NSAttributedString::Attributes> attributes_;
 };

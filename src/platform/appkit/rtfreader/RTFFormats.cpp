@@ -227,7 +227,7 @@ bool operator==(const RTFParagraphFormat& left, const RTFParagraphFormat& right)
                           format.oldList,           format.leftIndent,  format.firstLineIndent,
                           format.rightIndent,       format.spaceBefore, format.spaceAfter,
                           format.lineHeight,        format.lineSpacing, format.minimumLineHeight,
-                          format.maximumLineHeight, format.tabInterval};
+                          format.maximumLineHeight, format.tabInterval, format.background};
     };
     return left.alignment == right.alignment && left.direction == right.direction &&
            left.isInTable == right.isInTable && left.isLineHeightMultiple == right.isLineHeightMultiple &&
@@ -243,7 +243,7 @@ std::size_t RTFParagraphFormat::Hash::operator()(const RTFParagraphFormat& forma
          {format.nesting, format.style, format.list, format.oldList, format.leftIndent,
           format.firstLineIndent, format.rightIndent, format.spaceBefore, format.spaceAfter,
           format.lineHeight, format.lineSpacing, format.minimumLineHeight, format.maximumLineHeight,
-          format.tabInterval, static_cast<std::int32_t>(format.alignment),
+          format.tabInterval, format.background, static_cast<std::int32_t>(format.alignment),
           static_cast<std::int32_t>(format.direction), static_cast<std::int32_t>(format.outlineLevel),
           static_cast<std::int32_t>(format.listLevel)})
         hasher.add(value);
@@ -291,6 +291,8 @@ std::span<const RTFWord<RTFParagraphFormat>> RTFParagraphFormat::words() {
         {"intbl", setSwitch<&Format::isInTable>},
         {"itap",
          [](Format& format, const Token& token) { format.nesting = std::clamp(token.parameter, 0, 1000); }},
+        {"cbpat",
+         [](Format& format, const Token& token) { format.background = std::max(token.parameter, 0); }},
         {"pardeftab", setNumber<&Format::tabInterval>},
         {"tqc", setValue<&Format::nextTabType, NSTextTabType::center>},
         {"tqr", setValue<&Format::nextTabType, NSTextTabType::right>},

@@ -106,6 +106,8 @@ struct RTFParagraphFormat {
     std::int32_t minimumLineHeight = 0;
     std::int32_t maximumLineHeight = 0;
     std::int32_t tabInterval = 0;
+    /// Index of a colour; 0 is none.
+    std::int32_t background = 0;
     NSTextTabType nextTabType = NSTextTabType::left;
     /// Null: none.
     std::shared_ptr<const std::vector<NSTextTab>> tabs;

@@ -57,7 +57,7 @@
     // What one element hands down to its text without CSS inheritance doing so.
     function Context(parent) {
         this.link = parent ? parent.link : '';
-        // Backgrounds: that of the nearest inline box, block and table row that have one.
+        // Backgrounds: that of the nearest inline box, block and table or row of one that have one.
         this.back = parent ? parent.back : '';
         this.ground = parent ? parent.ground : '';
         this.rowGround = parent ? parent.rowGround : '';
@@ -375,9 +375,15 @@
                 context.lines |= 2;
         }
         const back = css.backgroundColor === clear ? '' : css.backgroundColor;
-        if (display === 'table-cell' || display === 'table') {
-            context.back = context.ground = '';
-        } else if (display === 'table-row' || display === 'table-row-group' || display === 'table-header-group') {
+        const isTable = (display === 'table' || display === 'inline-table' && tag === 'TABLE') &&
+            !isLayoutTable(element, css);
+        if (isTable) {
+            context.rowGround = back;
+        } else if (display === 'table-cell' && tableWidth > 0) {
+            // The cell shows it.
+            if (back || context.rowGround)
+                context.back = context.ground = '';
+        } else if (tableWidth > 0 && /^table-(row|(row|header|footer)-group)$/.test(display)) {
             context.rowGround = back || context.rowGround;
         } else if (isBlock || inlineBox) {
             context.ground = back || context.ground;
@@ -386,8 +392,6 @@
         } else {
             context.back = back || context.back;
         }
-        if (display === 'table')
-            context.rowGround = '';
         if (!isBlock && !inlineBox && (tag === 'SUP' || tag === 'SUB' || element.hasAttribute('style') ||
             element.hasAttribute('class'))) {
             const place = css.verticalAlign;
@@ -463,7 +467,7 @@
 
         let closes = 0, width = tableWidth, children = null;
         if (isBlock || inlineBox && (tag === 'TABLE')) {
-            if ((display === 'table' || display === 'inline-table') && !isLayoutTable(element, css)) {
+            if (isTable) {
                 openBlock(element, css, display);
                 openTable(element, css);
                 closes = 2;

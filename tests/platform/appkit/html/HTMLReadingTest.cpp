@@ -111,6 +111,12 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
         {"background of a block that the text needs",
          "<div style='background:#222;color:#eee'>x</div><div style='background:#eee'>y</div>",
          "{#eeeeee;on #222222:x}\ny\n"},
+        {"grounds of tables that are none, and around those that are",
+         "<table><tr><td style='background:#900;color:#fff'>a</table><div "
+         "style='display:table;background:#090;color:#fff'>b</div><div style='background:#009'><table "
+         "style='color:#fff'><tr><td>c<td bgcolor=black>d</table></div>",
+         "{#ffffff;on #990000:a}\n{#ffffff;on #009900:b}\n[cell 0,0 of 2] {#ffffff;on #000099:c}\n"
+         "[cell 0,1 of 2] {#ffffff:d}\n"},
         {"up, down", "x<sup>2<sup>3</sup></sup><sub>4</sub>", "x{10;super 1:2}{9;super 2:3}{10;super -1:4}"},
         {"letters apart, letters changed",
          "<p style='letter-spacing:2px;text-transform:uppercase'>stra\u00DFe<p "
@@ -280,6 +286,13 @@ TEST(HTMLReadingTest, TableCellsSayHowTheyLook) {
     EXPECT_NEAR(cell.width->value, 25, 1);
     EXPECT_EQ(cell.table->backgroundColor, (NSColor{1, 1, 0, 1}));
     EXPECT_TRUE(cell.table->collapsesBorders);
+    EXPECT_EQ(read("<table bgcolor=yellow><tr><td>a<td>b</table>")
+                  .runAtIndex(0)
+                  .attributes->style()
+                  .textBlocks.at(0)
+                  ->backgroundColor,
+              (NSColor{1, 1, 0, 1}))
+        << "other readers know no grounds of tables";
     EXPECT_EQ(cell.table, text.runAtIndex(2).attributes->style().textBlocks.at(0)->table);
 }
 

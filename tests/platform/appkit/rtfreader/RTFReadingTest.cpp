@@ -172,6 +172,11 @@ TEST(RTFReading, Characters) {
          "{\\colortbl;\\red255\\green51\\blue0;;\\red0\\green0\\blue255;}{\\*\\expandedcolortbl;;"
          "\\cssrgb\\c0\\c50000\\c100000\\c20000;}\\cf1 a\\cf2\\cb3 b\\cf3\\highlight0 c\\cf0 d\\cf9 e",
          "'a' color=1,0.2,0,1; 'b' color=0,0.5,1,0.2 behind=0,0,1,1; 'c' color=0,0,1,1; 'de'"},
+        {"grounds of paragraphs, where the text needs them",
+         "{\\colortbl;\\red255\\green255\\blue255;\\red153;}\\cbpat2\\cf1 a\\cf0 b{\\cf1\\cb1 c}\\par"
+         "\\pard\\cf1 d\\par\\cbpat1 e\\par\\cf2\\cbpat2 f",
+         "'a' color=1,1,1,1 behind=0.6,0,0,1; 'b'; 'c' color=1,1,1,1 behind=1,1,1,1; '|'; 'd|e|' "
+         "color=1,1,1,1; 'f' color=0.6,0,0,1"},
         {"colours that are stated in part",
          "{\\colortbl;\\red255;;\\blue255;}{\\*\\expandedcolortbl;\\csgray\\c50000\\c25000;;\\cssrgb\\c1;}"
          "\\cf1 a\\cf2 b\\cf3 c",
