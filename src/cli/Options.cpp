@@ -381,8 +381,8 @@ Examples:
     }
 
     void finish() {
-        if (!file_.empty())
-            options_.files = {file_};
+        if (file_)
+            options_.files = {*file_};
         options_.mayUseImporters = !refusesImporters_;
         if (std::ranges::count(options_.files, "") > 0)
             refuse("FILE: a name is empty");
@@ -448,7 +448,7 @@ Examples:
         "Asks the conversion service on this machine what is in files: their metadata, text, pictures.",
         "plumwick"};
     Options options_;
-    std::string file_;
+    std::optional<std::string> file_;
     std::string baseURL_;
     std::string charset_;
     std::optional<std::string> recent_;

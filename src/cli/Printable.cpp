@@ -23,6 +23,11 @@ bool turnsOrBreaksLines(char16_t unit) {
            (unit >= 0x2066 && unit <= 0x2069);
 }
 
+/// Those that are no line ends to files of text and terminals.
+bool isLineEnd(char16_t unit) {
+    return unit == u'\f' || unit == 0x2028 || unit == 0x2029;
+}
+
 enum class Bytes : std::uint8_t { notThere, asSurrogates };
 
 class Escaper {
@@ -41,7 +46,7 @@ public:
             } else if (lineEnds_ == LineEnds::kept && unit == u'\r') {
                 if (index + 1 == text.size() || text[index + 1] != u'\n')
                     plain_ += u'\n';
-            } else if (lineEnds_ == LineEnds::kept && unit == u'\f') {
+            } else if (lineEnds_ == LineEnds::kept && isLineEnd(unit)) {
                 plain_ += u'\n';
             } else if (isControl(unit) && !isKept) {
                 put(fmt::format("\\x{:02X}", static_cast<unsigned>(unit)));
@@ -68,6 +73,12 @@ private:
 
 std::string printable(std::u16string_view text, LineEnds lineEnds) {
     return Escaper(lineEnds, Bytes::notThere).escape(text);
+}
+
+NSString withLineFeeds(const NSString& text) {
+    std::u16string units(text.characters());
+    std::ranges::replace_if(units, isLineEnd, u'\n');
+    return NSString(std::u16string_view(units));
 }
 
 std::string printableFileName(std::string_view bytes) {

@@ -17,6 +17,9 @@ enum class LineEnds : std::uint8_t { kept, escaped };
 /// them.
 std::string printable(std::u16string_view text, LineEnds lineEnds = LineEnds::escaped);
 
+/// With a line feed in the place of each line separator, paragraph separator and form feed.
+NSString withLineFeeds(const NSString& text);
+
 /// A name in file-system bytes; bytes that are not UTF-8 become escapes such as "\xE9".
 std::string printableFileName(std::string_view bytes);
 

@@ -23,7 +23,7 @@ ExitStatus runReadDocument(Session& session, const std::string& file) {
         session.complain(subject + ": is a document without text");
         return ExitStatus::noAnswer;
     }
-    session.output().write(linesOfText(text, session.output()));
+    session.output().write(linesOfText(withLineFeeds(text), session.output()));
     return ExitStatus::answered;
 }
 

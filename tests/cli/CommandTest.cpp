@@ -39,6 +39,7 @@ TEST_F(CommandTest, StatusesOfTheProcess) {
         {"option of another subcommand", {"pdf-text", "--no-importers", "text.zzz"}, 2, "--no-importers"},
         {"no file", {"metadata"}, 2, "FILE"},
         {"two files for one", {"web-archive", "text.zzz", "text.zzz"}, 2, "text.zzz"},
+        {"file without a name", {"read-document", ""}, 2, "FILE: a name is empty"},
         {"nowhere to write", {"html-to-rtfd", "page.html"}, 2, "-o"},
         {"base that is no URL", {"html-to-rtfd", "page.html", "--base-url", "a b", "-o", "x"}, 2, "a b"},
         {"base that is relative", {"html-to-rtfd", "page.html", "--base-url", "a/b", "-o", "x"}, 2, "a/b"},
@@ -250,6 +251,8 @@ TEST_F(CommandTest, WritesRichTextInTheFormOfTheName) {
 TEST_F(CommandTest, PrintsTheTextOfDocuments) {
     files.write("letter.doc", tests::officeOpenXML("Dear reader", "A Letter"));
     files.write("empty.txt", "");
+    files.write("lines.rtf", "{\\rtf1 a\\line b\\par c\\page d\\u8233?e}");
+    EXPECT_EQ(plumwick({"read-document", "lines.rtf"}).output, "a\nb\nc\nd\ne\n");
     const Outcome read = plumwick({"read-document", "letter.doc"});
     EXPECT_EQ(read.status, 0) << read.errors;
     EXPECT_EQ(read.output.find("Dear reader["), 0u) << read.output;

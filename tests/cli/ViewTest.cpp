@@ -49,7 +49,11 @@ TEST(Printable, Figures) {
 TEST(TextView, WholeTextsArePrintableOnTerminals) {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(terminal, 0);
-    EXPECT_EQ(linesOfText(u"a\x1B[2J\fb\n", Output(terminal)), "a\\x1B[2J\nb\n");
+    EXPECT_EQ(linesOfText(u"a\x1B[2J\fb\x2028"
+                          u"c\x2029"
+                          u"d\n",
+                          Output(terminal)),
+              "a\\x1B[2J\nb\nc\nd\n");
     close(terminal);
     EXPECT_EQ(linesOfText(u"\x1B\f", Output(-1)), "\x1B\f\n");
     EXPECT_EQ(linesOfText(u"", Output(-1)), "");
