@@ -3,6 +3,7 @@
 #include "platform/appkit/rtfreader/RTFWords.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kelvo {
 namespace {
@@ -133,38 +134,61 @@ void RTFListTable::setText(std::u16string_view text) {
         level->text = withoutSemicolon(text);
 }
 
+/// Of a level's text, what stands before the number of its own, with "{1}" for the outermost level's number.
+/// Empty without a number of another level there.
+std::u16string RTFListTable::enclosingNumbers(std::u16string_view before) {
+    std::u16string format;
+    bool hasNumber = false;
+    for (const char16_t unit : before) {
+        if (unit < levelCount) {
+            hasNumber = true;
+            format.append({u'{', static_cast<char16_t>(u'1' + unit), u'}'});
+        } else {
+            format += unit;
+        }
+    }
+    return hasNumber ? format : std::u16string();
+}
+
 NSTextList RTFListTable::makeList(const Level& level, int index) {
     NSTextList list;
     list.startingItemNumber = level.startingNumber.value_or(1);
-    if (!level.marker.empty()) {
-        list.markerFormat = NSString(level.marker);
-        return list;
-    }
     // The first unit is the length; units below the count of levels stand for the numbers of levels.
     std::u16string_view text = level.text;
     if (!text.empty())
         text.remove_prefix(1);
+    const std::size_t own = text.find(static_cast<char16_t>(index));
+    const bool isNumbered = own != std::u16string_view::npos;
+    std::u16string_view before = text.substr(0, isNumbered ? own : text.size());
+    if (!level.marker.empty()) {
+        list.markerFormat = NSString(level.marker);
+        const std::u16string_view literal =
+            std::u16string_view(level.marker).substr(0, level.marker.find(u'{'));
+        if (isNumbered && before.ends_with(literal))
+            list.enclosingNumbersFormat =
+                NSString(enclosingNumbers(before.substr(0, before.size() - literal.size())));
+        return list;
+    }
     if (level.kind == bulletKind) {
         list.markerFormat = markerFormatOfBullet(text);
         return list;
     }
-    std::u16string before;
-    std::u16string after;
-    bool isBehind = false;
-    for (const char16_t unit : text) {
-        if (unit == index)
-            isBehind = true;
-        else if (unit < levelCount) // The number of an outer level, which a format cannot say.
-            before.clear();
-        else
-            (isBehind ? after : before) += unit;
+    const std::u16string enclosing = enclosingNumbers(before);
+    if (!enclosing.empty() && isNumbered) {
+        list.enclosingNumbersFormat = NSString(std::u16string_view(enclosing));
+        before = {};
     }
-    // A mark between the numbers of two levels is not one before the item's own.
-    if (isBehind && text.find_first_of(std::u16string_view(u"\0\1\2\3\4\5\6\7", 8)) < text.find(index) &&
-        !before.empty() && (before[0] == u'.' || before[0] == u'-'))
-        before.erase(0, 1);
-    const char16_t* const kind = level.kind == emptyKind || !isBehind ? u"" : kindNamed(level.kind);
-    list.markerFormat = NSString(std::u16string_view(before + kind + after));
+    std::u16string format;
+    const auto addLiteral = [&format](std::u16string_view units) {
+        std::ranges::copy_if(units, std::back_inserter(format),
+                             [](char16_t unit) { return unit >= levelCount; });
+    };
+    addLiteral(before);
+    if (isNumbered && level.kind != emptyKind)
+        format += kindNamed(level.kind);
+    if (isNumbered)
+        addLiteral(text.substr(own + 1));
+    list.markerFormat = NSString(std::u16string_view(format));
     return list;
 }
 

@@ -52,6 +52,7 @@ private:
     void addLevel();
     Level* currentLevel();
     Definition& current();
+    static std::u16string enclosingNumbers(std::u16string_view before);
     static NSTextList makeList(const Level& level, int index);
 
     bool isInOverrides_ = false;

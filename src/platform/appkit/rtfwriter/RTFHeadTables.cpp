@@ -68,6 +68,34 @@ void writeHexByte(RTFOutput& output, std::size_t byte) {
     output.raw(lowerHexDigits.substr(byte & 15, 1));
 }
 
+/// What the items of a level are marked with, and where in it, from 1, the numbers of levels stand.
+struct LevelText {
+    void addLiteral(std::u16string_view units) {
+        written.string(units);
+        length += units.size();
+    }
+    void addNumber(std::size_t level) {
+        writeHexByte(written, level);
+        places.push_back(++length);
+    }
+    /// Numbers of levels that are not around the own one are literal text.
+    void addEnclosing(std::u16string_view format, std::size_t depth) {
+        while (!format.empty()) {
+            const bool isNumber = format.size() >= 3 && format[0] == u'{' && format[2] == u'}' &&
+                                  format[1] >= u'1' && format[1] < u'1' + static_cast<int>(depth);
+            if (isNumber)
+                addNumber(static_cast<std::size_t>(format[1] - u'1'));
+            else
+                addLiteral(format.substr(0, 1));
+            format.remove_prefix(isNumber ? 3 : 1);
+        }
+    }
+
+    RTFOutput written;
+    std::size_t length = 0;
+    std::vector<std::size_t> places;
+};
+
 } // namespace
 
 std::int32_t RTFFontNumbers::numberOfFont(const NSFont& font) {
@@ -221,15 +249,17 @@ void RTFListNumbers::writeLevel(const Level& level, std::size_t depth, std::int3
         output.raw(";}{");
         output.word("levelnumbers");
     } else {
-        const std::u16string_view prefix = format.prefix.substr(0, maximumText / 2);
-        const std::u16string_view suffix = format.suffix.substr(0, maximumText / 2);
-        writeHexByte(output, prefix.size() + 1 + suffix.size());
-        output.string(prefix);
-        writeHexByte(output, depth);
-        output.string(suffix);
+        LevelText text;
+        text.addEnclosing(list.enclosingNumbersFormat.characters().substr(0, maximumText / 3), depth);
+        text.addLiteral(format.prefix.substr(0, maximumText / 3));
+        text.addNumber(depth);
+        text.addLiteral(format.suffix.substr(0, maximumText / 3));
+        writeHexByte(output, text.length);
+        output.raw(text.written.bytes());
         output.raw(";}{");
         output.word("levelnumbers");
-        writeHexByte(output, prefix.size() + 1);
+        for (const std::size_t place : text.places)
+            writeHexByte(output, place);
     }
     output.raw(";}");
     output.word("fi", indents.firstLine);

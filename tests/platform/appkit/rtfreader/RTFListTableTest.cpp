@@ -18,7 +18,9 @@ void applyWords(Table& table, std::string_view source) {
 }
 
 std::string formatOf(const NSTextList& list) {
-    return list.markerFormat.UTF8String() + '@' + std::to_string(list.startingItemNumber);
+    const std::string enclosing = list.enclosingNumbersFormat.UTF8String();
+    return (enclosing.empty() ? "" : enclosing + " + ") + list.markerFormat.UTF8String() + '@' +
+           std::to_string(list.startingItemNumber);
 }
 
 /// The lists at a place from the outermost on.
@@ -44,11 +46,12 @@ TEST(RTFListTableTest, Formats) {
         {"text on both sides", 0, 0, u"\x03No \0:"sv, "No {decimal}:"},
         {"text without a number", 0, 0, u"\x04Part"sv, "Part"},
         {"no text", 0, 0, u""sv, ""},
-        {"the number of the outer level", 4, 1, u"\x04\0.\1)"sv, "{lower-alpha})"},
-        {"numbers of outer levels", 0, 2, u"\x05\0-\1-\2"sv, "{decimal}"},
-        {"a mark that does not separate numbers", 0, 1, u"\x04\0 (\1)"sv, " ({decimal})"},
+        {"the number of the outer level", 4, 1, u"\x04\0.\1)"sv, "{1}. + {lower-alpha})"},
+        {"numbers of outer levels", 0, 2, u"\x05\0-\1-\2"sv, "{1}-{2}- + {decimal}"},
+        {"two signs between the numbers", 0, 1, u"\x04\0 (\1)"sv, "{1} ( + {decimal})"},
         {"a dot that separates nothing", 0, 1, u"\x02.\1"sv, ".{decimal}"},
-        {"text before the numbers of outer levels", 0, 1, u"\x04§\0.\1"sv, "{decimal}"},
+        {"text before the numbers of outer levels", 0, 1, u"\x04§\0.\1"sv, "§{1}. + {decimal}"},
+        {"an inner level's number is none here", 0, 0, u"\x03\0.\1"sv, "{decimal}."},
         {"only the number of an outer level", 0, 1, u"\x02\0."sv, "."},
     };
     for (const auto& [name, kind, innermost, text, format] : rows) {
@@ -77,6 +80,8 @@ TEST(RTFListTableTest, Overrides) {
     table.beginList();
     beginLevel("\\listlevel\\levelnfc23", u"\1o;"sv);
     table.setMarker(u"<{circle}>");
+    beginLevel("\\listlevel\\levelnfc0", u"\6§\0.(\1);"sv);
+    table.setMarker(u"({decimal})");
     applyWords(table, "\\listid8");
     table.beginList();
     beginLevel("\\listlevel\\levelnfc1", u"\1\0;"sv);
@@ -98,7 +103,8 @@ TEST(RTFListTableTest, Overrides) {
     expect(5, 0, "", "an override of no list");
     expect(9, 0, "", "numbers are given by overrides");
     expect(1, -1, "{decimal}.@3", "a level below the first");
-    expect(4, 2, "<{circle}>@1 @1 @1", "levels that are not defined");
+    expect(4, 2, "<{circle}>@1 §{1}. + ({decimal})@1 @1",
+           "such a marker behind numbers; a level not defined");
     EXPECT_EQ(table.listsOf(1, 99).size(), std::size_t{RTFListTable::levelCount});
     EXPECT_EQ(table.listsOf(1, 0)[0], table.listsOf(1, 8)[0]) << "the same object";
     EXPECT_NE(table.listsOf(2, 0)[0], table.listsOf(1, 0)[0]) << "overrides count by themselves";

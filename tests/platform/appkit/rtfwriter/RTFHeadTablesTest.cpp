@@ -82,7 +82,9 @@ TEST(RTFHeadTablesTest, PlacesOfLists) {
 TEST(RTFHeadTablesTest, Lists) {
     RTFListNumbers lists;
     const auto outer = list(u"({upper-roman}).", 7);
-    const auto inner = list(u"{octal}{x");
+    NSTextList numbered{u"{octal}{x", 1};
+    numbered.enclosingNumbersFormat = u"{1}.{2}";
+    const auto inner = std::make_shared<const NSTextList>(numbered);
     lists.placeOfLists({outer, inner, list(u"{lower-greek}")}, {1000, -200});
     lists.placeOfLists({outer}, {500, 40});
     lists.placeOfLists({outer, inner}, {1440, -360});
@@ -97,7 +99,8 @@ TEST(RTFHeadTablesTest, Lists) {
                   "\\fi40\\li500\\lin500 }{\\listlevel\\levelnfc0\\levelnfcn0" +
                   rest +
                   "1\\levelspace360\\levelindent0{\\*\\levelmarker "
-                  "\\{octal\\}\\{x}{\\leveltext\\leveltemplateid2\\'03\\'01\\{x;}{\\levelnumbers\\'01;}\\fi-"
+                  "\\{octal\\}\\{x}{\\leveltext\\leveltemplateid2\\'08\\'00.\\{2\\}\\'01\\{x;}{"
+                  "\\levelnumbers\\'01\\'06;}\\fi-"
                   "360\\li1440\\lin1440 }{\\listlevel\\levelnfc0\\levelnfcn0" +
                   rest +
                   "1\\levelspace360\\levelindent0{\\*\\levelmarker "
@@ -113,7 +116,7 @@ TEST(RTFHeadTablesTest, Lists) {
     RTFListNumbers longOnes;
     longOnes.placeOfLists(
         {list((std::u16string(300, u'<') + u"{decimal}" + std::u16string(300, u'>')).c_str())}, {});
-    EXPECT_NE(written(longOnes).find("\\'c9<"), std::string::npos) << "lengths are bytes";
+    EXPECT_NE(written(longOnes).find("\\'85<"), std::string::npos) << "lengths are bytes";
 }
 
 } // namespace
