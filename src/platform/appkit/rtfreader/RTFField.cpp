@@ -44,6 +44,16 @@ public:
     }
     bool isSwitch(const std::u16string& word) const { return !wasQuoted_ && word.starts_with(u'\\'); }
 
+    /// What comes after the words so far, without the blanks around it.
+    std::u16string_view rest() const {
+        std::u16string_view rest = rest_;
+        while (!rest.empty() && isBlank(rest.front()))
+            rest.remove_prefix(1);
+        while (!rest.empty() && isBlank(rest.back()))
+            rest.remove_suffix(1);
+        return rest;
+    }
+
 private:
     std::u16string_view rest_;
     bool wasQuoted_ = false;
@@ -96,6 +106,8 @@ RTFField RTFField::parse(std::u16string_view instruction) {
         return field;
     if (equalsASCIIIgnoringCase(std::u16string_view(word), u"hyperlink")) {
         field.link = linkOf(words);
+    } else if (equalsASCIIIgnoringCase(std::u16string_view(word), u"macrobutton") && words.next(word)) {
+        field.text = words.rest();
     } else if (equalsASCIIIgnoringCase(std::u16string_view(word), u"symbol") && words.next(word)) {
         field.symbol = number(word);
         while (words.next(word)) {

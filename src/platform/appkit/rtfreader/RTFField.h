@@ -17,6 +17,8 @@ struct RTFField {
     std::optional<std::int32_t> symbol;
     NSString symbolFont;
     bool isSymbolUnicode = false;
+    /// What a button shows, which is no result but stands in the instruction; empty for other fields.
+    std::u16string text;
 
     /// `instruction` is the text between the braces: a name, arguments that may be quoted, and switches.
     static RTFField parse(std::u16string_view instruction);

@@ -79,6 +79,14 @@ void RTFCharacterState::setBackground(RTFCharacterState& state, const RTFToken& 
     state.format_.background = token.parameter > 0 ? token.parameter : -1;
 }
 
+template <RTFCharacterState::Capitals capitals>
+void RTFCharacterState::setCapitals(RTFCharacterState& state, const RTFToken& token) {
+    if (isOn(token))
+        state.capitals_ = capitals;
+    else if (state.capitals_ == capitals)
+        state.capitals_ = Capitals::asWritten;
+}
+
 void RTFCharacterState::endRightToLeft(RTFCharacterState& state, const RTFToken&) {
     state.isRightToLeft_ = false;
 }
@@ -183,6 +191,8 @@ std::span<const RTFWord<RTFCharacterState>> RTFCharacterState::words() {
              state.format_.kernTwips = std::clamp(token.parameter, -100000, 100000) * 5;
          }},
         {"expndtw", [](State& state, const Token& token) { state.format_.kernTwips = token.parameter; }},
+        {"caps", setCapitals<Capitals::all>},
+        {"scaps", setCapitals<Capitals::small>},
         {"v", [](State& state, const Token& token) { state.isHidden_ = isOn(token); }},
         {"deleted", [](State& state, const Token& token) { state.isDeleted_ = isOn(token); }},
         {"ulnone", [](State& state, const Token&) { state.format_.underline = NSUnderlineStyleNone; }},

@@ -58,6 +58,8 @@ public:
     std::int32_t effectiveFont() const {
         return isRightToLeft_ && otherFont_ >= 0 ? otherFont_ : format_.font;
     }
+    enum class Capitals : std::uint8_t { asWritten, all, small };
+    Capitals capitals() const { return capitals_; }
     /// Hidden or deleted.
     bool isInvisible() const { return isHidden_ || isDeleted_; }
 
@@ -65,6 +67,8 @@ private:
     template <NSUnderlineStyle style>
     static void setUnderline(RTFCharacterState& state, const RTFToken& token);
     static void setBackground(RTFCharacterState& state, const RTFToken& token);
+    template <Capitals capitals>
+    static void setCapitals(RTFCharacterState& state, const RTFToken& token);
     static void endRightToLeft(RTFCharacterState& state, const RTFToken& token);
 
     RTFCharacterFormat format_;
@@ -74,6 +78,7 @@ private:
     std::int8_t otherBold_ = -1;
     std::int8_t otherItalic_ = -1;
     bool isRightToLeft_ = false;
+    Capitals capitals_ = Capitals::asWritten;
     bool isHidden_ = false;
     bool isDeleted_ = false;
 };

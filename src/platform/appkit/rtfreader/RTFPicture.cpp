@@ -131,7 +131,15 @@ const char* RTFPicture::kindByContents() const {
     return kind_;
 }
 
+void RTFPicture::fillShape(std::int64_t width, std::int64_t height) {
+    constexpr std::int64_t largest = 2000000;
+    if (width > 0 && height > 0 && width < largest && height < largest)
+        shapeSize_ = {static_cast<float>(width) / 20, static_cast<float>(height) / 20};
+}
+
 NSSize RTFPicture::displaySize() const {
+    if (shapeSize_.width > 0)
+        return shapeSize_;
     std::int32_t width = goalWidth_;
     std::int32_t height = goalHeight_;
     // Metafiles that are scaled state their size in 1/100 mm where they state no other.

@@ -1,6 +1,9 @@
 #include "platform/appkit/rtfreader/RTFReader.h"
 
 #include "platform/appkit/rtfreader/RTFCharacters.h"
+#include "platform/foundation/NSMutableString.h"
+#include "platform/foundation/encodings/CFString.h"
+#include "platform/foundation/encodings/NSCharacterSet.h"
 #include "platform/ledger/RequestNotes.h"
 
 #include <algorithm>
@@ -258,6 +261,11 @@ void RTFReader::setDocumentCodePage(RTFReader& reader, const RTFToken&) {
     reader.state().isCodePageKnown = false;
 }
 
+template <std::size_t edge>
+void RTFReader::setShapeEdge(RTFReader& reader, const RTFToken& token) {
+    reader.state().shape[edge] = token.parameter;
+}
+
 std::span<const RTFWord<RTFReader>> RTFReader::words() {
     using Reader = RTFReader;
     static constexpr RTFWord<Reader> words[] = {
@@ -282,6 +290,10 @@ std::span<const RTFWord<RTFReader>> RTFReader::words() {
              reader.state().unicodeSkip = std::clamp(token.parameter, 0, 1000);
          }},
         {"u", [](Reader& reader, const RTFToken& token) { reader.readUnicode(token.parameter); }},
+        {"shpleft", setShapeEdge<0>},
+        {"shptop", setShapeEdge<1>},
+        {"shpright", setShapeEdge<2>},
+        {"shpbottom", setShapeEdge<3>},
     };
     return words;
 }
@@ -398,7 +410,9 @@ void RTFReader::readUnicode(std::int32_t number) {
         return appendUnits({units, 2});
     }
     const auto unit = static_cast<char16_t>(number);
-    if (unit != 0)
+    // In the documents of others a line end that is stated like that means nothing: the end of a form's field.
+    const bool isLineEnd = unit == u'\n' || unit == u'\r';
+    if (unit != 0 && (!isLineEnd || info_.isOfPlatform()))
         appendUnit(charsets_.unitOfSign(unit, codePage()));
 }
 
@@ -418,7 +432,8 @@ void RTFReader::readBytes(std::string_view bytes) {
     case Destination::packageName:
         return packageMark_.appendName(bytes);
     case Destination::body:
-        if (bytes_.empty() && !state().isPackageMarkNext && isPlain(bytes) && codePage() >= 0) {
+        if (bytes_.empty() && !state().isPackageMarkNext && isPlain(bytes) && codePage() >= 0 &&
+            state().characters.capitals() == Capitals::asWritten) {
             if (!state().characters.isInvisible())
                 state().story->appendASCII(bytes, characterFormat());
             return;
@@ -487,7 +502,7 @@ void RTFReader::appendToBody(std::u16string_view units) {
         const auto control = std::ranges::find_if(units, isControl);
         const auto plain = static_cast<std::size_t>(control - units.begin());
         if (plain > 0)
-            state().story->append(units.substr(0, plain), characterFormat());
+            appendCharacters(units.substr(0, plain));
         units.remove_prefix(plain);
         if (units.empty())
             return;
@@ -498,6 +513,32 @@ void RTFReader::appendToBody(std::u16string_view units) {
             endParagraph(unit, state().paragraph.tableLevel());
         else if (unit != 0 && unit != NSAttachmentCharacter)
             state().story->append({&unit, 1}, characterFormat());
+    }
+}
+
+/// Attributed text knows no capitals that are not written as such.
+void RTFReader::appendCharacters(std::u16string_view units) {
+    const Capitals capitals = state().characters.capitals();
+    if (capitals == Capitals::asWritten)
+        return state().story->append(units, characterFormat());
+    const NSCharacterSet& lowercase = NSCharacterSet::lowercaseLetterCharacterSet();
+    while (!units.empty()) {
+        const bool isSmall = capitals == Capitals::small && lowercase.characterIsMember(units.front());
+        const auto end =
+            capitals == Capitals::all ? units.end() : std::ranges::find_if(units, [&](char16_t unit) {
+                return lowercase.characterIsMember(unit) != isSmall;
+            });
+        const std::u16string_view piece(units.begin(), end);
+        NSMutableString raised = NSMutableString::stringWithCharacters(piece);
+        CFStringUppercase(raised);
+        std::uint32_t format = characterFormat();
+        if (isSmall) {
+            RTFCharacterFormat smaller = definitions_.characterFormats[format];
+            smaller.size = smaller.size * 4 / 5;
+            format = definitions_.characterFormats.indexOf(smaller);
+        }
+        state().story->append(raised.characters(), format);
+        units.remove_prefix(piece.size());
     }
 }
 

@@ -13,6 +13,8 @@
 #include "platform/appkit/rtfreader/RTFWords.h"
 #include "platform/foundation/NSDictionary.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -38,6 +40,8 @@ public:
     NSDictionary documentAttributes() const { return info_.documentAttributes(package_ != nullptr); }
 
 private:
+    using Capitals = RTFCharacterState::Capitals;
+
     /// What becomes of the text in a group.
     enum class Destination : std::uint8_t {
         body,
@@ -87,6 +91,8 @@ private:
         std::uint8_t storyDepth = 0;
         std::int32_t unicodeSkip = 1;
         std::int32_t link = -1;
+        /// The left, top, right and bottom edge of the shape around it, in twips.
+        std::array<std::int32_t, 4> shape{};
         RTFStory* story = nullptr;
     };
 
@@ -113,6 +119,8 @@ private:
     static bool enter(RTFReader& reader, const GroupWord& word);
     static bool enterStory(RTFReader& reader, const GroupWord& word);
     static bool readOn(RTFReader&, const GroupWord&) { return true; }
+    template <std::size_t edge>
+    static void setShapeEdge(RTFReader& reader, const RTFToken& token);
     template <RTFCodePage page>
     static void setDocumentCodePage(RTFReader& reader, const RTFToken& token);
     void endStory(bool isNote);
@@ -121,6 +129,7 @@ private:
     void flushBytes();
     void appendUnits(std::u16string_view units);
     void appendUnit(char16_t unit) { appendUnits({&unit, 1}); }
+    void appendCharacters(std::u16string_view units);
     void appendToBody(std::u16string_view units);
     void appendAttachment(std::shared_ptr<const NSTextAttachment> attachment);
 

@@ -128,7 +128,11 @@ std::span<const RTFReader::GroupWord> RTFReader::groupWords() {
          },
          [](Reader& reader, const State&) { reader.endPackageMark(); }},
         // Shapes.
-        {"shpinst", anywhere, enter<Destination::wordsOnly>},
+        {"shpinst", anywhere,
+         [](Reader& reader, const Word& word) {
+             reader.state().shape = {};
+             return enter<Destination::wordsOnly>(reader, word);
+         }},
         {"sp", anywhere, enter<Destination::wordsOnly>},
         {"do", anywhere, enter<Destination::wordsOnly>},
         {"sn", in(Destination::wordsOnly), enter<Destination::captured>,
@@ -237,6 +241,7 @@ bool RTFReader::enterStory(RTFReader& reader, const GroupWord& word) {
     state.group = &word;
     state.paragraph = RTFParagraphFormat();
     state.paragraphFormat = -1;
+    state.shape = {};
     ++state.storyDepth;
     return true;
 }
@@ -254,6 +259,8 @@ void RTFReader::endStory(bool isNote) {
 }
 
 void RTFReader::endPicture() {
+    const auto [left, top, right, bottom] = state().shape;
+    picture_.fillShape(std::int64_t{right} - left, std::int64_t{bottom} - top);
     if (auto attachment =
             std::exchange(picture_, RTFPicture()).attachmentNumbered(definitions_.attachments.size() + 1)) {
         hasShapePicture_ = true;
@@ -288,9 +295,11 @@ void RTFReader::endField() {
         state().link = entry->second;
         state().format = -1;
     }
-    if (!field.symbol || state().destination != Destination::body)
+    if (state().destination != Destination::body || (!field.symbol && field.text.empty()))
         return;
     state().isFieldShown = true;
+    if (!field.symbol)
+        return appendUnits(field.text);
     const std::int32_t symbol = *field.symbol;
     if (field.isSymbolUnicode || symbol > 0xFF) {
         readUnicode(symbol);

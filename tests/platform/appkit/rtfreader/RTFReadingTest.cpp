@@ -41,6 +41,7 @@ TEST(RTFReading, Text) {
         {"two bytes a character, across escapes", "\\f2\\'82\\'6c\\'83\\\\\\'83^\\'82\r\n\\'72", "ＭソタＳ"},
         {"half a character", "\\f2\\'96\\tab", "–\t"},
         {"signs", "\\f3 ab\\'b7\\u-4031?{\\f4\\'fc\\u61607?}", "αβ•Α✓▪"},
+        {"letters that are signs", "\\f4 J!^\\'82\\u61514?", "☺\uF021♈②☺"},
         {"Unicode and its stand-ins",
          "\\u8364?\\uc2\\u8364ab{\\uc0\\u8364}\\u-10179\\'3f?\\u-8704\\'3f\\'3fz", "€€€😀z"},
         {"words of characters",
@@ -72,6 +73,11 @@ TEST(RTFReading, Text) {
          "\t1.\ta\n\t·\tb\nc"},
         {"objects show their results", "{\\object{\\*\\objdata 00}{\\result r}}", "r"},
         {"signs as fields", "{\\field{\\*\\fldinst SYMBOL 97 \\\\f \"Symbol\"}{\\fldrslt\\f3 x}}", "α"},
+        {"buttons",
+         "{\\field{\\*\\fldinst{MACROBUTTON X  [Click {\\b here}] }}{\\fldrslt y}}{\\field{\\*\\fldinst "
+         "MACROBUTTON}{\\fldrslt z}}",
+         "[Click here]z"},
+        {"line ends of fields that mean nothing", "a\\u13\\'0db\\u10?c{\\cocoartf1\\u13?d}", "abc\rd"},
         {"a document within a document", "a{\\rtf1{\\fonttbl{\\f9 X;}}b}c", "abc"},
         {"nothing after the end", "a}b", "a"},
     };
@@ -168,6 +174,11 @@ TEST(RTFReading, Characters) {
          "'g'"},
         {"up and down", "\\super a\\super2 b\\sub c\\nosupersub\\up4 d\\dn6 e\\up0\\expnd4 f\\expndtw10 g",
          "'a' super=1; 'b' super=2; 'c' super=-1; 'd' up=2; 'e' up=-3; 'f' kern=1; 'g' kern=0.5"},
+        {"capitals",
+         "{\\caps a\\'df{\\caps0 a}}{\\fs20\\scaps b1 B\\'e9\\u1073?B\\scaps0 c}\\caps\\caps0 "
+         "d{\\scaps\\caps0 e}",
+         "'ASSa'; 'B' size=8; '1 B' size=10; '\u00C9\u0411' size=8; 'Bc' size=10; 'd'; 'E' "
+         "size=9.6"},
         {"colours",
          "{\\colortbl;\\red255\\green51\\blue0;;\\red0\\green0\\blue255;}{\\*\\expandedcolortbl;;"
          "\\cssrgb\\c0\\c50000\\c100000\\c20000;}\\cf1 a\\cf2\\cb3 b\\cf3\\highlight0 c\\cf0 d\\cf9 e",
@@ -206,6 +217,8 @@ TEST(RTFReading, Paragraphs) {
         {"the words at its end hold for all of a paragraph", "a\\qc b\\par\\pard c{\\qr d}\\par",
          "'ab|' align=-2; 'cd|'"},
         {"words of the last one, without an end", "\\pard\\qj\\rtlpar a", "'a' align=-1 direction=2"},
+        {"notes stand where they say, not as their anchors do",
+         "\\qr a{\\footnote b}\\par\\qc{\\footnote\\qj{c\\par d}}", "'a|' align=-3; 'b|'; 'c|d|' align=-1"},
         {"lengths", "\\li720\\fi-360\\ri200\\sb20\\sa40\\slleading60\\pardeftab400\\outlinelevel2 a",
          "'a' first=18 head=36 tail=-10 before=1 after=2 spacing=3 heading=3 tabs=20"},
         {"no space between neighbours of one style",
@@ -343,6 +356,13 @@ TEST(RTFReading, Pictures) {
         {"the worse one when there is none better",
          "{\\*\\shppict{\\pict\\pngblip}}{\\nonshppict{\\pict\\jpegblip 02}}",
          "'\uFFFC' file=picture-1.jpg/1"},
+        {"floating ones are as large as their shapes; those in the text of one as they say",
+         "{\\shp{\\*\\shpinst\\shpleft-20\\shptop0\\shpright180\\shpbottom60{\\sp{\\sn "
+         "pib}{\\sv{\\pict\\pngblip"
+         "\\picwgoal20\\pichgoal20 01}}}{\\shptxt{\\pict\\pngblip 02}{\\shp{\\*\\shpinst\\shpleft9{\\sp{\\sn "
+         "pib}{\\sv{\\pict\\pngblip 03}}}}}}}}",
+         "'\uFFFC' file=picture-1.png/1 width=10 height=3; '|'; '\uFFFC' file=picture-2.png/1; '\uFFFC' "
+         "file=picture-3.png/1; '|'"},
         {"of shapes",
          "{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv{\\pict\\pngblip 01}}}{\\sp{\\sn q}{\\sv{\\pict\\pngblip "
          "02}}}}}",
