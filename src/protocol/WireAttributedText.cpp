@@ -45,8 +45,8 @@ NSUnderlineStyle decodeLine(unsigned number) {
 }
 
 void encodeStyle(const NSParagraphStyle& style, wire::ParagraphStyle::Builder builder) {
-    if (!style.textLists.empty() || !style.textBlocks.empty())
-        refuse(u"Text in lists and tables is not sent as attributed text.");
+    if (!style.textLists.empty() || !style.textBlocks.empty() || style.borders != decltype(style.borders){})
+        refuse(u"Text in lists, tables and borders is not sent as attributed text.");
     builder.setAlignment(static_cast<std::uint8_t>(style.alignment));
     builder.setBaseWritingDirection(static_cast<std::int8_t>(style.baseWritingDirection));
     builder.setFirstLineHeadIndent(style.firstLineHeadIndent);

@@ -51,6 +51,9 @@ inline std::string factsOfParagraph(const NSParagraphStyle& style) {
     facts.add(style.tailIndent != 0, "tail ", style.tailIndent);
     facts.add(style.paragraphSpacingBefore != 0, "before ", style.paragraphSpacingBefore);
     facts.add(style.paragraphSpacing != 0, "after ", style.paragraphSpacing);
+    constexpr const char* edges[] = {"left", "above", "right", "below"};
+    for (std::size_t edge = 0; edge < style.borders.size(); ++edge)
+        facts.add(style.borders[edge].width > 0, "line ", edges[edge]);
     facts.add(style.minimumLineHeight != 0, "line ", style.minimumLineHeight);
     for (const auto& list : style.textLists)
         facts.add(true, list->markerFormat.UTF8String());

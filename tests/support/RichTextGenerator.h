@@ -76,6 +76,12 @@ private:
         result.headIndent = quarters(200);
         result.firstLineHeadIndent = quarters(200);
         result.tailIndent = sometimes() ? quarters(400) - 50 : 0;
+        if (sometimes())
+            for (std::size_t edge = below(4); edge < 4; ++edge) {
+                result.borders[edge] = {0.5F + quarters(4),
+                                        sometimes() ? std::optional(color()) : std::nullopt};
+                result.borderSpacing[edge] = quarters(8);
+            }
         result.paragraphSpacing = quarters(50);
         result.paragraphSpacingBefore = sometimes() ? quarters(50) : 0;
         result.lineSpacing = sometimes() ? quarters(20) : 0;

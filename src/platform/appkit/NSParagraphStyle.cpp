@@ -42,7 +42,8 @@ bool operator==(const NSParagraphStyle& left, const NSParagraphStyle& right) {
            left.minimumLineHeight == right.minimumLineHeight &&
            left.maximumLineHeight == right.maximumLineHeight && left.lineSpacing == right.lineSpacing &&
            left.headerLevel == right.headerLevel && left.tabStops == right.tabStops &&
-           left.defaultTabInterval == right.defaultTabInterval && areEqual(left.textLists, right.textLists) &&
+           left.defaultTabInterval == right.defaultTabInterval && left.borders == right.borders &&
+           left.borderSpacing == right.borderSpacing && areEqual(left.textLists, right.textLists) &&
            areEqual(left.textBlocks, right.textBlocks);
 }
 

@@ -45,6 +45,11 @@ struct NSParagraphStyle {
     std::vector<NSTextTab> tabStops;
     /// Past the last tab stop; 0 is the document's.
     float defaultTabInterval = 0;
+    /// Lines around the paragraph, in the order left, top, right, bottom; paragraphs in a row with the same
+    /// ones share them.
+    NSTextTableBlock::Edges<NSTextBlockBorder> borders{};
+    /// Between those and the text.
+    NSTextTableBlock::Edges<float> borderSpacing{};
     /// From the outermost to the innermost. The paragraphs of one list point to the same object.
     std::vector<std::shared_ptr<const NSTextList>> textLists;
     /// The cells that hold the paragraph, from the outermost to the innermost. The paragraphs of one cell

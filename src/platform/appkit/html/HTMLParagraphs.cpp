@@ -23,6 +23,8 @@ constexpr float largestIndent = 288;
 constexpr float largestGap = 72;
 /// Texts that are moved farther are meant not to be seen, and are shown in place.
 constexpr float largestTextIndent = 200;
+/// Of a horizontal line, which is the lower border of an empty paragraph.
+constexpr float ruleWidth = 1;
 constexpr std::size_t deepestList = 32;
 constexpr std::size_t deepestTable = 8;
 
@@ -187,6 +189,7 @@ void Builder::handle(const RenderedPage::Event& event) {
     case Kind::rule:
         endParagraph(true);
         startParagraph();
+        style_.borders[3] = {ruleWidth, NSColor{0.5F, 0.5F, 0.5F, 1}};
         endParagraph(true, true);
         break;
     case Kind::end:

@@ -52,6 +52,12 @@ RTFAssembler::Style RTFAssembler::makeStyle(std::uint32_t index, RTFCellIndex ce
         style.paragraphSpacingBefore = 0;
     if (!spaces.hasAfter)
         style.paragraphSpacing = 0;
+    if (format.borders)
+        for (std::size_t edge = 0; edge < style.borders.size(); ++edge) {
+            const RTFBorder& border = (*format.borders)[edge];
+            style.borders[edge] = border.border(definitions_.colors);
+            style.borderSpacing[edge] = style.borders[edge].width > 0 ? pointsFromTwips(border.space) : 0;
+        }
     if (format.list > 0)
         style.textLists = definitions_.lists.listsOf(format.list, format.listLevel);
     else if (format.oldList >= 0)

@@ -58,6 +58,17 @@ void addTab(RTFParagraphFormat& format, const RTFToken& token) {
     tabs = std::move(longer);
 }
 
+template <unsigned edges>
+void beginBorders(RTFParagraphFormat& format, const RTFToken&) {
+    auto changed = format.borders ? std::make_shared<RTFParagraphFormat::Borders>(*format.borders)
+                                  : std::make_shared<RTFParagraphFormat::Borders>();
+    for (std::size_t edge = 0; edge < changed->size(); ++edge)
+        if (edges >> edge & 1)
+            (*changed)[edge] = {.isStated = true};
+    format.borders = std::move(changed);
+    format.openBorders = edges;
+}
+
 } // namespace
 
 std::size_t RTFCharacterFormat::Hash::operator()(const RTFCharacterFormat& format) const noexcept {
@@ -244,7 +255,9 @@ bool operator==(const RTFParagraphFormat& left, const RTFParagraphFormat& right)
            left.isSpacingContextual == right.isSpacingContextual && left.headerLevel == right.headerLevel &&
            left.outlineLevel == right.outlineLevel && left.listLevel == right.listLevel &&
            numbers(left) == numbers(right) &&
-           (left.tabs == right.tabs || (left.tabs && right.tabs && *left.tabs == *right.tabs));
+           (left.tabs == right.tabs || (left.tabs && right.tabs && *left.tabs == *right.tabs)) &&
+           (left.borders == right.borders ||
+            (left.borders && right.borders && *left.borders == *right.borders));
 }
 
 std::size_t RTFParagraphFormat::Hash::operator()(const RTFParagraphFormat& format) const noexcept {
@@ -260,6 +273,9 @@ std::size_t RTFParagraphFormat::Hash::operator()(const RTFParagraphFormat& forma
     if (format.tabs)
         for (const NSTextTab& tab : *format.tabs)
             hasher.add(static_cast<std::int64_t>(tab.location * 20) * 4 + static_cast<int>(tab.type));
+    if (format.borders)
+        for (const RTFBorder& border : *format.borders)
+            hasher.add(border.isStated ? std::int64_t{border.width} * 4096 + border.color : -1);
     return hasher.hash();
 }
 
@@ -301,6 +317,11 @@ std::span<const RTFWord<RTFParagraphFormat>> RTFParagraphFormat::words() {
         {"intbl", setSwitch<&Format::isInTable>},
         {"itap",
          [](Format& format, const Token& token) { format.nesting = std::clamp(token.parameter, 0, 1000); }},
+        {"brdrl", beginBorders<1>},
+        {"brdrt", beginBorders<2>},
+        {"brdrr", beginBorders<4>},
+        {"brdrb", beginBorders<8>},
+        {"box", beginBorders<15>},
         {"cbpat",
          [](Format& format, const Token& token) { format.background = std::max(token.parameter, 0); }},
         {"pardeftab", setNumber<&Format::tabInterval>},
@@ -310,6 +331,16 @@ std::span<const RTFWord<RTFParagraphFormat>> RTFParagraphFormat::words() {
         {"tx", addTab},
     };
     return words;
+}
+
+void RTFParagraphFormat::applyToBorders(const RTFWord<RTFBorder>& word, const RTFToken& token) {
+    if (openBorders == 0)
+        return;
+    auto changed = std::make_shared<Borders>(*borders);
+    for (std::size_t edge = 0; edge < changed->size(); ++edge)
+        if (openBorders >> edge & 1)
+            word.apply((*changed)[edge], token);
+    borders = std::move(changed);
 }
 
 std::int32_t RTFParagraphFormat::tableLevel() const {

@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSParagraphStyle.h"
 #include "platform/appkit/NSTextAttributes.h"
+#include "platform/appkit/rtfreader/RTFBorder.h"
 
 #include <cstdint>
 #include <memory>
@@ -116,8 +117,15 @@ struct RTFParagraphFormat {
     NSTextTabType nextTabType = NSTextTabType::left;
     /// Null: none.
     std::shared_ptr<const std::vector<NSTextTab>> tabs;
+    using Borders = NSTextTableBlock::Edges<RTFBorder>;
+    /// Null: none.
+    std::shared_ptr<const Borders> borders;
+    /// The borders of which words speak now, as bits by their index.
+    unsigned openBorders = 0;
 
     static std::span<const RTFWord<RTFParagraphFormat>> words();
+    /// A word that says more of the open borders.
+    void applyToBorders(const RTFWord<RTFBorder>& word, const RTFToken& token);
     /// 0 outside of tables.
     std::int32_t tableLevel() const;
     /// The style that it asks for, without lists and cells.

@@ -35,6 +35,7 @@ enum WordTable : std::uint8_t {
     charactersTable,
     paragraphsTable,
     rowsTable,
+    bordersTable,
     signsTable,
     bodyTable,
     readerTable,
@@ -149,6 +150,7 @@ const RTFWordIndex& RTFReader::wordIndex() {
         all.add(charactersTable, RTFCharacterState::words());
         all.add(paragraphsTable, RTFParagraphFormat::words());
         all.add(rowsTable, RTFRowDefinition::words());
+        all.add(bordersTable, RTFBorder::words());
         all.add(signsTable, rtfCharacterWords());
         all.add(bodyTable, bodyWords());
         all.add(readerTable, words());
@@ -201,6 +203,8 @@ void RTFReader::readWord(const RTFToken& token) {
             return readDestinationWord(token);
         RTFParagraphFormat::words()[entry->row].apply(state().paragraph, token);
         state().paragraphFormat = -1;
+        if (state().paragraph.openBorders != 0)
+            state().story->rowDefinition(state().paragraph.nesting).endBorder();
         if (info_.leavesOutInherited() && token.bytes == "s")
             setStyle(token.parameter);
         break;
@@ -209,9 +213,15 @@ void RTFReader::readWord(const RTFToken& token) {
         // unit follows Word, except the platform.
         if (info_.isOfPlatform() && token.bytes.starts_with("clpadf"))
             break;
+        if (destination != Destination::body)
+            break;
+        state().paragraph.openBorders = 0;
+        RTFRowDefinition::words()[entry->row].apply(state().story->rowDefinition(state().paragraph.nesting),
+                                                    token);
+        break;
+    case bordersTable:
         if (destination == Destination::body)
-            RTFRowDefinition::words()[entry->row].apply(
-                state().story->rowDefinition(state().paragraph.nesting), token);
+            readBorderWord(RTFBorder::words()[entry->row], token);
         break;
     case bodyTable:
         if (destination == Destination::body)
@@ -228,6 +238,16 @@ void RTFReader::readWord(const RTFToken& token) {
     case documentTable:
         RTFDocumentInfo::words()[entry->row].apply(info_, token);
         break;
+    }
+}
+
+void RTFReader::readBorderWord(const RTFWord<RTFBorder>& word, const RTFToken& token) {
+    RTFParagraphFormat& paragraph = state().paragraph;
+    if (paragraph.openBorders != 0) {
+        paragraph.applyToBorders(word, token);
+        state().paragraphFormat = -1;
+    } else if (RTFBorder* const border = state().story->rowDefinition(paragraph.nesting).border()) {
+        word.apply(*border, token);
     }
 }
 

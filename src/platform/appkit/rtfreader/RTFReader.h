@@ -112,6 +112,7 @@ private:
     static const RTFWordIndex& wordIndex();
     void readWord(const RTFToken& token);
     void readDestinationWord(const RTFToken& token);
+    void readBorderWord(const RTFWord<RTFBorder>& word, const RTFToken& token);
     void readGroupWord(const GroupWord& word, bool isAtGroupStart);
     void readSymbol(const RTFToken& token);
     void readUnicode(std::int32_t number);

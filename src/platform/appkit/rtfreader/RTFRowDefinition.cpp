@@ -11,8 +11,6 @@ namespace {
 
 enum Edge : std::size_t { left, top, right, bottom, betweenRows, betweenColumns };
 
-/// The width of borders that state a style and no width: a hair line.
-constexpr std::int32_t thinnestBorder = 10;
 /// 1584 points, the widest page there is.
 constexpr std::int32_t widest = 31680;
 
@@ -49,23 +47,13 @@ void RTFRowDefinition::begin() {
     padding_ = {-1, -1, -1, -1};
 }
 
-void RTFRowDefinition::beginBorder(Border& border) {
+void RTFRowDefinition::beginBorder(RTFBorder& border) {
     border = {.isStated = true};
     border_ = &border;
 }
 
 void RTFRowDefinition::forgetBorder(RTFRowDefinition& row, const RTFToken&) {
-    row.border_ = nullptr;
-}
-
-void RTFRowDefinition::setNoBorder(RTFRowDefinition& row, const RTFToken&) {
-    if (row.border_)
-        row.border_->isNone = true;
-}
-
-void RTFRowDefinition::setVisibleBorder(RTFRowDefinition& row, const RTFToken&) {
-    if (row.border_)
-        row.border_->isNone = false;
+    row.endBorder();
 }
 
 void RTFRowDefinition::turnPadding(RTFRowDefinition& row, const RTFToken&) {
@@ -106,47 +94,12 @@ std::span<const RTFWord<RTFRowDefinition>> RTFRowDefinition::words() {
         {"clbrdrt", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[top]); }},
         {"clbrdrr", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[right]); }},
         {"clbrdrb", [](Row& row, const Token&) { row.beginBorder(row.next_.borders[bottom]); }},
-        // Borders of a paragraph, of characters and across a cell are not kept.
-        {"brdrl", forgetBorder},
-        {"brdrt", forgetBorder},
-        {"brdrr", forgetBorder},
-        {"brdrb", forgetBorder},
+        // Borders of characters, across a cell and beside or between paragraphs are not kept.
         {"brdrbar", forgetBorder},
         {"brdrbtw", forgetBorder},
-        {"box", forgetBorder},
         {"chbrdr", forgetBorder},
         {"cldglu", forgetBorder},
         {"cldgll", forgetBorder},
-        {"brdrnil", setNoBorder},
-        {"brdrnone", setNoBorder},
-        {"brdrtbl", setNoBorder},
-        {"brdrdash", setVisibleBorder},
-        {"brdrdashd", setVisibleBorder},
-        {"brdrdashdd", setVisibleBorder},
-        {"brdrdashsm", setVisibleBorder},
-        {"brdrdb", setVisibleBorder},
-        {"brdrdot", setVisibleBorder},
-        {"brdremboss", setVisibleBorder},
-        {"brdrengrave", setVisibleBorder},
-        {"brdrhair", setVisibleBorder},
-        {"brdrinset", setVisibleBorder},
-        {"brdroutset", setVisibleBorder},
-        {"brdrs", setVisibleBorder},
-        {"brdrsh", setVisibleBorder},
-        {"brdrth", setVisibleBorder},
-        {"brdrtriple", setVisibleBorder},
-        {"brdrwavy", setVisibleBorder},
-        {"brdrwavydb", setVisibleBorder},
-        {"brdrw",
-         [](Row& row, const Token& token) {
-             if (row.border_)
-                 row.border_->width = length(token);
-         }},
-        {"brdrcf",
-         [](Row& row, const Token& token) {
-             if (row.border_)
-                 row.border_->color = token.parameter;
-         }},
         {"clpadl", [](Row& row, const Token& token) { row.next_.padding[left] = length(token); }},
         {"clpadt", [](Row& row, const Token& token) { row.next_.padding[top] = length(token); }},
         {"clpadr", [](Row& row, const Token& token) { row.next_.padding[right] = length(token); }},
@@ -176,11 +129,8 @@ NSTextBlockBorder RTFRowDefinition::borderOf(std::size_t index, std::size_t edge
     // The table's borders hold for cells that state none. There is a word for those between columns; whether
     // this is an outer row is not known yet, so every row gets the top and bottom of the table.
     const bool isInner = (edge == left && index > 0) || (edge == right && index + 1 < cells_.size());
-    const Border& own = cells_[index].borders[edge];
-    const Border& border = own.isStated ? own : tableBorders_[isInner ? betweenColumns : edge];
-    if (!border.isStated || border.isNone)
-        return {};
-    return {pointsFromTwips(border.width < 0 ? thinnestBorder : border.width), colors.colorOf(border.color)};
+    const RTFBorder& own = cells_[index].borders[edge];
+    return (own.isStated ? own : tableBorders_[isInner ? betweenColumns : edge]).border(colors);
 }
 
 float RTFRowDefinition::paddingOf(const Cell& cell, std::size_t edge) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/appkit/NSTextTable.h"
+#include "platform/appkit/rtfreader/RTFBorder.h"
 
 #include <array>
 #include <cstddef>
@@ -22,12 +23,6 @@ public:
     /// More columns than any table has. Text past them goes into the last cell.
     static constexpr std::size_t maximumColumns = 1024;
 
-    struct Border {
-        bool isStated = false;
-        bool isNone = false;
-        std::int32_t width = -1;
-        std::int32_t color = -1;
-    };
     struct Length {
         std::int32_t value = 0;
         /// 0: not stated, 1: automatic, 2: in 50ths of a percent, 3: in twips.
@@ -43,7 +38,7 @@ public:
         Merge vertical = Merge::none;
         NSTextBlockVerticalAlignment verticalAlignment = NSTextBlockVerticalAlignment::top;
         std::int32_t background = -1;
-        NSTextTableBlock::Edges<Border> borders;
+        NSTextTableBlock::Edges<RTFBorder> borders;
         NSTextTableBlock::Edges<std::int32_t> padding{-1, -1, -1, -1};
         /// What is said of the left means the top, and the other way round: a fault of Word that became the
         /// custom of all who state the unit of the padding.
@@ -58,6 +53,10 @@ public:
     /// The row is over; what was said of this one row alone does not hold for the next. A definition may come
     /// before the cells or after them, and rows that look like the last one may have none.
     void endRow() { isFresh_ = false; }
+
+    /// The border of which words speak now; null: none of the row's.
+    RTFBorder* border() { return border_; }
+    void endBorder() { border_ = nullptr; }
 
     bool isFresh() const { return isFresh_; }
     bool isStated() const { return !cells_.empty(); }
@@ -74,16 +73,14 @@ private:
     NSTextBlockBorder borderOf(std::size_t index, std::size_t edge, const RTFColorTable& colors) const;
     float paddingOf(const Cell& cell, std::size_t edge) const;
     void begin();
-    void beginBorder(Border& border);
+    void beginBorder(RTFBorder& border);
     void endCell(std::int32_t rightEdge);
     static void forgetBorder(RTFRowDefinition& row, const RTFToken& token);
-    static void setNoBorder(RTFRowDefinition& row, const RTFToken& token);
-    static void setVisibleBorder(RTFRowDefinition& row, const RTFToken& token);
     static void turnPadding(RTFRowDefinition& row, const RTFToken& token);
 
     std::vector<Cell> cells_;
     Cell next_;
-    Border* border_ = nullptr;
+    RTFBorder* border_ = nullptr;
     bool isFresh_ = false;
     bool isLastRow_ = false;
     std::int32_t rowNumber_ = -1;
@@ -92,7 +89,7 @@ private:
     std::int32_t background_ = -1;
     Length width_;
     /// Left, top, right, bottom of the table, and between rows and between columns of it.
-    std::array<Border, 6> tableBorders_;
+    std::array<RTFBorder, 6> tableBorders_;
     NSTextTableBlock::Edges<std::int32_t> padding_{-1, -1, -1, -1};
 };
 

@@ -6,6 +6,7 @@
 #include "platform/foundation/Value.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace kelvo {
@@ -119,6 +120,21 @@ void writeAlignment(const NSParagraphStyle& style, RTFOutput& output) {
     case NSWritingDirection::natural:
         output.word("pardirnatural");
         break;
+    }
+}
+
+void writeBorders(const NSParagraphStyle& style, RTFColorNumbers& colors, RTFOutput& output) {
+    constexpr std::array<std::string_view, 4> words{"brdrl", "brdrt", "brdrr", "brdrb"};
+    for (std::size_t edge = 0; edge < words.size(); ++edge) {
+        const NSTextBlockBorder& border = style.borders[edge];
+        if (rtfTwips(border.width) <= 0)
+            continue;
+        output.word(words[edge]);
+        output.word("brdrs");
+        output.word("brdrw", rtfTwips(border.width));
+        if (border.color)
+            output.word("brdrcf", colors.numberOfColor(border.color));
+        writeIfNotZero("brsp", std::max(rtfTwips(style.borderSpacing[edge]), 0), output);
     }
 }
 
@@ -340,6 +356,7 @@ void RTFWriter::stateParagraph(const NSParagraphStyle& style, std::size_t depth,
     writeIfNotZero("sb", rtfTwips(style.paragraphSpacingBefore), scratch_);
     writeIfNotZero("sa", rtfTwips(style.paragraphSpacing), scratch_);
     writeAlignment(style, scratch_);
+    writeBorders(style, colors_, scratch_);
     if (style.headerLevel > 0)
         scratch_.word("outlinelevel", std::min(style.headerLevel, 9) - 1);
     if (scratch_.bytes() == paragraphWords_.bytes())

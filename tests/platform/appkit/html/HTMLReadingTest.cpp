@@ -161,6 +161,9 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
         {"breaks", "a<br>b<p>c<br></p><div><br></div><p>d<br><br></p>",
          "[after 12] a\u2028b\n[after 12] c\n[after 12] \nd\u2028\n"},
         {"pre", "<pre>\na  b\n\n\tc\n</pre>d", "{Courier;10:a  b}\n\n[after 10] {Courier;10:\\tc}\nd"},
+        {"a line across", "a<hr><ul><li>b<hr></ul>",
+         "[after 7] a\n[after 13 line below] \n[indent 0/36 after 7 {disc}] \\t\u2022\\tb\n"
+         "[indent 36/36 line below] \n"},
         {"lines kept, blanks not", "<p style='white-space:pre-line'>a   b\n c", "a b\u2028c\n"},
         {"headings", "<h1>a</h1><h4>b</h4>", "[h1 after 16.08] {24;bold:a}\n[h4] {bold:b}\n"},
         {"alignment",

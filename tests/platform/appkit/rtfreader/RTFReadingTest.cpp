@@ -142,6 +142,12 @@ std::string runsOf(const NSAttributedString& text) {
         };
         for (const auto& [name, value] : lengths)
             number(name, value);
+        for (std::size_t edge = 0; edge < style.borders.size(); ++edge)
+            if (const NSTextBlockBorder& border = style.borders[edge]; border.width > 0) {
+                out << " line" << edge << '=' << border.width;
+                number("apart", style.borderSpacing[edge]);
+                color("in", border.color);
+            }
         for (const NSTextTab& tab : style.tabStops)
             out << " tab=" << tab.location << '/' << static_cast<int>(tab.type);
         for (const auto& list : style.textLists)
@@ -232,6 +238,15 @@ TEST(RTFReading, Paragraphs) {
          "\\sl360\\slmult1 a\\par\\slmult0\\slmaximum800 b\\par\\sl-240\\slmaximum0 c\\par\\sl0\\slminimum20 "
          "d",
          "'a|' multiple=1.5; 'b|' minimum=18 maximum=40; 'c|' minimum=12 maximum=12; 'd' minimum=1"},
+        {"borders",
+         "{\\colortbl;\\red255;}\\brdrb\\brdrs\\brdrw20\\brdrcf1\\brsp40 "
+         "a\\par\\pard\\box\\brdrdot\\brdrl\\brdrnone "
+         "b\\par\\brdrt c{\\brdrw60 d}\\chbrdr\\brdrw80\\par",
+         "'a|' line3=1 apart=2 in=1,0,0,1; 'b|cd|' line1=0.5 line2=0.5 line3=0.5"},
+        {"borders of rows and of paragraphs in them",
+         "\\trowd\\clbrdrb\\brdrs\\brdrw20\\cellx900\\pard\\intbl\\brdrb\\brdrs\\brdrw40\\clbrdrl\\brdrw60 "
+         "a\\cell\\row",
+         "'a|' line3=2 cell=0,0/1:45pt"},
         {"tabs in whatever order", "\\tqr\\tx400\\tx200\\tqdec\\tx300 a", "'a' tab=10/0 tab=15/3 tab=20/1"},
         {"headings by their styles",
          "{\\stylesheet{Normal;}{\\s3\\sbasedon0 heading 2;}{\\*\\cs4 heading 1;}{\\s5\\outlinelevel0 "
