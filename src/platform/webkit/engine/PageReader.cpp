@@ -6,6 +6,7 @@
 #include "platform/webkit/PageBase.h"
 #include "platform/webkit/engine/PageScripts.h"
 #include "platform/webkit/engine/PageSettings.h"
+#include "platform/webkit/engine/PageWords.h"
 #include "platform/webkit/engine/PageWorld.h"
 
 #include <gtk/gtk.h>
@@ -61,11 +62,11 @@ double secondsUntil(gint64 end) {
 /// What all frames of a page share: the nodes, the UTF-16 units of text, the depth of elements and that of
 /// frames, the length of a link and of a drawing, and the pixels below which a drawing is but the sign of a
 /// button.
-std::string walkBounds(double seconds) {
+std::string walkBounds(double seconds, bool mayBeBlank) {
     return "({nodes: 1000000, units: 20000000, depth: 2000, frames: 12, link: 8192, drawing: 1000000,"
-           " leastDrawing: 32, nowhere: '" +
-           std::string(nowhereURL) + "', milliseconds: " + std::to_string(static_cast<int>(seconds * 1000)) +
-           "})";
+           " leastDrawing: 32, mayBeBlank: " +
+           std::string(mayBeBlank ? "true" : "false") + ", nowhere: '" + std::string(nowhereURL) +
+           "', milliseconds: " + std::to_string(static_cast<int>(seconds * 1000)) + "})";
 }
 
 bool needsNetwork(const std::string& url) {
@@ -330,6 +331,8 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         return std::nullopt;
     }
     std::optional<std::string> fields;
+    const bool isWordy = holdsWords(request.bytes);
+    bool hidesWords = false;
     bool isLate = false;
     Without without =
         whatToDoWithout(std::max(endOfFirstLoad, g_get_monotonic_time() + microseconds(secondsForState)));
@@ -337,7 +340,8 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         isLate = !runUntil([this] { return phase_ != Phase::loading; }, endOfLoad);
         // A script may still begin that does not end.
         const bool isEarly = secondsUntil(endOfFirstLoad) > secondsForSecondLoad;
-        fields = walk(isEarly ? endOfFirstLoad : end);
+        // A page that shows none of its words went wrong, as a rule by its scripts.
+        fields = walk(isEarly ? endOfFirstLoad : end, !isEarly || !isWordy);
         if (!fields && isEarly)
             without = Without::scripts;
     }
@@ -346,7 +350,10 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         isLate = phase_ == Phase::loading;
         // Until then the page before is there.
         if (isThere() && isCommitted_)
-            fields = walk(end);
+            fields = walk(end, !isWordy);
+        hidesWords = !fields && isThere() && isCommitted_ && isWordy;
+        if (hidesWords)
+            fields = walk(end, true);
     }
     request_ = nullptr;
     if (!isThere()) {
@@ -358,7 +365,9 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
         giveUp();
         return std::nullopt;
     }
-    if (without == Without::scripts)
+    if (hidesWords)
+        request.note(Outcome::answered, u"it shows none of its text, with its scripts and without");
+    else if (without == Without::scripts)
         request.note(Outcome::answered, u"its scripts were stopped, and it was read without them");
     else if (without == Without::network)
         request.note(Outcome::answered, u"it was read without what the network did not send in time");
@@ -376,12 +385,12 @@ std::optional<PageDescription> PageReader::read(const PageRequest& request) {
     return description;
 }
 
-std::optional<std::string> PageReader::walk(gint64 end) {
+std::optional<std::string> PageReader::walk(gint64 end, bool mayBeBlank) {
     // Nothing is asked for from here on.
     request_ = nullptr;
     if (phase_ == Phase::loading)
         webkit_web_view_stop_loading(view_);
-    const std::string bounds = walkBounds(shareForWalk * secondsUntil(end));
+    const std::string bounds = walkBounds(shareForWalk * secondsUntil(end), mayBeBlank);
     return ask(walkMessage, g_variant_new_string(bounds.c_str()), end);
 }
 

@@ -92,7 +92,8 @@ private:
     void dropResources();
     /// What the extension answers, if that is a text and comes in time.
     std::optional<std::string> ask(const char* message, GVariant* parameter, gint64 end);
-    std::optional<std::string> walk(gint64 end);
+    /// The description of the page. `mayBeBlank` false: absent when the page shows nothing.
+    std::optional<std::string> walk(gint64 end, bool mayBeBlank);
     std::vector<PageResource> collectResources(const std::string& fields, gint64 end);
     std::string decide(const GateQuestion& question);
     ConnectionDecision decideConnection(const std::string& host, std::uint16_t port);

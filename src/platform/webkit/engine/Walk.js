@@ -3,7 +3,8 @@
 //
 // Each frame of a page has this function in its own world, and may look at its own document only. That of the main
 // frame is called with the limits and with the functions of all frames by their windows (`walks`). Where a frame
-// stands it calls that one's, with what they all write to (`shared`), which no page gets hold of.
+// stands it calls that one's, with what they all write to (`shared`), which no page gets hold of. A page that shows
+// nothing is null where the limits say so.
 (function (limits, walks, shared) {
     'use strict';
     const TEXT = 0, BREAK = 1, BLOCK = 2, END = 3, ITEM = 4, LIST = 5, TABLE = 6, ROW = 7, CELL = 8, IMAGE = 9,
@@ -22,6 +23,18 @@
     const tagNameOf = getter(Element.prototype, 'tagName'), shadowRootOf = getter(Element.prototype, 'shadowRoot'),
         nodeTypeOf = getter(Node.prototype, 'nodeType'), childNodesOf = getter(Node.prototype, 'childNodes'),
         bodyOf = getter(Document.prototype, 'body');
+
+    // What appears by an animation would be caught at its first frame; one without an end has none to wait for.
+    let finished = 0;
+    for (const animation of Document.prototype.getAnimations.call(document)) {
+        if (++finished % 64 === 0 && Date.now() > shared.end)
+            break;
+        try {
+            animation.finish();
+        } catch (error) {
+            animation.cancel();
+        }
+    }
 
     const clear = 'rgba(0, 0, 0, 0)', ink = /[^ \t\n\r\f]/;
     const blockStarts = {block: 1, 'flow-root': 1, 'list-item': 1, flex: 1, grid: 1, table: 1, 'table-caption': 1,
@@ -599,6 +612,8 @@
                 shared.isCut = true;
         }
     }
+    if (isMain && shared.shown === 0 && !limits.mayBeBlank)
+        return null;
     if (isMain && shared.isCut)
         events.push(CUT);
     return isMain ? [field(getter(Document.prototype, 'title')(document)), shared.styleNumbers.size,

@@ -188,6 +188,12 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
         {"drawings, but not the signs of buttons",
          "a<svg width=40 height=40></svg><svg width=20 height=40></svg>b", "a{image.svg 40x40:\uFFFC}b"},
         {"summary of what is closed", "<details><summary>a</summary>b</details>", "a\n"},
+        {"what appears by animations and transitions",
+         "<style>@keyframes s{from{visibility:hidden}to{visibility:visible}}#a{animation:s 8s steps(1,end) "
+         "both}#b{visibility:hidden;animation:s 9s 1s both}#c{animation:s 9s infinite}#d{visibility:hidden;"
+         "transition:visibility 9s 9s}#d.on{visibility:visible}</style><p id=a>a<p id=b>b<p id=c>c<p "
+         "id=d>d<script>d.offsetWidth;d.className='on'</script>",
+         "[after 12] a\n[after 12] b\n[after 12] c\nd\n"},
         {"shadow tree",
          "<div id=h><b slot=s>b</b>c</div><script>h.attachShadow({mode:'open'}).innerHTML='<i>a</i><slot "
          "name=s></slot>'</script>",
@@ -733,6 +739,21 @@ TEST_F(HTMLFailuresTest, WithoutScriptsThePageIsTheOneForSuchReaders) {
                   {nullptr, server.url("/")})),
               "[after 14] {italic;#ff0000:a}{a.gif 9x9:\uFFFC}b & c\n[after 16] x{bold:f}\nd\n");
     EXPECT_EQ(server.count("/other"), 0);
+}
+
+TEST(HTMLReadingTest, PagesThatShowNothingAreReadWithoutScripts) {
+    const auto readAndSaid = [](const char* page) {
+        const RequestNotes own;
+        const std::string text = describe(read(page));
+        return text + own.sentenceOfResult().UTF8String();
+    };
+    EXPECT_EQ(readAndSaid("<p>a</p><script>document.body.innerHTML=''</script>"),
+              "a\nits scripts were stopped, and it was read without them");
+    EXPECT_EQ(readAndSaid("<style>body{display:none}</style><noscript><style>body{display:block}"
+                          "</style></noscript><p>a</p>"),
+              "a\nits scripts were stopped, and it was read without them");
+    EXPECT_EQ(readAndSaid("<body hidden>a"), "it shows none of its text, with its scripts and without");
+    EXPECT_EQ(readAndSaid("<title>a</title><p><br>"), "\n") << "there is nothing to show";
 }
 
 TEST_F(HTMLFailuresTest, PagesWithScriptsWithoutEndAreReadWithout) {
