@@ -12,8 +12,9 @@
 namespace kelvo {
 
 /// A page as the web engine laid it out: its text in reading order between the boxes that it stands in, each
-/// with the computed style that matters to rich text. All lengths are in CSS pixels. What is not displayed is
-/// not in it.
+/// with the computed style that matters to rich text. All lengths are in points, of which
+/// a CSS pixel is three quarters as it is on paper: a page that says nothing of its sizes is set in 12 points, and
+/// one that says 16 pixels, which is the same in every browser, is as well. What is not displayed is not in it.
 ///
 /// White space is as in the source; `TextStyle::whiteSpace` says what becomes of it.
 struct RenderedPage {

@@ -50,7 +50,7 @@ public:
             isBroken_ = true;
         return value;
     }
-    float length() {
+    float number() {
         const std::string_view field = next();
         float value = 0;
         const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
@@ -58,6 +58,8 @@ public:
             isBroken_ = true;
         return value;
     }
+    /// In points, to a hundredth as the walk wrote its pixels: 13.33 of them are ten points.
+    float length() { return std::round(number() * 75) / 100; }
     std::size_t count() {
         const int value = integer();
         if (value < 0 || static_cast<std::size_t>(value) > mostEntries)
@@ -195,7 +197,7 @@ RenderedPage::Cell cell(FieldReader& reader) {
     RenderedPage::Cell cell;
     cell.columnSpan = reader.integer();
     cell.rowSpan = reader.integer();
-    cell.widthPercent = reader.length();
+    cell.widthPercent = reader.number();
     cell.backgroundColor = reader.color();
     cell.verticalAlignment = verticalAlignmentNamed(reader.next());
     for (float& side : cell.padding)

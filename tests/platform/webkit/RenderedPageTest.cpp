@@ -21,7 +21,7 @@ std::vector<std::string> fieldsOf(const std::string& text) {
 
 /// One style of each kind, one picture, and a text and the picture in a block.
 const std::vector<std::string> page =
-    fieldsOf("Title|1|1|1|Georgia, serif|12.5|700|1|rgb(255, 0, 51)|rgba(0, 0, 0, "
+    fieldsOf("Title|1|1|1|Georgia, serif|13.33|700|1|rgb(255, 0, 51)|rgba(0, 0, 0, "
              "0)|6|-1|0.5|preserve-breaks|http://h/|-webkit-right|1|1|2|3|4|5|6|7|8|2|1|http://h/"
              "a.gif|alt|20|10||2|0|0|0|text|9|0|0|3");
 
@@ -36,7 +36,7 @@ TEST(RenderedPageTest, FieldsAreInTheOrderOfTheWalk) {
     EXPECT_EQ(rendered->title, u"Title");
     const RenderedPage::TextStyle& text = rendered->textStyles.at(0);
     EXPECT_EQ(text.fontFamilies, u"Georgia, serif");
-    EXPECT_EQ(text.fontSize, 12.5F);
+    EXPECT_EQ(text.fontSize, 10) << "points of 13.33 pixels";
     EXPECT_EQ(text.fontWeight, 700);
     EXPECT_TRUE(text.isItalic);
     EXPECT_EQ(text.color, (NSColor{1, 0, 0.2F, 1}));
@@ -44,7 +44,7 @@ TEST(RenderedPageTest, FieldsAreInTheOrderOfTheWalk) {
     EXPECT_FALSE(text.isUnderlined);
     EXPECT_TRUE(text.isStruckThrough && text.isDoublyUnderlined);
     EXPECT_EQ(text.superscript, -1);
-    EXPECT_EQ(text.letterSpacing, 0.5F);
+    EXPECT_EQ(text.letterSpacing, 0.38F) << "half a pixel";
     EXPECT_EQ(text.whiteSpace, RenderedPage::WhiteSpace::preserveBreaks);
     EXPECT_EQ(text.link, u"http://h/");
     const RenderedPage::BlockStyle& block = rendered->blockStyles.at(0);
@@ -53,10 +53,10 @@ TEST(RenderedPageTest, FieldsAreInTheOrderOfTheWalk) {
     const float lengths[] = {block.indentLeft, block.indentRight,  block.textIndent,    block.marginTop,
                              block.paddingTop, block.marginBottom, block.paddingBottom, block.lineHeight};
     for (std::size_t at = 0; at < 8; ++at)
-        EXPECT_EQ(lengths[at], static_cast<float>(at + 1)) << at;
+        EXPECT_EQ(lengths[at], static_cast<float>(at + 1) * 0.75F) << at;
     EXPECT_EQ(block.headingLevel, 2);
     EXPECT_EQ(rendered->images.at(0).alternative, u"alt");
-    EXPECT_EQ(rendered->images.at(0).size, (NSSize{20, 10}));
+    EXPECT_EQ(rendered->images.at(0).size, (NSSize{15, 7.5F}));
     EXPECT_EQ(rendered->events.size(), 4U);
     EXPECT_FALSE(rendered->isCut);
     EXPECT_EQ(rendered->events[1].text, u"text");

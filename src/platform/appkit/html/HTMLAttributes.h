@@ -5,7 +5,7 @@
 
 namespace kelvo {
 
-/// The rendered page as attributed text: CSS pixels become points, pictures attachments. Never nil.
+/// The rendered page as attributed text; pictures become attachments. Never nil.
 NSAttributedString attributedStringOfPage(const RenderedPage& page);
 
 } // namespace kelvo

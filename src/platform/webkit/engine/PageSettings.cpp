@@ -55,13 +55,13 @@ void setFeatures(WebKitSettings* settings) {
 
 WebKitSettings* newPageSettings() {
     WebKitSettings* settings = webkit_settings_new();
-    // So that a page without styles is Times 12, as in rich text.
+    // A page without styles is Times 12, as in rich text; the sizes are what pages expect of browsers, in pixels.
     webkit_settings_set_default_font_family(settings, "Times");
     webkit_settings_set_serif_font_family(settings, "Times");
     webkit_settings_set_sans_serif_font_family(settings, "Helvetica");
     webkit_settings_set_monospace_font_family(settings, "Courier");
-    webkit_settings_set_default_font_size(settings, 12);
-    webkit_settings_set_default_monospace_font_size(settings, 10);
+    webkit_settings_set_default_font_size(settings, 16);
+    webkit_settings_set_default_monospace_font_size(settings, 13);
     webkit_settings_set_enable_webgl(settings, FALSE);
     webkit_settings_set_enable_webaudio(settings, FALSE);
     webkit_settings_set_enable_media(settings, FALSE);

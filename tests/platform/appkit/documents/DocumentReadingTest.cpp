@@ -233,9 +233,10 @@ TEST_F(DocumentReading, SavedPagesHaveTheTextOfTheirFrames) {
                    {"Content-ID: <2@x>", "text/html", two}});
     for (const std::string& contents : {archive, message}) {
         write("saved", contents);
-        EXPECT_EQ(tests::describe(text),
-                  "[after 2] one {one.svg 20x20:\uFFFC}\n[after 14] \u041F\u0440\u0438 {#0000ee;under;to " +
-                      url + "/f/l:link}\n{bold:two}\n");
+        EXPECT_EQ(
+            tests::describe(text),
+            "[after 1.5] one {one.svg 15x15:\uFFFC}\n[after 13.5] \u041F\u0440\u0438 {#0000ee;under;to " +
+                url + "/f/l:link}\n{bold:two}\n");
     }
     EXPECT_FALSE(listener.wasAsked());
 }

@@ -104,7 +104,7 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
         {"lines through inline elements", "<u>a <b>b</b><span style='display:inline-block'>c</span></u>",
          "{under:a }{bold;under:b}c"},
         {"size, family, colour", "<font size=5 color=#ff0000 face='Nobody Knows, Georgia'>x</font><tt>y</tt>",
-         "{Georgia;18;#ff0000:x}{Courier;10:y}"},
+         "{Georgia;18;#ff0000:x}{Courier;9.75:y}"},
         {"families that nobody knows", "<span style='font-family:Foo,Bar'>x</span>", "{Foo:x}"},
         {"half opaque", "<span style='color:rgba(0,0,0,.5);background:#00ff0080'>x</span>",
          "{#408040;on #80ff80:x}"},
@@ -117,11 +117,12 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
          "style='color:#fff'><tr><td>c<td bgcolor=black>d</table></div>",
          "{#ffffff;on #990000:a}\n{#ffffff;on #009900:b}\n[cell 0,0 of 2] {#ffffff;on #000099:c}\n"
          "[cell 0,1 of 2] {#ffffff:d}\n"},
-        {"up, down", "x<sup>2<sup>3</sup></sup><sub>4</sub>", "x{10;super 1:2}{9;super 2:3}{10;super -1:4}"},
+        {"up, down", "x<sup>2<sup>3</sup></sup><sub>4</sub>",
+         "x{10;super 1:2}{8.33;super 2:3}{10;super -1:4}"},
         {"letters apart, letters changed",
          "<p style='letter-spacing:2px;text-transform:uppercase'>stra\u00DFe<p "
          "style='text-transform:capitalize'>an o'clock",
-         "[after 12] {kern 2:STRASSE}\nAn O'clock\n"},
+         "[after 12] {kern 1.5:STRASSE}\nAn O'clock\n"},
         {"links",
          "<a href=x?a=1&amp;b>rel</a><a href='#f'>frag</a><a href='mailto:a@b'>m</a><a name=x>n</a><a "
          "href='javascript:x()'>j</a>",
@@ -140,7 +141,7 @@ TEST(HTMLReadingTest, GivesTextTheStyleItIsShownIn) {
         {"controls",
          "<input value=a> <input type=password value=b> <input type=submit> <select><option>c<option "
          "selected>d</select><button>e</button>",
-         "{Helvetica;13:a} {Helvetica;13;#333333:Submit} {Helvetica;13:d}{Helvetica;13;#333333:e}"},
+         "{Helvetica;9.75:a} {Helvetica;9.75;#333333:Submit} {Helvetica;9.75:d}{Helvetica;9.75;#333333:e}"},
     });
 }
 
@@ -160,9 +161,9 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
         {"blocks in blocks", "<div><div>a</div></div><div></div> b <div> c</div>", "a\nb\nc\n"},
         {"breaks", "a<br>b<p>c<br></p><div><br></div><p>d<br><br></p>",
          "[after 12] a\u2028b\n[after 12] c\n[after 12] \nd\u2028\n"},
-        {"pre", "<pre>\na  b\n\n\tc\n</pre>d", "{Courier;10:a  b}\n\n[after 10] {Courier;10:\\tc}\nd"},
+        {"pre", "<pre>\na  b\n\n\tc\n</pre>d", "{Courier;9.75:a  b}\n\n[after 9.75] {Courier;9.75:\\tc}\nd"},
         {"a line across", "a<hr><ul><li>b<hr></ul>",
-         "[after 7] a\n[after 13 line below] \n[indent 0/36 after 7 {disc}] \\t\u2022\\tb\n"
+         "[after 6.75] a\n[after 12.75 line below] \n[indent 0/36 after 6.75 {disc}] \\t\u2022\\tb\n"
          "[indent 36/36 line below] \n"},
         {"lines kept, blanks not", "<p style='white-space:pre-line'>a   b\n c", "a b\u2028c\n"},
         {"headings", "<h1>a</h1><h4>b</h4>", "[h1 after 16.08] {24;bold:a}\n[h4] {bold:b}\n"},
@@ -173,20 +174,20 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
         {"indents",
          "<blockquote>a<blockquote>b</blockquote></blockquote><dl><dt>c<dd>d</dl><p "
          "style='text-indent:20px;line-height:15px;margin:5px 7px'>e<div style='margin:0 auto;width:9em'>f",
-         "[indent 40/40 tail -40 after 12] a\n[indent 80/80 tail -80 after 12] b\nc\n[indent 40/40 after 12] "
+         "[indent 30/30 tail -30 after 12] a\n[indent 60/60 tail -60 after 12] b\nc\n[indent 30/30 after 12] "
          "d\n"
-         "[indent 27/7 tail -7 after 5 line 15] e\nf\n"},
+         "[indent 20.25/5.25 tail -5.25 after 3.75 line 11.25] e\nf\n"},
         {"collapsing margins",
          "<div style='margin:30px 0 5px'>a<p style='margin:9px 0 20px'>b</p></div><div "
          "style='padding-top:3px'><p style='margin-top:4px'>c",
-         "[after 9] a\n[after 27] b\nc\n"},
+         "[after 6.75] a\n[after 20.25] b\nc\n"},
         {"margins that pull together", "<p style='margin-bottom:25px'>a<p style='margin-top:-8px'>b",
-         "[after 17] a\nb\n"},
+         "[after 12.75] a\nb\n"},
         {"distances that are a page's layout",
          "<p style='margin-left:2000px'>a<p style='text-indent:-900px'>b<p style='margin:0 0 900px'>c<p>d",
          "[indent 288/288 after 12] a\n[after 12] b\n[after 72] c\nd\n"},
         {"drawings, but not the signs of buttons",
-         "a<svg width=40 height=40></svg><svg width=20 height=40></svg>b", "a{image.svg 40x40:\uFFFC}b"},
+         "a<svg width=40 height=40></svg><svg width=20 height=40></svg>b", "a{image.svg 30x30:\uFFFC}b"},
         {"summary of what is closed", "<details><summary>a</summary>b</details>", "a\n"},
         {"what appears by animations and transitions",
          "<style>@keyframes s{from{visibility:hidden}to{visibility:visible}}#a{animation:s 8s steps(1,end) "
@@ -198,7 +199,7 @@ TEST(HTMLReadingTest, BreaksLinesWhereTheyAreSeenToBreak) {
          "<div id=h><b slot=s>b</b>c</div><script>h.attachShadow({mode:'open'}).innerHTML='<i>a</i><slot "
          "name=s></slot>'</script>",
          "{italic:a}{bold:b}\n"},
-        {"frame of its own page", "a<iframe srcdoc='<p>b'></iframe>", "[after 14] a\nb\n"},
+        {"frame of its own page", "a<iframe srcdoc='<p>b'></iframe>", "[after 13.5] a\nb\n"},
     });
 }
 
@@ -285,9 +286,9 @@ TEST(HTMLReadingTest, TableCellsSayHowTheyLook) {
         "<table width='50%' bgcolor=yellow style='border-collapse:collapse'><tr bgcolor=blue><td width='25%' "
         "valign=bottom style='border-left:3px solid red;padding:1px 2px 3px 4px'>a<td>b</table>");
     const auto& cell = *text.runAtIndex(0).attributes->style().textBlocks.at(0);
-    EXPECT_EQ(cell.borders[0], (NSTextBlockBorder{3, NSColor{1, 0, 0, 1}}));
+    EXPECT_EQ(cell.borders[0], (NSTextBlockBorder{2.25F, NSColor{1, 0, 0, 1}}));
     EXPECT_EQ(cell.borders[1].width, 0);
-    EXPECT_EQ(cell.padding, (NSTextTableBlock::Edges<float>{4, 1, 2, 3}));
+    EXPECT_EQ(cell.padding, (NSTextTableBlock::Edges<float>{3, 0.75F, 1.5F, 2.25F}));
     EXPECT_EQ(cell.backgroundColor, (NSColor{0, 0, 1, 1}));
     EXPECT_EQ(cell.verticalAlignment, NSTextBlockVerticalAlignment::bottom);
     ASSERT_TRUE(cell.width);
@@ -350,8 +351,9 @@ TEST_F(HTMLResourcesTest, PicturesBecomeAttachments) {
                  "<img src=error.gif" + size + "<img src=" + longName + size +
                  "<img srcset='a.gif 1x, b.gif 2x'" + size + "<img src='" + dataURL() + "'>",
              {nullptr, server.url("/")});
-    EXPECT_EQ(describe(text), "{a.gif 20x10:\uFFFC\uFFFC}{own.gif 20x10:\uFFFC}{image.gif 20x10:\uFFFC}not "
-                              "there{image.gif 20x10:\uFFFC}{a.gif 20x10:\uFFFC}");
+    EXPECT_EQ(describe(text),
+              "{a.gif 15x7.5:\uFFFC\uFFFC}{own.gif 15x7.5:\uFFFC}{image.gif 15x7.5:\uFFFC}not "
+              "there{image.gif 15x7.5:\uFFFC}{a.gif 15x7.5:\uFFFC}");
     EXPECT_EQ(text.runAtIndex(0).attributes->attachment->fileWrapper->regularFileContents().characters(),
               tests::smallPicture);
     EXPECT_EQ(server.count("/b.gif"), 0);
@@ -369,9 +371,10 @@ TEST_F(HTMLResourcesTest, TheDelegateIsAskedForEveryRequest) {
                              std::string(3 << 20, 'A') + "'>";
     const auto judge = std::make_shared<Judge>(
         [](const std::string& url) { return url.find("refused") == std::string::npos; });
-    EXPECT_EQ(describe(read(page, {judge, server.url("/")})),
-              "{#ff0000:x}{#ff0000;go.gif 9x9:\uFFFC}{#ff0000;image.gif 9x9:\uFFFC}{#ff0000;image.gif "
-              "8x8:\uFFFC}\n");
+    EXPECT_EQ(
+        describe(read(page, {judge, server.url("/")})),
+        "{#ff0000:x}{#ff0000;go.gif 6.75x6.75:\uFFFC}{#ff0000;image.gif 6.75x6.75:\uFFFC}{#ff0000;image.gif "
+        "6x6:\uFFFC}\n");
     // Embedded data is asked about by its kind alone, however much it is.
     for (const std::string& line :
          {file, dataURL(), std::string("data:image/gif;base64,"), server.url("/go"),
@@ -447,7 +450,7 @@ TEST_F(HTMLResourcesTest, NothingOfAPageOutlivesIt) {
     // The next page may load what it likes, and has to wait for nobody's leftovers.
     other.respond("/a.gif", "image/gif", tests::smallPicture);
     EXPECT_EQ(describe(read("<img width=9 height=9 src=/a.gif>", {judge, other.url("/")})),
-              "{a.gif 9x9:\uFFFC}");
+              "{a.gif 6.75x6.75:\uFFFC}");
     EXPECT_EQ(other.count("/late"), 0);
 }
 
@@ -531,7 +534,7 @@ TEST_F(HTMLResourcesTest, OfThisMachinePagesLoadOnlyWhatIsMeantForThem) {
         const RequestNotes notes;
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(describe(read(page, {judge, "file://" + folder.path("page/p.html")})),
-                  "[after 6] ownfz\nframe\n");
+                  "[after 4.5] ownfz\nframe\n");
         EXPECT_EQ(notes.refusedAddresses().size(), 4U);
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     }
@@ -542,7 +545,7 @@ TEST_F(HTMLResourcesTest, PagesCannotDeceiveTheWalk) {
                             "Map=null;JSON.stringify=null;Object.defineProperty(Node.prototype,'childNodes',{"
                             "get(){return[]}})</script><form name=body><input name=tagName value=a><input "
                             "name=childNodes value=b></form><img name=documentElement>c")),
-              "[after 12] {Helvetica;13:ab}\nc");
+              "[after 12] {Helvetica;9.75:ab}\nc");
 }
 
 TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
@@ -569,27 +572,27 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
                    "<script>parent.frames=top.Map=Map=String=null;closed=true;Object.prototype.get=Date.now="
                    "null;</script><img name=self><form name=document></form>own");
     const std::tuple<const char*, std::string, std::string> rows[] = {
-        {"file", "a<iframe src='" + file + "'></iframe>b", "[after 14] a\n[after 14] own\nb"},
+        {"file", "a<iframe src='" + file + "'></iframe>b", "[after 13.5] a\n[after 13.5] own\nb"},
         {"embedded",
          "<iframe src='data:text/html,<b>x'></iframe><object data='data:text/html,y' "
          "type=text/html>z</object>",
-         "[after 2] {bold:x}\ny\n"},
+         "[after 1.5] {bold:x}\ny\n"},
         {"elsewhere, with a picture and a frame of its own", "<iframe src='" + remote + "'></iframe>c",
-         "[after 14] r{#0000ee;under;to " + elsewhere.url("/x") +
-             ":l}{b.gif 9x9:\uFFFC}\n"
-             "[after 2] {#ff0000:gi}\n[after 18] d\nc"},
+         "[after 13.5] r{#0000ee;under;to " + elsewhere.url("/x") +
+             ":l}{b.gif 6.75x6.75:\uFFFC}\n"
+             "[after 1.5] {#ff0000:gi}\n[after 16.5] d\nc"},
         {"object, shown and missing", "<object data=set>not shown</object><object data=/none>shown</object>",
-         "[after 12] {Courier;10:p  q}\n[after 2] {#ff0000:gi}\n[after 14] d\nshown"},
+         "[after 12] {Courier;9.75:p  q}\n[after 1.5] {#ff0000:gi}\n[after 13.5] d\nshown"},
         {"object that is refused, or is a picture",
          "<object data='file:///none.html'>shown</object><object data=a.gif width=9 height=9></object>",
-         "shown{a.gif 9x9:\uFFFC}"},
+         "shown{a.gif 6.75x6.75:\uFFFC}"},
         {"frames without a page",
          "<frameset cols='50%,*'><frame src=set><frame src='" + file + "'></frameset>",
-         "[after 12] {Courier;10:p  q}\n[after 2] {#ff0000:gi}\n[after 14] d\nown\n"},
+         "[after 12] {Courier;9.75:p  q}\n[after 1.5] {#ff0000:gi}\n[after 13.5] d\nown\n"},
         {"not in the order of their loading",
          "<iframe srcdoc=1></iframe><iframe id=m srcdoc=2></iframe><iframe id=r "
          "srcdoc=3></iframe><script>r.remove();document.body.prepend(m)</script>",
-         "[after 4] 2\n1\n"},
+         "[after 3] 2\n1\n"},
         {"not seen",
          "<iframe style=display:none srcdoc=1></iframe><iframe style=visibility:hidden "
          "srcdoc=2></iframe><iframe width=1 height=1 srcdoc=3></iframe><iframe height=0 srcdoc=4></iframe>x",
@@ -599,9 +602,9 @@ TEST_F(HTMLResourcesTest, FramesAreReadWhereTheyStand) {
         {"that would rather be the page",
          "a<iframe src=busting></iframe><iframe "
          "srcdoc=\"b<script>parent.location='/other'</script>\"></iframe>",
-         "[after 2] a\n[after 16] busting\nb\n"},
+         "[after 1.5] a\n[after 15] busting\nb\n"},
         {"that want to be taken for others", "<iframe src=forging></iframe><iframe srcdoc=b></iframe>",
-         "[after 4] own\nb\n"},
+         "[after 3] own\nb\n"},
     };
     for (const auto& [name, page, expected] : rows)
         EXPECT_EQ(describe(read(page, {nullptr, server.url("/")})), expected) << name;
@@ -693,8 +696,8 @@ TEST_F(HTMLFailuresTest, RedirectsWithoutEndEnd) {
 TEST_F(HTMLFailuresTest, PagesThatAScriptLeavesAreReadWithoutScripts) {
     server.respond("/other", "text/html", "other");
     server.respond("/a.gif", "image/gif", tests::smallPicture);
-    constexpr const char* all = "abc{a.gif 9x9:\uFFFC}";
-    constexpr const char* withoutScripts = "bn{a.gif 9x9:\uFFFC}";
+    constexpr const char* all = "abc{a.gif 6.75x6.75:\uFFFC}";
+    constexpr const char* withoutScripts = "bn{a.gif 6.75x6.75:\uFFFC}";
     const struct {
         const char* name;
         const char* script;
@@ -737,7 +740,7 @@ TEST_F(HTMLFailuresTest, WithoutScriptsThePageIsTheOneForSuchReaders) {
                   "id=x>a</i><noscript><img src=a.gif width=9 height=9><script>2</script>b &amp; "
                   "c</noscript><iframe src=n></iframe><iframe srcdoc='<noscript>d</noscript>'></iframe>",
                   {nullptr, server.url("/")})),
-              "[after 14] {italic;#ff0000:a}{a.gif 9x9:\uFFFC}b & c\n[after 16] x{bold:f}\nd\n");
+              "[after 13.5] {italic;#ff0000:a}{a.gif 6.75x6.75:\uFFFC}b & c\n[after 15] x{bold:f}\nd\n");
     EXPECT_EQ(server.count("/other"), 0);
 }
 
