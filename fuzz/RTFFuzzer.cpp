@@ -1,5 +1,5 @@
-// Whatever the bytes are, reading them as RTFD gives nil or a text in good order, and not one character of it
-// stands for an attachment that is not there.
+// Whatever the bytes are, reading them as RTF, or as RTFD when they are none, gives nil or a text in good order, and
+// not one character of it stands for an attachment that is not there.
 
 #include "Input.h"
 #include "platform/appkit/rtfreader/RTFReading.h"
@@ -54,9 +54,12 @@ void requireWholeParagraphs(const NSAttributedString& text) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    using namespace NSAttributedStringKitAdditions;
+    const NSData data = NSData::dataWithBytes(bytes, size);
     NSDictionary attributes;
-    const NSAttributedString text = NSAttributedStringKitAdditions::initWithRTFD_documentAttributes(
-        NSData::dataWithBytes(bytes, size), &attributes);
+    NSAttributedString text = initWithRTF_documentAttributes(data, &attributes);
+    if (text.isNil())
+        text = initWithRTFD_documentAttributes(data, &attributes);
     require(text.isNil() == attributes.isNil());
     requireOrder(text);
     requireWholeParagraphs(text);
