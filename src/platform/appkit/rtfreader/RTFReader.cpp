@@ -203,8 +203,6 @@ void RTFReader::readWord(const RTFToken& token) {
             return readDestinationWord(token);
         RTFParagraphFormat::words()[entry->row].apply(state().paragraph, token);
         state().paragraphFormat = -1;
-        if (state().paragraph.openBorders != 0)
-            state().story->rowDefinition(state().paragraph.nesting).endBorder();
         if (info_.leavesOutInherited() && token.bytes == "s")
             setStyle(token.parameter);
         break;

@@ -53,7 +53,7 @@ void RTFRowDefinition::beginBorder(RTFBorder& border) {
 }
 
 void RTFRowDefinition::forgetBorder(RTFRowDefinition& row, const RTFToken&) {
-    row.endBorder();
+    row.border_ = nullptr;
 }
 
 void RTFRowDefinition::turnPadding(RTFRowDefinition& row, const RTFToken&) {

@@ -56,7 +56,6 @@ public:
 
     /// The border of which words speak now; null: none of the row's.
     RTFBorder* border() { return border_; }
-    void endBorder() { border_ = nullptr; }
 
     bool isFresh() const { return isFresh_; }
     bool isStated() const { return !cells_.empty(); }

@@ -82,6 +82,8 @@ TEST(RTFListTableTest, Overrides) {
     table.setMarker(u"<{circle}>");
     beginLevel("\\listlevel\\levelnfc0", u"\6§\0.(\1);"sv);
     table.setMarker(u"({decimal})");
+    beginLevel("\\listlevel\\levelnfc0", u"\3\0.\2;"sv);
+    table.setMarker(u"<{decimal}");
     applyWords(table, "\\listid8");
     table.beginList();
     beginLevel("\\listlevel\\levelnfc1", u"\1\0;"sv);
@@ -103,8 +105,8 @@ TEST(RTFListTableTest, Overrides) {
     expect(5, 0, "", "an override of no list");
     expect(9, 0, "", "numbers are given by overrides");
     expect(1, -1, "{decimal}.@3", "a level below the first");
-    expect(4, 2, "<{circle}>@1 §{1}. + ({decimal})@1 @1",
-           "such a marker behind numbers; a level not defined");
+    expect(4, 3, "<{circle}>@1 §{1}. + ({decimal})@1 <{decimal}@1 @1",
+           "such markers behind numbers, in the text and not; a level not defined");
     EXPECT_EQ(table.listsOf(1, 99).size(), std::size_t{RTFListTable::levelCount});
     EXPECT_EQ(table.listsOf(1, 0)[0], table.listsOf(1, 8)[0]) << "the same object";
     EXPECT_NE(table.listsOf(2, 0)[0], table.listsOf(1, 0)[0]) << "overrides count by themselves";

@@ -257,8 +257,12 @@ TEST(RTFReading, Paragraphs) {
         {"unless the writer leaves it out; later styles, and circles",
          "{\\stylesheet{\\fs20\\qr\\outlinelevel1 Normal;}{\\s4\\sbasedon9\\b x;}{\\*\\cs9\\fs99 c;}"
          "{\\s9\\sbasedon0\\sa40\\i y;}{\\s5\\sbasedon6\\b z;}{\\s6\\sbasedon5\\fs30 w;}}"
-         "{\\*\\generator LibreOffice/7}\\intbl\\s4\\i0 a\\cell\\row\\pard\\plain\\s5 b\\s8 c",
-         "'a|' size=10 bold align=-3 after=2 heading=2 cell=0,0/1:auto; 'bc' size=15 bold"},
+         "{\\*\\generator LibreOffice/7}\\intbl\\s4\\i0 a\\par\\itap2\\s4 "
+         "b\\par\\nestcell\\cell\\row\\pard\\plain\\s5 c\\s8 d",
+         "'a|' size=10 bold align=-3 after=2 heading=2 cell=0,0/1:auto; 'b||' size=10 bold italic align=-3 "
+         "after=2 "
+         "heading=2 cell=0,0/1:auto cell=0,0/1:auto; '|' size=10 bold italic align=-3 after=2 heading=2 "
+         "cell=0,0/1:auto; 'cd' size=15 bold"},
         {"markers look like their paragraphs",
          "{\\*\\generator LibreOffice/7}\\pard\\plain\\fs20{\\listtext\\pard\\plain\\b 1.\\tab}a\\par\\plain "
          "b",
