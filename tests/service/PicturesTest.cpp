@@ -100,8 +100,16 @@ TEST(PicturesTest, WhatIsSaidOfFiles) {
         EXPECT_TRUE(asPDF("a.pdf", none).isNil());
 }
 
-TEST(PicturesTest, APageThatEndsItsEngine) {
+TEST(PicturesTest, WhyThereIsNone) {
     const tests::TemporaryFolder folder;
+    tests::PDFParts locked = smallPages();
+    locked.trailerEntries = tests::pdfEncryption();
+    {
+        RequestNotes notes;
+        const std::string file = folder.write("locked.pdf", tests::pdfDocument(locked));
+        EXPECT_TRUE(PDFImageRepOfFile(NSString::stringWithUTF8String(file)).isNil());
+        EXPECT_EQ(notes.outcome(), Outcome::locked);
+    }
     tests::PDFParts deadly = smallPages();
     deadly.pages = {"/Deadly cs 0.5 sc 0 0 9 9 re f"};
     const NSString path = NSString::stringWithUTF8String(folder.write("a.pdf", tests::pdfDocument(deadly)));

@@ -1,5 +1,7 @@
 #include "platform/appkit/images/NSPDFImageRep.h"
 
+#include "platform/ledger/RequestNotes.h"
+
 #include <cmath>
 #include <utility>
 
@@ -10,6 +12,8 @@ NSPDFImageRep::NSPDFImageRep(NSData data, PDFPage page, NSSize size)
 
 std::shared_ptr<NSPDFImageRep> NSPDFImageRep::imageRepWithData(const NSData& pdf) {
     const PDFDocument document = PDFDocument::initWithData(pdf);
+    if (document.isLocked())
+        noteOutcome(Outcome::locked, u"the document is encrypted");
     if (document.isNil() || document.isLocked() || document.pageCount() == 0)
         return nullptr;
     PDFPage page = document.pageAtIndex(0);
