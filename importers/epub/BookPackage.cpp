@@ -1,5 +1,6 @@
 #include "importers/epub/BookPackage.h"
 
+#include "importers/support/PartPath.h"
 #include "importers/xml/XMLScan.h"
 #include "platform/foundation/units/ASCII.h"
 
@@ -81,7 +82,7 @@ public:
             place(fact, book);
         for (const std::string& reference : references_) {
             if (const auto found = hrefs_.find(reference); found != hrefs_.end())
-                book.spine.push_back(pathOfReference(path_, found->second));
+                book.spine.push_back(pathOfLink(path_, found->second));
         }
         return book;
     }
@@ -209,7 +210,7 @@ std::string withoutEscapes(std::string_view text) {
 std::string pathOfPackage(std::string_view container, const Deadline& deadline) {
     ValuesReading reading("rootfile", "full-path");
     scanXML(container, reading, deadline);
-    return reading.values.empty() ? std::string() : pathOfReference("", reading.values.front());
+    return reading.values.empty() ? std::string() : pathOfLink("", reading.values.front());
 }
 
 std::optional<BookPackage> readBookPackage(std::string_view document, std::string_view path,
@@ -223,32 +224,12 @@ std::vector<std::string> encryptedPaths(std::string_view document, const Deadlin
     ValuesReading reading("CipherReference", "URI");
     scanXML(document, reading, deadline);
     for (std::string& path : reading.values)
-        path = pathOfReference("", path);
+        path = pathOfLink("", path);
     return std::move(reading.values);
 }
 
-std::string pathOfReference(std::string_view document, std::string_view reference) {
-    const std::string target = withoutEscapes(reference.substr(0, reference.find('#')));
-    std::vector<std::string_view> names;
-    const auto append = [&](std::string_view path) {
-        while (!path.empty()) {
-            const std::string_view name = path.substr(0, path.find('/'));
-            if (name == "..") {
-                if (!names.empty())
-                    names.pop_back();
-            } else if (!name.empty() && name != ".") {
-                names.push_back(name);
-            }
-            path.remove_prefix(std::min(path.size(), name.size() + 1));
-        }
-    };
-    if (!target.starts_with('/'))
-        append(document.substr(0, document.rfind('/') == document.npos ? 0 : document.rfind('/')));
-    append(target);
-    std::string path;
-    for (const std::string_view name : names)
-        path.append(path.empty() ? "" : "/").append(name);
-    return path;
+std::string pathOfLink(std::string_view document, std::string_view reference) {
+    return pathOfReference(document, withoutEscapes(reference.substr(0, reference.find('#'))));
 }
 
 } // namespace kelvo::importers

@@ -39,6 +39,6 @@ std::optional<BookPackage> readBookPackage(std::string_view document, std::strin
 std::vector<std::string> encryptedPaths(std::string_view document, const Deadline& deadline);
 
 /// The path in the archive that a reference in the document leads to, without what follows "#", and with no way out.
-std::string pathOfReference(std::string_view document, std::string_view reference);
+std::string pathOfLink(std::string_view document, std::string_view reference);
 
 } // namespace kelvo::importers

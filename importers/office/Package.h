@@ -52,10 +52,6 @@ private:
     bool isSpent_ = false;
 };
 
-/// The path that a reference in the part leads to: "xl/worksheets/sheet1.xml" from "worksheets/sheet1.xml" in
-/// "xl/workbook.xml". It does not leave the package.
-std::string pathOfReference(std::string_view part, std::string_view reference);
-
 /// Where a part says what it refers to: "xl/_rels/workbook.xml.rels".
 std::string pathOfRelationships(std::string_view part);
 

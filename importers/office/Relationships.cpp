@@ -1,5 +1,6 @@
 #include "importers/office/Relationships.h"
 
+#include "importers/support/PartPath.h"
 #include <algorithm>
 #include <array>
 #include <utility>

@@ -142,7 +142,7 @@ TEST(BookPackage, ReferencesStayInTheArchive) {
         {"O/x.opf", "a%2", "O/a%2"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(pathOfReference(row.document, row.reference), row.path) << row.reference;
+        EXPECT_EQ(pathOfLink(row.document, row.reference), row.path) << row.reference;
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "importers/images/ImageImport.h"
 #include "platform/imageio/TestPictures.h"
-#include "support/AttributesInWords.h"
+#include "support/Attributed.h"
 #include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +12,9 @@
 namespace kelvo::importers {
 namespace {
 
+using tests::Attributed;
+using tests::one;
+
 using namespace std::string_literals;
 using tests::pictureFile;
 using tests::withMetadata;
@@ -20,7 +23,7 @@ using Values = std::vector<std::pair<std::string, std::string>>;
 Attributed attributesOf(const std::string& file, std::string_view type = "public.jpeg") {
     // Where clocks without a zone are read.
     const tests::ScopedVariable zone("TZ", "Asia/Kolkata");
-    return attributesInWords(importImage, file, type);
+    return tests::attributesOf(importImage, file, type);
 }
 
 std::string photo(const Values& values, const char* format = ".jpg") {

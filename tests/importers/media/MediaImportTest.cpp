@@ -1,6 +1,6 @@
 #include "importers/media/MediaImport.h"
 #include "importers/media/TagEncoding.h"
-#include "support/AttributesInWords.h"
+#include "support/Attributed.h"
 #include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
@@ -17,6 +17,9 @@ extern "C" {
 
 namespace kelvo::importers {
 namespace {
+
+using tests::Attributed;
+using tests::one;
 
 using namespace std::string_literals;
 
@@ -35,7 +38,7 @@ std::string made(const std::string& name, const std::string& arguments) {
 
 Attributed attributesOf(const std::string& file) {
     const tests::ScopedVariable zone("TZ", "Asia/Kolkata");
-    return attributesInWords(importMedia, file, "public.movie");
+    return tests::attributesOf(importMedia, file, "public.movie");
 }
 
 /// Those of the names, with what ffprobe says of the same file on the right.

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/Value.h"
 #include "platform/foundation/propertylists/NSJSONSerialization.h"
-#include "support/Importing.h"
+#include "support/Attributed.h"
 #include "support/OfficeDocuments.h"
 #include "support/TemporaryFolder.h"
 #include "support/ZipPackage.h"
@@ -22,7 +22,7 @@ namespace {
 
 using namespace std::string_literals;
 using Parts = std::vector<std::pair<std::string, std::string>>;
-using Attributed = std::map<std::string, std::string>;
+using tests::Attributed;
 
 const std::string schemas = "http://schemas.openxmlformats.org/";
 const std::string relationsOfDocument = schemas + "officeDocument/2006/relationships";
@@ -32,32 +32,9 @@ const std::string presentation = "org.openxmlformats.presentationml.presentation
 const std::string openText = "org.oasis-open.opendocument.text";
 const std::string flatText = "org.oasis-open.opendocument.text-flat-xml";
 
-std::string shown(const Value& value) {
-    if (const NSDate* const date = value.dateIfAny())
-        return date->description().UTF8String();
-    if (!value.isArray())
-        return value.description().UTF8String();
-    std::string joined;
-    for (const Value& each : value.array())
-        joined += '<' + each.string().UTF8String() + '>';
-    return joined;
-}
-
-std::string withoutPrefix(const std::string& name) {
-    return name.starts_with("kMDItem") ? name.substr(7) : name;
-}
-
-/// By their names without what is common to these; "note": what else there is to say.
-Attributed attributesOf(const std::string& file, const std::string& type, Import& import = importOffice) {
-    Attributed result;
-    const NSDictionary attributes = attributesByImporter(
-        import, NSData::dataWithBytes(file), type, [&](Outcome outcome, const NSString& why) {
-            result["note"] += (result["note"].empty() ? "" : "; ") + wordOfOutcome(outcome).UTF8String() +
-                              ": " + why.UTF8String();
-        });
-    for (const Value& name : attributes.allKeys())
-        result[withoutPrefix(name.string().UTF8String())] = shown(attributes.objectForKey(name));
-    return result;
+tests::Attributed attributesOf(const std::string& file, const std::string& type,
+                               Import& import = importOffice) {
+    return tests::attributesOf(import, file, type);
 }
 
 std::string textOf(const std::string& file, const std::string& type) {

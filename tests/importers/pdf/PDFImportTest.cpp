@@ -1,6 +1,6 @@
 #include "importers/pdf/PDFImport.h"
 #include "platform/foundation/Value.h"
-#include "support/AttributesInWords.h"
+#include "support/Attributed.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +12,9 @@
 
 namespace kelvo::importers {
 namespace {
+
+using tests::Attributed;
+using tests::one;
 
 /// A document of these objects, numbered from 1, the first of which is the catalog.
 std::string pdfOf(const std::vector<std::string>& objects, const std::string& trailer = "") {
@@ -65,7 +68,7 @@ NSData dataOf(const std::string& bytes) {
 }
 
 Attributed attributesOf(const std::string& pdf, Import& import = importPDF) {
-    return attributesInWords(import, pdf, "com.adobe.pdf");
+    return tests::attributesOf(import, pdf, "com.adobe.pdf");
 }
 
 TEST(PDFImport, SetsWhatADocumentSays) {
