@@ -9,6 +9,22 @@
 
 namespace kelvo::bench {
 
+/// For main(): nine short repetitions of each benchmark, of which the median counts, where neither the benchmark nor
+/// the command line says anything else.
+inline void initialize(int count, char** arguments) {
+    // The library keeps the first of them.
+    static std::vector<std::string> words{arguments[0], "--benchmark_repetitions=9",
+                                          "--benchmark_report_aggregates_only=true",
+                                          "--benchmark_min_time=0.05"};
+    words.insert(words.end(), arguments + 1, arguments + count);
+    static std::vector<char*> pointers;
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    int size = static_cast<int>(pointers.size());
+    pointers.push_back(nullptr);
+    benchmark::Initialize(&size, pointers.data());
+}
+
 /// Shows the measurements as they come and keeps their medians, so that a program can print the ratios
 /// between its subject and its peers at the end of the same run.
 class Comparison : public benchmark::ConsoleReporter {
@@ -17,14 +33,19 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             const bool isMedian = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
-            if (isMedian || (run.run_type == Run::RT_Iteration && run.repetitions <= 1))
-                seconds_[run.run_name.function_name +
-                         (run.run_name.args.empty() ? "" : "/" + run.run_name.args)] =
-                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            if (!isMedian && (run.run_type != Run::RT_Iteration || run.repetitions > 1))
+                continue;
+            const bool isOfClock = run.run_name.time_type.find("real_time") != std::string::npos ||
+                                   run.run_name.time_type.find("manual_time") != std::string::npos;
+            seconds_[run.run_name.function_name +
+                     (run.run_name.args.empty() ? "" : "/" + run.run_name.args)] =
+                (isOfClock ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime()) /
+                benchmark::GetTimeUnitMultiplier(run.time_unit);
         }
     }
 
-    /// The median time of one iteration, or 0 when that benchmark did not run.
+    /// The median time of one iteration, or 0 when that benchmark did not run: of the processor where the benchmark
+    /// asks for nothing else, because a clock counts what else the machine does, else of the clock.
     double seconds(const std::string& name) const {
         const auto found = seconds_.find(name);
         return found == seconds_.end() ? 0 : found->second;

@@ -1,8 +1,9 @@
-// The scans, searches and compares of text beside what bounds them: reading the same memory, one table load a
-// unit, the standard library and ICU. Each peer is compiled with the flags of this file (-O3), so that its
-// loops are vectorised where the compiler can.
+// The scans, searches and compares of text beside what bounds them: reading the same memory with the same vectors, one
+// table load a unit, the standard library and ICU. With KELVO_BENCH_AVX2 in the environment all vectors are those of AVX2,
+// on a machine that has wider ones.
 
 #include "Comparison.h"
+#include "MemoryReading.h"
 
 #include "platform/foundation/units/UnitScan.h"
 #include "text/CharacterSearch.h"
@@ -11,12 +12,13 @@
 #include "text/StringMatching.h"
 #include "text/UnicharCompare.h"
 
+#include <hwy/targets.h>
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
 #include <array>
 #include <chrono>
-#include <cstring>
+#include <cstdlib>
 #include <random>
 #include <string>
 
@@ -72,15 +74,7 @@ void overText(State& state, Work work) {
 // Peers: reading the memory, and one table load a unit.
 
 void readMemory(State& state) {
-    overText(state, [](std::u16string_view text) {
-        std::uint64_t sum = 0;
-        for (std::size_t index = 0; index + 4 <= text.size(); index += 4) {
-            std::uint64_t four;
-            std::memcpy(&four, text.data() + index, sizeof four);
-            sum += four;
-        }
-        return sum;
-    });
+    overText(state, kelvo::bench::readUnits);
 }
 void loadTable(State& state) {
     const char16_t* table = initUpperCharsTable();
@@ -117,6 +111,9 @@ void countLetter(State& state) {
 void findOneOfTwo(State& state) {
     overText(state, [](std::u16string_view text) { return findOneOf(text, u"<&"); });
 }
+void findOneOfFour(State& state) {
+    overText(state, [](std::u16string_view text) { return findOneOf(text, u"<&>\""); });
+}
 void findOneOfMany(State& state) {
     overText(state, [](std::u16string_view text) { return findOneOf(text, u"0123456789"); });
 }
@@ -137,6 +134,7 @@ BENCHMARK(findLetter)->Arg(English);
 BENCHMARK(countUnit)->Arg(English);
 BENCHMARK(countLetter)->Arg(English);
 BENCHMARK(findOneOfTwo)->Arg(English);
+BENCHMARK(findOneOfFour)->Arg(English);
 BENCHMARK(asciiPrefix)->Arg(English);
 
 // Compares, by length. `Twin` differs in its last unit only, `Cased` in the case of every fourth letter.
@@ -221,15 +219,17 @@ double millisecondsToBuildAll() {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (std::getenv("KELVO_BENCH_AVX2"))
+        hwy::GetChosenTarget().Update(HWY_AVX2);
     const double buildMilliseconds = millisecondsToBuildAll();
-    benchmark::Initialize(&argc, argv);
+    kelvo::bench::initialize(argc, argv);
     kelvo::bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
 
     std::printf("\n%-60s %8.2f ms\n", "all five tables and eight reps, first use", buildMilliseconds);
     const std::string ascii = "/" + std::to_string(English);
-    for (const char* scan :
-         {"findUnit", "findLetter", "countUnit", "countLetter", "findOneOfTwo", "asciiPrefix"})
+    for (const char* scan : {"findUnit", "findLetter", "countUnit", "countLetter", "findOneOfTwo",
+                             "findOneOfFour", "asciiPrefix"})
         comparison.printSpeedRatio((std::string(scan) + " : reading the memory").c_str(), scan + ascii,
                                    "readMemory" + ascii);
     for (std::int64_t sample = 0; sample < SampleCount; ++sample)

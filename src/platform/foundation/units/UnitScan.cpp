@@ -28,26 +28,15 @@ HWY_INLINE auto equalsAny(V units, V wanted, Vs... others) {
         return hn::Or(hn::Eq(units, wanted), equalsAny(units, others...));
 }
 
-/// The first index in [0, count) at which `test` holds, where test(i) gives the mask for the vector at i.
-/// Four vectors share one branch; the last vector overlaps the one before it, so nothing past the end is
-/// read. Needs count >= Lanes(d).
-template <class D, class Test>
-HWY_INLINE std::size_t firstWhere(D d, std::size_t count, Test test) {
+/// The first index in [0, count) at which `test` holds, where test(i) gives the mask for the vector at i, and
+/// any(i) one that is empty where it holds for none of the four vectors from there on. Four vectors share one
+/// branch; the last vector overlaps the one before it, so nothing past the end is read. Needs count >= Lanes(d).
+template <class D, class Test, class Any>
+HWY_INLINE std::size_t firstWhere(D d, std::size_t count, Test test, Any any) {
     const std::size_t lanes = hn::Lanes(d);
     std::size_t index = 0;
-    for (; index + 4 * lanes <= count; index += 4 * lanes) {
-        const auto m0 = test(index), m1 = test(index + lanes), m2 = test(index + 2 * lanes),
-                   m3 = test(index + 3 * lanes);
-        if (HWY_LIKELY(hn::AllFalse(d, hn::Or(hn::Or(m0, m1), hn::Or(m2, m3)))))
-            continue;
-        if (!hn::AllFalse(d, m0))
-            return index + hn::FindKnownFirstTrue(d, m0);
-        if (!hn::AllFalse(d, m1))
-            return index + lanes + hn::FindKnownFirstTrue(d, m1);
-        if (!hn::AllFalse(d, m2))
-            return index + 2 * lanes + hn::FindKnownFirstTrue(d, m2);
-        return index + 3 * lanes + hn::FindKnownFirstTrue(d, m3);
-    }
+    while (index + 4 * lanes <= count && HWY_LIKELY(hn::AllFalse(d, any(index))))
+        index += 4 * lanes;
     for (; index < count; index += lanes) {
         const std::size_t start = std::min(index, count - lanes);
         const auto mask = test(start);
@@ -55,6 +44,21 @@ HWY_INLINE std::size_t firstWhere(D d, std::size_t count, Test test) {
             return start + hn::FindKnownFirstTrue(d, mask);
     }
     return count;
+}
+
+template <class D, class Test>
+HWY_INLINE std::size_t firstWhere(D d, std::size_t count, Test test) {
+    const std::size_t lanes = hn::Lanes(d);
+    return firstWhere(d, count, test, [&](std::size_t i) HWY_ATTR {
+        return hn::Or(hn::Or(test(i), test(i + lanes)), hn::Or(test(i + 2 * lanes), test(i + 3 * lanes)));
+    });
+}
+
+/// The bit in which two wanted units differ, as the cases of most letters do, or 0 when it is not just one: without it
+/// they are one unit.
+std::uint16_t onlyDifference(const UnitsToFind& wanted) {
+    const auto bits = static_cast<std::uint16_t>(wanted.units[0] ^ wanted.units[1]);
+    return wanted.count == 2 && std::has_single_bit(bits) ? bits : 0;
 }
 
 std::size_t FirstUnitEqualTo(const char16_t* units, std::size_t count, const UnitsToFind& wanted) {
@@ -67,6 +71,22 @@ std::size_t FirstUnitEqualTo(const char16_t* units, std::size_t count, const Uni
     if (wanted.count <= 1)
         return firstWhere(d, count,
                           [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0); });
+    if (const std::uint16_t bit = onlyDifference(wanted)) {
+        const auto others = hn::Set(d, static_cast<std::uint16_t>(~bit));
+        const auto common = hn::And(w0, others);
+        // 0 where the unit is one of the two. The least of four vectors costs less than as many comparisons.
+        const auto difference = [&](std::size_t i) HWY_ATTR {
+            return hn::Xor(hn::And(hn::LoadU(d, p + i), others), common);
+        };
+        const std::size_t lanes = hn::Lanes(d);
+        return firstWhere(
+            d, count, [&](std::size_t i) HWY_ATTR { return hn::Eq(difference(i), hn::Zero(d)); },
+            [&](std::size_t i) HWY_ATTR {
+                const auto least = hn::Min(hn::Min(difference(i), difference(i + lanes)),
+                                           hn::Min(difference(i + 2 * lanes), difference(i + 3 * lanes)));
+                return hn::Eq(least, hn::Zero(d));
+            });
+    }
     if (wanted.count == 2)
         return firstWhere(d, count,
                           [&](std::size_t i) HWY_ATTR { return equalsAny(hn::LoadU(d, p + i), w0, w1); });
@@ -91,28 +111,30 @@ template <class Matches>
 HWY_INLINE std::size_t countWhere(const AliasedUnit* p, std::size_t count, std::size_t* rest,
                                   Matches matches) {
     const Units d;
-    const std::size_t lanes = hn::Lanes(d);
+    const std::size_t lanes = hn::Lanes(d), block = 4 * lanes;
+    const auto at = [&](std::size_t i) HWY_ATTR { return matches(hn::LoadU(d, p + i)); };
+    std::size_t found = 0, index = 0;
     // Where a comparison gives bits, those are counted; a vector would have to be made of them first.
     if constexpr (HWY_TARGET <= HWY_AVX3) {
-        std::size_t counted = 0, at = 0;
-        for (; at + 2 * lanes <= count; at += 2 * lanes)
-            counted += hn::CountTrue(d, matches(hn::LoadU(d, p + at))) +
-                       hn::CountTrue(d, matches(hn::LoadU(d, p + at + lanes)));
-        *rest = at;
-        return counted;
+        for (; index + block <= count; index += block)
+            found += hn::CountTrue(d, at(index)) + hn::CountTrue(d, at(index + lanes)) +
+                     hn::CountTrue(d, at(index + 2 * lanes)) + hn::CountTrue(d, at(index + 3 * lanes));
+        *rest = index;
+        return found;
     }
-    // Each lane counts at most 65,535 matches before it is emptied.
-    constexpr std::size_t roundsPerFlush = 65535;
-    std::size_t found = 0, index = 0;
+    const auto minusOne = [&](std::size_t i) HWY_ATTR { return hn::VecFromMask(d, at(i)); };
     HWY_ALIGN std::array<std::uint16_t, hn::MaxLanes(Units())> counts;
-    while (index + 2 * lanes <= count) {
-        auto even = hn::Zero(d), odd = hn::Zero(d);
-        for (std::size_t round = 0; round < roundsPerFlush && index + 2 * lanes <= count;
-             ++round, index += 2 * lanes) {
-            even = hn::Sub(even, hn::VecFromMask(d, matches(hn::LoadU(d, p + index))));
-            odd = hn::Sub(odd, hn::VecFromMask(d, matches(hn::LoadU(d, p + index + lanes))));
+    while (index + block <= count) {
+        // Each lane counts at most 65,535 matches before it is emptied.
+        const std::size_t end = index + std::min((count - index) / block, std::size_t{65535}) * block;
+        auto a = hn::Zero(d), b = a, c = a, e = a;
+        for (; index < end; index += block) {
+            a = hn::Sub(a, minusOne(index));
+            b = hn::Sub(b, minusOne(index + lanes));
+            c = hn::Sub(c, minusOne(index + 2 * lanes));
+            e = hn::Sub(e, minusOne(index + 3 * lanes));
         }
-        for (const auto& lane : {even, odd}) {
+        for (const auto& lane : {a, b, c, e}) {
             hn::Store(lane, d, counts.data());
             for (std::size_t k = 0; k < lanes; ++k)
                 found += counts[k];
@@ -129,8 +151,13 @@ std::size_t CountUnitsEqualTo(const char16_t* units, std::size_t count, const Un
                w2 = hn::Set(d, wanted.units[2]), w3 = hn::Set(d, wanted.units[3]);
     using V = hn::Vec<Units>;
     std::size_t rest = 0, found = 0;
+    const std::uint16_t bit = onlyDifference(wanted);
+    const auto others = hn::Set(d, static_cast<std::uint16_t>(~bit));
+    const auto common = hn::And(w0, others);
     if (wanted.count <= 1)
-        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return equalsAny(v, w0); });
+        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return hn::Eq(v, w0); });
+    else if (bit != 0)
+        found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return hn::Eq(hn::And(v, others), common); });
     else if (wanted.count == 2)
         found = countWhere(p, count, &rest, [&](V v) HWY_ATTR { return equalsAny(v, w0, w1); });
     else
@@ -143,8 +170,15 @@ std::size_t FirstNonAsciiUnit(const char16_t* units, std::size_t count) {
     if (count < hn::Lanes(d))
         return unitScanPlain::firstNonAsciiUnit(units, count);
     const AliasedUnit* p = asNumbers(units);
-    const auto ascii = hn::Set(d, 0x7F);
-    return firstWhere(d, count, [&](std::size_t i) HWY_ATTR { return hn::Gt(hn::LoadU(d, p + i), ascii); });
+    const auto others = hn::Set(d, 0xFF80);
+    const std::size_t lanes = hn::Lanes(d);
+    const auto at = [&](std::size_t i) HWY_ATTR { return hn::LoadU(d, p + i); };
+    const auto anyBit = [&](auto v) HWY_ATTR { return hn::Ne(hn::And(v, others), hn::Zero(d)); };
+    return firstWhere(
+        d, count, [&](std::size_t i) HWY_ATTR { return anyBit(at(i)); },
+        [&](std::size_t i) HWY_ATTR {
+            return anyBit(hn::Or(hn::Or(at(i), at(i + lanes)), hn::Or(at(i + 2 * lanes), at(i + 3 * lanes))));
+        });
 }
 
 std::size_t FirstNonAsciiByte(const std::uint8_t* bytes, std::size_t count) {
@@ -233,6 +267,9 @@ HWY_INLINE std::size_t firstByMembership(const char16_t* units, std::size_t coun
 
 std::size_t FirstUnitByMembership(const char16_t* units, std::size_t count, const std::uint8_t* bitmap,
                                   bool member) {
+    // The table of the shuffle is as wide as a vector of 16 bytes.
+    if constexpr (HWY_TARGET == HWY_SCALAR)
+        return unitScanPlain::firstUnitByMembership(units, count, bitmap, member);
     return member ? firstByMembership<true>(units, count, bitmap)
                   : firstByMembership<false>(units, count, bitmap);
 }

@@ -1,11 +1,28 @@
 #include "platform/foundation/units/UnitScan.h"
+#include "platform/foundation/units/Vectors.h"
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 #include <random>
 
 namespace kelvo {
 namespace {
+
+/// Each test with each kind of vector that this machine has.
+class UnitScanTest : public testing::TestWithParam<std::int64_t> {
+protected:
+    void SetUp() override { hwy::GetChosenTarget().Update(GetParam()); }
+    void TearDown() override { hwy::GetChosenTarget().DeInit(); }
+};
+std::vector<std::int64_t> kindsOfVectors() {
+    std::vector<std::int64_t> kinds;
+    for (std::uint64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
+        kinds.push_back(static_cast<std::int64_t>(left & (~left + 1)));
+    return kinds;
+}
+INSTANTIATE_TEST_SUITE_P(Vectors, UnitScanTest, testing::ValuesIn(kindsOfVectors()),
+                         [](const auto& row) { return hwy::TargetName(row.param); });
 
 constexpr std::size_t longestText = 300;
 
@@ -57,7 +74,7 @@ void expectAsPlain(const ExactText& text, const UnitsToFind& wanted, const std::
 // A single hit at each position of each length, in text that is otherwise all of one kind; the hit is the
 // lowest or highest unit of its kind. Filling from inside and from outside the bitmap gives both senses of
 // membership a lonely exception.
-TEST(UnitScanTest, oneHitAnywhere) {
+TEST_P(UnitScanTest, oneHitAnywhere) {
     const auto bitmap = bitmapOf(u"\x007F\x0080\x0400\xD800\xFFFF");
     const char16_t rows[][2] = {{u'a', 0x7F},     {u'a', 0x80},     {0x7F, u'a'},   {0x0401, 0x0400},
                                 {0x0400, 0x0401}, {0xFFFF, 0xFF7F}, {u'a', 0xFFFF}, {0x8000, 0xD800},
@@ -67,19 +84,20 @@ TEST(UnitScanTest, oneHitAnywhere) {
             ExactText text(count, count % 32, filling);
             const UnitsToFind wanted[] = {{{hit, hit, hit, hit}, 1},
                                           {{0x1234, hit, 0x1234, 0x1234}, 2},
+                                          {{static_cast<char16_t>(hit ^ 0x20), hit, hit, hit}, 2},
                                           {{0x1234, 0x4321, 0x1111, hit}, 4}};
             for (std::size_t position = 0; position <= count; position += 1 + count / 70) {
                 if (position < count)
                     text[position] = hit;
                 SCOPED_TRACE(count * 1000 + position);
-                expectAsPlain(text, wanted[position % 3], bitmap.data());
+                expectAsPlain(text, wanted[position % 4], bitmap.data());
                 if (position < count)
                     text[position] = filling;
             }
         }
 }
 
-TEST(UnitScanTest, randomTextAtEveryAlignment) {
+TEST_P(UnitScanTest, randomTextAtEveryAlignment) {
     std::mt19937 random(20240611);
     const auto bitmap = bitmapOf(u"aeiou \x00E4\x0416\x4E00\xD83D");
     const std::u16string_view alphabets[] = {u"xyzw", u"abcdefghijklmnop \x7F", u"\x0416\x0417 \x0418",
@@ -106,7 +124,7 @@ TEST(UnitScanTest, randomTextAtEveryAlignment) {
             }
 }
 
-TEST(UnitScanTest, bytes) {
+TEST_P(UnitScanTest, bytes) {
     for (std::size_t count = 0; count <= 160; ++count) {
         const auto bytes = std::make_unique<std::uint8_t[]>(count);
         std::fill_n(bytes.get(), count, 0x7F);
@@ -119,7 +137,7 @@ TEST(UnitScanTest, bytes) {
 }
 
 // The lanes of the counting vectors hold 16 bits.
-TEST(UnitScanTest, countsPastSixteenBits) {
+TEST_P(UnitScanTest, countsPastSixteenBits) {
     const std::u16string text(16 * 65536 * 4 + 5, u'a');
     EXPECT_EQ(countUnitsEqualTo(text.data(), text.size(), {{u'a', u'b', u'a', u'a'}, 2}), text.size());
 }
