@@ -39,7 +39,6 @@ void samples(benchmark::internal::Benchmark* benchmark) {
     for (const std::int64_t length : {8192, 4 << 20})
         for (const std::int64_t number : {0, 1})
             benchmark->Args({number, length});
-    benchmark->UseRealTime()->Repetitions(9)->ReportAggregatesOnly();
 }
 
 template <class Work>
@@ -95,14 +94,35 @@ void replaceHits(State& state) {
 void removeHits(State& state) {
     overHits(state, [](NSMutableString& text) { removeCharactersOfString(text, u"a"); });
 }
-BENCHMARK(deleteHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(replaceHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(removeHits)->Arg(0)->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(deleteHits)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(replaceHits)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(removeHits)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+// Ten units, of which few or many kinds are unwanted; the peer looks through the list for each of them.
+void removeFromTen(State& state) {
+    const auto unwanted =
+        std::u16string_view(u"+-./ ()[]:;,_#*").substr(0, static_cast<std::size_t>(state.range(0)));
+    const NSString text = u"+49 30/123";
+    for (auto _ : state)
+        DoNotOptimize(stringByRemovingCharactersOfString(text, unwanted));
+}
+void eraseFromTen(State& state) {
+    const auto unwanted =
+        std::u16string_view(u"+-./ ()[]:;,_#*").substr(0, static_cast<std::size_t>(state.range(0)));
+    const NSString text = u"+49 30/123";
+    for (auto _ : state) {
+        std::u16string copy(text.characters());
+        std::erase_if(copy, [&](char16_t unit) { return unwanted.find(unit) != unwanted.npos; });
+        DoNotOptimize(NSString(std::u16string_view(copy)));
+    }
+}
+BENCHMARK(removeFromTen)->Arg(3)->Arg(15);
+BENCHMARK(eraseFromTen)->Arg(3)->Arg(15);
 
 } // namespace
 
 int main(int count, char** arguments) {
-    benchmark::Initialize(&count, arguments);
+    bench::initialize(count, arguments);
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\n");
@@ -116,4 +136,9 @@ int main(int count, char** arguments) {
     for (const char* hits : {"deleteHits", "replaceHits", "removeHits"})
         comparison.printTimeRatio((std::string(hits) + ", time of 2.6 million hits : one").c_str(),
                                   std::string(hits) + "/1", std::string(hits) + "/0");
+    for (const char* kinds : {"/3", "/15"})
+        comparison.printTimeRatio(
+            (std::string("remove ") + (kinds + 1) + " kinds from ten units : erase_if, with its copies")
+                .c_str(),
+            std::string("removeFromTen") + kinds, std::string("eraseFromTen") + kinds);
 }

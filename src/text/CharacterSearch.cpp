@@ -2,9 +2,9 @@
 
 #include "platform/foundation/NSMutableString.h"
 #include "text/FoldingTables.h"
+#include "text/UnitSet.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 #include <vector>
 
@@ -34,9 +34,6 @@ const std::vector<UnitPair>& irregularUppercasePairs() {
 UnitsToFind onlyUnit(char16_t unit) {
     return {{unit, unit, unit, unit}, 1};
 }
-
-/// A bitmap of its own on the stack pays when the plain loop would make more comparisons than this.
-constexpr std::size_t comparisonsWorthABitmap = 2048;
 
 std::size_t locationOrNotFound(std::size_t index, std::u16string_view string) {
     return index < string.size() ? index : NSNotFound;
@@ -97,44 +94,13 @@ std::size_t findOneOf(std::u16string_view string, std::u16string_view candidates
         return NSNotFound;
     const char16_t* units = string.data() + startAt;
     const std::size_t count = string.size() - startAt;
-    const auto matchesOf = [&](char16_t candidate) {
-        return caseInsensitive ? unitsOfSameUppercase(candidate) : onlyUnit(candidate);
-    };
-
-    UnitsToFind few = matchesOf(candidates.front());
-    std::size_t taken = 1;
-    for (; taken < candidates.size(); ++taken) {
-        const UnitsToFind more = matchesOf(candidates[taken]);
-        UnitsToFind both = few;
-        bool fits = true;
-        for (unsigned k = 0; k < more.count && fits; ++k)
-            if (!both.contains(more.units[k])) {
-                fits = both.count < std::size(both.units);
-                if (fits)
-                    both.units[both.count++] = more.units[k];
-            }
-        if (!fits)
-            break;
-        few = both;
-    }
-    if (taken == candidates.size())
-        return locationOrNotFound(startAt + firstUnitEqualTo(units, count, few), string);
-
-    if (count <= comparisonsWorthABitmap / candidates.size()) {
-        const char16_t* upper = initUpperCharsTable();
-        for (std::size_t index = 0; index < count; ++index)
-            for (const char16_t candidate : candidates)
-                if (caseInsensitive ? upper[units[index]] == upper[candidate] : units[index] == candidate)
-                    return startAt + index;
-        return NSNotFound;
-    }
-    std::array<std::uint8_t, 8192> bitmap{};
+    UnitSet wanted(count);
     for (const char16_t candidate : candidates) {
-        const UnitsToFind matches = matchesOf(candidate);
+        const UnitsToFind matches = caseInsensitive ? unitsOfSameUppercase(candidate) : onlyUnit(candidate);
         for (unsigned k = 0; k < matches.count; ++k)
-            bitmap[matches.units[k] >> 3] |= static_cast<std::uint8_t>(1u << (matches.units[k] & 7));
+            wanted.add(matches.units[k]);
     }
-    return locationOrNotFound(startAt + firstUnitInBitmap(units, count, bitmap.data()), string);
+    return locationOrNotFound(startAt + wanted.firstIn(units, count), string);
 }
 
 NSString stringByReplacingCharacter(const NSString& string, char16_t oldUnit, char16_t newUnit,

@@ -6,6 +6,7 @@
 #include "text/StringRemoval.h"
 #include "text/StringTrimming.h"
 #include "text/UnitBitmap.h"
+#include "text/UnitSet.h"
 
 #include <utility>
 #include <vector>
@@ -57,7 +58,7 @@ NSString reformattedStringByRemovingCharactersOfString(const NSString& string, c
     if (string.isEmpty())
         return string;
     const std::u16string_view text = string;
-    const UnitBitmap unwanted(characters);
+    const UnitSet unwanted(characters, text.size());
     NSString result = string;
     unlessRefused([&] {
         NSMutableString reformatted = NSMutableString::stringWithCapacity(text.size());
@@ -68,7 +69,7 @@ NSString reformattedStringByRemovingCharactersOfString(const NSString& string, c
             const std::u16string_view whole = text.substr(start, span.end - start);
             start = span.end;
             line.setString(whole);
-            removeCharacters(line, unwanted.rep());
+            removeMembers(line, unwanted);
             if (const auto kept = withoutWhiteSpacesAtEnds(line); !kept.empty()) {
                 if (isTextPending)
                     reformatted.appendCharacter(u' ');

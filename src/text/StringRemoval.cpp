@@ -6,6 +6,7 @@
 #include "text/StringLines.h"
 #include "text/StringNormalization.h"
 #include "text/UnitBitmap.h"
+#include "text/UnitSet.h"
 
 namespace kelvo {
 
@@ -25,14 +26,12 @@ void removeCharacters(NSMutableString& string, CharacterSetRep rep) {
         return;
     char16_t* units = string.mutableCharacters();
     const std::size_t count = string.length();
-    std::size_t kept = firstUnitInBitmap(units, count, rep);
-    for (std::size_t index = kept; index < count; ++index) {
-        const char16_t unit = units[index];
-        // Storing first and advancing by the test costs less than a branch that no one can predict.
-        units[kept] = unit;
-        kept += !unitIsInBitmap(rep, unit);
-    }
-    string.setLength(kept);
+    string.setLength(UnitSet::removeWhere(units, firstUnitInBitmap(units, count, rep), count,
+                                          [rep](char16_t unit) { return unitIsInBitmap(rep, unit); }));
+}
+
+void removeMembers(NSMutableString& string, const UnitSet& unwanted) {
+    string.setLength(unwanted.removeFrom(string.mutableCharacters(), string.length()));
 }
 
 NSString stringByRemovingCharacters(const NSString& string, CharacterSetRep rep) {
@@ -42,11 +41,15 @@ NSString stringByRemovingCharacters(const NSString& string, CharacterSetRep rep)
 }
 
 void removeCharactersOfString(NSMutableString& string, std::u16string_view characters) {
-    removeCharacters(string, UnitBitmap(characters).rep());
+    removeMembers(string, UnitSet(characters, string.length()));
 }
 
 NSString stringByRemovingCharactersOfString(const NSString& string, std::u16string_view characters) {
-    return stringByRemovingCharacters(string, UnitBitmap(characters).rep());
+    const std::u16string_view text = string;
+    const UnitSet unwanted(characters, text.size());
+    if (unwanted.firstIn(text.data(), text.size()) == text.size())
+        return string;
+    return copyChangedBy(string, [&](NSMutableString& copy) { removeMembers(copy, unwanted); });
 }
 
 void removeCharacterAtIndex(NSMutableString& string, std::size_t index) {

@@ -21,6 +21,8 @@ void removeCharactersOfString(NSMutableString& string, std::u16string_view chara
 NSString stringByRemovingCharactersOfString(const NSString& string, std::u16string_view characters);
 /// Every unit in the rep; a null rep has no members.
 void removeCharacters(NSMutableString& string, CharacterSetRep rep);
+class UnitSet;
+void removeMembers(NSMutableString& string, const UnitSet& unwanted);
 NSString stringByRemovingCharacters(const NSString& string, CharacterSetRep rep);
 /// Nothing at or past the end.
 void removeCharacterAtIndex(NSMutableString& string, std::size_t index);

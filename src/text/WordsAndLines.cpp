@@ -4,7 +4,7 @@
 #include "text/CharacterSearch.h"
 #include "text/CharacterSetReps.h"
 #include "text/LineScan.h"
-#include "text/UnitBitmap.h"
+#include "text/UnitSet.h"
 
 namespace kelvo {
 
@@ -69,9 +69,9 @@ NSString lastWord(const NSString& text) {
 
 NSRange getSubstringRangeAtIndex_separators(std::u16string_view text, std::size_t index,
                                             std::u16string_view separators) {
-    const UnitBitmap bitmap(separators);
-    return runAround(text.size(), index,
-                     [&](std::size_t position) { return !unitIsInBitmap(bitmap.rep(), text[position]); });
+    // The substrings that are asked for are short, however long the text.
+    const UnitSet set(separators, 0);
+    return runAround(text.size(), index, [&](std::size_t position) { return !set.contains(text[position]); });
 }
 
 NSString getSubstringAtIndex_separators(const NSString& text, std::size_t index,

@@ -96,6 +96,8 @@ const Test isX = [](char16_t unit) { return unit == u'x'; };
 const auto white = bitmap(NSCharacterSet::whitespaceAndNewlineCharacterSet());
 constexpr std::u16string_view some = u"xA\u00E9\xD83D";
 const UnitBitmap someBitmap(some);
+constexpr std::u16string_view five = u"\u00E9A x\t";
+constexpr std::u16string_view many = u"abcdefghijklmnopqrstuvwxyz\xD83D\x00DF";
 
 /// Either form may be missing, and so may the reference, where there is none that would not be the same
 /// again.
@@ -157,6 +159,10 @@ const Member members[] = {
 
     both("remove CharactersOfString", stringByRemovingCharactersOfString, removeCharactersOfString,
          without(in(someBitmap.rep())), some),
+    both("remove five", stringByRemovingCharactersOfString, removeCharactersOfString,
+         without([](char16_t unit) { return five.find(unit) != five.npos; }), five),
+    both("remove many", stringByRemovingCharactersOfString, removeCharactersOfString,
+         without([](char16_t unit) { return many.find(unit) != many.npos; }), many),
     both("remove nil", stringByRemovingCharactersOfString, removeCharactersOfString, unchanged, nil),
     both("remove Characters", stringByRemovingCharacters, removeCharacters, without(in(someBitmap.rep())),
          someBitmap.rep()),
