@@ -198,10 +198,43 @@ private:
 
 } // namespace
 
+kj::Maybe<capnp::MessageReaderAndFds> LocalMessageStream::messageRead(capnp::ReaderOptions options) {
+    const kj::ArrayPtr<const kj::byte> bytes = stream_.bytesRead();
+    // Requests and short answers consist of one segment.
+    std::uint32_t head[2];
+    if (bytes.size() < sizeof head)
+        return nullptr;
+    std::memcpy(head, bytes.begin(), sizeof head);
+    const std::size_t words = le32toh(head[1]);
+    if (head[0] != 0 || words > bytes.size() / sizeof(capnp::word) - 1)
+        return nullptr;
+    auto copy = kj::heapArray<capnp::word>(1 + words);
+    std::memcpy(copy.begin(), bytes.begin(), copy.asBytes().size());
+    stream_.skipRead(copy.asBytes().size());
+    const kj::ArrayPtr<const capnp::word> message = copy.asPtr();
+    return capnp::MessageReaderAndFds{
+        kj::heap<capnp::FlatArrayMessageReader>(message, options).attach(kj::mv(copy)), nullptr};
+}
+
 kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>>
-BoundedMessageStream::tryReadMessage(kj::ArrayPtr<kj::AutoCloseFd>, capnp::ReaderOptions options,
-                                     kj::ArrayPtr<capnp::word>) {
-    auto reading = kj::heap<Reading>(stream_, room_, options);
+LocalMessageStream::tryReadMessage(kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp::ReaderOptions options,
+                                   kj::ArrayPtr<capnp::word> scratchSpace) {
+    auto next = [this, fdSpace, options,
+                 scratchSpace]() -> kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>> {
+        KJ_IF_MAYBE (message, messageRead(options)) {
+            return kj::Maybe<capnp::MessageReaderAndFds>(kj::mv(*message));
+        }
+        return readPieceByPiece(fdSpace, options, scratchSpace);
+    };
+    return stream_.bytesRead().size() > 0 ? next() : stream_.whenAnythingIsRead().then(kj::mv(next));
+}
+
+kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>>
+LocalMessageStream::readPieceByPiece(kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp::ReaderOptions options,
+                                     kj::ArrayPtr<capnp::word> scratchSpace) {
+    if (!room_)
+        return whole_.tryReadMessage(fdSpace, options, scratchSpace);
+    auto reading = kj::heap<Reading>(stream_, *room_, options);
     auto message = reading->read();
     return message.attach(kj::mv(reading));
 }

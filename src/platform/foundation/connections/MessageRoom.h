@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/connections/LocalStream.h"
+
 #include <capnp/serialize-async.h>
 #include <kj/refcount.h>
 #include <kj/timer.h>
@@ -64,12 +66,13 @@ private:
     bool isChecking_ = false;
 };
 
-/// The messages of one connection, read into the room that all of them share.
-class BoundedMessageStream final : public capnp::MessageStream {
+/// The messages of one connection. Short ones are taken as they have been read, large ones into the room that all
+/// connections share, where there is one.
+class LocalMessageStream final : public capnp::MessageStream {
 public:
     /// Both must live as long as this.
-    BoundedMessageStream(kj::AsyncIoStream& stream, MessageRoom& room)
-        : stream_(stream), writer_(stream), room_(room) {}
+    LocalMessageStream(LocalStream& stream, MessageRoom* room)
+        : stream_(stream), whole_(stream), room_(room) {}
 
     /// File descriptors are not taken.
     kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>>
@@ -77,19 +80,25 @@ public:
                    kj::ArrayPtr<capnp::word> scratchSpace) override;
     kj::Promise<void> writeMessage(kj::ArrayPtr<const int> fds,
                                    kj::ArrayPtr<const kj::ArrayPtr<const capnp::word>> segments) override {
-        return writer_.writeMessage(fds, segments);
+        return whole_.writeMessage(fds, segments);
     }
     kj::Promise<void>
     writeMessages(kj::ArrayPtr<kj::ArrayPtr<const kj::ArrayPtr<const capnp::word>>> messages) override {
-        return writer_.writeMessages(messages);
+        return whole_.writeMessages(messages);
     }
-    kj::Maybe<int> getSendBufferSize() override { return writer_.getSendBufferSize(); }
-    kj::Promise<void> end() override { return writer_.end(); }
+    kj::Maybe<int> getSendBufferSize() override { return whole_.getSendBufferSize(); }
+    kj::Promise<void> end() override { return whole_.end(); }
 
 private:
-    kj::AsyncIoStream& stream_;
-    capnp::AsyncIoMessageStream writer_;
-    MessageRoom& room_;
+    /// The next message, if all of it has been read already.
+    kj::Maybe<capnp::MessageReaderAndFds> messageRead(capnp::ReaderOptions options);
+    kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>>
+    readPieceByPiece(kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp::ReaderOptions options,
+                     kj::ArrayPtr<capnp::word> scratchSpace);
+
+    LocalStream& stream_;
+    capnp::AsyncIoMessageStream whole_;
+    MessageRoom* room_;
 };
 
 } // namespace kelvo

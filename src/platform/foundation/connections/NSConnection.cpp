@@ -28,9 +28,6 @@ constexpr int longestBacklog = 128;
 // So much of one client's requests is held in memory before its socket is left to wait.
 constexpr std::size_t flowLimitInWords = NSConnection::fieldLimitInBytes / sizeof(capnp::word);
 constexpr auto pauseAfterFailedAccept = 1 * kj::SECONDS;
-constexpr auto wrapFlags = kj::LowLevelAsyncIoProvider::TAKE_OWNERSHIP |
-                           kj::LowLevelAsyncIoProvider::ALREADY_CLOEXEC |
-                           kj::LowLevelAsyncIoProvider::ALREADY_NONBLOCK;
 
 NSString stringFromBytes(const std::string& bytes) {
     return NSString::stringByRepairingUTF8String(bytes);
@@ -55,13 +52,21 @@ sockaddr_un addressOfPath(const std::string& path) {
     return address;
 }
 
-NSString reasonOfFailedAccept(const kj::Exception& exception) {
-    const FileDescriptor free(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    if (!free && errno == EMFILE)
+NSString reasonOfFailedAccept(int error) {
+    if (error == EMFILE)
         return stringWithFormat(u"All %lld file descriptors of the service are in use.",
                                 static_cast<long long>(sysconf(_SC_OPEN_MAX)));
-    return stringWithFormat(u"A client could not be let in: %@.",
-                            stringFromBytes(exception.getDescription().cStr()));
+    return stringWithFormat(u"A client could not be let in: %@.", textOfError(error));
+}
+
+/// Whether this process's own user is at the other end; tells which process that is.
+bool isOwnUsers(int socket, pid_t& process) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    const bool isOwn =
+        getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+    process = peer.pid;
+    return isOwn;
 }
 
 /// 0, or the error. A full queue of waiting clients is tried again until the patience ends.
@@ -164,39 +169,34 @@ void NSConnection::Internals::taskFailed(kj::Exception&&) {
     // A conversation that ended badly is over; the others do not care, and its client knows.
 }
 
-void NSConnection::Internals::listen(int descriptor) {
-    receiver = loop.internals().io.lowLevelProvider->wrapListenSocketFd(descriptor, wrapFlags);
+void NSConnection::Internals::listen(FileDescriptor socket) {
+    listening = std::move(socket);
+    listeningObserver = kj::heap<kj::UnixEventPort::FdObserver>(
+        loop.internals().io.unixEventPort, listening.get(), kj::UnixEventPort::FdObserver::OBSERVE_READ);
     tasks.add(acceptNext());
 }
 
 kj::Promise<void> NSConnection::Internals::acceptNext() {
-    // It may also fail at once instead of by its promise.
-    return kj::evalNow([this] { return receiver->acceptAuthenticated(); })
-        .then(
-            [this](kj::AuthenticatedStream&& authenticated) {
-                isAcceptFailing = false;
-                converse(kj::mv(authenticated));
+    for (;;) {
+        FileDescriptor socket(accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (socket) {
+            isAcceptFailing = false;
+            converse(std::move(socket));
+        } else if (errno == EAGAIN) {
+            return listeningObserver->whenBecomesReadable().then([this] { return acceptNext(); });
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            if (const int error = errno; !std::exchange(isAcceptFailing, true))
+                NSLog(u"%@ Clients wait until one can be let in again.", reasonOfFailedAccept(error));
+            return loop.internals().io.provider->getTimer().afterDelay(pauseAfterFailedAccept).then([this] {
                 return acceptNext();
-            },
-            [this](kj::Exception&& exception) {
-                if (!std::exchange(isAcceptFailing, true))
-                    NSLog(u"%@ Clients wait until one can be let in again.", reasonOfFailedAccept(exception));
-                return loop.internals()
-                    .io.provider->getTimer()
-                    .afterDelay(pauseAfterFailedAccept)
-                    .then([this] { return acceptNext(); });
             });
-}
-
-void NSConnection::Internals::converse(kj::AuthenticatedStream&& authenticated) {
-    auto* peer = dynamic_cast<kj::LocalPeerIdentity*>(authenticated.peerIdentity.get());
-    bool isOwnUser = false;
-    if (peer) {
-        KJ_IF_MAYBE (user, peer->getCredentials().uid) {
-            isOwnUser = *user == geteuid();
         }
     }
-    if (!isOwnUser) {
+}
+
+void NSConnection::Internals::converse(FileDescriptor socket) {
+    pid_t ignored = 0;
+    if (!isOwnUsers(socket.get(), ignored)) {
         NSLog(u"A connection by another user was refused.");
         return;
     }
@@ -204,27 +204,29 @@ void NSConnection::Internals::converse(kj::AuthenticatedStream&& authenticated) 
         return;
 
     struct Client {
-        Client(kj::Own<kj::AsyncIoStream> connected, MessageRoom& room, capnp::Capability::Client bootstrap)
-            : stream(kj::mv(connected)),
-              messages(*stream, room),
+        Client(kj::UnixEventPort& port, FileDescriptor connected, MessageRoom& room,
+               capnp::Capability::Client bootstrap)
+            : stream(port, std::move(connected)),
+              messages(stream, &room),
               network(messages, capnp::rpc::twoparty::Side::SERVER, messageLimits()),
               system(capnp::makeRpcServer(network, kj::mv(bootstrap))) {
             system.setFlowLimit(flowLimitInWords);
         }
-        kj::Own<kj::AsyncIoStream> stream;
-        BoundedMessageStream messages;
+        LocalStream stream;
+        LocalMessageStream messages;
         capnp::TwoPartyVatNetwork network;
         capnp::RpcSystem<capnp::rpc::twoparty::VatId> system;
     };
-    auto client = kj::heap<Client>(kj::mv(authenticated.stream), *messageRoom,
+    auto client = kj::heap<Client>(loop.internals().io.unixEventPort, std::move(socket), *messageRoom,
                                    rootObject->capabilityFor(std::make_shared<Conversation>(*this)));
     auto end = client->network.onDisconnect();
     tasks.add(end.attach(kj::mv(client)));
 }
 
-NSConnection::Internals::Remote::Remote(kj::Own<kj::AsyncIoStream> connected, pid_t peerProcess)
-    : stream(kj::mv(connected)),
-      network(*stream, capnp::rpc::twoparty::Side::CLIENT, messageLimits()),
+NSConnection::Internals::Remote::Remote(kj::UnixEventPort& port, FileDescriptor socket, pid_t peerProcess)
+    : stream(port, std::move(socket)),
+      messages(stream, nullptr),
+      network(messages, capnp::rpc::twoparty::Side::CLIENT, messageLimits()),
       system(capnp::makeRpcClient(network)),
       disconnection(network.onDisconnect().then([this] { isConnected = false; }).eagerlyEvaluate(nullptr)),
       peer(peerProcess) {}
@@ -262,15 +264,14 @@ std::unique_ptr<NSConnection> NSConnection::connectionWithRegisteredName(const N
         throw NSException(NSPortException, stringWithFormat(u"The socket %@ cannot be reached: %@.",
                                                             stringFromBytes(path), textOfError(error)));
     }
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    if (getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != geteuid())
+    pid_t peer = 0;
+    if (!isOwnUsers(socket.get(), peer))
         throw NSException(NSPortException, stringWithFormat(u"The socket %@ is served by another user.",
                                                             stringFromBytes(path)));
     std::unique_ptr<NSConnection> connection(new NSConnection);
     Internals& internals = *connection->internals_;
-    internals.remote = std::make_unique<Internals::Remote>(
-        internals.loop.internals().io.lowLevelProvider->wrapSocketFd(socket.release(), wrapFlags), peer.pid);
+    internals.remote = std::make_unique<Internals::Remote>(internals.loop.internals().io.unixEventPort,
+                                                           std::move(socket), peer);
     return connection;
 }
 
@@ -292,7 +293,7 @@ bool NSConnection::registerName(const NSString& name) {
             ::listen(socket.get(), longestBacklog) != 0)
             throw NSException(NSPortException, textOfError(errno));
         internals_->nameLock = std::move(lock);
-        internals_->listen(socket.release());
+        internals_->listen(std::move(socket));
         return true;
     } catch (const NSException& exception) {
         NSLog(u"The name %@ could not be registered: %@", name, exception.reason());
@@ -323,7 +324,10 @@ double NSConnection::replyTimeout() const {
 bool NSConnection::isValid() {
     if (!internals_->remote)
         return true;
+    // What is left to say of the last request goes out with the next.
+    internals_->remote->stream.setHoldsWrites(true);
     internals_->loop.internals().io.waitScope.poll();
+    internals_->remote->stream.setHoldsWrites(false);
     return internals_->remote->isConnected;
 }
 

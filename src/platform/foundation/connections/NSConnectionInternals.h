@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSAutoreleasePool.h"
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/connections/LocalStream.h"
 #include "platform/foundation/connections/MessageRoom.h"
 #include "platform/foundation/connections/NSConnection.h"
 #include "platform/foundation/connections/NSRunLoopInternals.h"
@@ -10,6 +11,7 @@
 #include <capnp/rpc-twoparty.h>
 #include <kj/async-io.h>
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -62,10 +64,11 @@ public:
 struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandler {
     /// The other side of a conversation that this process began.
     struct Remote {
-        Remote(kj::Own<kj::AsyncIoStream> connected, pid_t peer);
+        Remote(kj::UnixEventPort& port, FileDescriptor socket, pid_t peer);
         capnp::Capability::Client rootProxy();
 
-        kj::Own<kj::AsyncIoStream> stream;
+        LocalStream stream;
+        LocalMessageStream messages;
         capnp::TwoPartyVatNetwork network;
         capnp::RpcSystem<capnp::rpc::twoparty::VatId> system;
         kj::Promise<void> disconnection;
@@ -80,7 +83,7 @@ struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandle
     bool performPending() override;
     void taskFailed(kj::Exception&& exception) override;
     void enqueue(std::shared_ptr<PendingRequest> request);
-    void listen(int descriptor);
+    void listen(FileDescriptor socket);
 
     NSRunLoop& loop = NSRunLoop::currentRunLoop();
     double requestTimeoutSeconds;
@@ -95,7 +98,8 @@ struct NSConnection::Internals final : NSRunLoopSource, kj::TaskSet::ErrorHandle
     bool conversationsWait = false;
     std::deque<std::shared_ptr<PendingRequest>> queue;
     std::vector<const void*> conversationsUnderWay;
-    kj::Own<kj::ConnectionReceiver> receiver;
+    FileDescriptor listening;
+    kj::Own<kj::UnixEventPort::FdObserver> listeningObserver;
     kj::TaskSet tasks{*this};
 
     // Asking.
@@ -105,7 +109,7 @@ private:
     /// The first request that may be performed now, or the end.
     std::deque<std::shared_ptr<PendingRequest>>::iterator nextRequest();
     kj::Promise<void> acceptNext();
-    void converse(kj::AuthenticatedStream&& authenticated);
+    void converse(FileDescriptor socket);
 };
 
 /// What becomes of an exception on its way to the caller.
@@ -134,7 +138,7 @@ Reply awaitReply(NSConnection& connection, kj::Promise<Reply> reply, const NSStr
         return io.provider->getTimer().atTime(now +
                                               static_cast<std::int64_t>(seconds * 1e9) * kj::NANOSECONDS);
     };
-    if (own.requestTimeoutSeconds < longestTimeoutSeconds)
+    if (own.requestTimeoutSeconds < std::min(own.replyTimeoutSeconds, longestTimeoutSeconds))
         reply =
             reply.exclusiveJoin(after(own.requestTimeoutSeconds).then([&own, giveUp]() -> kj::Promise<Reply> {
                 return own.remote->network.getCurrentQueueCount() > 0 ? giveUp()

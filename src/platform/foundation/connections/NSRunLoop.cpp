@@ -12,6 +12,8 @@ using Clock = NSRunLoop::Internals::Clock;
 
 // Far enough for any service, near enough for the clock's arithmetic.
 constexpr double longestWaitSeconds = 100.0 * 365 * 86400;
+// A longer wait needs no timer.
+constexpr double longestTimerSeconds = longestWaitSeconds / 2;
 
 Clock::time_point fromNow(double seconds) {
     const double bounded = std::isnan(seconds) ? 0 : std::clamp(seconds, 0.0, longestWaitSeconds);
@@ -64,9 +66,12 @@ bool NSRunLoop::runMode_beforeDate(const NSString& mode, NSDate limitDate) {
         const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now());
         auto signal = kj::newPromiseAndFulfiller<void>();
         own.wake = kj::mv(signal.fulfiller);
-        // The timer's own notion of now is as old as its last wait.
-        const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
-        signal.promise.exclusiveJoin(own.io.provider->getTimer().atTime(deadline)).wait(own.io.waitScope);
+        if (std::chrono::duration<double>(left).count() < longestTimerSeconds) {
+            // The timer's own notion of now is as old as its last wait.
+            const auto deadline = kj::systemPreciseMonotonicClock().now() + left.count() * kj::NANOSECONDS;
+            signal.promise = signal.promise.exclusiveJoin(own.io.provider->getTimer().atTime(deadline));
+        }
+        signal.promise.wait(own.io.waitScope);
         own.wake = nullptr;
         hasJustWaited = true;
     }
