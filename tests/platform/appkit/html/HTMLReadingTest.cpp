@@ -249,7 +249,8 @@ std::string placesIn(const NSAttributedString& text) {
         if (place && std::ranges::find(known, place) == known.end())
             known.push_back(place);
         const auto number = place ? std::ranges::find(known, place) - known.begin() + 1 : 0;
-        for (const char16_t unit : text.string().substringWithRange(run.range).characters())
+        const NSString shown = text.string().substringWithRange(run.range);
+        for (const char16_t unit : shown.characters())
             if (unit == u'\n')
                 places += std::to_string(number);
     }
