@@ -183,13 +183,14 @@ void runCommand(benchmark::State& state, const std::string& before, const std::s
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    kelvo::bench::initialize(argc, argv);
     const std::string folder = (std::filesystem::temp_directory_path() / "kelvo-bench-office").string();
     if (isInstalled("unrtf"))
         benchmark::RegisterBenchmark("unrtfToHTML", runCommand, "unrtf --html", "")
             ->Arg(5)
             ->UseRealTime()
             ->Iterations(1)
+            ->Repetitions(1)
             ->Unit(benchmark::kMillisecond);
     if (isInstalled("soffice"))
         benchmark::RegisterBenchmark("officeToRTF", runCommand,
@@ -199,6 +200,7 @@ int main(int argc, char** argv) {
             ->Arg(1)
             ->UseRealTime()
             ->Iterations(1)
+            ->Repetitions(1)
             ->Unit(benchmark::kMillisecond);
     kelvo::bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);

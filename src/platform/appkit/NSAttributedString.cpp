@@ -109,7 +109,8 @@ bool operator==(const NSAttributedString& left, const NSAttributedString& right)
 }
 
 NSMutableAttributedString::NSMutableAttributedString(const NSAttributedString& text)
-    : units_(text.string().characters()), runs_(text.runs().begin(), text.runs().end()) {}
+    : units_(NSMutableString::stringWithCharacters(text.string())),
+      runs_(text.runs().begin(), text.runs().end()) {}
 
 void NSMutableAttributedString::appendRun(NSRange range, const Attributes& attributes) {
     if (range.length == 0)
@@ -122,9 +123,11 @@ void NSMutableAttributedString::appendRun(NSRange range, const Attributes& attri
 }
 
 void NSMutableAttributedString::append(std::u16string_view units, const Attributes& attributes) {
-    checkedSizeInBytes(units_.size() + units.size(), sizeof(char16_t));
-    const NSRange range{units_.size(), units.size()};
-    units_.append(units);
+    // What was moved away left nil.
+    if (units_.isNil())
+        units_ = NSMutableString::string();
+    const NSRange range{units_.length(), units.size()};
+    units_.appendString(units);
     appendRun(range, attributes);
 }
 
@@ -135,9 +138,9 @@ void NSMutableAttributedString::append(const NSAttributedString& text) {
 }
 
 void NSMutableAttributedString::truncate(std::size_t length) {
-    if (length >= units_.size())
+    if (length >= units_.length())
         return;
-    units_.resize(length);
+    units_.setLength(length);
     runs_.erase(runHolding(runs_, length) + 1, runs_.end());
     runs_.back().range.length = length - runs_.back().range.location;
     if (runs_.back().range.length == 0)
@@ -145,7 +148,7 @@ void NSMutableAttributedString::truncate(std::size_t length) {
 }
 
 void NSMutableAttributedString::setAttributes_range(const Attributes& attributes, NSRange range) {
-    requireRange(range, units_.size());
+    requireRange(range, units_.length());
     if (range.length == 0)
         return;
     const std::size_t end = range.location + range.length;
@@ -173,9 +176,10 @@ NSAttributedString NSMutableAttributedString::copy() const& {
 
 NSAttributedString NSMutableAttributedString::copy() && {
     auto rep = std::make_shared<NSAttributedString::Rep>();
-    rep->string = NSString(std::u16string_view(units_));
+    const bool isFull = units_.capacity() - units_.length() <= units_.length() / 8;
+    rep->string = isFull ? units_.takeString() : units_.copy();
     rep->runs = std::move(runs_);
-    units_.clear();
+    units_ = NSMutableString::string();
     runs_.clear();
     NSAttributedString result;
     result.rep_ = std::move(rep);

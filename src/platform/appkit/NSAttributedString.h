@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/appkit/NSTextAttributes.h"
+#include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/NSRange.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Value.h"
@@ -80,7 +81,7 @@ public:
     /// A mutable copy; nil gives the empty text.
     explicit NSMutableAttributedString(const NSAttributedString& text);
 
-    std::size_t length() const noexcept { return units_.size(); }
+    std::size_t length() const noexcept { return units_.length(); }
     std::u16string_view characters() const noexcept { return units_; }
     std::span<const Run> runs() const noexcept { return runs_; }
 
@@ -98,13 +99,13 @@ public:
 
     /// The present text, never nil.
     NSAttributedString copy() const&;
-    /// The same without a copy of the runs; the receiver is empty afterwards.
+    /// The same without a copy of the runs, nor of text that fills its room; the receiver is empty afterwards.
     NSAttributedString copy() &&;
 
 private:
     void appendRun(NSRange range, const Attributes& attributes);
 
-    std::u16string units_;
+    NSMutableString units_ = NSMutableString::string();
     std::vector<Run> runs_;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/foundation/NSMutableString.h"
 
+#include "platform/foundation/LargePages.h"
 #include "platform/foundation/NSException.h"
 
 #include <algorithm>
@@ -31,6 +32,7 @@ NSMutableString NSMutableString::stringWithCapacity(std::size_t capacityInUnits)
     result.units_ = static_cast<char16_t*>(std::malloc(std::max(size, sizeof(char16_t))));
     if (!result.units_)
         throw std::bad_alloc();
+    preferLargePages(result.units_, size);
     result.capacity_ = capacityInUnits;
     return result;
 }
@@ -59,6 +61,7 @@ void NSMutableString::reserve(std::size_t capacityInUnits) {
     if (!grown)
         throw std::bad_alloc();
     units_ = static_cast<char16_t*>(grown);
+    preferLargePages(units_, capacityInUnits * sizeof(char16_t));
     capacity_ = capacityInUnits;
 }
 

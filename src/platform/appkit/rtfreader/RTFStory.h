@@ -2,6 +2,7 @@
 
 #include "platform/appkit/rtfreader/RTFFormats.h"
 #include "platform/appkit/rtfreader/RTFTableBuilder.h"
+#include "platform/foundation/LargePages.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -62,7 +63,10 @@ public:
 
     RTFStory(RTFCells& cells, const RTFColorTable& colors) : tables_(cells, colors) {}
 
-    void reserve(std::size_t length) { units_.reserve(std::min(length, maximumLength)); }
+    void reserve(std::size_t length) {
+        units_.reserve(std::min(length, maximumLength));
+        preferLargePages(units_.data(), units_.capacity() * sizeof(char16_t));
+    }
     void append(std::u16string_view units, std::uint32_t format);
     /// The bytes are ASCII.
     void appendASCII(std::string_view bytes, std::uint32_t format);

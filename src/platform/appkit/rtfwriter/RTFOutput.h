@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/LargePages.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,7 +19,10 @@ public:
     const std::string& bytes() const noexcept { return bytes_; }
     std::string takeBytes() { return std::move(bytes_); }
     std::size_t size() const noexcept { return bytes_.size(); }
-    void reserve(std::size_t sizeInBytes) { bytes_.reserve(sizeInBytes); }
+    void reserve(std::size_t sizeInBytes) {
+        bytes_.reserve(sizeInBytes);
+        preferLargePages(bytes_.data(), bytes_.capacity());
+    }
     void clear() {
         bytes_.clear();
         needsDelimiter_ = false;
