@@ -1,104 +1,107 @@
+// Decoders beside the converters of ICU for the same encoding and the same bytes, and text that is in form C already
+// beside a copy of it.
+
+#include "Comparison.h"
+#include "Samples.h"
+
 #include "platform/foundation/encodings/CFString.h"
 #include "platform/foundation/encodings/NSCharacterSet.h"
 #include "platform/foundation/encodings/TextCodec.h"
 
-#include <benchmark/benchmark.h>
+#include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
-#include <chrono>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
 using namespace kelvo;
+using bench::TextSample;
+using benchmark::State;
 
-constexpr std::u16string_view english = u"hello <b>world</b>, this is text ";
-constexpr std::u16string_view german = u"Die Straße ist für alle da, und ähnlich schön “quoted” ";
-constexpr std::u16string_view russian = u"привет, мир ";
-constexpr std::u16string_view chinese = u"中文字符。";
+constexpr std::size_t unitCount = 1'000'000;
 
-std::u16string textOf(std::u16string_view sample) {
-    std::u16string text;
-    while (text.size() < 1000000)
-        text += sample;
-    return text;
+void normalizeComposed(State& state, const TextSample& sample) {
+    NSMutableString string = NSMutableString::stringWithCharacters(textOfSample(sample, unitCount));
+    for (auto _ : state)
+        CFStringNormalize(string, CFStringNormalizationForm::C);
 }
-
-// Runs `work` and then `peer` in each round; the ratio is how many times as long the peer takes.
-template <class Work, class Peer>
-void compare(benchmark::State& state, std::size_t bytes, Work work, Peer peer) {
-    using Clock = std::chrono::steady_clock;
-    double ownSeconds = 0;
-    double peerSeconds = 0;
-    for (auto _ : state) {
-        const auto start = Clock::now();
-        work();
-        const auto middle = Clock::now();
-        peer();
-        const auto end = Clock::now();
-        const double seconds = std::chrono::duration<double>(middle - start).count();
-        state.SetIterationTime(seconds);
-        ownSeconds += seconds;
-        peerSeconds += std::chrono::duration<double>(end - middle).count();
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
-    state.counters["ratio"] = peerSeconds / ownSeconds;
-}
-
-// The peer is memcpy.
-void normalizeComposedText(benchmark::State& state, std::u16string_view sample) {
-    const std::u16string text = textOf(sample);
-    NSMutableString string = NSMutableString::stringWithCharacters(text);
+void copyMemory(State& state, const TextSample& sample) {
+    const std::u16string text = textOfSample(sample, unitCount);
     std::u16string copy(text.size(), u'\0');
-    compare(
-        state, text.size() * 2, [&] { CFStringNormalize(string, CFStringNormalizationForm::C); },
-        [&] {
-            std::memcpy(copy.data(), text.data(), text.size() * 2);
-            benchmark::DoNotOptimize(copy.data());
-        });
+    for (auto _ : state) {
+        std::memcpy(copy.data(), text.data(), text.size() * sizeof(char16_t));
+        benchmark::DoNotOptimize(copy.data());
+    }
 }
-BENCHMARK_CAPTURE(normalizeComposedText, english, english)->UseManualTime();
-BENCHMARK_CAPTURE(normalizeComposedText, german, german)->UseManualTime();
-BENCHMARK_CAPTURE(normalizeComposedText, russian, russian)->UseManualTime();
-BENCHMARK_CAPTURE(normalizeComposedText, chinese, chinese)->UseManualTime();
 
-// The peer is ICU's UTF-8 decoder on the same text.
-void decode(benchmark::State& state, CFStringEncoding encoding, std::u16string_view sample) {
-    const std::u16string text = textOf(sample);
+struct Encoding {
+    CFStringEncoding encoding;
+    const char* nameForICU;
+};
+constexpr Encoding utf8{kCFStringEncodingUTF8, "UTF-8"};
+
+std::string bytesOf(const TextSample& sample, const Encoding& encoding) {
     std::string bytes;
-    std::string peerBytes;
-    const auto codec = makeTextCodec(encoding);
-    encodeLossily(*codec, text, bytes, true);
-    encodeLossily(*makeTextCodec(kCFStringEncodingUTF8), text, peerBytes, true);
-    std::u16string units(text.size() + 64, u'\0');
-    compare(
-        state, bytes.size(),
-        [&] {
-            codec->decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, units.data(),
-                          units.size());
-            benchmark::DoNotOptimize(units.data());
-        },
-        [&] {
-            std::int32_t length = 0;
-            UErrorCode status = U_ZERO_ERROR;
-            u_strFromUTF8WithSub(units.data(), static_cast<std::int32_t>(units.size()), &length,
-                                 peerBytes.data(), static_cast<std::int32_t>(peerBytes.size()), 0xFFFD,
-                                 nullptr, &status);
-            benchmark::DoNotOptimize(units.data());
-        });
+    encodeLossily(*makeTextCodec(encoding.encoding), textOfSample(sample, unitCount), bytes, true);
+    return bytes;
 }
-BENCHMARK_CAPTURE(decode, utf8_english, kCFStringEncodingUTF8, english)->UseManualTime();
-BENCHMARK_CAPTURE(decode, utf8_german, kCFStringEncodingUTF8, german)->UseManualTime();
-BENCHMARK_CAPTURE(decode, utf8_russian, kCFStringEncodingUTF8, russian)->UseManualTime();
-BENCHMARK_CAPTURE(decode, utf8_chinese, kCFStringEncodingUTF8, chinese)->UseManualTime();
-BENCHMARK_CAPTURE(decode, windows1252_english, kCFStringEncodingWindowsLatin1, english)->UseManualTime();
-BENCHMARK_CAPTURE(decode, windows1252_german, kCFStringEncodingWindowsLatin1, german)->UseManualTime();
-BENCHMARK_CAPTURE(decode, windows1251_russian, kCFStringEncodingWindowsCyrillic, russian)->UseManualTime();
-BENCHMARK_CAPTURE(decode, gb18030_chinese, kCFStringEncodingGB18030, chinese)->UseManualTime();
+
+void decode(State& state, const TextSample& sample, const Encoding& encoding) {
+    const std::string bytes = bytesOf(sample, encoding);
+    const auto codec = makeTextCodec(encoding.encoding);
+    std::u16string units(unitCount + 64, u'\0');
+    for (auto _ : state) {
+        codec->decode({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, units.data(),
+                      units.size());
+        benchmark::DoNotOptimize(units.data());
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes.size()) * state.iterations());
+}
+
+void decodeByConverter(State& state, const TextSample& sample, const Encoding& encoding) {
+    const std::string bytes = bytesOf(sample, encoding);
+    std::u16string units(unitCount + 64, u'\0');
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* converter = ucnv_open(encoding.nameForICU, &status);
+    for (auto _ : state) {
+        const char* source = bytes.data();
+        UChar* target = units.data();
+        ucnv_toUnicode(converter, &target, target + units.size(), &source, source + bytes.size(), nullptr,
+                       true, &status);
+        benchmark::DoNotOptimize(units.data());
+    }
+    if (U_FAILURE(status))
+        state.SkipWithError(u_errorName(status));
+    ucnv_close(converter);
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes.size()) * state.iterations());
+}
+
+/// What ICU has for UTF-8 alone, faster than its converter.
+void decodeByFunction(State& state, const TextSample& sample, const Encoding& encoding) {
+    const std::string bytes = bytesOf(sample, encoding);
+    std::u16string units(unitCount + 64, u'\0');
+    for (auto _ : state) {
+        std::int32_t length = 0;
+        UErrorCode status = U_ZERO_ERROR;
+        u_strFromUTF8WithSub(units.data(), static_cast<std::int32_t>(units.size()), &length, bytes.data(),
+                             static_cast<std::int32_t>(bytes.size()), 0xFFFD, nullptr, &status);
+        benchmark::DoNotOptimize(units.data());
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes.size()) * state.iterations());
+}
+
+const TextSample& sampleNamed(std::string_view name) {
+    for (const TextSample& sample : bench::textSamples)
+        if (name == sample.name)
+            return sample;
+    std::abort();
+}
 
 // As the folding table does: every letter alone.
-void foldEveryLetter(benchmark::State& state) {
+void foldEveryLetter(State& state) {
     const NSCharacterSet& letters = NSCharacterSet::letterCharacterSet();
     NSMutableString string = NSMutableString::stringWithCapacity(8);
     for (auto _ : state)
@@ -114,4 +117,39 @@ BENCHMARK(foldEveryLetter);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    bench::initialize(count, arguments);
+    struct Row {
+        std::string label;
+        std::string subject;
+        std::string peer;
+    };
+    std::vector<Row> rows;
+    for (const TextSample& sample : bench::textSamples) {
+        const std::string name = sample.name;
+        benchmark::RegisterBenchmark(("normalize:" + name).c_str(), normalizeComposed, sample);
+        benchmark::RegisterBenchmark(("copy:" + name).c_str(), copyMemory, sample);
+        rows.push_back({"normalising, " + name + " : copying", "normalize:" + name, "copy:" + name});
+    }
+    const auto addDecoder = [&](const TextSample& sample, const Encoding& encoding) {
+        const std::string name = std::string(encoding.nameForICU) + ":" + sample.name;
+        benchmark::RegisterBenchmark(("decode:" + name).c_str(), decode, sample, encoding);
+        benchmark::RegisterBenchmark(("converter:" + name).c_str(), decodeByConverter, sample, encoding);
+        rows.push_back({name + " : ICU's converter", "decode:" + name, "converter:" + name});
+        if (encoding.encoding == kCFStringEncodingUTF8) {
+            benchmark::RegisterBenchmark(("function:" + name).c_str(), decodeByFunction, sample, encoding);
+            rows.push_back({name + " : ICU's function", "decode:" + name, "function:" + name});
+        }
+    };
+    for (const TextSample& sample : bench::textSamples)
+        addDecoder(sample, utf8);
+    addDecoder(sampleNamed("English"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
+    addDecoder(sampleNamed("German"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
+    addDecoder(sampleNamed("Russian"), {kCFStringEncodingWindowsCyrillic, "windows-1251"});
+    addDecoder(sampleNamed("Chinese"), {kCFStringEncodingGB18030, "gb18030"});
+    bench::Comparison comparison;
+    benchmark::RunSpecifiedBenchmarks(&comparison);
+    std::printf("\n");
+    for (const Row& row : rows)
+        comparison.printSpeedRatio(row.label.c_str(), row.subject, row.peer);
+}

@@ -105,12 +105,12 @@ public:
     Progress decode(std::span<const std::uint8_t> bytes, char16_t* units, std::size_t capacity) override {
         if (!page_.sequences.empty())
             return decodeWithSequences(bytes, units, capacity);
-        // Bytes looked up before ASCII is looked for again.
+        // So much is ASCII alone where looking for more of it is worth the entry.
         constexpr std::size_t block = 32;
-        const auto areASCII = [](const std::uint8_t* eightBytes) {
-            std::uint64_t word;
-            std::memcpy(&word, eightBytes, sizeof(word));
-            return (word & 0x8080808080808080) == 0;
+        const auto isASCII = [](const std::uint8_t* bytesOfBlock) {
+            std::array<std::uint64_t, block / sizeof(std::uint64_t)> words;
+            std::memcpy(words.data(), bytesOfBlock, sizeof words);
+            return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080) == 0;
         };
         Progress progress;
         const std::size_t length = std::min(bytes.size(), capacity);
@@ -120,19 +120,23 @@ public:
             widenBytes(source, length, units);
             index = length;
         }
-        char16_t undefined = 0;
-        while (index < length) {
-            if (page_.isASCIICompatible && source[index] < 0x80) {
+        unsigned undefined = 0;
+        for (; length - index >= block; index += block) {
+            if (page_.isASCIICompatible && isASCII(source + index)) {
                 index += widenASCIIPrefix(source + index, length - index, units + index);
-                continue;
+                if (length - index < block)
+                    break;
             }
-            do {
-                for (const std::size_t end = std::min(index + block, length); index < end; ++index) {
-                    const char16_t unit = page_.units[source[index]];
-                    undefined |= unit == replacement;
-                    units[index] = unit;
-                }
-            } while (length - index >= block && !areASCII(source + index));
+            char16_t* const target = units + index;
+            for (std::size_t place = 0; place < block; ++place)
+                target[place] = page_.units[source[index + place]];
+            // By themselves these comparisons become a few of vectors.
+            for (std::size_t place = 0; place < block; ++place)
+                undefined |= target[place] == replacement;
+        }
+        for (; index < length; ++index) {
+            units[index] = page_.units[source[index]];
+            undefined |= units[index] == replacement;
         }
         progress.hadErrors = undefined != 0;
         progress.bytesRead = progress.unitsWritten = length;

@@ -42,15 +42,15 @@ std::size_t decodePairs(const std::uint8_t* bytes, std::size_t most, char16_t* u
     return count;
 }
 
-// The same with three bytes, except for those whose second byte needs a closer look.
+// The same with three bytes.
 std::size_t decodeTriples(const std::uint8_t* bytes, std::size_t most, char16_t* units) {
     std::size_t count = 0;
     for (; count < most; ++count, bytes += 3) {
-        if (bytes[0] <= 0xE0 || bytes[0] >= 0xF0 || bytes[0] == 0xED || !isContinuation(bytes[1]) ||
-            !isContinuation(bytes[2]))
+        const unsigned unit = (bytes[0] & 0x0Fu) << 12 | (bytes[1] & 0x3Fu) << 6 | (bytes[2] & 0x3Fu);
+        if ((bytes[0] & 0xF0) != 0xE0 || !isContinuation(bytes[1]) || !isContinuation(bytes[2]) ||
+            unit < 0x800 || isSurrogate(unit))
             break;
-        units[count] =
-            static_cast<char16_t>((bytes[0] & 0x0F) << 12 | (bytes[1] & 0x3F) << 6 | (bytes[2] & 0x3F));
+        units[count] = static_cast<char16_t>(unit);
     }
     return count;
 }
@@ -164,16 +164,12 @@ UTF8Decoding decodeUTF8(std::span<const std::uint8_t> bytes, char16_t* units, st
         }
         run = 0;
         // Letters of one script follow each other: stay with sequences of the same length.
-        if (const std::size_t pairs = decodePairs(
-                source + read, std::min((length - read) / 2, capacity - written), units + written)) {
-            read += pairs * 2;
-            written += pairs;
-            continue;
-        }
-        if (const std::size_t triples = decodeTriples(
-                source + read, std::min((length - read) / 3, capacity - written), units + written)) {
-            read += triples * 3;
-            written += triples;
+        const std::size_t size = byte < 0xE0 ? 2 : 3;
+        const std::size_t most = std::min((length - read) / size, capacity - written);
+        if (const std::size_t count = size == 2 ? decodePairs(source + read, most, units + written)
+                                                : decodeTriples(source + read, most, units + written)) {
+            read += count * size;
+            written += count;
             continue;
         }
         std::size_t next = read;

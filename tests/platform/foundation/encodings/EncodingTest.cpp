@@ -369,5 +369,23 @@ TEST(Encoding, RoundTripOfEveryCharacter) {
     }
 }
 
+// On both sides of what is looked up at once, among letters and among ASCII.
+TEST(Encoding, BytesWithoutACharacterAreToldAnywhere) {
+    const auto codec = makeTextCodec(kCFStringEncodingWindowsGreek);
+    for (const std::uint8_t filling : {0xE4, 0x41})
+        for (std::size_t length = 1; length <= 100; length += 11)
+            for (std::size_t place = 0; place <= length; ++place) {
+                std::vector<std::uint8_t> bytes(length, filling);
+                if (place < length)
+                    bytes[place] = 0xD2;
+                std::u16string units(length, u'#'), expected(length, filling == 0x41 ? u'A' : u'\u03B4');
+                if (place < length)
+                    expected[place] = u'\uFFFD';
+                const auto progress = codec->decode(bytes, units.data(), units.size());
+                ASSERT_EQ(progress.hadErrors, place < length) << place << " of " << length;
+                ASSERT_EQ(units, expected);
+            }
+}
+
 } // namespace
 } // namespace kelvo
