@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/Visibility.h"
 
 #include <string_view>
 
-namespace kelvo {
+namespace KELVO_PUBLIC kelvo {
 
 /// UTF-16 text that can be changed, in a growable buffer that this object alone owns. Default-constructed it
 /// is nil: changing nil does nothing. Copying copies the text. Not for use from two threads at once.
