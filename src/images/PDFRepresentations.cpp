@@ -85,15 +85,8 @@ NSData bestRepresentationAndFileExtension(const NSImage& image, NSString* fileEx
 }
 
 std::shared_ptr<NSPDFImageRep> initPDFImageRep(const NSEPSImageRep& rep) {
-    if (auto made = PDFImageRep(rep))
-        return made;
-    NSImage image(rep.size());
-    {
-        const FocusOnImage focus(image);
-        if (!focus)
-            return nullptr;
-        rep.drawInRect({{}, rep.size()});
-    }
+    // On an image that is thrown away, all that drawing does is this.
+    rep.interpret();
     return PDFImageRep(rep);
 }
 

@@ -18,10 +18,14 @@ std::shared_ptr<NSEPSImageRep> NSEPSImageRep::imageRepWithData(const NSData& eps
     return std::shared_ptr<NSEPSImageRep>(new NSEPSImageRep(eps, file->page().size));
 }
 
-BitmapRef NSEPSImageRep::pixelsForSize(NSSize pixels, ImageGround ground) const {
+void NSEPSImageRep::interpret() const {
     // What cannot be interpreted would take its time again.
     if (!std::exchange(wasInterpreted_, true))
         pdfImageRep_ = NSPDFImageRep::imageRepWithData(PDFDataOfPostScript(data_, sizeOfPage_));
+}
+
+BitmapRef NSEPSImageRep::pixelsForSize(NSSize pixels, ImageGround ground) const {
+    interpret();
     return pdfImageRep_ ? pdfImageRep_->pixelsForSize(pixels, ground) : nullptr;
 }
 

@@ -18,6 +18,8 @@ public:
     bool isVector() const override { return true; }
     bool hasAlpha() const override { return true; }
     BitmapRef pixelsForSize(NSSize pixels, ImageGround ground) const override;
+    /// Makes the PDF as drawing does, without pixels that nobody looks at.
+    void interpret() const;
     /// The file as it was given, with a preview if it has one.
     const NSData& EPSRepresentation() const noexcept { return data_; }
     /// "pdfImageRep": the PDF, nil until it was drawn once and when it cannot be interpreted.
