@@ -2,12 +2,15 @@
 // they remove or replace, many hits beside few.
 
 #include "Comparison.h"
+#include "Samples.h"
 
 #include "text/NSMutableStringKelvoExtensions.h"
 #include "text/NSStringKelvoExtensions.h"
 #include "text/NSStringTextFinding.h"
 
 #include <cstring>
+#include <iterator>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -17,33 +20,28 @@ using namespace kelvo;
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-constexpr std::u16string_view german = u"Die Stra\u00DFe ist f\u00FCr alle da, \u201Ewirklich\u201C. ";
-constexpr std::u16string_view chinese = u"\u4E2D\u6587\u5B57\u7B26\u3002";
+constexpr std::int64_t sampleCount = static_cast<std::int64_t>(std::size(bench::textSamples));
+constexpr std::int64_t pageLength = 8192, bookLength = 4 << 20;
 
-/// `length` units of the sample over and over.
-NSString textOf(std::u16string_view sample, std::size_t length) {
-    std::u16string text;
-    while (text.size() < length)
-        text += sample;
-    text.resize(length);
-    return NSString(std::u16string_view(text));
-}
-
-const NSString& sample(std::int64_t number, std::size_t length) {
-    static const NSString page[] = {textOf(german, 8192), textOf(chinese, 8192)};
-    static const NSString book[] = {textOf(german, 4 << 20), textOf(chinese, 4 << 20)};
-    return (length == 8192 ? page : book)[number];
+/// Of each sample a page, which stays in the cache, and a book, which does not.
+const NSString& sample(std::int64_t number, std::int64_t length) {
+    static std::map<std::pair<std::int64_t, std::int64_t>, NSString> texts;
+    NSString& text = texts[{number, length}];
+    if (text.isNil())
+        text = NSString(
+            std::u16string_view(textOfSample(bench::textSamples[number], static_cast<std::size_t>(length))));
+    return text;
 }
 
 void samples(benchmark::internal::Benchmark* benchmark) {
-    for (const std::int64_t length : {8192, 4 << 20})
-        for (const std::int64_t number : {0, 1})
+    for (const std::int64_t length : {pageLength, bookLength})
+        for (std::int64_t number = 0; number < sampleCount; ++number)
             benchmark->Args({number, length});
 }
 
 template <class Work>
 void overSample(State& state, Work work) {
-    const NSString& text = sample(state.range(0), static_cast<std::size_t>(state.range(1)));
+    const NSString& text = sample(state.range(0), state.range(1));
     for (auto _ : state)
         DoNotOptimize(work(text));
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.length()) * 2);
@@ -126,13 +124,15 @@ int main(int count, char** arguments) {
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\n");
-    for (const char* peer : {"copyString", "copyMemory"})
-        for (const auto& [label, suffix] :
-             {std::pair("German page", "/0/8192"), std::pair("Chinese page", "/1/8192"),
-              std::pair("German, 8 MB", "/0/4194304"), std::pair("Chinese, 8 MB", "/1/4194304")})
-            comparison.printSpeedRatio(
-                (std::string("fixedAndNormalizedString, ") + label + " : " + peer).c_str(),
-                std::string("fixAndNormalize") + suffix, std::string(peer) + suffix);
+    for (std::int64_t number = 0; number < sampleCount; ++number)
+        for (const std::int64_t length : {pageLength, bookLength}) {
+            const std::string suffix = "/" + std::to_string(number) + "/" + std::to_string(length);
+            const std::string label = std::string("fixedAndNormalizedString, ") +
+                                      bench::textSamples[number].name +
+                                      (length == pageLength ? " page" : ", 8 MB") + " : ";
+            for (const char* peer : {"copyString", "copyMemory"})
+                comparison.printSpeedRatio((label + peer).c_str(), "fixAndNormalize" + suffix, peer + suffix);
+        }
     for (const char* hits : {"deleteHits", "replaceHits", "removeHits"})
         comparison.printTimeRatio((std::string(hits) + ", time of 2.6 million hits : one").c_str(),
                                   std::string(hits) + "/1", std::string(hits) + "/0");

@@ -1,6 +1,8 @@
 #include "platform/foundation/encodings/CFStringNormalization.h"
 
 #include "platform/foundation/NSException.h"
+#include "platform/foundation/units/OrderScan.h"
+#include "platform/foundation/units/UnitScan.h"
 #include "platform/foundation/units/VectorScan.h"
 
 #include <unicode/uchar.h>
@@ -8,6 +10,8 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstring>
 #include <new>
 #include <span>
@@ -64,6 +68,86 @@ const UNormalizer2* normalizerFor(CFStringNormalizationForm form) {
     if (U_FAILURE(status))
         throw NSException(NSGenericException, u"The normalisation data cannot be loaded.");
     return normalizer;
+}
+
+/// Of form C: the units of NFC_Quick_Check=Yes and class 0, which no mark before or after them changes, those of
+/// NFC_Quick_Check=Yes, and the classes. Surrogates and private use are in neither bitmap.
+struct ComposedUnits {
+    ComposedUnits() {
+        for (std::uint32_t unit = 0; unit <= 0xFFFF; ++unit) {
+            // Most of the plane are syllables and ideographs, about which there is nothing to ask.
+            const bool isEast = (unit >= 0x3400 && unit < 0xA000) || (unit >= 0xAC00 && unit < 0xD7A4);
+            const bool isYes =
+                isEast ||
+                (u_charType(static_cast<UChar32>(unit)) != U_PRIVATE_USE_CHAR && !U_IS_SURROGATE(unit) &&
+                 u_getIntPropertyValue(static_cast<UChar32>(unit), UCHAR_NFC_QUICK_CHECK) == UNORM_YES);
+            const std::uint8_t ownClass = isEast ? 0 : u_getCombiningClass(static_cast<UChar32>(unit));
+            const auto bit = static_cast<std::uint8_t>(1u << (unit & 7));
+            classes[unit] = ownClass;
+            if (isYes)
+                allowed[unit >> 3] |= bit;
+            if (isYes && ownClass == 0)
+                plain[unit >> 3] |= bit;
+        }
+    }
+
+    static const ComposedUnits& shared() {
+        static const auto& units = *new ComposedUnits;
+        return units;
+    }
+    bool isPlain(char16_t unit) const { return unitIsInBitmap(plain.data(), unit); }
+
+    /// Marks in the order of their classes, and what might join the unit before but does not.
+    static bool isInOrder(char16_t previous, char16_t unit) {
+        const ComposedUnits& own = shared();
+        if (unitIsInBitmap(own.allowed.data(), unit))
+            return own.classes[previous] <= own.classes[unit];
+        // Few pairs come again and again.
+        static std::array<std::atomic<std::uint32_t>, 64> separate{};
+        const std::uint32_t pair = static_cast<std::uint32_t>(previous) << 16 | unit;
+        std::atomic<std::uint32_t>& known = separate[(previous * 7u + unit) % separate.size()];
+        if (known.load(std::memory_order_relaxed) == pair)
+            return true;
+        // Further back, or within the one before, there might be a letter that it joins.
+        if (!own.isPlain(previous) || U_IS_SURROGATE(unit) || u_charType(unit) == U_PRIVATE_USE_CHAR ||
+            u_getIntPropertyValue(previous, UCHAR_TRAIL_CANONICAL_COMBINING_CLASS) != 0 ||
+            u_getIntPropertyValue(unit, UCHAR_NFC_QUICK_CHECK) != UNORM_MAYBE ||
+            unorm2_composePair(normalizerFor(CFStringNormalizationForm::C), previous, unit) >= 0)
+            return false;
+        known.store(pair, std::memory_order_relaxed);
+        return true;
+    }
+
+    std::array<std::uint8_t, 8192> plain{}, allowed{};
+    std::array<std::uint8_t, 65536> classes{};
+};
+
+/// A beginning that is in form C whatever follows, but that a mark which follows may join its last unit; ends with a
+/// plain unit, or with the text.
+std::size_t lengthOfComposedPrefix(std::u16string_view units) {
+    const std::span<const UnitRange> inert = inertUnits(CFStringNormalizationForm::C);
+    std::size_t length = lengthOfPrefixInRanges(units, inert);
+    if (length == units.size())
+        return length;
+    const ComposedUnits& composed = ComposedUnits::shared();
+    const OrderOfUnits order{composed.plain.data(), composed.allowed.data(), &ComposedUnits::isInOrder};
+    while (length < units.size()) {
+        std::size_t next = firstOutOfOrder(units, length, order);
+        if (next == length) {
+            const char16_t previous = length > 0 ? units[length - 1] : u'\0';
+            const bool stands =
+                composed.isPlain(units[length]) ||
+                (composed.isPlain(previous) && unitIsInBitmap(composed.allowed.data(), units[length]));
+            if (!stands && !ComposedUnits::isInOrder(previous, units[length]))
+                break;
+            ++next;
+        }
+        length = next + lengthOfPrefixInRanges(units.substr(next), inert);
+    }
+    if (length < units.size())
+        while (length > 0 && !composed.isPlain(units[length - 1]))
+            --length;
+    return length;
 }
 
 // A run of marks, and where it lies. ICU puts each mark at its place by walking back over the marks before
@@ -203,7 +287,9 @@ bool isBoundary(const UNormalizer2* normalizer, std::u16string_view units, std::
 std::size_t lengthOfNormalizedPrefix(const UNormalizer2* normalizer, std::u16string_view units,
                                      CFStringNormalizationForm form) {
     const std::span<const UnitRange> inert = inertUnits(form);
-    std::size_t position = 0;
+    std::size_t position = form == CFStringNormalizationForm::C ? lengthOfComposedPrefix(units) : 0;
+    if (position == units.size())
+        return position;
     for (;;) {
         position += lengthOfPrefixInRanges(units.substr(position), inert);
         if (position == units.size())
@@ -237,7 +323,8 @@ std::size_t lengthOfNormalizedPrefix(const UNormalizer2* normalizer, std::u16str
 } // namespace
 
 std::size_t CFStringLengthOfPlainPrefix(std::u16string_view units, CFStringNormalizationForm form) {
-    return lengthOfPrefixInRanges(units, inertUnits(form));
+    return form == CFStringNormalizationForm::C ? lengthOfComposedPrefix(units)
+                                                : lengthOfPrefixInRanges(units, inertUnits(form));
 }
 
 bool CFStringIsNormalized(std::u16string_view units, CFStringNormalizationForm form) {

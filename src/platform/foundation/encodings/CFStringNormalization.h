@@ -19,8 +19,7 @@ void CFStringNormalize(NSMutableString& string, CFStringNormalizationForm form);
 bool CFStringIsNormalized(std::u16string_view units, CFStringNormalizationForm form);
 
 /// A quick look: the length of a beginning that is in that form whatever follows, though a mark that follows
-/// may join its last unit. It holds no surrogates and no private use. May be shorter than it could be, as
-/// only the common scripts are known.
+/// may join its last unit. It holds no surrogates and no private use. May be shorter than it could be.
 std::size_t CFStringLengthOfPlainPrefix(std::u16string_view units, CFStringNormalizationForm form);
 
 } // namespace kelvo

@@ -24,10 +24,11 @@ HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, co
     const auto* units = asNumbers(text);
     const auto isIn = [&](auto vector, auto first, auto count)
                           HWY_ATTR { return hn::Lt(hn::Sub(vector, first), count); };
-    // Most text stays within two ranges for long, such as letters and punctuation: those that were last
-    // needed are tried together, the others only where they do not suffice.
+    // Most text stays within few ranges for long, such as letters and punctuation: those that were last needed are tried
+    // first, two and two, the others only where they do not suffice.
     auto first = hn::Set(tag, ranges[0].first), count = hn::Set(tag, ranges[0].count);
-    auto otherFirst = first, otherCount = count;
+    auto otherFirst = first, otherCount = count, thirdFirst = first, thirdCount = count, fourthFirst = first,
+         fourthCount = count;
     std::size_t index = 0;
     for (; index + 2 * lanes <= length; index += 2 * lanes) {
         const auto left = hn::LoadU(tag, units + index);
@@ -35,6 +36,13 @@ HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, co
         auto isLeftIn = hn::Or(isIn(left, first, count), isIn(left, otherFirst, otherCount));
         auto isRightIn = hn::Or(isIn(right, first, count), isIn(right, otherFirst, otherCount));
         bool isWhollyIn = hn::AllTrue(tag, hn::And(isLeftIn, isRightIn));
+        if (isWhollyIn)
+            continue;
+        isLeftIn = hn::Or(isLeftIn,
+                          hn::Or(isIn(left, thirdFirst, thirdCount), isIn(left, fourthFirst, fourthCount)));
+        isRightIn = hn::Or(
+            isRightIn, hn::Or(isIn(right, thirdFirst, thirdCount), isIn(right, fourthFirst, fourthCount)));
+        isWhollyIn = hn::AllTrue(tag, hn::And(isLeftIn, isRightIn));
         for (std::size_t range = 0; HWY_UNLIKELY(!isWhollyIn) && range < rangeCount; ++range) {
             const auto nextFirst = hn::Set(tag, ranges[range].first);
             const auto nextCount = hn::Set(tag, ranges[range].count);
@@ -42,6 +50,10 @@ HWY_ATTR std::size_t PrefixInRanges(const char16_t* text, std::size_t length, co
             isRightIn = hn::Or(isRightIn, isIn(right, nextFirst, nextCount));
             isWhollyIn = hn::AllTrue(tag, hn::And(isLeftIn, isRightIn));
             if (isWhollyIn) {
+                fourthFirst = thirdFirst;
+                fourthCount = thirdCount;
+                thirdFirst = first;
+                thirdCount = count;
                 first = otherFirst;
                 count = otherCount;
                 otherFirst = nextFirst;
