@@ -10,8 +10,8 @@
 namespace kelvo::bench {
 
 /// For main(): nine short repetitions of each benchmark, of which the median counts, where neither the benchmark nor
-/// the command line says anything else.
-inline void initialize(int count, char** arguments) {
+/// the command line says anything else. What is not the library's stays among the arguments.
+inline void initialize(int& count, char** arguments) {
     // The library keeps the first of them.
     static std::vector<std::string> words{arguments[0], "--benchmark_repetitions=9",
                                           "--benchmark_report_aggregates_only=true",
@@ -23,6 +23,9 @@ inline void initialize(int count, char** arguments) {
     int size = static_cast<int>(pointers.size());
     pointers.push_back(nullptr);
     benchmark::Initialize(&size, pointers.data());
+    // It leaves no more than there were.
+    for (count = 0; count < size; ++count)
+        arguments[count] = pointers[static_cast<std::size_t>(count)];
 }
 
 /// Shows the measurements as they come and keeps their medians, so that a program can print the ratios

@@ -52,6 +52,11 @@ inline constexpr TextSample textSamples[] = {
                u"알아차리지 못했고, 나는 그것이 기뻤다. "},
 };
 
+/// There must be one of that name.
+inline const TextSample& sampleNamed(std::string_view name) {
+    return *std::ranges::find(textSamples, name, &TextSample::name);
+}
+
 /// `length` units of the sample's words in a random order: a processor foresees what repeats itself, even after hundreds
 /// of letters, and real text does not.
 inline std::u16string textOfSample(const TextSample& sample, std::size_t length) {

@@ -209,7 +209,7 @@ void dumpByCommand(benchmark::State& state, const std::string& command) {
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    bench::initialize(argc, argv);
     if (isInstalled("lynx"))
         benchmark::RegisterBenchmark("lynxDump", dumpByCommand, "lynx -dump -force_html")->UseRealTime();
     if (isInstalled("w3m"))

@@ -75,7 +75,7 @@ void libtiff(benchmark::State& state, std::uint16_t compression) {
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    kelvo::bench::initialize(argc, argv);
     const struct {
         const char* name;
         NSTIFFCompression compression;

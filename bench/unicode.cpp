@@ -93,13 +93,6 @@ void decodeByFunction(State& state, const TextSample& sample, const Encoding& en
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes.size()) * state.iterations());
 }
 
-const TextSample& sampleNamed(std::string_view name) {
-    for (const TextSample& sample : bench::textSamples)
-        if (name == sample.name)
-            return sample;
-    std::abort();
-}
-
 // As the folding table does: every letter alone.
 void foldEveryLetter(State& state) {
     const NSCharacterSet& letters = NSCharacterSet::letterCharacterSet();
@@ -143,10 +136,10 @@ int main(int count, char** arguments) {
     };
     for (const TextSample& sample : bench::textSamples)
         addDecoder(sample, utf8);
-    addDecoder(sampleNamed("English"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
-    addDecoder(sampleNamed("German"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
-    addDecoder(sampleNamed("Russian"), {kCFStringEncodingWindowsCyrillic, "windows-1251"});
-    addDecoder(sampleNamed("Chinese"), {kCFStringEncodingGB18030, "gb18030"});
+    addDecoder(bench::sampleNamed("English"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
+    addDecoder(bench::sampleNamed("German"), {kCFStringEncodingWindowsLatin1, "windows-1252"});
+    addDecoder(bench::sampleNamed("Russian"), {kCFStringEncodingWindowsCyrillic, "windows-1251"});
+    addDecoder(bench::sampleNamed("Chinese"), {kCFStringEncodingGB18030, "gb18030"});
     bench::Comparison comparison;
     benchmark::RunSpecifiedBenchmarks(&comparison);
     std::printf("\n");
