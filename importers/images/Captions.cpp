@@ -136,11 +136,17 @@ std::optional<NSDate> momentOfExif(const Value& time, const Value& fraction, con
     const std::u16string digits = unitsOf(fraction);
     const std::u16string point = digits.empty() ? u"" : u".";
     const std::u16string offset = unitsOf(zone);
-    for (const std::u16string& text : {whole + point + digits + offset, whole + offset, whole}) {
-        if (const auto moment = momentOfClock(text))
-            return moment;
-    }
-    return std::nullopt;
+    const auto momentWith = [&whole](std::u16string_view parts, std::u16string_view offsetIfAny) {
+        std::u16string text = whole;
+        text += parts;
+        text += offsetIfAny;
+        return momentOfClock(text);
+    };
+    if (const auto moment = momentWith(point + digits, offset))
+        return moment;
+    if (const auto moment = momentWith({}, offset))
+        return moment;
+    return momentWith({}, {});
 }
 
 /// "20110324" and "123456+0100".

@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace kelvo {
@@ -12,10 +13,11 @@ void preferLargePages(void* memory, std::size_t sizeInBytes) noexcept {
     constexpr std::uintptr_t largePage = std::uintptr_t{2} << 20;
     if (!memory || sizeInBytes < leastSize)
         return;
-    const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + largePage - 1) & ~(largePage - 1);
-    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + sizeInBytes) & ~(largePage - 1);
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    const std::size_t before = (largePage - address % largePage) % largePage;
+    const std::size_t whole = (sizeInBytes - before) / largePage * largePage;
     // A system that has none goes on with small ones.
-    static_cast<void>(::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+    static_cast<void>(::madvise(static_cast<std::byte*>(memory) + before, whole, MADV_HUGEPAGE));
 }
 
 } // namespace kelvo

@@ -104,7 +104,7 @@ std::shared_ptr<QTMovie> QTMovie::initWithFile_error(const NSString& path, NSStr
                                    .dictionary();
     if (facts.isNil())
         return fail(u"it is no movie that can be read");
-    const std::shared_ptr<QTMovie> movie(new QTMovie);
+    std::shared_ptr<QTMovie> movie(new QTMovie);
     movie->classic_.duration = std::max<std::int64_t>(numberIn(facts, durationKey), 0);
     movie->classic_.size = {static_cast<float>(numberIn(facts, widthKey)),
                             static_cast<float>(numberIn(facts, heightKey))};

@@ -136,7 +136,7 @@ NSData NSBitmapImageRep::representationUsingType_properties(int type, const NSDi
     if (type < 0 || type >= static_cast<int>(identifiersOfFileTypes.size()))
         return nullptr;
     auto options = NSMutableDictionary::dictionary();
-    if (const Value factor = properties.objectForKey(NSImageCompressionFactor); factor.isNumber())
+    if (const Value& factor = properties.objectForKey(NSImageCompressionFactor); factor.isNumber())
         options.setObject_forKey(factor, kCGImageDestinationLossyCompressionQuality);
     return dataOfImage(imageOfBitmap(bitmap()), identifiersOfFileTypes[static_cast<std::size_t>(type)],
                        options);

@@ -109,6 +109,7 @@ std::vector<IconFile> filesInTheme(const std::vector<std::string>& folders, cons
         }
     }
     std::vector<IconFile> files;
+    files.reserve(bySize.size());
     for (auto& [size, file] : bySize)
         files.push_back(std::move(file));
     return files;

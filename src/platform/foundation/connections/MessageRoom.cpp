@@ -227,7 +227,7 @@ LocalMessageStream::tryReadMessage(kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp:
         return readPieceByPiece(fdSpace, options, scratchSpace);
     };
     return stream_.bytesRead().size() > 0 ? next() : stream_.whenAnythingIsRead().then(kj::mv(next));
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the promise owns what is attached to it.
 
 kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>>
 LocalMessageStream::readPieceByPiece(kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp::ReaderOptions options,

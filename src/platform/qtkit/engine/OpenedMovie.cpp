@@ -181,7 +181,8 @@ std::optional<MoviePicture> OpenedMovie::frame(std::int64_t microseconds) {
     const std::int64_t time = microseconds <= 0 ? AV_NOPTS_VALUE : unitsOf(place);
     // Where an index is wrong, or there is none, what is found may lie after the time, or be made of nothing: then from
     // further before.
-    constexpr std::int64_t stepsBack[] = {0, 2 * AV_TIME_BASE, 10 * AV_TIME_BASE};
+    constexpr std::int64_t second = AV_TIME_BASE;
+    constexpr std::int64_t stepsBack[] = {0, 2 * second, 10 * second};
     FoundFrame best;
     if (time != AV_NOPTS_VALUE) {
         for (const std::int64_t back : stepsBack) {
