@@ -9,7 +9,9 @@
 namespace kelvo {
 namespace {
 
-constexpr int threadsOfDecoder = 2;
+/// Frames wait for those they are made from: three keep two processors busy, two do not (measured: 66 and 95 ms for 14
+/// frames of 1080p, 88 with one).
+constexpr int threadsOfDecoder = 3;
 /// 8192 by 8192, with what decoders add at the edges.
 constexpr std::int64_t mostPixelsOfFrame = std::int64_t{8192 + 64} * (8192 + 64);
 

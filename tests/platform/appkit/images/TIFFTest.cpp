@@ -114,6 +114,7 @@ TEST(TIFFTest, IsReadByAnother) {
         {"rows with gaps", image(37, 21, RGB, none, 8, 5), PHOTOMETRIC_RGB, {}},
         {"many strips", image(300, 311, RGB, last, 8, 0, 7), PHOTOMETRIC_RGB, {EXTRASAMPLE_UNASSALPHA}},
         {"flat", image(500, 700, gray, none, 8, 0, 1'000'000), PHOTOMETRIC_MINISBLACK, {}},
+        {"encoded in parts", image(601, 1203, RGB, last, 8, 0, 7), PHOTOMETRIC_RGB, {EXTRASAMPLE_UNASSALPHA}},
         {"a row of more than a strip", image(40'000, 3, RGB, skipLast, 8, 0, 300), PHOTOMETRIC_RGB, {}},
     };
     for (const auto& row : rows) {
