@@ -2,6 +2,7 @@
 
 #include "platform/engine/EngineExceptions.h"
 #include "platform/engine/EngineKeys.h"
+#include "platform/engine/EngineReports.h"
 #include "platform/engine/EngineSocket.h"
 #include "platform/foundation/NSException.h"
 #include "platform/foundation/NSFileManager.h"
@@ -21,6 +22,7 @@
 #include <ctime>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -115,6 +117,8 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     kj::Promise<void> drainUntilGone();
     kj::Promise<void> pushTheRest();
     void handleFrame();
+    /// Hands over what the engine has left in shared memory.
+    void takeReports();
     void limitCPU(double timeoutSeconds);
     void noteUse(double cpuMilliseconds, std::uint64_t peakBytes) const;
     void replaceSoon();
@@ -139,6 +143,7 @@ struct EngineProcess::Internals final : NSRunLoopSource, NSObject {
     kj::Promise<void> writing = nullptr;
     EngineFrameReader reader{EngineFrameData::sealedMemory};
     EngineFrameWriter writer;
+    EngineReports reports;
     /// The child's end of the socket is closed, or it sent what cannot be understood.
     bool isGone = false;
     bool isBroken = false;
@@ -170,6 +175,10 @@ void EngineProcess::Internals::start() {
     auto child = std::make_unique<NSTask>();
     try {
         child->setStandardInput(otherEnd);
+        reports = EngineReports::create();
+        // Nothing is printed there: it is where a child can be handed a second descriptor.
+        if (FileDescriptor memory(::fcntl(reports.descriptor(), F_DUPFD_CLOEXEC, 0)); memory)
+            child->setStandardOutput(std::make_shared<NSFileHandle>(std::move(memory)));
         child->setLaunchPath(pathOf(folderOfEngines() + '/' + description.programName));
         child->setArguments(arguments);
         child->setEnvironment(environmentOf(description));
@@ -197,6 +206,7 @@ void EngineProcess::Internals::stop() {
     socket.close();
     reader = EngineFrameReader(EngineFrameData::sealedMemory);
     writer = EngineFrameWriter();
+    reports = EngineReports();
     isGone = isBroken = isReady = isToBeReplaced = false;
     layers = nullptr;
     complaint = nullptr;
@@ -280,16 +290,39 @@ void EngineProcess::Internals::handleFrame() {
               conversation->questions ? conversation->questions(frame->value) : Value()});
         break;
     case EngineFrameKind::report:
+        // From the first that comes in this way on all do.
+        takeReports();
         if (conversation->reports)
             conversation->reports(frame->value);
         break;
     case EngineFrameKind::answer:
-        result = frame->value;
+        takeReports();
+        if (!isBroken)
+            result = frame->value;
         break;
     case EngineFrameKind::message:
     case EngineFrameKind::reply:
         isBroken = isGone = true;
         break;
+    }
+}
+
+void EngineProcess::Internals::takeReports() {
+    const std::string bytes = reports.take();
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const auto head = EngineFrameHead::withBytes(rest);
+        std::optional<EngineFrame> frame;
+        if (head && head->kind == EngineFrameKind::report && head->descriptorCount == 0 &&
+            head->length <= rest.size() - EngineFrameHead::size)
+            frame = decodedEngineFrame(*head, std::string(rest.substr(EngineFrameHead::size, head->length)),
+                                       {}, EngineFrameData::sealedMemory);
+        if (!frame) {
+            isBroken = isGone = true;
+            return;
+        }
+        if (conversation->reports)
+            conversation->reports(frame->value);
+        rest.remove_prefix(EngineFrameHead::size + head->length);
     }
 }
 
@@ -452,6 +485,8 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds,
     own.result.reset();
     own.limitCPU(timeoutSeconds);
     const double end = monotonicSeconds() + timeoutSeconds;
+    // Of a message that nobody waited for any more.
+    own.reports.take();
     own.send(std::move(frame));
     if (own.isReady) {
         own.receiveOnce(0);
@@ -475,6 +510,7 @@ Value EngineProcess::ask(const Value& message, double timeoutSeconds,
             own.replaceSoon();
         return *std::exchange(own.result, std::nullopt);
     }
+    own.takeReports();
     if (own.isGone)
         own.failAfterEnd();
     own.noteUse((cpuSecondsOfProcess(own.task->processIdentifier()) - own.cpuSecondsBefore) * 1000,

@@ -142,7 +142,17 @@ TEST(EngineProcess, PartsOfTheResultOutliveTheEngine) {
         EXPECT_EQ(exception.name(), EngineCrashedException);
         EXPECT_NE(exception.reason().UTF8String().find("importer of letters"), std::string::npos);
     }
-    EXPECT_EQ(parts, (std::vector<Value>{u"dear", number(1), number(2), number(3)}));
+    EXPECT_EQ(parts,
+              (std::vector<Value>{u"dear", NSString(std::u16string(50'000, u'a')),
+                                  NSString(std::u16string(20'000, u'b')), number(1), number(2), number(3)}));
+
+    // Each once, in the message that they belong to.
+    parts.clear();
+    engine.ask(message(u"report", number(1)), ample, conversation);
+    engine.ask(message(u"report", number(2)), ample);
+    engine.ask(message(u"echo"), ample, conversation);
+    EXPECT_EQ(parts, std::vector<Value>{number(1)});
+    engine.stop();
 
     // What an engine was left with has gone with it; what another would answer is not asked.
     conversation.continues = true;
@@ -207,6 +217,8 @@ TEST(EngineProcess, WhatBecomesOfAnEngineHasAName) {
         {u"nonsense", 0, ample, nonsense},
         {u"half a frame", 0, ample, crashed + "ended the rehearsal (status 0)"},
         {u"boast", 0, ample, nonsense},
+        {u"nonsense in reports", 0, ample, nonsense},
+        {u"boast in reports", 1'000'000'000, ample, nonsense},
         {u"descriptor too many", 0, ample, nonsense},
         {u"too many descriptors", 0, ample, nonsense},
         {u"unsealed memory", 0, ample, nonsense},

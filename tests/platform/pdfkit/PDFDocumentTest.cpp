@@ -72,11 +72,11 @@ std::string describe(const NSRect& rect) {
     return out.str();
 }
 
-bool engineMapsSharedMemory() {
+bool engineMapsSealedMemory() {
     std::ifstream maps("/proc/" + std::to_string(PDFEngine::sharedEngine().processIdentifier()) + "/maps");
     const std::string all{std::istreambuf_iterator<char>(maps), {}};
     EXPECT_FALSE(all.empty());
-    return all.find("/memfd:") != std::string::npos;
+    return all.find("/memfd:plumwick") != std::string::npos;
 }
 
 TEST(PDFDocumentTest, PagesAreReadInOrder) {
@@ -213,9 +213,9 @@ TEST(PDFDocumentTest, TheEngineLetsGoOfADocumentAtItsEnd) {
     {
         const PDFPage page = open(large).pageAtIndex(0);
         EXPECT_EQ(page.string(), u"x");
-        EXPECT_TRUE(engineMapsSharedMemory());
+        EXPECT_TRUE(engineMapsSealedMemory());
     }
-    EXPECT_FALSE(engineMapsSharedMemory());
+    EXPECT_FALSE(engineMapsSealedMemory());
 }
 
 TEST(PDFSelectionTest, TextKeepsItsFontsAndColours) {

@@ -66,11 +66,14 @@ std::uint64_t peakBytes(int status) {
 EngineChannel::EngineChannel(EngineFrameData accepted)
     : descriptor_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)),
       reader_(accepted),
+      reports_(FileDescriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3))),
       peakReset_(::open("/proc/self/clear_refs", O_WRONLY | O_CLOEXEC)),
       status_(::open("/proc/self/status", O_RDONLY | O_CLOEXEC)) {
     std::signal(SIGPIPE, SIG_IGN);
     const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     ::dup2(nothing.get(), STDIN_FILENO);
+    if (reports_.isThere())
+        ::dup2(FileDescriptor(::open("/dev/null", O_WRONLY | O_CLOEXEC)).get(), STDOUT_FILENO);
 }
 
 void EngineChannel::endWithOtherSide(const std::string& folder) {
@@ -107,6 +110,7 @@ bool EngineChannel::greet(const NSString& layers) {
 
 std::optional<Value> EngineChannel::nextMessage() {
     auto message = read(EngineFrameKind::message);
+    areReportsSent_ = false;
     isWatchingPeak_ = reader_.lastHead().asksForPeak;
     // Since now, not since the start of a warm engine; 5 resets the peak alone (proc(5)).
     if (isWatchingPeak_ && peakReset_)
@@ -122,7 +126,11 @@ bool EngineChannel::note(Outcome outcome, const NSString& sentence) {
 }
 
 bool EngineChannel::report(const Value& part) {
-    return write({EngineFrameKind::report, part});
+    EncodedEngineFrame frame(EngineFrameKind::report, part);
+    if (!areReportsSent_ && frame.descriptors.empty() && reports_.append(frame.bytes))
+        return true;
+    areReportsSent_ = true;
+    return write(std::move(frame));
 }
 
 bool EngineChannel::answer(const Value& result) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/engine/EngineReports.h"
 #include "platform/engine/EngineSocket.h"
 #include "platform/foundation/Value.h"
 #include "platform/ledger/Outcome.h"
@@ -13,8 +14,8 @@ namespace kelvo {
 /// should exit then.
 class EngineChannel {
 public:
-    /// Over this process's standard input, which is replaced by nothing, so that no library reads from it. At most one
-    /// in a process.
+    /// Over this process's standard input and, where it is memory for reports, output. They are replaced by nothing, so
+    /// that no library reads from the one or writes to the other. At most one in a process.
     explicit EngineChannel(EngineFrameData accepted = EngineFrameData::filesAndSealedMemory);
     EngineChannel(const EngineChannel&) = delete;
     EngineChannel& operator=(const EngineChannel&) = delete;
@@ -47,6 +48,9 @@ private:
     int descriptor_;
     EngineFrameReader reader_;
     EngineFrameWriter writer_;
+    EngineReports reports_;
+    /// Whether a report of the present message did not fit there: those that follow must not overtake it.
+    bool areReportsSent_ = false;
     std::string folder_;
     FileDescriptor folderUse_;
     FileDescriptor peakReset_;

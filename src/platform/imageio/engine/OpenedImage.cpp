@@ -173,8 +173,8 @@ Frame OpenedImage::frame(std::int64_t index) const {
 Frame OpenedImage::head(std::int64_t index) const {
     if (kind_.reader == ImageReader::frames) {
         Frame head = headOfFrame(kind_.loader, inPlace(data_));
-        // Whether alpha is used the pixels alone tell.
-        if (!head.hasAlpha)
+        // Whether alpha is used the pixels alone tell, but where it is a channel with a name.
+        if (!head.hasAlpha || head.isFloat)
             return head;
     }
     return frame(index);
