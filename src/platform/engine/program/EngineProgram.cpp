@@ -1,6 +1,7 @@
 #include "platform/engine/program/EngineProgram.h"
 
 #include "platform/engine/EngineExceptions.h"
+#include "platform/foundation/FileIO.h"
 #include "platform/foundation/NSException.h"
 #include "platform/ledger/RequestNotes.h"
 
@@ -10,6 +11,7 @@
 #include <span>
 #include <string_view>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace kelvo {
@@ -64,6 +66,13 @@ ConfinementProfile EngineProgram::profile(const std::string& folder) {
 }
 
 void EngineProgram::prepare(const std::string&) {}
+
+void silenceLibraries() {
+#ifndef KELVO_SANITIZED
+    const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    ::dup2(nowhere.get(), STDERR_FILENO);
+#endif
+}
 
 int runEngine(EngineProgram& program, int argumentCount, char** arguments) {
     std::set_new_handler(endForWantOfMemory);

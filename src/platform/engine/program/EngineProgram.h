@@ -32,6 +32,10 @@ public:
     virtual Value answerTo(const Value& message, EngineChannel& channel) = 0;
 };
 
+/// For prepare(): what libraries print on standard error about a file, they print as often as the file likes. From here on
+/// it is lost, but in a build whose sanitizers print there.
+void silenceLibraries();
+
 /// Serves messages until the other side is gone; the status to exit with. The first argument is the path of the engine's
 /// folder.
 int runEngine(EngineProgram& program, int argumentCount, char** arguments);

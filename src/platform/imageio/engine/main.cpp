@@ -1,5 +1,4 @@
 #include "platform/engine/program/EngineProgram.h"
-#include "platform/foundation/FileIO.h"
 #include "platform/imageio/ImageEngineMessages.h"
 #include "platform/imageio/engine/ImageEncoder.h"
 #include "platform/imageio/engine/OpenedImage.h"
@@ -8,9 +7,7 @@
 #include <memory>
 #include <optional>
 
-#include <fcntl.h>
 #include <malloc.h>
-#include <unistd.h>
 
 namespace kelvo {
 namespace {
@@ -30,11 +27,7 @@ public:
 
     void prepare(const std::string&) override {
         prepareImageLibraries();
-#ifndef KELVO_SANITIZED
-        // What the libraries print about a file, they print as often as the file likes.
-        const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-        ::dup2(nowhere.get(), STDERR_FILENO);
-#endif
+        silenceLibraries();
     }
 
     Value answerTo(const Value& message, EngineChannel& channel) override {
@@ -52,9 +45,7 @@ private:
         return number ? number->longLongValue() : 0;
     }
 
-    static bool isSet(const NSDictionary& fields, const char16_t* key) {
-        return numberIn(fields, key) != 0;
-    }
+    static bool isSet(const NSDictionary& fields, const char16_t* key) { return numberIn(fields, key) != 0; }
 
     Value answer(const NSDictionary& fields, EngineChannel& channel) {
         const auto want = static_cast<Want>(numberIn(fields, wantKey));

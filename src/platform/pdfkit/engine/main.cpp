@@ -1,14 +1,11 @@
 #include "platform/engine/program/EngineProgram.h"
-#include "platform/foundation/FileIO.h"
 #include "platform/pdfkit/PDFEngineMessages.h"
 #include "platform/pdfkit/engine/OpenDocument.h"
 
 #include <algorithm>
 #include <memory>
 
-#include <fcntl.h>
 #include <malloc.h>
-#include <unistd.h>
 
 namespace kelvo {
 namespace {
@@ -26,11 +23,7 @@ public:
 
     void prepare(const std::string&) override {
         keepPDFLibraryWarm();
-#ifndef KELVO_SANITIZED
-        // What the library prints about a file, it prints as often as the file likes.
-        const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-        ::dup2(nowhere.get(), STDERR_FILENO);
-#endif
+        silenceLibraries();
     }
 
     Value answerTo(const Value& message, EngineChannel& channel) override {

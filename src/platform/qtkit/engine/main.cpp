@@ -1,14 +1,11 @@
 #include "platform/engine/program/EngineProgram.h"
-#include "platform/foundation/FileIO.h"
 #include "platform/qtkit/MovieEngineMessages.h"
 #include "platform/qtkit/engine/OpenedMovie.h"
 
 #include <memory>
 #include <optional>
 
-#include <fcntl.h>
 #include <malloc.h>
-#include <unistd.h>
 
 namespace kelvo {
 namespace {
@@ -28,11 +25,7 @@ public:
 
     void prepare(const std::string&) override {
         prepareMovieLibraries();
-#ifndef KELVO_SANITIZED
-        // What the libraries print about a file, they print as often as the file likes.
-        const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-        ::dup2(nowhere.get(), STDERR_FILENO);
-#endif
+        silenceLibraries();
     }
 
     Value answerTo(const Value& message, EngineChannel& channel) override {
