@@ -157,6 +157,35 @@ TEST(QTMovieTest, ColoursComeInStandardOnes) {
     }
 }
 
+// Every second line is of another moment, at which the frame has become white.
+TEST(QTMovieTest, LinesOfTwoMomentsAreNotCombed) {
+    const TemporaryFolder folder;
+    const std::string source =
+        "-f lavfi -i "
+        "\"nullsrc=s=64x48:r=5:d=1,format=yuv420p,geq=lum='if(mod(Y,2),LATER,50)':cb=128:cr=128\" ";
+    const auto linesOf = [&](const char* name, const std::string& later, const std::string& encoded) {
+        std::string arguments = source;
+        arguments.replace(arguments.find("LATER"), 5, later);
+        const auto image = movieAt(movieFile(folder, name, arguments + encoded))->posterImage();
+        std::vector<int> lines;
+        for (const double line : {20.5, 21.5, 22.5, 23.5})
+            lines.push_back(pixelAt(*image, 0.5, line / 48)[0]);
+        return lines;
+    };
+    const std::string lossless = "-c:v ffv1 ";
+    for (const auto& [flags, least, most] : {std::tuple("-field_order tt -flags +ilme+ildct", 0, 60),
+                                             {"-field_order bb -flags +ilme+ildct", 195, 255}}) {
+        const std::string order = std::string(flags).find("tt") != std::string::npos ? "tff" : "bff";
+        for (const int line :
+             linesOf("fields.mpg", "200", "-vf setfield=" + order + " -c:v mpeg2video -q:v 1 " + flags)) {
+            EXPECT_GE(line, least) << flags;
+            EXPECT_LE(line, most) << flags;
+        }
+    }
+    const auto whole = linesOf("whole.mkv", "200", lossless);
+    EXPECT_GT(std::abs(whole[0] - whole[1]), 150) << "lines of one moment stay";
+}
+
 TEST(QTMovieTest, OnlyAlphaThatIsUsed) {
     const TemporaryFolder folder;
     for (const auto& [alpha, hasAlpha] : {std::pair("1", false), {"0.5", true}, {"0", false}}) {

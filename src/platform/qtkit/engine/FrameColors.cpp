@@ -1,12 +1,12 @@
 #include "platform/qtkit/engine/FrameColors.h"
 
+#include "platform/qtkit/engine/FrameFilter.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>
 
 extern "C" {
-#include <libavfilter/buffersink.h>
-#include <libavfilter/buffersrc.h>
 #include <libavutil/mastering_display_metadata.h>
 #include <libavutil/pixdesc.h>
 }
@@ -123,58 +123,11 @@ Frame newFrame(int width, int height, AVPixelFormat format) {
     return frame;
 }
 
-/// A conversion of colours that looks at each pixel by itself, for strips of as many rows.
-class StripConversion {
-public:
-    StripConversion(const std::string& steps, int width, AVPixelFormat format)
-        : graph_(owned<FilterGraph>(avfilter_graph_alloc())) {
-        graph_->nb_threads = 1;
-        const std::string arguments = "video_size=" + std::to_string(width) + "x" +
-                                      std::to_string(rowsOfStrip) + ":pix_fmt=" + std::to_string(format) +
-                                      ":time_base=1/1:pixel_aspect=1/1";
-        if (avfilter_graph_create_filter(&source_, avfilter_get_by_name("buffer"), "in", arguments.c_str(),
-                                         nullptr, graph_.get()) < 0 ||
-            avfilter_graph_create_filter(&sink_, avfilter_get_by_name("buffersink"), "out", nullptr, nullptr,
-                                         graph_.get()) < 0)
-            fail();
-        AVFilterInOut* outputs = openEnd("in", source_);
-        AVFilterInOut* inputs = openEnd("out", sink_);
-        const bool isMade =
-            avfilter_graph_parse_ptr(graph_.get(), steps.c_str(), &inputs, &outputs, nullptr) >= 0 &&
-            avfilter_graph_config(graph_.get(), nullptr) >= 0;
-        avfilter_inout_free(&inputs);
-        avfilter_inout_free(&outputs);
-        if (!isMade)
-            fail();
-    }
-
-    Frame converted(AVFrame& strip) {
-        auto result = owned<Frame>(av_frame_alloc());
-        if (av_buffersrc_add_frame_flags(source_, &strip, AV_BUFFERSRC_FLAG_KEEP_REF) < 0 ||
-            av_buffersink_get_frame(sink_, result.get()) < 0)
-            fail();
-        return result;
-    }
-
-private:
-    static AVFilterInOut* openEnd(const char* name, AVFilterContext* filter) {
-        AVFilterInOut* const end = avfilter_inout_alloc();
-        if (!end)
-            throw std::bad_alloc();
-        end->name = av_strdup(name);
-        end->filter_ctx = filter;
-        return end;
-    }
-
-    FilterGraph graph_;
-    AVFilterContext* source_ = nullptr;
-    AVFilterContext* sink_ = nullptr;
-};
-
 void writeConverted(const AVFrame& frame, int width, int height, std::uint8_t* pixels) {
     const Frame whole = newFrame(width, height, AV_PIX_FMT_GBRP16LE);
     scale(frame, width, height, AV_PIX_FMT_GBRP16LE, whole->data, whole->linesize);
-    StripConversion conversion(conversionOf(frame), width, AV_PIX_FMT_GBRP16LE);
+    // It looks at each pixel by itself, so that strips will do.
+    FrameFilter conversion(conversionOf(frame), width, rowsOfStrip, AV_PIX_FMT_GBRP16LE);
     constexpr int colors = 3;
     for (int top = 0; top < height; top += rowsOfStrip) {
         const int rows = std::min(rowsOfStrip, height - top);
@@ -193,7 +146,7 @@ void writeConverted(const AVFrame& frame, int width, int height, std::uint8_t* p
                             static_cast<std::size_t>(width) * sizeof(std::uint16_t));
             }
         }
-        const Frame made = conversion.converted(*strip);
+        const Frame made = conversion.filtered(*strip);
         if (made->width != width || made->height != rowsOfStrip || made->format != AV_PIX_FMT_GBRP)
             fail();
         for (int row = 0; row < rows; ++row) {

@@ -3,6 +3,7 @@
 #include "platform/foundation/SealedMemory.h"
 #include "platform/qtkit/MovieEngineMessages.h"
 #include "platform/qtkit/engine/FrameColors.h"
+#include "platform/qtkit/engine/FrameFilter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -52,6 +53,21 @@ bool isAlphaUsed(std::span<const std::uint8_t> pixels) {
     return false;
 }
 
+/// The frame as screens show it that draw all its lines at once; null for one whose lines are of one moment. Of the others
+/// every second line is a moment later, and what moves would be combed: those are made of the lines beside them.
+Frame ofOneMoment(const AVFrame& frame) {
+    constexpr int leastHeight = 16;
+    if (!frame.interlaced_frame || frame.height < leastHeight)
+        return nullptr;
+    try {
+        return FrameFilter("estdif=mode=frame:deint=interlaced", frame.width, frame.height, frame.format)
+            .filteredAsLast(frame);
+    } catch (const MovieFailure&) {
+        // Of a format that the filter does not know.
+        return nullptr;
+    }
+}
+
 void turn(const FrameGeometry& geometry, const std::uint8_t* from, std::uint8_t* to) {
     const std::int64_t across = geometry.widthSeen();
     const std::int64_t down = geometry.heightSeen();
@@ -97,7 +113,9 @@ FrameGeometry geometryOf(std::int64_t width, std::int64_t height, AVRational pix
     return geometry;
 }
 
-MoviePicture pictureOf(const AVFrame& frame, FrameGeometry geometry) {
+MoviePicture pictureOf(const AVFrame& decoded, FrameGeometry geometry) {
+    const Frame ofMoment = ofOneMoment(decoded);
+    const AVFrame& frame = ofMoment ? *ofMoment : decoded;
     if (geometry.width <= 0 || geometry.height <= 0) {
         geometry.width = frame.width;
         geometry.height = frame.height;
