@@ -106,6 +106,16 @@ bool isSpace(char byte) {
     return byte == ' ' || byte == '\n' || byte == '\t' || byte == '\r';
 }
 
+/// Whether all space in it is single blanks, as in most text. Without a way out of the loop it becomes one of vectors.
+bool isWellSpaced(std::string_view piece) {
+    unsigned char found = 0;
+    for (std::size_t index = 1; index < piece.size(); ++index)
+        found |= static_cast<unsigned char>(
+            static_cast<unsigned char>(static_cast<unsigned char>(piece[index - 1]) < ' ') |
+            static_cast<unsigned char>((piece[index - 1] == ' ') & (piece[index] == ' ')));
+    return found == 0 && (piece.empty() || static_cast<unsigned char>(piece.back()) >= ' ');
+}
+
 } // namespace
 
 std::span<const XMLElement> OpenDocumentHandler::elements() {
@@ -220,6 +230,11 @@ void OpenDocumentHandler::characters(std::string_view piece) {
     if (place.paragraphs == 0 || place.target == Target::nowhere)
         return;
     TextBuilder& target = current();
+    if (isWellSpaced(piece) && !(place.isAfterSpace && piece.starts_with(' '))) {
+        target.append(piece);
+        place.isAfterSpace = piece.ends_with(' ');
+        return;
+    }
     std::size_t start = 0;
     for (std::size_t index = 0; index < piece.size(); ++index) {
         if (!isSpace(piece[index])) {
