@@ -358,6 +358,8 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
     } rows[] = {
         {"white space", "text",
          "<text:h> a \n  b<text:s text:c=\"2\"/>c<text:tab/>d<text:line-break/> e</text:h>", "a b  c\td\ne"},
+        {"blanks within words", "text",
+         "<text:p>x  y\tz w </text:p><text:p>v<text:span> u </text:span> t</text:p>", "x y z w \nv u t"},
         {"lists", "text",
          "<text:list><text:list-item><text:number>1.</text:number><text:p>one</text:p></text:list-item>"
          "</text:list><text:p>two</text:p>",
