@@ -8,8 +8,7 @@
 
 namespace kelvo {
 
-NSEPSImageRep::NSEPSImageRep(NSData data, NSSize size)
-    : NSImageRep(size, 0, 0), data_(std::move(data)), sizeOfPage_(size) {}
+NSEPSImageRep::NSEPSImageRep(NSData data, NSSize size) : NSImageRep(size, 0, 0), data_(std::move(data)) {}
 
 std::shared_ptr<NSEPSImageRep> NSEPSImageRep::imageRepWithData(const NSData& eps) {
     const auto file = PostScriptFile::read(eps);
@@ -21,7 +20,7 @@ std::shared_ptr<NSEPSImageRep> NSEPSImageRep::imageRepWithData(const NSData& eps
 void NSEPSImageRep::interpret() const {
     // What cannot be interpreted would take its time again.
     if (!std::exchange(wasInterpreted_, true))
-        pdfImageRep_ = NSPDFImageRep::imageRepWithData(PDFDataOfPostScript(data_, sizeOfPage_));
+        pdfImageRep_ = NSPDFImageRep::imageRepWithData(PDFDataOfPostScript(data_, size()));
 }
 
 BitmapRef NSEPSImageRep::pixelsForSize(NSSize pixels, ImageGround ground) const {

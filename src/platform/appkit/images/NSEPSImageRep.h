@@ -7,8 +7,8 @@
 
 namespace kelvo {
 
-/// PostScript, of which the first page is the picture. It is interpreted when it is first drawn, once, and then is there as
-/// a PDF.
+/// PostScript, of which the first page is the picture. It is interpreted when it is first drawn, once, as a page of the size
+/// that it has then, and is there as a PDF from then on.
 class NSEPSImageRep : public NSImageRep {
 public:
     /// Null when the data is no PostScript.
@@ -29,8 +29,6 @@ private:
     NSEPSImageRep(NSData data, NSSize size);
 
     NSData data_;
-    /// Whatever size it is given to be drawn at.
-    NSSize sizeOfPage_;
     mutable bool wasInterpreted_ = false;
     mutable std::shared_ptr<NSPDFImageRep> pdfImageRep_;
 };

@@ -81,6 +81,40 @@ userdict begin
 end
 )PS";
 
+/// For programs without one: the paper that they choose is shown whole, in the midst of the page that there is. What comes
+/// before it are the sides of that page.
+constexpr const char* pageOfOtherPaper = R"PS(
+userdict begin
+/kelvoPageHeight exch def /kelvoPageWidth exch def
+/kelvoPaper {
+  % width, height
+  2 copy 0 gt exch 0 gt and {
+    initgraphics
+    kelvoPageWidth 2 index div kelvoPageHeight 2 index div 2 copy gt { exch } if pop 3 1 roll
+    2 index mul kelvoPageHeight exch sub 2 div exch
+    2 index mul kelvoPageWidth exch sub 2 div exch translate
+    dup scale
+  } { pop pop } ifelse
+} bind def
+/setpagedevice {
+  dup type /dicttype eq { dup /OutputFile known } { false } ifelse {
+    systemdict /setpagedevice get exec
+  } {
+    dup type /dicttype eq { dup /PageSize known } { false } ifelse {
+      /PageSize get dup type dup /arraytype eq exch /packedarraytype eq or
+      { dup length 2 eq } { false } ifelse { aload pop kelvoPaper } { pop } ifelse
+    } { pop } ifelse
+  } ifelse
+} bind def
+/letter { 612 792 kelvoPaper } bind def /lettersmall { 612 792 kelvoPaper } bind def
+/note { 612 792 kelvoPaper } bind def /legal { 612 1008 kelvoPaper } bind def /ledger { 1224 792 kelvoPaper } bind def
+/11x17 { 792 1224 kelvoPaper } bind def /a0 { 2384 3370 kelvoPaper } bind def /a1 { 1684 2384 kelvoPaper } bind def
+/a2 { 1191 1684 kelvoPaper } bind def /a3 { 842 1191 kelvoPaper } bind def /a4 { 595 842 kelvoPaper } bind def
+/a4small { 595 842 kelvoPaper } bind def /a5 { 420 595 kelvoPaper } bind def /a6 { 297 420 kelvoPaper } bind def
+/b4 { 729 1032 kelvoPaper } bind def /b5 { 516 729 kelvoPaper } bind def
+end
+)PS";
+
 struct ErrorName {
     int error;
     const char16_t* name;
@@ -217,7 +251,10 @@ int PostScriptInterpreter::runProgram(std::string_view program, const PostScript
         " %.9g %.9g scale %.9g %.9g translate\n",
         page.width, page.height, page.width, page.height, page.width / page.boxWidth,
         page.height / page.boxHeight, -page.left, -page.bottom);
-    if (const int error = run(setup + std::string(page.hasBox ? fixedPage : "")); error != 0)
+    char sides[64];
+    std::snprintf(sides, sizeof sides, "%.9g %.9g\n", page.width, page.height);
+    const std::string paper = page.hasBox ? fixedPage : std::string(sides) + pageOfOtherPaper;
+    if (const int error = run(setup + paper); error != 0)
         return error;
     rest_ = program;
     if (const int error = run("(%stdin) (r) file cvx exec\n"); error != 0)
