@@ -21,10 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             require(std::isfinite(number->doubleValue()));
     }
     for (const char16_t* const name :
-         {u"kMDItemDurationSeconds", u"kMDItemPixelWidth", u"plumwick_FrameRate"}) {
+         {u"kMDItemDurationSeconds", u"kMDItemPixelWidth", u"plumwick_frameRate"}) {
         if (const NSNumber* const number = attributes.objectForKey(name).numberIfAny())
             require(number->doubleValue() > 0);
     }
-    require(attributes.objectForKey(u"plumwick_HasCover").isNil() ? notes > 0 : true);
+    require(attributes.objectForKey(u"plumwick_hasCover").isNil() ? notes > 0 : true);
     return 0;
 }

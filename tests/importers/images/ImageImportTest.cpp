@@ -246,6 +246,14 @@ TEST(ImageImport, KnowsThePixelsOfEachKind) {
         {"targa with alpha that is not used", "\0\0\2\0\0\0\0\0\0\0\0\0\1\0\1\0\x20\x08\x7F\x7F\x7F\0"s,
          "com.truevision.tga-image", "1 1 0 RGB 8 0 absent"},
         {"portable map", "P5 3 2 255\n123456", "public.pbm", "3 2 0 Gray 8 0 absent"},
+        {"Photoshop",
+         "8BPS\0\1\0\0\0\0\0\0\0\3\0\0\0\2\0\0\0\3\0\x08\0\3\0\0\0\0\0\0\0\0\0\0\0\0\0\1\0\2\0\2\0\2\0\2\0\2"
+         "\0\2"
+         "\xFE\x7F\xFE\x7F\xFE\x7F\xFE\x7F\xFE\x7F\xFE\x7F"s,
+         "com.adobe.photoshop-image", "3 2 0 RGB 8 0 absent"},
+        {"Photoshop, gray of 16 bits, only its head",
+         "8BPS\0\1\0\0\0\0\0\0\0\1\0\0\0\3\0\0\0\2\0\x10\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0\0"s,
+         "com.adobe.photoshop-image", "2 3 1 Gray 16 0 absent"},
         {"cut off", photograph.substr(0, photograph.size() - 99), "public.jpeg", "64 48 0 RGB 8 0 absent"},
     };
     for (const Row& row : rows) {

@@ -56,6 +56,76 @@ TEST(CGImageSourceTest, EveryOrientationComesUpright) {
     }
 }
 
+/// Pages of 8 by 4 gray pixels, black in the quarter at the top left, white elsewhere, each with its orientation.
+std::string tiffOfPages(const std::vector<int>& orientations) {
+    std::string file = "II*\0"s;
+    const auto put = [&](std::uint32_t number, std::size_t size) {
+        for (std::size_t byte = 0; byte < size; ++byte)
+            file += static_cast<char>(number >> (8 * byte));
+    };
+    constexpr std::uint32_t pixels = 32, entries = 10, sizeOfPage = pixels + 2 + entries * 12 + 4;
+    for (std::size_t page = 0; page < orientations.size(); ++page) {
+        const auto start = static_cast<std::uint32_t>(8 + page * sizeOfPage);
+        if (page == 0)
+            put(start + pixels, 4);
+        const std::string black(4, '\0'), white(4, '\xFF');
+        file += black + white + black + white + std::string(16, '\xFF');
+        put(entries, 2);
+        const std::pair<int, std::uint32_t> fields[] = {{256, 8},
+                                                        {257, 4},
+                                                        {258, 8},
+                                                        {259, 1},
+                                                        {262, 1},
+                                                        {273, start},
+                                                        {274, static_cast<std::uint32_t>(orientations[page])},
+                                                        {277, 1},
+                                                        {278, 4},
+                                                        {279, pixels}};
+        for (const auto& [tag, value] : fields) {
+            put(static_cast<std::uint32_t>(tag), 2);
+            put(4, 2);
+            put(1, 4);
+            put(value, 4);
+        }
+        put(page + 1 < orientations.size() ? start + sizeOfPage + pixels : 0, 4);
+    }
+    return file;
+}
+
+TEST(CGImageSourceTest, PagesAreTurnedEachByItself) {
+    const CGImageSource source = sourceOf(tiffOfPages({1, 6, 3}));
+    const char* const upright[] = {"8x4 KWWW", "4x8 WKWW", "8x4 WWWK"};
+    for (std::size_t page = 0; page < std::size(upright); ++page) {
+        EXPECT_EQ(described(CGImageSourceCreateImageAtIndex(source, page, optionsOf({.upright = true}))),
+                  upright[page]);
+        EXPECT_EQ(described(CGImageSourceCreateImageAtIndex(source, page, nullptr)), "8x4 KWWW");
+    }
+    const int orientations[] = {1, 6, 3};
+    for (std::size_t page = 0; page < std::size(orientations); ++page)
+        EXPECT_EQ(CGImageSourceCopyPropertiesAtIndex(source, page, nullptr)
+                      .objectForKey(kCGImagePropertyOrientation),
+                  Value(NSNumber::numberWithInt(orientations[page])));
+}
+
+// Their libraries turn them by what the container says, and hand them out upright whatever Exif says as well.
+TEST(CGImageSourceTest, WhatItsLibraryTurnsIsTurnedOnce) {
+    const auto integerIn = [](const NSDictionary& properties, const char16_t* key) {
+        const NSNumber* const number = properties.objectForKey(key).numberIfAny();
+        return number ? number->longLongValue() : -1;
+    };
+    VipsImage* const image = quarters(64, 32, "RGBW");
+    vips_image_set_int(image, VIPS_META_ORIENTATION, 6);
+    vips_image_set_string(image, "exif-ifd0-Orientation", "6");
+    const CGImageSource source = sourceOf(saved(image, ".avif[lossless]"));
+    const NSDictionary properties = CGImageSourceCopyPropertiesAtIndex(source, 0, nullptr);
+    const NSDictionary written = properties.objectForKey(kCGImagePropertyTIFFDictionary).dictionary();
+    EXPECT_EQ(integerIn(written, u"Orientation"), 6) << "as it stands in the file";
+    EXPECT_EQ(integerIn(properties, kCGImagePropertyOrientation), 1);
+    const CGImage whole = CGImageSourceCreateImageAtIndex(source, 0, optionsOf({.upright = true}));
+    EXPECT_EQ(integerIn(properties, kCGImagePropertyPixelWidth), static_cast<long long>(whole.width()));
+    EXPECT_EQ(integerIn(properties, kCGImagePropertyPixelHeight), static_cast<long long>(whole.height()));
+}
+
 TEST(CGImageSourceTest, WhichThumbnailIsTaken) {
     const std::string bare = jpeg(400, 300, "BBBB");
     const std::string small = withMetadata(bare, {}, jpeg(16, 12, "RRRR"));

@@ -1,5 +1,7 @@
 #include "platform/imageio/engine/FrameDecoder.h"
 
+#include "platform/imageio/engine/ByteReader.h"
+
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -124,6 +126,43 @@ Head headOf(const AVCodec* codec, std::string_view bytes) {
     return head;
 }
 
+/// Of a Photoshop document as its decoder would describe it, which would unpack all of it first, and forget what it has
+/// unpacked where nobody gives it memory for the pixels. Absent for what is rare.
+std::optional<Head> headOfPhotoshop(std::string_view bytes) {
+    enum Mode : std::uint16_t { gray = 1, indexed = 2, RGB = 3, CMYK = 4 };
+    const ByteReader reader(bytes, ByteOrder::big);
+    const auto channels = reader.number16(12);
+    const auto height = reader.number32(14);
+    const auto width = reader.number32(18);
+    const auto depth = reader.number16(22);
+    const auto mode = reader.number16(24);
+    constexpr std::uint32_t longestSide = 30'000;
+    constexpr std::uint16_t version = 1;
+    if (!bytes.starts_with("8BPS") || reader.number16(4) != version || !mode || *width == 0 || *height == 0 ||
+        *width > longestSide || *height > longestSide)
+        return std::nullopt;
+    struct Row {
+        std::uint16_t mode;
+        std::uint16_t channels;
+        std::uint16_t depth;
+        AVPixelFormat format;
+    };
+    constexpr Row rows[] = {
+        {gray, 1, 8, AV_PIX_FMT_GRAY8},      {gray, 1, 16, AV_PIX_FMT_GRAY16BE},
+        {gray, 2, 8, AV_PIX_FMT_YA8},        {gray, 2, 16, AV_PIX_FMT_YA16BE},
+        {indexed, 1, 8, AV_PIX_FMT_PAL8},    {RGB, 3, 8, AV_PIX_FMT_RGB24},
+        {RGB, 3, 16, AV_PIX_FMT_RGB48BE},    {RGB, 4, 8, AV_PIX_FMT_RGBA},
+        {RGB, 4, 16, AV_PIX_FMT_RGBA64BE},   {CMYK, 4, 8, AV_PIX_FMT_GBRP},
+        {CMYK, 4, 16, AV_PIX_FMT_GBRP16BE},  {CMYK, 5, 8, AV_PIX_FMT_GBRAP},
+        {CMYK, 5, 16, AV_PIX_FMT_GBRAP16BE},
+    };
+    for (const Row& row : rows) {
+        if (row.mode == *mode && row.channels == *channels && row.depth == *depth)
+            return Head{static_cast<int>(*width), static_cast<int>(*height), row.format};
+    }
+    return std::nullopt;
+}
+
 bool hasTransparentColor(const AVFrame& frame) {
     constexpr std::size_t colorsOfPalette = 256;
     for (std::size_t color = 0; color < colorsOfPalette; ++color) {
@@ -231,6 +270,8 @@ Frame headOfFrame(const char* decoder, std::string_view bytes) {
     // What decoders are given is copied.
     constexpr std::size_t mostBytesOfMostHeads = std::size_t{1} << 20;
     const AVCodec* const codec = codecFor(decoder, bytes);
+    if (const auto head = codec->id == AV_CODEC_ID_PSD ? headOfPhotoshop(bytes) : std::nullopt)
+        return described(*head);
     if (bytes.size() > mostBytesOfMostHeads) {
         try {
             return described(headOf(codec, bytes.substr(0, mostBytesOfMostHeads)));

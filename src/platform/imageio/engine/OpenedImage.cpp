@@ -180,6 +180,14 @@ Frame OpenedImage::head(std::int64_t index) const {
     return frame(index);
 }
 
+int OpenedImage::orientation(std::int64_t index) {
+    // The libraries for those turn them themselves, by what they know better than Exif.
+    if (kind_.loader == "VipsForeignLoadHeif"sv || kind_.loader == "VipsForeignLoadJxl"sv)
+        return metadata().orientation() != 0 ? uprightOrientation : 0;
+    return index > 0 && isOfType(kind_, u"public.tiff") ? headFacts(index).orientation
+                                                        : metadata().orientation();
+}
+
 std::unique_ptr<OpenedImage> OpenedImage::fileOfIcon(std::int64_t index) const {
     if (icons_.empty() || icons_[static_cast<std::size_t>(index)].form != IconEntry::Form::file)
         return nullptr;
@@ -250,17 +258,17 @@ std::optional<DecodedImage> OpenedImage::decode(std::int64_t index, const Decode
         return std::nullopt;
     PixelDemand demand;
     demand.mostPixels = request.mostPixels;
-    if (request.isUpright && metadata().orientation() != 0)
-        demand.orientation = metadata().orientation();
-    // The library for those turns them itself.
-    if (kind_.loader == "VipsForeignLoadHeif"sv || kind_.loader == "VipsForeignLoadJxl"sv)
-        demand.orientation = uprightOrientation;
+    const auto turning = [&](int orientation) {
+        return request.isUpright && orientation != 0 ? orientation : uprightOrientation;
+    };
     if (request.mayBeEmbedded && index == 0) {
+        demand.orientation = turning(metadata().orientation());
         if (auto thumbnail = embeddedThumbnail(demand))
             return thumbnail;
     }
     if (!request.mayBeFromImage)
         return std::nullopt;
+    demand.orientation = turning(orientation(index));
     DecodedImage image = fromImage(index, demand);
     if (demand.mostPixels == 0) {
         goodRows_ = image.goodRows;
@@ -322,11 +330,10 @@ Value OpenedImage::properties(std::int64_t index) {
             properties.setObject_forKey(NSString::stringByRepairingUTF8String(profile),
                                         kCGImagePropertyProfileName);
     }
-    if (index == 0) {
+    if (index == 0)
         metadata().addGroups(properties);
-        if (const int orientation = metadata().orientation())
-            properties.setObject_forKey(NSNumber::numberWithInt(orientation), kCGImagePropertyOrientation);
-    }
+    if (const int turned = orientation(index); turned != 0)
+        properties.setObject_forKey(NSNumber::numberWithInt(turned), kCGImagePropertyOrientation);
     const std::string_view bytes = inPlace(data_);
     if (isOfType(kind_, u"public.jpeg"))
         addIfAny(properties, groupOfJFIF(bytes), kCGImagePropertyJFIFDictionary);

@@ -55,6 +55,8 @@ private:
     Frame head(std::int64_t index) const;
     std::optional<DecodedImage> embeddedThumbnail(const PixelDemand& demand);
     bool isCutOff();
+    /// How the pixels as they come out of fromImage() are to be turned; 0 when the file says nothing of it.
+    int orientation(std::int64_t index);
     DecodedImage fromPreview(const PixelDemand& demand);
     DecodedImage fromImage(std::int64_t index, PixelDemand demand);
     std::unique_ptr<OpenedImage> fileOfIcon(std::int64_t index) const;

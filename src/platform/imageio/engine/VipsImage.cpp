@@ -346,6 +346,8 @@ ImageFacts VipsImage::facts(std::int64_t index) const {
         number(head.get(), "heif-bitdepth", static_cast<int>(vips_format_sizeof(format)) * 8);
     facts.hasAlpha = vips_image_hasalpha(head.get()) != 0;
     facts.isIndexed = number(head.get(), "palette-bit-depth", 0) > 0;
+    const int orientation = number(head.get(), VIPS_META_ORIENTATION, 0);
+    facts.orientation = orientation >= 1 && orientation <= 8 ? orientation : 0;
     facts.model = modelOf(head.get());
     facts.profile = blob(head.get(), VIPS_META_ICC_NAME);
     vips_image_map(head.get(), addText, &facts.texts);

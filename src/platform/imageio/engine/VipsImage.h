@@ -42,6 +42,8 @@ struct ImageFacts {
     bool hasAlpha = false;
     bool isFloat = false;
     bool isIndexed = false;
+    /// As it is stated for this very image; 0 when it is not.
+    int orientation = 0;
     /// "RGB", "Gray", "CMYK", "Lab".
     const char16_t* model = u"RGB";
     std::string profile;
