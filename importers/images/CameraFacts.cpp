@@ -242,8 +242,11 @@ void setCameraFacts(Attributes& attributes, const NSDictionary& properties, cons
     const NSDictionary tiff = properties.objectForKey(kCGImagePropertyTIFFDictionary).dictionary();
     const NSDictionary exif = properties.objectForKey(kCGImagePropertyExifDictionary).dictionary();
     const NSDictionary more = properties.objectForKey(kCGImagePropertyExifAuxDictionary).dictionary();
-    attributes.set("kMDItemAcquisitionMake", tiff.objectForKey(u"Make").string());
-    attributes.set("kMDItemAcquisitionModel", tiff.objectForKey(u"Model").string());
+    const auto setTold = [&](const char* name, const Value& told, const char* keyOfXMP) {
+        attributes.set(name, told.isString() ? told.string() : firstOfXMP(metadata, keyOfXMP));
+    };
+    setTold("kMDItemAcquisitionMake", tiff.objectForKey(u"Make"), "Xmp.tiff.Make");
+    setTold("kMDItemAcquisitionModel", tiff.objectForKey(u"Model"), "Xmp.tiff.Model");
     const auto setEither = [&](const char* name, const Value& first, const Value& second) {
         attributes.set(name, (first.isString() ? first : second).string());
     };

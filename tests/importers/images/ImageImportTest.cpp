@@ -212,6 +212,8 @@ TEST(ImageImport, UnderstandsEachFact) {
          {{"Iptc.Application2.Keywords", "old"}, {"Xmp.dc.subject", "new"}},
          "Keywords",
          "<new>"},
+        {"one text in XMP", {{"Xmp.photoshop.CaptionWriter", "JCCC"}}, "Editors", "<JCCC>"},
+        {"camera in XMP", {{"Xmp.tiff.Model", "N78"}}, "AcquisitionModel", "N78"},
         {"rejected", {{"Xmp.xmp.Rating", "-1"}}, "StarRating", "absent"},
         {"title of blanks", {{"Iptc.Application2.ObjectName", "   "}}, "Title", "absent"},
     };

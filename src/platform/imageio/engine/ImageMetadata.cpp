@@ -102,6 +102,25 @@ std::string textOfXMP(const Exiv2::XmpData& data, const char* key) {
     return found->toString();
 }
 
+/// Each element of an array by itself, any other value as one text.
+std::vector<Value> textsOfXMPProperty(const Exiv2::XmpData& data, const char* key) {
+    std::vector<Value> texts;
+    const auto add = [&](const std::string& bytes) {
+        if (Value text = textOf(bytes); !text.isNil())
+            texts.push_back(std::move(text));
+    };
+    const auto found = data.findKey(Exiv2::XmpKey(key));
+    const Exiv2::TypeId type = found == data.end() ? Exiv2::invalidTypeId : found->typeId();
+    if (type == Exiv2::xmpBag || type == Exiv2::xmpSeq || type == Exiv2::xmpAlt) {
+        for (long index = 0; index < std::min(found->count(), mostTexts); ++index)
+            add(found->toString(index));
+    } else if (found != data.end()) {
+        // What the library counts in a text are its bytes.
+        add(textOfXMP(data, key));
+    }
+    return texts;
+}
+
 NSMutableDictionary auxiliaryOf(const Exiv2::XmpData& data) {
     auto group = NSMutableDictionary::dictionary();
     if (const std::string lens = textOfXMP(data, "Xmp.aux.LensInfo"); !lens.empty())
@@ -119,16 +138,8 @@ NSMutableDictionary auxiliaryOf(const Exiv2::XmpData& data) {
 void addFromXMP(NSMutableDictionary& group, const Exiv2::XmpData& data) {
     if (const std::string rating = textOfXMP(data, "Xmp.xmp.Rating"); !rating.empty())
         setIfAny(group, numberOrText(rating), u"StarRating");
-    if (const auto found = data.findKey(Exiv2::XmpKey("Xmp.iptc.Scene")); found != data.end()) {
-        std::vector<Value> scenes;
-        for (long index = 0; index < found->count(); ++index)
-            scenes.push_back(textOf(found->toString(index)));
-        scenes.erase(
-            std::remove_if(scenes.begin(), scenes.end(), [](const Value& one) { return one.isNil(); }),
-            scenes.end());
-        if (!scenes.empty())
-            setIfAny(group, NSArray::arrayWithValues(std::move(scenes)), u"Scene");
-    }
+    if (std::vector<Value> scenes = textsOfXMPProperty(data, "Xmp.iptc.Scene"); !scenes.empty())
+        setIfAny(group, NSArray::arrayWithValues(std::move(scenes)), u"Scene");
     setIfAny(group, textOf(textOfXMP(data, "Xmp.xmpRights.UsageTerms")), u"UsageTerms");
     auto contact = NSMutableDictionary::dictionary();
     for (const XMPRow& row : contactRows)
@@ -282,22 +293,12 @@ std::string ImageMetadata::profile() const {
 
 std::vector<NSString> ImageMetadata::textsOfXMP(const char* key) const {
     std::vector<NSString> texts;
-    const auto add = [&](const std::string& bytes) {
-        if (const Value text = textOf(bytes); !text.isNil())
-            texts.push_back(text.string());
-    };
     // Keys take longer to make than to look for.
     if (!contents_ || contents_->image->xmpData().empty())
         return texts;
     try {
-        const Exiv2::XmpData& xmp = contents_->image->xmpData();
-        const auto found = xmp.findKey(Exiv2::XmpKey(key));
-        if (found != xmp.end() && found->typeId() != Exiv2::langAlt) {
-            for (long index = 0; index < std::min(found->count(), mostTexts); ++index)
-                add(found->toString(index));
-        } else if (found != xmp.end()) {
-            add(textOfXMP(xmp, key));
-        }
+        for (const Value& text : textsOfXMPProperty(contents_->image->xmpData(), key))
+            texts.push_back(text.string());
     } catch (const Exiv2::Error&) {
         // A name that this version of the library does not know.
     }
