@@ -123,6 +123,8 @@ TEST(ImageDrawingTest, ImagesOfBundles) {
     ASSERT_TRUE(cached);
     EXPECT_EQ(cached->name(), u"icon");
     EXPECT_EQ(cachedImageNamed_inBundle(u"icon", bundle("A.bundle")), cached);
+    for (int time = 0; time < 2; ++time)
+        EXPECT_EQ(imageNamed_inBundle(u"icon.png", bundle("B.bundle"))->name(), u"icon.png") << time;
     const auto fresh = imageNamed_inBundle(u"icon.png", bundle("B.bundle"));
     EXPECT_TRUE(fresh && fresh != imageNamed_inBundle(u"icon.png", bundle("B.bundle")));
     // Without an identifier there is no place to keep it.

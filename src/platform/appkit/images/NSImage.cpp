@@ -8,13 +8,20 @@
 #include <typeinfo>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 namespace {
 
-/// The images that go by a name.
-std::unordered_map<NSString, std::shared_ptr<NSImage>>& imagesByName() {
-    static std::unordered_map<NSString, std::shared_ptr<NSImage>> images;
+/// The images that go by a name, for as long as anybody has them.
+std::unordered_map<NSString, std::weak_ptr<NSImage>>& imagesByName() {
+    static std::unordered_map<NSString, std::weak_ptr<NSImage>> images;
+    return images;
+}
+
+/// Those that were looked for by their names, which stay.
+std::vector<std::shared_ptr<NSImage>>& imagesThatStay() {
+    static std::vector<std::shared_ptr<NSImage>> images;
     return images;
 }
 
@@ -57,8 +64,10 @@ std::shared_ptr<NSImage> NSImage::copy() const {
 std::shared_ptr<NSImage> NSImage::imageNamed(const NSString& name) {
     if (name.isNil())
         return nullptr;
-    if (const auto found = imagesByName().find(name); found != imagesByName().end())
-        return found->second;
+    if (const auto found = imagesByName().find(name); found != imagesByName().end()) {
+        if (auto image = found->second.lock())
+            return image;
+    }
     // The application is whatever program this code is part of.
     const NSString path = pathForImageResource(NSBundle::bundleForClass(typeid(NSImage)), name);
     if (path.isNil())
@@ -67,15 +76,17 @@ std::shared_ptr<NSImage> NSImage::imageNamed(const NSString& name) {
     if (!image || image->representations_.empty())
         return nullptr;
     image->setName(name);
+    imagesThatStay().push_back(image);
     return image;
 }
 
 bool NSImage::setName(const NSString& name) {
     const auto self = std::static_pointer_cast<NSImage>(shared_from_this());
     if (!name.isNil()) {
-        const auto [place, isNew] = imagesByName().try_emplace(name, self);
-        if (!isNew && place->second != self)
+        std::weak_ptr<NSImage>& place = imagesByName()[name];
+        if (const auto other = place.lock(); other && other != self)
             return false;
+        place = self;
     }
     if (!name_.isNil() && name_ != name)
         imagesByName().erase(name_);
