@@ -3,7 +3,7 @@
 #include "importers/subtitles/Subtitles.h"
 #include "importers/support/Texts.h"
 #include "platform/foundation/NSData.h"
-#include "platform/foundation/encodings/PlainTextReading.h"
+#include "platform/foundation/encodings/EncodingGuess.h"
 
 namespace kelvo::importers {
 namespace {
@@ -21,7 +21,7 @@ void importSubtitles(Attributes& attributes) {
     }
     NSStringEncoding encoding = 0;
     const NSString text =
-        stringWithPlainText(NSData::dataWithBytes(file.substr(0, mostBytesRead)), &encoding);
+        stringWithTextOfAnyLanguage(NSData::dataWithBytes(file.substr(0, mostBytesRead)), &encoding);
     const auto subtitles = text.isNil() ? std::nullopt : readSubtitles(text.UTF8String());
     if (!subtitles) {
         attributes.note(MDNoteBroken, "there are no subtitles in the file");

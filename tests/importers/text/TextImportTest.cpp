@@ -40,6 +40,29 @@ TEST(TextImport, Encodings) {
         {"UTF-32", "\0\0\xFE\xFF\0\x1\xF6\0"s, "😀"},
         {"Windows Latin 1", "\x93\xE4\x94\r", "“ä”\r"},
         {"ISO Latin 1", "\x81\xE4", "\u0081ä"},
+        {"Windows Cyrillic",
+         "\xCF\xE0\xF0\xEE\xF5\xEE\xE4 \xEE\xF2\xF5\xEE\xE4\xE8\xF2 \xEE\xF2 "
+         "\xEF\xF0\xE8\xF1\xF2\xE0\xED\xE8\n",
+         "Пароход отходит от пристани\n"},
+        {"KOI8-R",
+         "\xF0\xC1\xD2\xCF\xC8\xCF\xC4 \xCF\xD4\xC8\xCF\xC4\xC9\xD4 \xCF\xD4 "
+         "\xD0\xD2\xC9\xD3\xD4\xC1\xCE\xC9\n",
+         "Пароход отходит от пристани\n"},
+        {"Shift JIS",
+         "\x82\xB1\x82\xEA\x82\xCD\x90\x6C\x81\x58\x82\xAA\x96\x88\x93\xFA\x93\xC7\x82\xDE\x95\xB6\x8F\xCD"
+         "\x82\xC5\x82\xB7\x81\x42",
+         "これは人々が毎日読む文章です。"},
+        {"ISO 2022", "\x1B$B$3$s$K$A$O!\"@$3&!#\x1B(B", "こんにちは、世界。"},
+        {"GB",
+         "\xC4\xE3\xBA\xC3\xA3\xAC\xCA\xC0\xBD\xE7\xA1\xA3\xD5\xE2\xCA\xC7\xC8\xCB\xC3\xC7\xC3\xBF\xCC\xEC",
+         "你好，世界。这是人们每天"},
+        {"German is Western",
+         "F\xFCr \xF6"
+         "de \xC4hren, gr\xF6\xDF"
+         "er, sch\xF6n, \xFC"
+         "ber, M\xFChle",
+         "Für öde Ähren, größer, schön, über, Mühle"},
+        {"colours of terminals", "\x1B[31mred\x1B[0m", "\x1B[31mred\x1B[0m"},
         {"a bell", "a\ab", "a\ab"},
         {"bytes with NUL", "a\0b"s, "none"},
         {"controls that are not UTF-8", "\x1\xE4", "none"},
