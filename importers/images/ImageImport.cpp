@@ -92,6 +92,8 @@ void importImage(Attributes& attributes) {
             attributes.note(properties.count() == 0 ? MDNoteBroken : MDNoteIncomplete,
                             "the file does not say how large the image is");
         setProperties(attributes, properties, image->metadata());
+        if (image->metadata().isDamaged())
+            attributes.note(MDNoteIncomplete, "what is written on the image cannot be read");
         if (const auto count = integerIn(image->facts(), imageengine::countKey); count && *count > 1)
             attributes.setInteger("kMDItemNumberOfPages", *count);
     } catch (const ImageFailure& failure) {

@@ -298,6 +298,11 @@ TEST(ImageImport, SaysWhatKeepsItFromReading) {
     };
     for (const Row& row : rows)
         EXPECT_EQ(attributesOf(row.file, row.type), row.expected) << row.name;
+    const std::string boxPastTheEnd =
+        pictureFile(".jp2[lossless]", 32, 32, "RGBW") + "\xFF\xFF\xFF\0uuidabcd"s;
+    const Attributed found = attributesOf(boxPastTheEnd, "public.jpeg-2000");
+    EXPECT_EQ(one(found, "PixelWidth"), "32");
+    EXPECT_EQ(found.at("note"), "answered: what is written on the image cannot be read");
 }
 
 } // namespace

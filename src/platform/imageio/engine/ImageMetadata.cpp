@@ -188,7 +188,9 @@ ImageMetadata::ImageMetadata(std::string_view bytes) {
         auto contents = std::make_unique<Contents>();
         const auto* const start = reinterpret_cast<const Exiv2::byte*>(bytes.data());
         contents->image.reset(Exiv2::ImageFactory::open(start, static_cast<long>(bytes.size())).release());
+        isDamaged_ = true;
         contents->image->readMetadata();
+        isDamaged_ = false;
         contents_ = std::move(contents);
     } catch (const std::bad_alloc&) {
         throw;

@@ -18,6 +18,8 @@ public:
     explicit ImageMetadata(std::string_view bytes);
     ~ImageMetadata();
 
+    /// Whether it is empty because what there is cannot be read.
+    bool isDamaged() const noexcept { return isDamaged_; }
     /// 1 to 8; 0 when the file does not say.
     int orientation() const;
     /// Whether it holds what a sensor has seen.
@@ -46,6 +48,7 @@ public:
 private:
     struct Contents;
     std::unique_ptr<Contents> contents_;
+    bool isDamaged_ = false;
 };
 
 /// Starts the library.
