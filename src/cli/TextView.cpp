@@ -163,8 +163,12 @@ std::vector<std::string> firstLines(const NSString& text, std::size_t count, std
         const std::size_t end = std::min(rest.find_first_of(lineEnds), rest.size());
         std::u16string_view line = rest.substr(0, end);
         line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-        if (!line.empty())
-            lines.push_back(cut(NSString(line), width));
+        if (!line.empty()) {
+            // Columns have no place in a short view.
+            std::u16string shown(line);
+            std::ranges::replace(shown, u'\t', u' ');
+            lines.push_back(cut(NSString(shown), width));
+        }
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return lines;

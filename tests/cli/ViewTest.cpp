@@ -97,7 +97,8 @@ TEST(TextView, LinesForPeople) {
     EXPECT_EQ(textOfResult(all, {all.objectForKey(u"Thumbnail").data(), "t\n.tiff"}, nowhere),
               "String\n    one\n\n    two \\x1B[31m\nAlpha       no\nProperties\n    Depth  1.5\n"
               "Keywords\n    -  x\n    -  y\nThumbnail   2 bytes, written to t\\x0A.tiff\n");
-    EXPECT_EQ(firstLines(u"\n  one\n\n \ttwo\fthree", 2, 40), (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(firstLines(u"\n  one\n\n \ttwo\tcells\fthree", 2, 40),
+              (std::vector<std::string>{"one", "two cells"}));
     EXPECT_EQ(firstLines(u"ab\U0001F600c", 1, 3), std::vector<std::string>{"ab…"});
 }
 
