@@ -7,9 +7,12 @@
 #include "platform/foundation/units/ASCII.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace kelvo::importers {
 namespace {
@@ -17,6 +20,7 @@ namespace {
 /// An attribute holds no more.
 constexpr std::size_t mostOfAKind = 10'000;
 constexpr std::size_t deepestNesting = 1000;
+constexpr double secondsOfDay = 86'400;
 
 /// Each once, in their order.
 class Texts {
@@ -65,7 +69,7 @@ public:
         while (const auto line = lines_.next()) {
             if (text_.size() > mostUnitsOfText || deadline_.isOver()) {
                 isCut_ = true;
-                return;
+                break;
             }
             if (line->name == "BEGIN")
                 begin(textOfValue(line->value));
@@ -73,11 +77,12 @@ public:
                 end();
             else if (isIn("VCARD"))
                 readCard(*line);
-            else if (isIn("VEVENT") || isIn("VTODO") || isIn("VJOURNAL"))
+            else if (!open_.empty() && isEntry(open_.back()))
                 readEntry(*line);
             else if (isIn("VCALENDAR"))
                 readCalendar(*line);
         }
+        includeSpan();
     }
 
     void setAttributes(Attributes& attributes) const {
@@ -123,10 +128,33 @@ public:
 
 private:
     using Time = std::optional<double>;
+    using Day = std::optional<std::chrono::local_days>;
+
+    /// Of an entry; of days, `day` is there as well.
+    struct Span {
+        struct Edge {
+            Time time;
+            Day day;
+        };
+
+        Day dayAfter() const {
+            if (!start.day || !duration)
+                return end.day;
+            return *start.day + std::chrono::days(static_cast<int>(*duration / secondsOfDay));
+        }
+
+        Edge start;
+        Edge end;
+        Time duration;
+    };
 
     static void setDate(Attributes& attributes, const char* name, Time seconds) {
         if (seconds)
             attributes.setDate(name, NSDate::dateWithTimeIntervalSince1970(*seconds));
+    }
+
+    static bool isEntry(std::string_view component) {
+        return component == "VEVENT" || component == "VTODO" || component == "VJOURNAL";
     }
 
     bool isIn(std::string_view component) const { return !open_.empty() && open_.back() == component; }
@@ -136,16 +164,21 @@ private:
             byte = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 32) : byte;
         isCalendar_ = isCalendar_ || component == "VCALENDAR";
         cards_ += component == "VCARD" ? 1 : 0;
-        entries_ += component == "VEVENT" || component == "VTODO" || component == "VJOURNAL" ? 1 : 0;
-        start_.reset();
+        if (isEntry(component)) {
+            includeSpan();
+            ++entries_;
+        }
         if (open_.size() < deepestNesting)
             open_.push_back(std::move(component));
         isApart_ = true;
     }
 
     void end() {
-        if (!open_.empty())
-            open_.pop_back();
+        if (open_.empty())
+            return;
+        if (isEntry(open_.back()))
+            includeSpan();
+        open_.pop_back();
     }
 
     void write(const std::string& text) {
@@ -204,11 +237,11 @@ private:
         const Time time = timeOfCalendar(text, line.parameter("TZID"));
         Time ignored;
         if (line.name == "DTSTART")
-            start_ = time;
-        if (line.name == "DTSTART" || line.name == "DTEND")
-            include(first_, last_, time);
-        else if (line.name == "DURATION" && start_)
-            include(first_, last_, *start_ + durationOfCalendar(text).value_or(0));
+            span_.start = {time, dayOfCalendar(text)};
+        else if (line.name == "DTEND")
+            span_.end = {time, dayOfCalendar(text)};
+        else if (line.name == "DURATION")
+            span_.duration = durationOfCalendar(text);
         else if (line.name == "DUE")
             include(due_, ignored, time);
         else if (line.name == "CREATED" || line.name == "DCREATED")
@@ -217,6 +250,19 @@ private:
             include(ignored, modified_, time);
         else
             readOther(line, text);
+    }
+
+    /// When all of the entry's times are known. Days end with the one before that which stands as their end.
+    void includeSpan() {
+        const Span span = std::exchange(span_, {});
+        Time end = span.end.time;
+        if (const auto day = span.dayAfter())
+            end = beginningOfDay(*day - std::chrono::days(1));
+        else if (span.start.time && span.duration)
+            end = *span.start.time + *span.duration;
+        include(first_, last_, span.start.time);
+        if (end)
+            include(first_, last_, std::max(*end, span.start.time.value_or(*end)));
     }
 
     /// What entries and cards have in common.
@@ -302,7 +348,7 @@ private:
     Texts keywords_;
     Texts URLs_;
     Texts identifiers_;
-    Time start_;
+    Span span_;
     Time first_;
     Time last_;
     Time due_;

@@ -1,11 +1,10 @@
 #include "importers/calendar/CalendarTime.h"
 
+#include "importers/support/DateText.h"
 #include "platform/foundation/units/ASCII.h"
 
 #include <unicode/ucal.h>
 
-#include <array>
-#include <chrono>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -22,8 +21,46 @@ int numberOf(std::string_view digits) {
     return number;
 }
 
+/// What is written down.
+struct Writing {
+    std::chrono::year_month_day day;
+    bool hasTime = false;
+    bool isUTC = false;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+};
+
+std::optional<Writing> writingIn(std::string_view text) {
+    std::string digits;
+    Writing writing;
+    for (const char byte : text) {
+        if (isASCIIDigit(byte))
+            digits += byte;
+        else if (byte == 'Z')
+            writing.isUTC = true;
+        else if (byte != 'T' && byte != '-' && byte != ':' && byte != ' ')
+            return std::nullopt;
+    }
+    if (digits.size() != 8 && digits.size() != 14)
+        return std::nullopt;
+    writing.hasTime = digits.size() == 14;
+    digits.resize(14, '0');
+    const auto part = [&](std::size_t start, std::size_t length) {
+        return numberOf(std::string_view(digits).substr(start, length));
+    };
+    writing.day = {std::chrono::year(part(0, 4)), std::chrono::month(static_cast<unsigned>(part(4, 2))),
+                   std::chrono::day(static_cast<unsigned>(part(6, 2)))};
+    writing.hour = part(8, 2);
+    writing.minute = part(10, 2);
+    writing.second = part(12, 2);
+    if (!writing.day.ok() || writing.hour > 23 || writing.minute > 59 || writing.second > 60)
+        return std::nullopt;
+    return writing;
+}
+
 /// Absent when the zone is none that is known.
-std::optional<double> timeInZone(const std::array<int, 6>& parts, std::string_view zone) {
+std::optional<double> timeInZone(const Writing& writing, std::string_view zone) {
     if (zone.empty() || zone.size() > longestZone)
         return std::nullopt;
     const std::u16string identifier(zone.begin(), zone.end());
@@ -40,42 +77,44 @@ std::optional<double> timeInZone(const std::array<int, 6>& parts, std::string_vi
     if (U_FAILURE(status))
         return std::nullopt;
     ucal_clear(calendar.get());
-    ucal_setDateTime(calendar.get(), parts[0], parts[1] - 1, parts[2], parts[3], parts[4], parts[5], &status);
+    ucal_setDateTime(calendar.get(), static_cast<int>(writing.day.year()),
+                     static_cast<int>(static_cast<unsigned>(writing.day.month())) - 1,
+                     static_cast<int>(static_cast<unsigned>(writing.day.day())), writing.hour, writing.minute,
+                     writing.second, &status);
     const double milliseconds = ucal_getMillis(calendar.get(), &status);
     return U_SUCCESS(status) ? std::optional(milliseconds / 1000) : std::nullopt;
+}
+
+std::optional<double> timeHere(std::chrono::local_seconds clock) {
+    const auto moment = momentHere(clock);
+    return moment ? std::optional(moment->timeIntervalSince1970()) : std::nullopt;
 }
 
 } // namespace
 
 std::optional<double> timeOfCalendar(std::string_view text, std::string_view zone) {
-    std::string digits;
-    bool isUTC = false;
-    for (const char byte : text) {
-        if (isASCIIDigit(byte))
-            digits += byte;
-        else if (byte == 'Z')
-            isUTC = true;
-        else if (byte != 'T' && byte != '-' && byte != ':' && byte != ' ')
-            return std::nullopt;
-    }
-    if (digits.size() != 8 && digits.size() != 14)
+    const auto writing = writingIn(text);
+    if (!writing)
         return std::nullopt;
-    digits.resize(14, '0');
-    std::array<int, 6> parts{};
-    constexpr std::array<std::size_t, 6> starts{0, 4, 6, 8, 10, 12};
-    for (std::size_t index = 0; index < parts.size(); ++index)
-        parts[index] = numberOf(std::string_view(digits).substr(starts[index], index == 0 ? 4 : 2));
-    const std::chrono::year_month_day day{std::chrono::year{parts[0]},
-                                          std::chrono::month{static_cast<unsigned>(parts[1])},
-                                          std::chrono::day{static_cast<unsigned>(parts[2])}};
-    if (!day.ok() || parts[3] > 23 || parts[4] > 59 || parts[5] > 60)
-        return std::nullopt;
-    if (!isUTC) {
-        if (const auto time = timeInZone(parts, zone))
-            return time;
-    }
-    const auto days = std::chrono::sys_days(day).time_since_epoch().count();
-    return static_cast<double>(days) * 86400 + parts[3] * 3600 + parts[4] * 60 + parts[5];
+    const std::chrono::local_days day(writing->day);
+    if (!writing->hasTime)
+        return timeHere(day);
+    const std::chrono::local_seconds clock = day + std::chrono::hours(writing->hour) +
+                                             std::chrono::minutes(writing->minute) +
+                                             std::chrono::seconds(writing->second);
+    if (writing->isUTC)
+        return static_cast<double>(clock.time_since_epoch().count());
+    const auto time = timeInZone(*writing, zone);
+    return time ? time : timeHere(clock);
+}
+
+std::optional<std::chrono::local_days> dayOfCalendar(std::string_view text) {
+    const auto writing = writingIn(text);
+    return writing && !writing->hasTime ? std::optional(std::chrono::local_days(writing->day)) : std::nullopt;
+}
+
+std::optional<double> beginningOfDay(std::chrono::local_days day) {
+    return timeHere(day);
 }
 
 std::optional<double> durationOfCalendar(std::string_view text) {

@@ -129,25 +129,27 @@ NSDate momentOf(const Writing& writing, double secondsEast) {
                                                  writing.minute * 60.0 + writing.second - secondsEast);
 }
 
-/// By the zone of this machine, as it was in force then.
-std::optional<NSDate> momentHere(const Writing& writing) {
-    const std::chrono::year_month_day date(writing.day);
+} // namespace
+
+std::optional<NSDate> momentHere(std::chrono::local_seconds clock) {
+    const auto day = std::chrono::floor<std::chrono::days>(clock);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(clock - day);
     std::tm fields{};
     fields.tm_year = static_cast<int>(date.year()) - 1900;
     fields.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
     fields.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
-    fields.tm_hour = static_cast<int>(writing.hour);
-    fields.tm_min = static_cast<int>(writing.minute);
+    fields.tm_hour = static_cast<int>(time.hours().count());
+    fields.tm_min = static_cast<int>(time.minutes().count());
+    fields.tm_sec = static_cast<int>(time.seconds().count());
     fields.tm_isdst = -1;
     // Not by the result, -1 of which is a moment as well.
     fields.tm_wday = -1;
     const std::time_t moment = std::mktime(&fields);
     if (fields.tm_wday < 0)
         return std::nullopt;
-    return NSDate::dateWithTimeIntervalSince1970(static_cast<double>(moment) + writing.second);
+    return NSDate::dateWithTimeIntervalSince1970(static_cast<double>(moment));
 }
-
-} // namespace
 
 std::optional<NSDate> momentOfText(std::u16string_view text) {
     const auto writing = writingIn(text, false);
@@ -160,7 +162,13 @@ std::optional<NSDate> momentOfClock(std::u16string_view text) {
     const auto writing = writingIn(text, true);
     if (!writing)
         return std::nullopt;
-    return writing->zone ? momentOf(*writing, *writing->zone) : momentHere(*writing);
+    if (writing->zone)
+        return momentOf(*writing, *writing->zone);
+    const auto moment = momentHere(std::chrono::local_days(writing->day.time_since_epoch()) +
+                                   std::chrono::hours(writing->hour) + std::chrono::minutes(writing->minute));
+    if (!moment)
+        return std::nullopt;
+    return NSDate::dateWithTimeIntervalSince1970(moment->timeIntervalSince1970() + writing->second);
 }
 
 } // namespace kelvo::importers

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSDate.h"
 
+#include <chrono>
 #include <optional>
 #include <string_view>
 
@@ -15,5 +16,8 @@ std::optional<NSDate> momentOfText(std::u16string_view text);
 /// The same for devices that write down what their clock says: colons may stand in the date ("2011:03:24 12:34:56"), the
 /// time may be missing (midnight), and without a zone that of this machine is meant.
 std::optional<NSDate> momentOfClock(std::u16string_view text);
+
+/// When clocks showed that in the zone of this machine, as it was in force then. Absent when the zone cannot tell.
+std::optional<NSDate> momentHere(std::chrono::local_seconds clock);
 
 } // namespace kelvo::importers

@@ -1,6 +1,7 @@
 #include "importers/calendar/CalendarImport.h"
 
 #include "support/Attributed.h"
+#include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
 
@@ -95,11 +96,26 @@ TEST(CalendarImport, ReadsWhatFilesHold) {
         {"a card each", card("FN:A") + card("FN:B"), "TextContent", "A\n\nB"},
         {"calendar's name", "BEGIN:VCALENDAR\nX-WR-CALNAME:Tides\nEND:VCALENDAR", "Title", "Tides"},
         {"empty calendar", "BEGIN:VCALENDAR\nEND:VCALENDAR", "plumwick_events", "0"},
-        {"summer time", event("DTSTART;TZID=America/New_York:20200301T020000"), "plumwick_firstDate",
-         "2020-03-01 07:00:00 +0000"},
+        {"summer time", event("DTSTART;TZID=Europe/Berlin:20200701T020000"), "plumwick_firstDate",
+         "2020-07-01 00:00:00 +0000"},
         {"unknown zone", event("DTSTART;TZID=Mine:20200301T020000"), "plumwick_firstDate",
-         "2020-03-01 02:00:00 +0000"},
-        {"day", event("DTSTART;VALUE=DATE:20200301"), "plumwick_firstDate", "2020-03-01 00:00:00 +0000"},
+         "2020-03-01 07:00:00 +0000"},
+        {"day", event("DTSTART;VALUE=DATE:20200301"), "plumwick_firstDate", "2020-03-01 05:00:00 +0000"},
+        {"day in a zone", event("DTSTART;TZID=Asia/Tokyo;VALUE=DATE:20200301"), "plumwick_firstDate",
+         "2020-03-01 05:00:00 +0000"},
+        {"no zone", event("DTSTART:20200308T030000"), "plumwick_firstDate", "2020-03-08 07:00:00 +0000"},
+        {"one day", event("DTEND;VALUE=DATE:20200802\nDTSTART;VALUE=DATE:20200801"), "plumwick_lastDate",
+         "2020-08-01 04:00:00 +0000"},
+        {"one day to itself", event("DTSTART:20200801\nDTEND:20200801"), "plumwick_firstDate",
+         "2020-08-01 04:00:00 +0000"},
+        {"days past summer time", event("DTSTART:20201031\nDTEND:20201103"), "plumwick_lastDate",
+         "2020-11-02 05:00:00 +0000"},
+        {"days by their number", event("DURATION:P2D\nDTSTART:20201031"), "plumwick_lastDate",
+         "2020-11-01 04:00:00 +0000"},
+        {"up to midnight", event("DTSTART:20200801T120000Z\nDTEND:20200802T000000Z"), "plumwick_lastDate",
+         "2020-08-02 00:00:00 +0000"},
+        {"events of a day", event("DTSTART:20200801\nDTEND:20200802") + event("DTSTART:20200701"),
+         "plumwick_lastDate", "2020-08-01 04:00:00 +0000"},
         {"no day", event("DTSTART:20200230T000000Z"), "plumwick_firstDate", "absent"},
         {"to do", "BEGIN:VCALENDAR\nBEGIN:VTODO\nDUE:20200229T120000Z\nEND:VTODO", "DueDate",
          "2020-02-29 12:00:00 +0000"},
@@ -108,6 +124,7 @@ TEST(CalendarImport, ReadsWhatFilesHold) {
         {"empty", "", "note", "broken: there is neither a calendar nor a contact in the file"},
         {"text", "Dear: Sir", "note", "broken: there is neither a calendar nor a contact in the file"},
     };
+    const tests::ScopedVariable zone("TZ", "America/New_York");
     for (const auto& row : rows)
         EXPECT_EQ(one(attributesOfFile(row.file), row.attribute), row.value) << row.name;
 }

@@ -2,6 +2,7 @@
 
 #include "importers/epub/BookPackage.h"
 #include "support/Attributed.h"
+#include "support/ScopedVariable.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -71,9 +72,10 @@ TEST(BookImport, SetsWhatABookSays) {
                               {"Description", "Of water"},
                               {"Rights", "Free"},
                               {"Identifier", "urn:1"},
-                              {"ContentCreationDate", "2020-02-29 00:00:00 +0000"},
+                              {"ContentCreationDate", "2020-02-29 05:00:00 +0000"},
                               {"ContentModificationDate", "2021-03-04 05:06:07 +0000"},
                               {"TextContent", "First\n\nSecond é"}};
+    const tests::ScopedVariable zone("TZ", "America/New_York");
     EXPECT_EQ(attributesOf(importBook, book, "org.idpf.epub-container"), expected);
 }
 
@@ -101,11 +103,15 @@ TEST(BookImport, ReadsWhatBooksComeAs) {
     } rows[] = {
         {"no container", with({{"META-INF/container.xml", ""}}), "TextContent", "First\n\nSecond é"},
         {"year", bookOf(filesOfBook("<dc:Date>1949</dc:Date>")), "ContentCreationDate",
-         "1949-01-01 00:00:00 +0000"},
+         "1949-01-01 05:00:00 +0000"},
+        {"month", bookOf(filesOfBook("<dc:date>2019-08</dc:date>")), "ContentCreationDate",
+         "2019-08-01 04:00:00 +0000"},
+        {"day", bookOf(filesOfBook("<dc:date>2019-08-23</dc:date>")), "ContentCreationDate",
+         "2019-08-23 04:00:00 +0000"},
         {"date of an event",
          bookOf(filesOfBook(
              "<dc:date event='creation'>2001</dc:date><dc:date event='publication'>2002</dc:date>")),
-         "ContentCreationDate", "2002-01-01 00:00:00 +0000"},
+         "ContentCreationDate", "2002-01-01 05:00:00 +0000"},
         {"chapter missing", with({{"O P/z.xhtml", ""}}), "note", "answered: a part of the book is missing"},
         {"the other chapter", with({{"O P/z.xhtml", ""}}), "TextContent", "Second é"},
         {"an encrypted chapter", with({{"META-INF/encryption.xml", encrypted("O%20P/z.xhtml")}}),
@@ -122,6 +128,7 @@ TEST(BookImport, ReadsWhatBooksComeAs) {
         {"no book", bookOf({{"a.txt", "a"}}), "note", "broken: the file is damaged, or no book"},
         {"empty", "", "note", "broken: the file is damaged, or no book"},
     };
+    const tests::ScopedVariable zone("TZ", "America/New_York");
     for (const auto& row : rows)
         EXPECT_EQ(one(attributesOf(importBook, row.file, "org.idpf.epub-container"), row.attribute),
                   row.value)

@@ -1,6 +1,7 @@
 #include "importers/svg/SVGImport.h"
 
 #include "support/Attributed.h"
+#include "support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
 
@@ -37,8 +38,9 @@ TEST(SVGImport, SetsWhatAPictureSays) {
                               {"Authors", "<Ada>"},
                               {"Rights", "Free"},
                               {"Keywords", "<sea><moon>"},
-                              {"ContentCreationDate", "2020-02-29 00:00:00 +0000"},
+                              {"ContentCreationDate", "2020-02-29 05:00:00 +0000"},
                               {"TextContent", "Höhe in m\ntwo\nlines"}};
+    const tests::ScopedVariable zone("TZ", "America/New_York");
     EXPECT_EQ(attributesOfSVG(picture), expected);
 }
 
