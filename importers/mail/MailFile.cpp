@@ -1,5 +1,6 @@
 #include "importers/mail/MailFile.h"
 
+#include "markup/CharsetLabels.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/encodings/NSStringEncoding.h"
 #include "platform/foundation/units/ASCII.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <utility>
 
 namespace kelvo::importers {
 namespace {
@@ -35,6 +37,22 @@ bool beginsWithField(std::string_view text) {
         return isASCIILetter(byte) || isASCIIDigit(byte) || byte == '-' || byte == '_';
     });
     return end != text.begin() && end != text.end() && *end == ':';
+}
+
+/// Absent when it is UTF-8 already, and when it is not of the encoding.
+std::optional<std::string> lineOfEncoding(std::string_view line, NSStringEncoding encoding) {
+    const auto* const first = std::ranges::find_if(line, [](char byte) { return (byte & 0x80) != 0; });
+    const NSData data = NSData::dataWithBytes(line);
+    if (first == line.end() || !stringWithData_encoding(data, NSUTF8StringEncoding).isNil())
+        return std::nullopt;
+    const NSString text = stringWithData_encoding(data, encoding);
+    if (text.isNil())
+        return std::nullopt;
+    // Charsets that ASCII is no part of are not those of headers.
+    const std::string_view beginning(line.begin(), first);
+    std::string inUTF8 = text.UTF8String();
+    return !beginning.empty() && inUTF8.starts_with(beginning) ? std::optional(std::move(inUTF8))
+                                                               : std::nullopt;
 }
 
 } // namespace
@@ -84,6 +102,25 @@ std::optional<std::string> messageOfUTF16(std::string_view message) {
         return std::nullopt;
     const NSString text = stringWithMarkedData(NSData::dataWithBytes(message), nullptr);
     return text.isNil() ? std::nullopt : std::optional(text.UTF8String());
+}
+
+std::optional<std::string> headerOfCharset(std::string_view header, const NSString& charset) {
+    const NSStringEncoding encoding =
+        charset.length() > 2 ? charset2NSStringEncoding(charset) : kCFStringEncodingInvalidId;
+    // What calls itself Latin 1 is Windows Latin 1 as often as not, which is what such bytes are taken for anyway.
+    if (encoding == kCFStringEncodingInvalidId || encoding == NSISOLatin1StringEncoding)
+        return std::nullopt;
+    std::string result;
+    bool isOther = false;
+    for (std::string_view rest = header; !rest.empty();) {
+        const std::string_view all = rest;
+        takeMIMELine(rest);
+        const std::string_view line = all.substr(0, all.size() - rest.size());
+        const auto inUTF8 = lineOfEncoding(line, encoding);
+        isOther = isOther || inUTF8;
+        result += inUTF8 ? std::string_view(*inUTF8) : line;
+    }
+    return isOther ? std::optional(std::move(result)) : std::nullopt;
 }
 
 std::optional<std::string> messageWithShortHeader(std::string_view message) {

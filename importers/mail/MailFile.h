@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/NSString.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +19,10 @@ std::optional<std::string_view> takeMessage(std::string_view& mailbox);
 
 /// A message that somebody has saved in UTF-16, with a mark, in UTF-8; absent for all others.
 std::optional<std::string> messageOfUTF16(std::string_view message);
+
+/// A header, some lines of which are of this charset and not encoded as headers should be, in UTF-8; absent when there are
+/// none.
+std::optional<std::string> headerOfCharset(std::string_view header, const NSString& charset);
 
 /// A message whose header does not fit what the library makes of it in memory, with as much of its fields as does;
 /// absent when they do.

@@ -16,6 +16,9 @@
 #include <array>
 #include <memory>
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace kelvo::importers {
 namespace {
@@ -26,6 +29,7 @@ constexpr gint64 mostBytesOfPart = gint64{64} << 20;
 constexpr std::size_t mostCorrespondents = 65'536;
 constexpr std::size_t mostAttachments = 65'536;
 constexpr std::size_t deepestGroup = 16;
+constexpr int mostPartsForCharset = 32;
 constexpr const char* tooManyParts = "the message has more parts than are read";
 constexpr const char* tooLong = "not all of the message is read";
 
@@ -97,6 +101,77 @@ void addAddresses(InternetAddressList* list, Correspondents& people, std::size_t
     }
 }
 
+std::string typeOf(GMimeObject* object) {
+    GMimeContentType* const type = g_mime_object_get_content_type(object);
+    return asciiLowerCased(textOr(g_mime_content_type_get_media_type(type)) + '/' +
+                           textOr(g_mime_content_type_get_media_subtype(type)));
+}
+
+NSString parameterOf(GMimeObject* object, const char* name) {
+    const char* const value = g_mime_content_type_get_parameter(g_mime_object_get_content_type(object), name);
+    return value ? stringOf(value) : NSString();
+}
+
+/// That of the first text which states one; nil when none of the first parts does.
+NSString charsetOfText(GMimeMessage* message) {
+    std::vector<GMimeObject*> open{g_mime_message_get_mime_part(message)};
+    for (int seen = 0; !open.empty() && seen < mostPartsForCharset; ++seen) {
+        GMimeObject* const object = open.back();
+        open.pop_back();
+        if (GMIME_IS_MULTIPART(object)) {
+            GMimeMultipart* const multipart = GMIME_MULTIPART(object);
+            for (int index = std::min(g_mime_multipart_get_count(multipart), mostPartsForCharset);
+                 index-- > 0;)
+                open.push_back(g_mime_multipart_get_part(multipart, index));
+        } else if (GMIME_IS_PART(object) && typeOf(object).starts_with("text/")) {
+            if (const NSString charset = parameterOf(object, "charset"); !charset.isNil())
+                return charset;
+        }
+    }
+    return {};
+}
+
+struct Free {
+    void operator()(char* text) const { g_free(text); }
+};
+
+/// A message of bytes that are not its own.
+class ParsedMessage {
+public:
+    explicit ParsedMessage(std::string_view bytes) : stream_(bytes) {
+        const Reference<GMimeParser> parser(g_mime_parser_new_with_stream(stream_.get()));
+        message_.reset(g_mime_parser_construct_message(parser.get(), options()));
+    }
+
+    GMimeMessage* get() const { return message_.get(); }
+
+private:
+    BorrowedStream stream_;
+    Reference<GMimeMessage> message_;
+};
+
+/// Where writers put the header there as it is, it is read once more in the charset of their text.
+class Header {
+public:
+    explicit Header(GMimeMessage* message) : message_(message) {
+        const std::unique_ptr<char, Free> written(g_mime_object_get_headers(GMIME_OBJECT(message), nullptr));
+        const std::string_view header = written ? std::string_view(written.get()) : std::string_view();
+        if (std::ranges::none_of(header, [](char byte) { return (byte & 0x80) != 0; }))
+            return;
+        if (const auto inUTF8 = headerOfCharset(header, charsetOfText(message))) {
+            bytes_ = *inUTF8 + '\n';
+            again_.emplace(bytes_);
+        }
+    }
+
+    GMimeMessage* message() const { return again_ && again_->get() ? again_->get() : message_; }
+
+private:
+    GMimeMessage* message_;
+    std::string bytes_;
+    std::optional<ParsedMessage> again_;
+};
+
 /// The parts of a message, in the order in which they are read.
 class PartsReading {
 public:
@@ -156,7 +231,8 @@ private:
     void openMessage(GMimeMessage* nested) {
         if (!nested)
             return;
-        const std::string subject = textOr(g_mime_message_get_subject(nested));
+        const Header header(nested);
+        const std::string subject = textOr(g_mime_message_get_subject(header.message()));
         if (!subject.empty()) {
             attach(subject);
             append(stringOf(subject).characters());
@@ -192,12 +268,6 @@ private:
         message_.text += piece;
     }
 
-    static std::string typeOf(GMimeObject* object) {
-        GMimeContentType* const type = g_mime_object_get_content_type(object);
-        return asciiLowerCased(textOr(g_mime_content_type_get_media_type(type)) + '/' +
-                               textOr(g_mime_content_type_get_media_subtype(type)));
-    }
-
     static std::string subtypeOf(GMimeObject* object) {
         return asciiLowerCased(
             textOr(g_mime_content_type_get_media_subtype(g_mime_object_get_content_type(object))));
@@ -221,12 +291,11 @@ private:
 
     std::u16string textOf(GMimePart* part, bool isMarkup) const {
         const std::string bytes = contentsOf(part);
-        const char* const label =
-            g_mime_content_type_get_parameter(g_mime_object_get_content_type(GMIME_OBJECT(part)), "charset");
         const GMimeContentEncoding encoding = g_mime_part_get_content_encoding(part);
         const bool isTranscoded = isUTF8_ && encoding != GMIME_CONTENT_ENCODING_BASE64 &&
                                   encoding != GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE;
-        const NSString charset = isTranscoded ? NSString(u"utf-8") : label ? stringOf(label) : NSString();
+        const NSString charset =
+            isTranscoded ? NSString(u"utf-8") : parameterOf(GMIME_OBJECT(part), "charset");
         if (isMarkup)
             return textOfMarkup(bytes, charset, nullptr);
         const NSData data = NSData::dataWithBytesNoCopy(
@@ -333,12 +402,10 @@ std::optional<MailMessage> readMailMessage(std::string_view bytes, std::size_t m
         if (isTooLargeMIMEMessage(bytes))
             return std::nullopt;
     }
-    const BorrowedStream stream(bytes);
-    const Reference<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    const Reference<GMimeMessage> parsed(g_mime_parser_construct_message(parser.get(), options()));
-    if (!parsed || !isMessage(parsed.get()))
+    const ParsedMessage parsed(bytes);
+    if (!parsed.get() || !isMessage(parsed.get()))
         return std::nullopt;
-    readHeader(parsed.get(), message);
+    readHeader(Header(parsed.get()).message(), message);
     PartsReading(message, mostUnits, transcoded.has_value(), deadline)
         .read(g_mime_message_get_mime_part(parsed.get()));
     return message;

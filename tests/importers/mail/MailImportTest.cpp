@@ -53,6 +53,7 @@ TEST(MailImport, ReadsWhatPeopleSend) {
     const std::string attached = "Content-Type: text/plain\nContent-Disposition: attachment; filename=\"";
     const std::string nested = "Content-Type: message/rfc822\n\nSubject: Inner\n\ninner text";
     const std::string start = "Subject: x\n";
+    const std::string chinese = "Content-Type: text/plain; charset=gb2312\n\n\xC4\xE3";
     const struct {
         const char* name;
         std::string file;
@@ -86,6 +87,19 @@ TEST(MailImport, ReadsWhatPeopleSend) {
          "TextContent", "é"},
         {"raw UTF-8 header", "Subject: \xC3\xA9\n\n", "eml", "Subject", "é"},
         {"raw Latin header", "Subject: \xE9t\xE9\n\n", "eml", "Subject", "été"},
+        {"raw header of the text's charset", "Subject: \xC4\xE3\xBA\xC3\n" + chinese, "eml", "Subject",
+         "你好"},
+        {"raw people of the text's charset",
+         "From: \xC4\xE3 <a@x.org>\nTo: \"\xBA\xC3\" <b@x.org>\n" + chinese, "eml", "Authors", "<你>"},
+        {"raw header in UTF-8 over another text", "Subject: \xC3\xA9\n" + chinese, "eml", "Subject", "é"},
+        {"raw header of a part's charset",
+         "From: \xD0\xD2 <a@x.org>\n" + mailOf("mixed", {"\nno charset", page}), "eml", "Authors", "<пр>"},
+        {"raw header over wide text", "Subject: \xE9t\xE9s\nContent-Type: text/plain; charset=utf-16\n\n",
+         "eml", "Subject", "étés"},
+        {"raw header of a message within",
+         mailOf("mixed", {"Content-Type: text/plain; charset=koi8-r\n\n",
+                          "Content-Type: message/rfc822\n\nSubject: \xC4\xE3\n" + chinese}),
+         "eml", "plumwick_attachments", "<你>"},
         {"nothing written", start + "\n", "eml", "TextContent", ""},
         {"length first", "13  \nSubject: x\n\ntext<?xml version=\"1.0\"?>", "emlx", "TextContent", "t"},
         {"length past the end", "999\nSubject: x\n\ntext", "emlx", "TextContent", "text"},
