@@ -1,5 +1,6 @@
 #include "importers/mail/MailMessage.h"
 
+#include "importers/mail/FlowedText.h"
 #include "importers/mail/MailFile.h"
 #include "importers/pages/PageSource.h"
 #include "importers/support/Texts.h"
@@ -273,6 +274,10 @@ private:
             textOr(g_mime_content_type_get_media_subtype(g_mime_object_get_content_type(object))));
     }
 
+    static bool says(GMimePart* part, const char* parameter, std::u16string_view value) {
+        return equalsASCIIIgnoringCase(parameterOf(GMIME_OBJECT(part), parameter).characters(), value);
+    }
+
     /// No encoding makes its bytes fewer. GMime sees to it itself that it writes no further than there is room.
     static std::string contentsOf(GMimePart* part) {
         GMimeDataWrapper* const content = g_mime_part_get_content(part);
@@ -311,7 +316,7 @@ private:
             text = NSString::stringWithLatin1Bytes(bytes);
         std::u16string units(text.characters());
         std::erase(units, u'\r');
-        return units;
+        return says(part, "format", u"flowed") ? textOfFlowed(units, says(part, "delsp", u"yes")) : units;
     }
 
     MailMessage& message_;

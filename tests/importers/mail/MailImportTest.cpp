@@ -53,6 +53,7 @@ TEST(MailImport, ReadsWhatPeopleSend) {
     const std::string attached = "Content-Type: text/plain\nContent-Disposition: attachment; filename=\"";
     const std::string nested = "Content-Type: message/rfc822\n\nSubject: Inner\n\ninner text";
     const std::string start = "Subject: x\n";
+    const std::string flowed = start + "Content-Type: text/plain; format=Flowed";
     const std::string chinese = "Content-Type: text/plain; charset=gb2312\n\n\xC4\xE3";
     const struct {
         const char* name;
@@ -100,6 +101,15 @@ TEST(MailImport, ReadsWhatPeopleSend) {
          mailOf("mixed", {"Content-Type: text/plain; charset=koi8-r\n\n",
                           "Content-Type: message/rfc822\n\nSubject: \xC4\xE3\n" + chinese}),
          "eml", "plumwick_attachments", "<你>"},
+        {"flowed lines", flowed + "\n\na \r\nb  \nc\nd\n", "eml", "TextContent", "a b  c\nd"},
+        {"lines that do not flow", start + "\na \nb", "eml", "TextContent", "a \nb"},
+        {"flowed lines without spaces", flowed + "; DelSp=Yes\n\na \nb  \nc", "eml", "TextContent", "ab c"},
+        {"quoted flowed lines", flowed + "\n\n> a \n> b \n>> c \n>>d\ne", "eml", "TextContent",
+         "> a b \n>> c d\ne"},
+        {"stuffed lines", flowed + "\n\na \n  b\n >c\n From d", "eml", "TextContent", "a  b\n>c\nFrom d"},
+        {"signature", flowed + "\n\na \n-- \nAda", "eml", "TextContent", "a \n-- \nAda"},
+        {"empty lines between flowed ones", flowed + "\n\na \n\nb \n> \nc", "eml", "TextContent",
+         "a \n\nb \n>\nc"},
         {"nothing written", start + "\n", "eml", "TextContent", ""},
         {"length first", "13  \nSubject: x\n\ntext<?xml version=\"1.0\"?>", "emlx", "TextContent", "t"},
         {"length past the end", "999\nSubject: x\n\ntext", "emlx", "TextContent", "text"},
