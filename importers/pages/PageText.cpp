@@ -5,10 +5,12 @@
 #include "markup/PlainTextHandler.h"
 #include "markup/PlainTextRuns.h"
 #include "markup/PlainTextTags.h"
+#include "markup/TagAttributes.h"
 #include "markup/TagScanner.h"
 #include "platform/foundation/NSMutableString.h"
 #include "platform/foundation/units/UTF8.h"
 #include "platform/foundation/units/UnitScan.h"
+#include "text/CharacterSetReps.h"
 
 #include <algorithm>
 
@@ -83,6 +85,65 @@ std::u16string withoutEmptyLines(std::u16string_view text) {
     return result;
 }
 
+bool isLetter(char16_t unit) {
+    return unitIsInBitmap(alphaCharacterSetRep(), unit);
+}
+
+/// The tags between two pieces of text that keep words apart. Books mark where their printed pages began with anchors,
+/// in the midst of words too, and a link may be of only a part of a word.
+class Anchors {
+public:
+    /// The tag of an anchor or a link.
+    void pass(std::u16string_view tag) {
+        if (tag.size() > 1 && tag[1] == u'/') {
+            end(false);
+            return;
+        }
+        const bool isLink = !attributeValueOfTag(tag, "href", false).empty();
+        // An address without quotes may end in a stroke, too.
+        if (!isLink && nestingEffectOfTag(tag.data(), tag.size()) == 0)
+            return;
+        // There are none within others.
+        end(true);
+        isOpen_ = isEmpty_ = true;
+        isLink_ = isLink;
+        ++tags_;
+        areLinks_ = areLinks_ || isLink;
+    }
+
+    void passOther() { others_ = true; }
+
+    void passText() {
+        isEmpty_ = others_ = areLinks_ = false;
+        tags_ = 0;
+    }
+
+    /// Whether the text before and behind them are words of their own.
+    bool separate(bool isBetweenLetters) const {
+        return others_ || tags_ > 1 || (tags_ == 1 && areLinks_ && !isBetweenLetters);
+    }
+
+private:
+    void end(bool isImplied) {
+        if (isOpen_ && isEmpty_) {
+            --tags_;
+        } else if (isOpen_ && !isImplied) {
+            ++tags_;
+            areLinks_ = areLinks_ || isLink_;
+        }
+        isOpen_ = false;
+    }
+
+    bool isOpen_ = false;
+    /// Of the one that is open.
+    bool isLink_ = false;
+    bool isEmpty_ = false;
+    /// Since the last text.
+    int tags_ = 0;
+    bool areLinks_ = false;
+    bool others_ = false;
+};
+
 class PageScan {
 public:
     PageScan(const NSString& source, PageFacts* facts)
@@ -153,6 +214,10 @@ private:
         const bool hadSpace = context_.pendingSpace;
         PlainTextHandler(source_, characters, name.location, name.length, tag.location, tag.length,
                          tag.location, TagKind::tag, &context_);
+        if (rule == PlainTextRule::link)
+            anchors_.pass({characters + tag.location, tag.length});
+        else if (rule == PlainTextRule::separation)
+            anchors_.passOther();
         // Which divisions are hidden is told more closely here, and with all that is in them.
         if (rule == PlainTextRule::division)
             context_.junkDivision = false;
@@ -179,9 +244,12 @@ private:
         const bool isBehindOpening = context_.write > context_.outputStart &&
                                      openingUnits.find(context_.write[-1]) != openingUnits.npos;
         if (isSpaceOfTag_ &&
-            (isBehindOpening || closingUnits.find(characters[location]) != closingUnits.npos))
+            (isBehindOpening || closingUnits.find(characters[location]) != closingUnits.npos ||
+             !anchors_.separate(isLetter(characters[location]) && context_.write > context_.outputStart &&
+                                isLetter(context_.write[-1]))))
             context_.pendingSpace = false;
         isSpaceOfTag_ = false;
+        anchors_.passText();
         PlainTextHandler(source_, characters, NSNotFound, 0, end, 0, location, TagKind::comment, &context_);
     }
 
@@ -190,6 +258,7 @@ private:
     NSMutableString output_;
     PlainTextContext context_;
     HiddenElements hidden_;
+    Anchors anchors_;
     /// Behind the tag; NSNotFound where no title is open.
     std::size_t titleLocation_ = NSNotFound;
     /// Their titles are not the page's.
