@@ -83,6 +83,7 @@ public:
                 readCalendar(*line);
         }
         includeSpan();
+        nameCard();
     }
 
     void setAttributes(Attributes& attributes) const {
@@ -148,6 +149,12 @@ private:
         Time duration;
     };
 
+    struct Card {
+        bool isNamed = false;
+        std::string name; ///< from its parts
+        std::size_t textStart = 0;
+    };
+
     static void setDate(Attributes& attributes, const char* name, Time seconds) {
         if (seconds)
             attributes.setDate(name, NSDate::dateWithTimeIntervalSince1970(*seconds));
@@ -163,7 +170,11 @@ private:
         for (char& byte : component)
             byte = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 32) : byte;
         isCalendar_ = isCalendar_ || component == "VCALENDAR";
-        cards_ += component == "VCARD" ? 1 : 0;
+        if (component == "VCARD") {
+            nameCard();
+            card_.textStart = text_.size();
+            ++cards_;
+        }
         if (isEntry(component)) {
             includeSpan();
             ++entries_;
@@ -178,6 +189,8 @@ private:
             return;
         if (isEntry(open_.back()))
             includeSpan();
+        else if (isIn("VCARD"))
+            nameCard();
         open_.pop_back();
     }
 
@@ -280,9 +293,10 @@ private:
     void readCard(const ContentLine& line) {
         const std::string text = textOfValue(line.value);
         if (line.name == "FN") {
-            names_.add(text);
-            participants_.add(text);
-            write(text);
+            card_.isNamed = card_.isNamed || !text.empty();
+            addName(text);
+        } else if (line.name == "N") {
+            card_.name = nameInParts(line.value);
         } else if (line.name == "ORG") {
             const std::vector<std::string> parts = partsOfValue(line.value, ';');
             organizations_.add(parts.front());
@@ -309,6 +323,34 @@ private:
         } else {
             readOther(line, text);
         }
+    }
+
+    void addName(const std::string& name) {
+        names_.add(name);
+        participants_.add(name);
+        write(name);
+    }
+
+    /// Family, given, more of the given ones, and what stands before and behind it.
+    static std::string nameInParts(std::string_view value) {
+        std::vector<std::string> parts = partsOfValue(value, ';');
+        parts.resize(3);
+        return joined(
+            {joined(partsOfValue(parts[1], ','), " "), joined(partsOfValue(parts[2], ','), " "), parts[0]},
+            " ");
+    }
+
+    /// Cards of the old version need not have the name as it is shown. When all of the card is known.
+    void nameCard() {
+        const Card card = std::exchange(card_, {});
+        card_.textStart = text_.size();
+        if (card.isNamed || card.name.empty())
+            return;
+        const std::string rest = text_.substr(card.textStart);
+        text_.resize(card.textStart);
+        isApart_ = true;
+        addName(card.name);
+        write(rest);
     }
 
     void readAddress(const ContentLine& line) {
@@ -349,6 +391,7 @@ private:
     Texts URLs_;
     Texts identifiers_;
     Span span_;
+    Card card_;
     Time first_;
     Time last_;
     Time due_;
