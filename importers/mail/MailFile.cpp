@@ -104,9 +104,17 @@ std::optional<std::string> messageOfUTF16(std::string_view message) {
     return text.isNil() ? std::nullopt : std::optional(text.UTF8String());
 }
 
-std::optional<std::string> headerOfCharset(std::string_view header, const NSString& charset) {
+NSStringEncoding encodingOfMailCharset(const NSString& charset) {
     const NSStringEncoding encoding =
         charset.length() > 2 ? charset2NSStringEncoding(charset) : kCFStringEncodingInvalidId;
+    // Who writes "gb2312" has the characters of its successors as well.
+    return encoding == CFStringConvertEncodingToNSStringEncoding(kCFStringEncodingEUC_CN)
+               ? CFStringConvertEncodingToNSStringEncoding(kCFStringEncodingGB18030)
+               : encoding;
+}
+
+std::optional<std::string> headerOfCharset(std::string_view header, const NSString& charset) {
+    const NSStringEncoding encoding = encodingOfMailCharset(charset);
     // What calls itself Latin 1 is Windows Latin 1 as often as not, which is what such bytes are taken for anyway.
     if (encoding == kCFStringEncodingInvalidId || encoding == NSISOLatin1StringEncoding)
         return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/encodings/CFStringEncodings.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +20,10 @@ std::optional<std::string_view> takeMessage(std::string_view& mailbox);
 
 /// A message that somebody has saved in UTF-16, with a mark, in UTF-8; absent for all others.
 std::optional<std::string> messageOfUTF16(std::string_view message);
+
+/// The encoding that text of this charset is in, by what senders mean by the name; kCFStringEncodingInvalidId for nil and
+/// names that nobody knows.
+NSStringEncoding encodingOfMailCharset(const NSString& charset);
 
 /// A header, some lines of which are of this charset and not encoded as headers should be, in UTF-8; absent when there are
 /// none.

@@ -4,9 +4,8 @@
 #include "importers/mail/MailFile.h"
 #include "importers/pages/PageSource.h"
 #include "importers/support/Texts.h"
-#include "markup/CharsetLabels.h"
+#include "platform/foundation/encodings/EncodingGuess.h"
 #include "platform/foundation/encodings/NSStringEncoding.h"
-#include "platform/foundation/encodings/PlainTextReading.h"
 #include "platform/foundation/units/ASCII.h"
 #include "platform/webkit/MIMELines.h"
 #include "platform/webkit/mime/MIMEMessage.h"
@@ -305,13 +304,12 @@ private:
             return textOfMarkup(bytes, charset, nullptr);
         const NSData data = NSData::dataWithBytesNoCopy(
             std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), nullptr);
-        const NSStringEncoding named =
-            charset.length() > 2 ? charset2NSStringEncoding(charset) : kCFStringEncodingInvalidId;
+        const NSStringEncoding named = encodingOfMailCharset(charset);
         NSStringEncoding found = 0;
         // Senders put "us-ascii" over whatever they have.
         const bool isGuess = named == kCFStringEncodingInvalidId || named == NSASCIIStringEncoding;
         NSString text =
-            isGuess ? stringWithPlainText(data, &found) : stringByRepairingData_encoding(data, named);
+            isGuess ? stringWithTextOfAnyLanguage(data, &found) : stringByRepairingData_encoding(data, named);
         if (text.isNil())
             text = NSString::stringWithLatin1Bytes(bytes);
         std::u16string units(text.characters());
