@@ -30,6 +30,11 @@ enum Element : int {
     sheet,
     row,
     cell,
+    trackedChanges,
+    changedRegion,
+    deletion,
+    changeStart,
+    changeEnd,
     /// Not in the text, with all that is in it.
     passedOver
 };
@@ -80,7 +85,11 @@ constexpr std::array elementsOfText{
     XMLElement{XMLSpace::table, "covered-table-cell", passedOver},
     XMLElement{XMLSpace::table, "tracked-changes", passedOver},
     XMLElement{XMLSpace::table, "content-validations", passedOver},
-    XMLElement{XMLSpace::text, "tracked-changes", passedOver},
+    XMLElement{XMLSpace::text, "tracked-changes", trackedChanges},
+    XMLElement{XMLSpace::text, "changed-region", changedRegion},
+    XMLElement{XMLSpace::text, "deletion", deletion},
+    XMLElement{XMLSpace::text, "change-start", changeStart},
+    XMLElement{XMLSpace::text, "change-end", changeEnd},
     XMLElement{XMLSpace::text, "note-citation", passedOver},
     XMLElement{XMLSpace::text, "footnote-citation", passedOver},
     XMLElement{XMLSpace::text, "endnote-citation", passedOver},
@@ -138,6 +147,8 @@ TextBuilder& OpenDocumentHandler::text(Target target) {
 }
 
 bool OpenDocumentHandler::startElement(int element, const XMLAttributes& attributes) {
+    if (isInChanges_)
+        return startChange(element, attributes);
     switch (element) {
     case textBody:
     case spreadsheetBody:
@@ -157,7 +168,7 @@ bool OpenDocumentHandler::startElement(int element, const XMLAttributes& attribu
         break;
     case lineBreak:
         current().raise(TextBuilder::Break::line);
-        places_.back().isAfterSpace = true;
+        beginLine();
         break;
     case section:
         return attributes.value(XMLSpace::text, "display") != "none";
@@ -194,6 +205,15 @@ bool OpenDocumentHandler::startElement(int element, const XMLAttributes& attribu
     case cell:
         startCell();
         break;
+    case trackedChanges:
+        isInChanges_ = true;
+        break;
+    case changeStart:
+        deletions_.start(attributes.value(XMLSpace::text, "change-id"));
+        break;
+    case changeEnd:
+        deletions_.end(attributes.value(XMLSpace::text, "change-id"));
+        break;
     case passedOver:
         return false;
     default:
@@ -213,6 +233,9 @@ void OpenDocumentHandler::endElement(int element) {
     case notesOfPage:
         isInNotes_ = false;
         break;
+    case trackedChanges:
+        isInChanges_ = false;
+        break;
     case shape:
     case note:
     case running:
@@ -226,9 +249,9 @@ void OpenDocumentHandler::endElement(int element) {
 
 /// White space is one space, and none at the beginning of a paragraph.
 void OpenDocumentHandler::characters(std::string_view piece) {
-    Place& place = places_.back();
-    if (place.paragraphs == 0 || place.target == Target::nowhere)
+    if (!takesText())
         return;
+    Place& place = places_.back();
     TextBuilder& target = current();
     if (isWellSpaced(piece) && !(place.isAfterSpace && piece.starts_with(' '))) {
         target.append(piece);
@@ -263,6 +286,20 @@ TextBuilder OpenDocumentHandler::takeText() {
         text_.take(running_, TextBuilder::Break::section);
     text_.take(aside_, TextBuilder::Break::section);
     return std::move(text_);
+}
+
+/// In the list of changes. What else is there is not in the text.
+bool OpenDocumentHandler::startChange(int element, const XMLAttributes& attributes) {
+    if (element == changedRegion) {
+        changeId_ = attributes.value(XMLSpace::text, "id");
+        // xml:id, whose prefix needs no declaration.
+        if (changeId_.empty())
+            changeId_ = attributes.value(XMLSpace::none, "id");
+        return true;
+    }
+    if (element == deletion)
+        deletions_.add(changeId_);
+    return false;
 }
 
 bool OpenDocumentHandler::startShape(const XMLAttributes& attributes) {
@@ -302,7 +339,13 @@ void OpenDocumentHandler::startParagraph() {
         current().raise(TextBuilder::Break::line);
     place.isCellNew = false;
     ++place.paragraphs;
-    place.isAfterSpace = true;
+    beginLine();
+}
+
+/// Behind a break that is deleted the text goes on with what stands before that.
+void OpenDocumentHandler::beginLine() {
+    if (!deletions_.isAnyOpen())
+        places_.back().isAfterSpace = true;
 }
 
 void OpenDocumentHandler::endParagraph() {
@@ -313,10 +356,10 @@ void OpenDocumentHandler::endParagraph() {
 }
 
 void OpenDocumentHandler::enter(Target target) {
-    text(target).raise(TextBuilder::Break::line);
     Place place;
     place.target = target;
     places_.push_back(place);
+    current().raise(TextBuilder::Break::line);
 }
 
 void OpenDocumentHandler::leave() {
@@ -325,11 +368,10 @@ void OpenDocumentHandler::leave() {
 }
 
 void OpenDocumentHandler::append(std::string_view piece) {
-    Place& place = places_.back();
-    if (place.paragraphs == 0 || place.target == Target::nowhere)
+    if (!takesText())
         return;
     current().append(piece);
-    place.isAfterSpace = false;
+    places_.back().isAfterSpace = false;
 }
 
 void OpenDocumentHandler::appendSpaces(std::string_view count) {

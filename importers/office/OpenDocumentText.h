@@ -1,11 +1,13 @@
 #pragma once
 
 #include "importers/office/TextBuilder.h"
+#include "importers/office/TrackedDeletions.h"
 #include "importers/office/XMLReader.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -44,7 +46,14 @@ private:
     };
 
     TextBuilder& text(Target target);
-    TextBuilder& current() { return text(places_.back().target); }
+    /// What is deleted breaks no lines either.
+    TextBuilder& current() { return deletions_.isAnyOpen() ? nowhere_ : text(places_.back().target); }
+    /// Whether text counts where the reader is.
+    bool takesText() const {
+        const Place& place = places_.back();
+        return place.paragraphs > 0 && place.target != Target::nowhere && !deletions_.isAnyOpen();
+    }
+    bool startChange(int element, const XMLAttributes& attributes);
     void startBody(Body body) { body_ = body; }
     bool startShape(const XMLAttributes& attributes);
     void startSheet(const XMLAttributes& attributes);
@@ -52,6 +61,7 @@ private:
     void startCell();
     void startParagraph();
     void endParagraph();
+    void beginLine();
     void enter(Target target);
     void leave();
     void append(std::string_view piece);
@@ -70,6 +80,10 @@ private:
     std::size_t sheets_ = 0;
     std::size_t slides_ = 0;
     bool isInNotes_ = false;
+    bool isInChanges_ = false;
+    /// Of the change that is being listed.
+    std::string changeId_;
+    TrackedDeletions deletions_;
 };
 
 } // namespace kelvo::importers

@@ -346,6 +346,9 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
     const auto table = [](const std::string& rows) {
         return "<table:table table:name=\"T\">" + rows + "</table:table>";
     };
+    const auto change = [](const std::string& end, const std::string& id) {
+        return "<text:change-" + end + " text:change-id=\"" + id + "\"/>";
+    };
     const std::string cells =
         "<table:table-row><table:table-cell><text:p>a</text:p><text:p>b</text:p></table:table-cell>"
         "<table:covered-table-cell><text:p>no</text:p></table:covered-table-cell>"
@@ -358,6 +361,10 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
     } rows[] = {
         {"white space", "text",
          "<text:h> a \n  b<text:s text:c=\"2\"/>c<text:tab/>d<text:line-break/> e</text:h>", "a b  c\td\ne"},
+        {"blanks around cells", "text",
+         table("<table:table-row><table:table-cell><text:p>a</text:p></table:table-cell><table:table-cell>"
+               "<text:p> b</text:p></table:table-cell></table:table-row>"),
+         "a\tb"},
         {"blanks within words", "text",
          "<text:p>x  y\tz w </text:p><text:p>v<text:span> u </text:span> t</text:p>", "x y z w \nv u t"},
         {"lists", "text",
@@ -377,6 +384,19 @@ TEST(OfficeImport, ReadsOpenDocumentsInTheirOrder) {
          "<text:tracked-changes><text:changed-region><text:deletion><text:p>no</text:p></text:deletion>"
          "</text:changed-region></text:tracked-changes><text:p>a</text:p>",
          "a"},
+        {"deleted in its place", "text",
+         "<text:tracked-changes><text:changed-region text:id=\"d\"><text:deletion><office:change-info>"
+         "<dc:creator>no</dc:creator></office:change-info></text:deletion></text:changed-region>"
+         "<text:changed-region xml:id=\"e\"><text:deletion/></text:changed-region><text:changed-region "
+         "text:id=\"i\"><text:insertion/></text:changed-region></text:tracked-changes><text:p>a" +
+             change("start", "i") + "b" + change("start", "d") + change("start", "d") + "no<text:tab/>" +
+             change("start", "e") + change("end", "d") +
+             "<text:line-break/>no<text:note><text:note-body><text:p>no</text:p></text:note-body></text:note>"
+             "</text:p>" +
+             table(cells) + "<text:p>no " + change("end", "e") + " c" + change("end", "i") +
+             "</text:p><text:p>d</text:p>" + change("start", "d") + "<text:p>no</text:p>" +
+             change("end", "d") + "<text:p>e</text:p>",
+         "ab c\nd\ne"},
         {"hidden section", "text",
          "<text:section "
          "text:display=\"none\"><text:p>no</text:p></text:section><text:section><text:p>a</text:p>"
