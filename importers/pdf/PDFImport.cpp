@@ -204,7 +204,11 @@ void importPDFWithin(Attributes& attributes, double seconds) {
     keepTablesOfPoppler();
     const std::unique_ptr<poppler::document> document = documentOf(file);
     if (!document) {
-        attributes.note(MDNoteBroken, "the document is damaged, or no PDF");
+        // Illustrator saved its drawings so before they were PDF inside.
+        if (file.starts_with("%!PS"))
+            attributes.note(MDNoteUnsupported, "the document is PostScript");
+        else
+            attributes.note(MDNoteBroken, "the document is damaged, or no PDF");
         return;
     }
     // Nearly everything else that is asked of a locked document crashes. Without a password it has been tried.
