@@ -125,10 +125,17 @@ std::optional<double> numberIn(const NSString& text) {
     return error == std::errc() && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
+/// What is written where nobody knew the time: 1970, and 1904 in the count of QuickTime.
+bool isBeginningOfClock(const NSDate& moment) {
+    constexpr double secondsFrom1904 = 2'082'844'800;
+    const double seconds = moment.timeIntervalSince1970();
+    return seconds == 0 || seconds == -secondsFrom1904;
+}
+
 void setDates(Attributes& attributes, const Tags& tags) {
     NSString created = tags.first({"com.apple.quicktime.creationdate", "creation_time", "DateTimeOriginal"});
     if (!created.isNil()) {
-        if (const auto moment = momentOfClock(trimmed(created)))
+        if (const auto moment = momentOfClock(trimmed(created)); moment && !isBeginningOfClock(*moment))
             attributes.setDate("kMDItemContentCreationDate", *moment);
     }
     const NSString recorded =

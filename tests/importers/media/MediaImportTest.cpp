@@ -167,6 +167,24 @@ TEST(MediaImport, UnderstandsTheTagsOfFilms) {
     const Attributed turned =
         attributesOf(made("turned.mp4", "-i " + source + " -c copy -metadata:s:v rotate=90"));
     EXPECT_EQ(these(turned, {"PixelWidth", "PixelHeight", "plumwick_rotation"}), "24 32 270");
+    const struct {
+        const char* file;
+        const char* moment;
+        const char* date;
+    } moments[] = {
+        {"m.nut", "1970-01-01T00:00:00Z", "absent"},
+        {"m.nut", "1970-01-01T00:00:01Z", "1970-01-01 00:00:01 +0000"},
+        {"m.mkv", "1904-01-01T00:00:00Z", "absent"},
+        {"m.mkv", "1904-01-01T00:00:01Z", "1904-01-01 00:00:01 +0000"},
+    };
+    for (const auto& row : moments)
+        EXPECT_EQ(one(attributesOf(made(row.file, "-i " + source +
+                                                      " -map_metadata -1 -c copy "
+                                                      "-metadata creation_time=" +
+                                                      row.moment)),
+                      "ContentCreationDate"),
+                  row.date)
+            << row.moment;
     const Attributed nowhere =
         attributesOf(made("nowhere.mp4", "-i " + source + " -c copy -metadata location=+98.5-002/"));
     EXPECT_EQ(these(nowhere, {"Latitude", "Longitude"}), "absent absent");
