@@ -121,7 +121,8 @@ bool isWellSpaced(std::string_view piece) {
     for (std::size_t index = 1; index < piece.size(); ++index)
         found |= static_cast<unsigned char>(
             static_cast<unsigned char>(static_cast<unsigned char>(piece[index - 1]) < ' ') |
-            static_cast<unsigned char>((piece[index - 1] == ' ') & (piece[index] == ' ')));
+            static_cast<unsigned char>(static_cast<unsigned char>(piece[index - 1] == ' ') &
+                                       static_cast<unsigned char>(piece[index] == ' ')));
     return found == 0 && (piece.empty() || static_cast<unsigned char>(piece.back()) >= ' ');
 }
 
