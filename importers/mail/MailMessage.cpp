@@ -124,7 +124,7 @@ NSString charsetOfText(GMimeMessage* message) {
                  index-- > 0;)
                 open.push_back(g_mime_multipart_get_part(multipart, index));
         } else if (GMIME_IS_PART(object) && typeOf(object).starts_with("text/")) {
-            if (const NSString charset = parameterOf(object, "charset"); !charset.isNil())
+            if (NSString charset = parameterOf(object, "charset"); !charset.isNil())
                 return charset;
         }
     }
