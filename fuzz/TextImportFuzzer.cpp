@@ -1,10 +1,9 @@
-// Whatever the bytes are, they are text as the rich-text reader of plain text would read them, or none; a Markdown title
-// is part of it.
+// Whatever the bytes are, they are text in the encoding that they are taken for, or none; a Markdown title is part of it.
 
 #include "Input.h"
 #include "importers/text/TextImport.h"
 #include "platform/filekinds/FileKind.h"
-#include "platform/foundation/encodings/PlainTextReading.h"
+#include "platform/foundation/encodings/EncodingGuess.h"
 #include "support/Importing.h"
 
 using namespace kelvo;
@@ -15,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         attributesByImporter(importers::importText, file, "net.daringfireball.markdown");
     NSStringEncoding encoding = 0;
     const NSString expected =
-        isText(FileContents(file.characters())) ? stringWithPlainText(file, &encoding) : NSString();
+        isText(FileContents(file.characters())) ? stringWithTextOfAnyLanguage(file, &encoding) : NSString();
     const NSString text = attributes.objectForKey(u"kMDItemTextContent").string();
     require(text.isNil() == expected.isNil());
     // Surrogates without their other half do not travel.

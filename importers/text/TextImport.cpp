@@ -16,13 +16,6 @@ constexpr std::size_t mostBytesOfText = 4 * (mostUnitsOfText + 2);
 
 constexpr std::string_view markOfUTF8 = "\xEF\xBB\xBF";
 
-/// Whether it begins like text of seven bits that shifts between sets of characters (ISO 2022).
-bool isShifted(std::string_view text) {
-    constexpr std::size_t mostBytesBefore = 4096;
-    const std::string_view beginning = text.substr(0, mostBytesBefore);
-    return beginning.find("\x1B$") != beginning.npos;
-}
-
 NSString textOf(std::string_view file) {
     if (!isText(FileContents(file)))
         return nullptr;
@@ -44,7 +37,7 @@ void importText(Attributes& attributes) {
     if (characters.starts_with(markOfUTF8))
         characters.remove_prefix(markOfUTF8.size());
     // Nearly all text is UTF-8, which isText takes for text when it has no NUL, and is handed on as it stands.
-    if (characters.find('\0') == characters.npos && !isShifted(characters) &&
+    if (characters.find('\0') == characters.npos && !mayBeShifted(characters) &&
         attributes.setTextOfUTF8(characters)) {
         setTitle(attributes,
                  NSString::stringByRepairingUTF8String(characters.substr(0, mostUnitsBeforeTitle)));

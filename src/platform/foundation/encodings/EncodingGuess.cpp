@@ -19,7 +19,7 @@ constexpr std::ptrdiff_t leastForeignBytes = 8;
 /// seconds that were close, up to 19.
 constexpr std::int32_t leastConfidence = 20;
 constexpr std::int32_t leastLead = 4;
-constexpr char escape = '\x1B';
+constexpr std::size_t mostBytesBeforeShift = 4096;
 
 struct CloseDetector {
     void operator()(UCharsetDetector* detector) const { ucsdet_close(detector); }
@@ -48,8 +48,8 @@ constexpr Row foundEncodings[] = {
 /// kCFStringEncodingInvalidId for Western text and in doubt.
 CFStringEncoding guessedEncoding(std::string_view bytes) {
     bytes = bytes.substr(0, mostBytesShown);
-    const bool isShifted = bytes.find(escape) != bytes.npos;
-    if (!isShifted && std::ranges::count_if(bytes, [](char byte) { return byte < 0; }) < leastForeignBytes)
+    if (!mayBeShifted(bytes) &&
+        std::ranges::count_if(bytes, [](char byte) { return byte < 0; }) < leastForeignBytes)
         return kCFStringEncodingInvalidId;
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<UCharsetDetector, CloseDetector> detector(ucsdet_open(&error));
@@ -69,11 +69,17 @@ CFStringEncoding guessedEncoding(std::string_view bytes) {
 
 } // namespace
 
+bool mayBeShifted(std::string_view text) {
+    return text.substr(0, mostBytesBeforeShift).find("\x1B$") != text.npos;
+}
+
 NSString stringWithTextOfAnyLanguage(const NSData& data, NSStringEncoding* encoding) {
     NSString text = stringWithPlainText(data, encoding);
+    if (text.isNil())
+        return text;
     const bool isUTF8 = *encoding == NSUTF8StringEncoding;
     const bool isLatin = *encoding == NSWindowsCP1252StringEncoding || *encoding == NSISOLatin1StringEncoding;
-    if (text.isNil() || (!isLatin && !(isUTF8 && data.characters().find(escape) != std::string_view::npos)))
+    if (!isLatin && !(isUTF8 && mayBeShifted(data.characters())))
         return text;
     const CFStringEncoding guessed = guessedEncoding(data.characters());
     if (guessed == kCFStringEncodingInvalidId)
