@@ -34,12 +34,18 @@ EngineReports EngineReports::create() {
 EngineReports::EngineReports(FileDescriptor memory) : memory_(std::move(memory)) {
     static_assert(sizeof(Layout) == sizeInBytes && std::atomic<std::uint32_t>::is_always_lock_free);
     struct stat facts {};
-    if (!memory_ || ::fcntl(memory_.get(), F_GET_SEALS) != seals || ::fstat(memory_.get(), &facts) != 0 ||
-        facts.st_size != static_cast<off_t>(sizeInBytes))
-        return;
-    void* const mapped = ::mmap(nullptr, sizeInBytes, PROT_READ | PROT_WRITE, MAP_SHARED, memory_.get(), 0);
-    if (mapped != MAP_FAILED)
-        layout_ = static_cast<Layout*>(mapped);
+    const int present = memory_ ? ::fcntl(memory_.get(), F_GET_SEALS) : -1;
+    // Systems may add seals of their own.
+    const bool isSealed = present >= 0 && (present & seals) == seals;
+    if (isSealed && ::fstat(memory_.get(), &facts) == 0 && facts.st_size == static_cast<off_t>(sizeInBytes)) {
+        void* const mapped =
+            ::mmap(nullptr, sizeInBytes, PROT_READ | PROT_WRITE, MAP_SHARED, memory_.get(), 0);
+        if (mapped != MAP_FAILED)
+            layout_ = static_cast<Layout*>(mapped);
+    }
+    // Whatever else it is, nobody waits here for its end.
+    if (!layout_)
+        memory_.close();
 }
 
 EngineReports::EngineReports(EngineReports&& other) noexcept

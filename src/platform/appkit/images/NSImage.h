@@ -36,7 +36,8 @@ public:
     /// The image that has the name; else one of the application's image resources, which has it from then on. Null when
     /// there is none.
     static std::shared_ptr<NSImage> imageNamed(const NSString& name);
-    /// False when another image that somebody still has goes by the name, and for nil. Without a name (nil) it goes by none any more.
+    /// False when another image that somebody still has goes by the name, and for nil. Without a name (nil) it goes by
+    /// none any more.
     bool setName(const NSString& name);
     const NSString& name() const noexcept { return name_; }
 
